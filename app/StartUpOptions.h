@@ -1,0 +1,28 @@
+// The options of the command line, as zebd and zeb take them: the old ones ("/MINIMISED", in any case,
+// anywhere in the line) and the GNU style ones.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Result.h"
+
+namespace zeb {
+
+struct StartUpOptions {
+  bool preserveTempFiles = false;
+  bool minimised = false;
+  bool noPreviousCheck = false;
+  bool silent = false;
+  bool schedule = false;
+  std::string importFile;   // /IMPORT=FILE
+  std::string commandLine;  // the whole line, for the debug level
+  std::string home;         // --home
+  bool showVersion = false;
+  bool showHelp = false;
+};
+
+// Fails on an unknown option, naming it.
+Result<StartUpOptions> ReadStartUpOptions(const std::vector<std::string>& arguments);
+
+}  // namespace zeb

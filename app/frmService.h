@@ -1,0 +1,56 @@
+// frmService: a service's window without the drawing: it owns the service, its intake, its control link and
+// its timers, gives each output its control, and decides when to update.
+//
+// Owned by frmMain through shared_ptr; its tasks hold it too, so closing it while an update waits is safe.
+// What it shows (panels, item list, outputs) it keeps as plain values that a desktop window draws.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/clsZEBService.h"
+#include "sources/ControlLink.h"
+#include "sources/ItemIntake.h"
+#include "sources/uNetControlServer.h"
+
+namespace zeb {
+
+class frmService : public std::enable_shared_from_this<frmService>,
+                   private IntakeWindow,
+                   private ServiceEvents {
+ public:
+  // Creates the window; call Open next.
+  static std::shared_ptr<frmService> Create(Environment& environment, OutputFactory makeOutput);
+  ~frmService() override;
+
+  // Loads service `number`, starts its outputs and opens its information source.
+  void Open(int number);
+  // Reads the settings again and restarts what changed, keeping the items. For SIGHUP.
+  void Reload();
+  // Stops the source, the timers and the outputs. An update in progress finishes by itself first.
+  void Close();
+  bool Closed() const;
+
+  clsZEBService& service();
+  const std::string& PanelText(Panel panel) const;
+  void ForceUpdate();  // the force-update button
+  // Feeds a message in as if the controller had sent it.
+  void SetZEBInformation(std::string_view message);
+
+ private:
+  frmService(Environment& environment, OutputFactory makeOutput);
+  struct State;
+  std::unique_ptr<State> state_;
+
+  void SetPanel(Panel panel, const std::string& text) override;
+  void RefreshItemList() override;
+  void UpdateOutputsNow() override;
+  bool UpdateRunning() const override;
+  void InformationReceived() override;
+  void SendTravelFlag(bool active) override;
+  void OutputUpdateFinished(int index, OutputType type) override;
+};
+
+}  // namespace zeb

@@ -1,0 +1,32 @@
+// Environment: the ports and places that the engine works with, put together once by the main program or a
+// test and passed by reference. Owns nothing; outlives everything that holds it.
+#pragma once
+
+#include <string>
+
+#include "platform/CartStore.h"
+#include "platform/EventLoop.h"
+#include "platform/FileSystem.h"
+#include "platform/Operator.h"
+#include "platform/SettingsHive.h"
+#include "platform/Tcp.h"
+
+namespace zeb {
+
+struct Environment {
+  EventLoop& loop;
+  SettingsHive& hive;
+  FileSystem& files;
+  Network& network;
+  Operator& person;
+  CartStore& carts;
+  std::string dataFolder;    // what relative names start from
+  std::string settingsRoot;  // "Software\Hexmoor\ZEB v3\Profiles\Profile1"; the start-up may switch it
+  bool preserveTempFiles = false;
+
+  std::string ServiceKey(int serviceNumber) const {
+    return settingsRoot + "\\Service" + std::to_string(serviceNumber);
+  }
+};
+
+}  // namespace zeb

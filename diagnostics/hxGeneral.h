@@ -1,0 +1,115 @@
+// hxGeneral: the debug log, problem reports, {hh} escapes and temporary file names.
+//
+// The debug log is process-wide, as it is one file per program and day: the main program (or a test) makes a
+// DebugLog and installs it; without one, or at level 0, every call here costs a comparison. Messages are put
+// together only when they will be written. All on the loop's thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/EventLoop.h"
+#include "platform/FileSystem.h"
+#include "platform/Operator.h"
+#include "platform/SettingsHive.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+
+enum class LineKind { kPlain = 0, kStarted = 1, kFinished = 2, kReset = 3 };
+
+// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored.
+class DebugLog {
+ public:
+  // `level`: 0 off, -1 everything, else lines up to it. `alsoToOperator` writes each line to the journal too.
+  DebugLog(EventLoop& loop, FileSystem& files, Operator& person, std::string programName, std::string folder,
+           std::int32_t level, bool alsoToOperator = false);
+  ~DebugLog();  // uninstalls itself
+  void Install();
+  void WriteLine(std::string_view message, LineKind kind);
+
+  // "/DEBUG=<word>" on the command line, else DebugMode under "SOFTWARE\Hexmoor".
+  static std::int32_t StartUpLevel(std::string_view commandLine, SettingsHive& hive);
+  // DebugPath under "SOFTWARE\Hexmoor", else DebugFiles in the data folder.
+  static std::string StartUpFolder(SettingsHive& hive, const std::string& dataFolder);
+
+ private:
+  EventLoop& loop_;
+  FileSystem& files_;
+  Operator& person_;
+  std::string programName_;
+  std::string folder_;
+  bool folderReady_ = false;
+  bool folderFailed_ = false;
+  bool alsoToOperator_;
+  int depth_ = 0;
+};
+
+namespace detail {
+extern std::int32_t debugLevel;  // of the installed log; 0 without one
+void WriteInstalled(std::string_view message, LineKind kind);
+inline void Append(std::string& to, std::string_view part) {
+  to += part;
+}
+inline void Append(std::string& to, std::int64_t part) {
+  AppendPlainNumber(to, part);
+}
+inline void Append(std::string& to, int part) {
+  AppendPlainNumber(to, static_cast<std::int64_t>(part));
+}
+}  // namespace detail
+
+inline bool DebugLevelAllows(std::int32_t level) {
+  return detail::debugLevel != 0 && (detail::debugLevel == -1 || level <= detail::debugLevel);
+}
+
+// Level -1 means 5.
+void WriteDebugLine(std::string_view message, std::int32_t level = 5, LineKind kind = LineKind::kPlain);
+
+// A plain line at level 5 put together from texts and whole numbers, when it will be written.
+template <class... Parts>
+void DebugLine(const Parts&... parts) {
+  if (!DebugLevelAllows(5)) return;
+  std::string message;
+  (detail::Append(message, parts), ...);
+  detail::WriteInstalled(message, LineKind::kPlain);
+}
+
+// "Started X" now and "Finished X" at the end of the scope; ExitAs writes the reason of an early exit.
+class Trace {
+ public:
+  explicit Trace(std::string_view what) : what_(what), on_(DebugLevelAllows(5)) {
+    if (on_) Write("Started ", LineKind::kStarted);
+  }
+  ~Trace() {
+    if (on_) Write("Finished ", LineKind::kFinished);
+  }
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+  void ExitAs(std::string_view reason) const {
+    if (on_) DebugLine("Exit as ", reason);
+  }
+
+ private:
+  void Write(std::string_view start, LineKind kind) const;
+  std::string_view what_;  // a literal
+  bool on_;
+};
+
+// "There was a problem " + what, with the error's description when there is one; logged at level 5, and shown
+// unless quiet.
+void ShowProblem(std::string_view what, std::string_view description, bool quiet);
+// The same with "description (number)". Call it in the handler that ends the error's way.
+void ReportError(std::string_view what, std::string_view description, int number, bool quiet);
+// In a catch block: reports the exception in flight.
+void ReportException(std::string_view what, bool quiet);
+
+// Undoes {hh} escapes in a loop: the first digit from 0-9A-F, the second any character; other four-character
+// pieces that begin with "{" are removed; a produced "{" is examined again.
+std::string ConvertHexEscapes(std::string_view text);
+
+// A new temporary file (it exists, empty). Fails with the reason, which it has reported.
+Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix = "ZEB");
+
+}  // namespace zeb

@@ -1,0 +1,88 @@
+// EventLoop: the one thread on which the engine runs, its clocks and timers, and the tasks that may wait.
+//
+// Owned by the main program (platform/qt) or by a test (platform/simulated); everyone else holds a reference
+// that outlives them. All members are called on the loop's thread, but for PostFromAnyThread.
+//
+// Waiting: only a task (work given to Start) may call Wait, WaitUntil and RunBlocking; it is suspended, and
+// events and other tasks go on. There are no nested event loops: outside a task these calls throw
+// std::logic_error, except RunBlocking, which then does the work at once. An exception that leaves a task's
+// work is handed to the handler set by OnTaskFailure, and goes no further.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/Time.h"
+
+namespace zeb {
+
+class TaskScheduler;
+struct TimerEntry;
+
+// A running timer. Destroying or Stop()ping it cancels it, also from inside its own callback.
+class Timer {
+ public:
+  Timer() = default;
+  explicit Timer(std::shared_ptr<TimerEntry> entry);
+  Timer(Timer&&) noexcept = default;
+  Timer& operator=(Timer&& other) noexcept;
+  ~Timer();
+  void Stop();
+  bool Running() const;
+
+ private:
+  std::shared_ptr<TimerEntry> entry_;
+};
+
+class EventLoop {
+ public:
+  EventLoop();
+  virtual ~EventLoop();
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+
+  virtual WallTime Now() const = 0;
+  virtual MonotonicTime Monotonic() const = 0;
+
+  // Calls `work` once after `delay` (never earlier), or every `interval` from now on. A repeating timer that
+  // is late skips the ticks it missed. Intervals of a second or more may be aligned with each other, so that
+  // a thousand services wake the machine once.
+  [[nodiscard]] virtual Timer After(Duration delay, std::function<void()> work) = 0;
+  [[nodiscard]] virtual Timer Every(Duration interval, std::function<void()> work) = 0;
+
+  // Calls `work` on the loop's thread as soon as the present event is done, in the order of the calls.
+  virtual void Post(std::function<void()> work) = 0;
+  virtual void PostFromAnyThread(std::function<void()> work) = 0;
+
+  // Starts a task. It begins to run before Start returns when called from outside a task, else as soon as
+  // the present task waits or ends. `name` is for logs.
+  void Start(std::string name, std::function<void()> work);
+
+  // Waits until `condition` holds; true, or false when `limit` passed first. The condition is asked once at
+  // once, then after each event that the loop handles; it must be cheap and must not wait itself.
+  bool WaitUntil(std::function<bool()> condition, Duration limit);
+  void Wait(Duration time);
+
+  // Does `work` on a worker thread while the task waits. `work` touches nothing that the loop's thread may
+  // touch meanwhile. What it throws is thrown here again.
+  void RunBlocking(std::function<void()> work);
+
+  bool InTask() const;
+  std::size_t TaskCount() const;  // tasks that have not ended
+  void OnTaskFailure(std::function<void(const std::string& task, const std::string& what)> handler);
+
+ protected:
+  // Hands `work` to a worker thread and calls `done` on the loop's thread afterwards.
+  virtual void Offload(std::function<void()> work, std::function<void()> done) = 0;
+
+  // To be called by the implementation after each batch of events: lets tasks whose condition has come true
+  // go on.
+  void RunReadyTasks();
+
+ private:
+  std::unique_ptr<TaskScheduler> tasks_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,48 @@
+// Result: the value of an operation that can be expected to fail, or a one-line reason why it did.
+//
+// The reason names the thing and says what is wrong with it ("cannot open '/srv/www/now.html': Permission
+// denied"), so that it can be logged or shown as it stands. Exceptions are for faults, not for these.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace zeb {
+
+struct Failure {
+  std::string reason;
+};
+
+template <class T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value) : state_(std::move(value)) {}
+  Result(Failure failure) : state_(std::move(failure)) {}
+
+  bool Ok() const { return state_.index() == 0; }
+  explicit operator bool() const { return Ok(); }
+  T& Value() { return std::get<0>(state_); }
+  const T& Value() const { return std::get<0>(state_); }
+  const std::string& Reason() const { return std::get<1>(state_).reason; }
+
+ private:
+  std::variant<T, Failure> state_;
+};
+
+// An operation without a value of its own.
+class [[nodiscard]] Outcome {
+ public:
+  Outcome() = default;
+  Outcome(Failure failure) : failed_(true), reason_(std::move(failure.reason)) {}
+
+  bool Ok() const { return !failed_; }
+  explicit operator bool() const { return Ok(); }
+  const std::string& Reason() const { return reason_; }
+
+ private:
+  bool failed_ = false;
+  std::string reason_;
+};
+
+}  // namespace zeb

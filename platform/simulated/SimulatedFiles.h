@@ -1,0 +1,47 @@
+// SimulatedFiles: a file system in memory, with failures on request. Folders come to be with CreateFolders,
+// except
+// "/" and the temporary folder "/tmp", which are there.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "platform/FileSystem.h"
+
+namespace zeb {
+
+class SimulatedFiles : public FileSystem {
+ public:
+  std::optional<FileInfo> Stat(const std::string& path) override;
+  Result<std::string> Read(const std::string& path, std::uint64_t limit) override;
+  Outcome Write(const std::string& path, std::string_view bytes) override;
+  Outcome Append(const std::string& path, std::string_view bytes) override;
+  Outcome Delete(const std::string& path) override;
+  Outcome Rename(const std::string& from, const std::string& to) override;
+  Outcome Copy(const std::string& from, const std::string& to) override;
+  Outcome CreateFolders(const std::string& path) override;
+  Result<std::vector<std::string>> List(const std::string& folder) override;
+  Result<std::string> MakeTempFile(const std::string& prefix) override;
+
+  // Asked before each operation ("Read", "Write", "Append", "Delete", "Rename", "Copy", "List",
+  // "MakeTempFile"); a non-empty answer is the reason it fails.
+  std::function<std::string(const std::string& operation, const std::string& path)> fail;
+
+  std::string Contents(const std::string& path);  // "" when missing
+  bool Exists(const std::string& path);
+  void Put(const std::string& path, std::string bytes);  // makes the folders too
+  int operations = 0;                                    // how many were asked for
+
+ private:
+  struct File {
+    std::string bytes;
+    std::int64_t modified = 0;
+    bool isFolder = false;
+  };
+  std::map<std::string, File> files_ = {{"/", {"", 0, true}}, {"/tmp", {"", 0, true}}};
+  std::int64_t clock_ = 1;
+  int nextTemp_ = 1;
+};
+
+}  // namespace zeb

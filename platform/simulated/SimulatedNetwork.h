@@ -1,0 +1,42 @@
+// SimulatedNetwork: sockets without a network, on a SimulatedLoop.
+//
+// A client made here that connects to ("any host", port) reaches a listener made here that listens on the
+// port. Tests script the rest: hosts that do not resolve, refuse, or hang; peers that stop reading.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/Tcp.h"
+#include "platform/simulated/SimulatedLoop.h"
+
+namespace zeb {
+
+class SimulatedNetwork : public Network {
+ public:
+  explicit SimulatedNetwork(EventLoop& loop);
+  ~SimulatedNetwork() override;
+  std::unique_ptr<TcpListener> MakeListener() override;
+  std::shared_ptr<TcpClientControl> MakeClient() override;
+
+  enum class HostBehaviour {
+    kNormal,
+    kUnknownName,
+    kRefuses,
+    kHangs
+  };  // kHangs: never connects, never fails
+  void SetHost(const std::string& host, HostBehaviour behaviour);
+  // Listen on this port fails ("in use").
+  void BlockPort(std::uint16_t port);
+  // While on, no receiver takes bytes: they count as unsent.
+  void StopReading(bool on);
+  // The address that listeners see of later connections; "127.0.0.1" at first.
+  void SetClientAddress(std::string address);
+
+ private:
+  struct State;
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace zeb

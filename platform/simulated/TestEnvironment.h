@@ -1,0 +1,49 @@
+// TestEnvironment: simulated ports put together, the usual start of an engine test.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/Environment.h"
+#include "platform/simulated/MemoryHive.h"
+#include "platform/simulated/SimulatedFiles.h"
+#include "platform/simulated/SimulatedLoop.h"
+#include "platform/simulated/SimulatedNetwork.h"
+
+namespace zeb {
+
+// Keeps what the operator would have seen.
+class RecordingOperator : public Operator {
+ public:
+  void Note(std::string_view line) override { notes.emplace_back(line); }
+  void Show(MessageIcon, const std::string& text) override { shown.push_back(text); }
+  bool Ask(const std::string& question) override {
+    asked.push_back(question);
+    return answer;
+  }
+  std::vector<std::string> notes, shown, asked;
+  bool answer = true;
+};
+
+class MemoryCarts : public CartStore {
+ public:
+  std::optional<Cart> Find(std::int32_t number) override {
+    auto found = carts.find(number);
+    return found == carts.end() ? std::nullopt : std::optional<Cart>(found->second);
+  }
+  std::map<std::int32_t, Cart> carts;
+};
+
+struct TestEnvironment {
+  SimulatedLoop loop;
+  MemoryHive hive;
+  SimulatedFiles files;
+  SimulatedNetwork network{loop};
+  RecordingOperator person;
+  MemoryCarts carts;
+  Environment environment{loop,   hive,  files,   network,
+                          person, carts, "/data", "Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1"};
+};
+
+}  // namespace zeb

@@ -1,0 +1,48 @@
+// uNetControlServer: the server side of the network control component: a line protocol over TCP in which one
+// client at a time may be the controller.
+//
+// Owned by the service window. It knows nothing of items: it hands the controller's lines on.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Environment.h"
+
+namespace zeb {
+
+class uNetControlServer {
+ public:
+  struct Events {
+    std::function<void(const std::string& controller)> ControllerTookControl;
+    std::function<void()> ControlEnded;
+    std::function<void(int connectionIndex, std::string_view line)> MessageFromController;
+    std::function<std::string()> HelpText;    // lines ended by CR LF
+    std::function<std::string()> StatusText;  // likewise
+    std::function<std::string()> ServiceName;
+  };
+
+  uNetControlServer(Environment& environment, Events events);
+  ~uNetControlServer();
+
+  // Listens on the port, at the bind address of the root settings. Every failure is one journal line.
+  Outcome Listen(std::uint16_t port);
+  void Close();
+  bool Listening() const;
+  std::uint16_t Port() const;
+  int ConnectionCount() const;
+  std::string ControllerName() const;  // "" when there is none
+
+  // A line to the controller; lost when there is none.
+  void SendToController(std::string_view line);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,61 @@
+// ZEB_Class_Functions: the template language. ExpandTemplate is the one entry through which outputs turn
+// templates into text.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "core/clsZEBService.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+// The files that a generated text refers to, or that its items say must travel with it: full paths in the
+// order found, unique without regard to case.
+class UploadFileList {
+ public:
+  void Add(std::string_view path);
+  const std::vector<std::string>& Paths() const { return paths_; }
+  bool Empty() const { return paths_.empty(); }
+
+ private:
+  std::vector<std::string> paths_;
+  std::unordered_set<std::string> lowerCased_;
+};
+
+// How values (never literal text or picture names) are put into the text.
+struct ValueEncoding {
+  bool urlEncode = false;
+  CharacterSet characterSet = CharacterSet::kUtf8;  // whose bytes are URL-encoded
+};
+
+// Expands optional sections, then tags, each in one pass from left to right with one output buffer: linear in
+// template plus result. Never fails; malformed input degrades as the language says. `simpleText` is the
+// template behind <ZEB_SIMPLETEXT>.
+std::string ExpandTemplate(std::string_view templateText, const clsZEBService& service,
+                           std::string_view simpleText, UploadFileList& uploadFiles,
+                           ValueEncoding values = {});
+
+// "A", "A and B", "A, B and C" from the item's three artist names.
+std::string JoinArtistNames(const clsZEBItemInfo& item);
+
+// Turns tags that HTML editors have escaped ("&lt;ZEB_...&gt;", "%3cZEB_...%3e", without regard to case) back
+// into tags; other escaped text is left alone. Linear.
+std::string UndoEscapedTags(std::string_view page);
+
+// Expands a page piece by piece of at most 2000 characters, as the file and web outputs do. No tag or
+// conditional section is ever split between two pieces.
+std::string ExpandPage(std::string_view page, const clsZEBService& service, std::string_view simpleText,
+                       UploadFileList& uploadFiles);
+
+// Puts the generator comment, and the refresh and no-cache tags when asked for, on the line after the page's
+// first
+// "<HTML" line (which must end in CR LF; otherwise nothing changes). `version` is "major.minor.revision".
+void InsertRefreshHeader(std::string& page, std::int32_t refreshSeconds, bool noCache, WallTime now,
+                         std::string_view version);
+
+}  // namespace zeb
