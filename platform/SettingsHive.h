@@ -6,10 +6,12 @@
 // SettingsError with a one-line reason; a missing key or value is no failure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -52,5 +54,16 @@ class SettingsHive {
   // call decides.
   virtual void Transaction(const std::function<void()>& changes) = 0;
 };
+
+// What a hive holds at most; a write above it throws SettingsError.
+inline constexpr std::size_t kMaxSettingsKeyBytes = 16 * 1024;
+inline constexpr std::size_t kMaxSettingsNameCharacters = 16383;
+inline constexpr std::size_t kMaxSettingsTextBytes = 1024 * 1024;
+
+// For implementations of hives. The path without empty parts ("\A\\B\" is "A\B").
+std::string NormalSettingsKey(std::string_view key);
+// Throw SettingsError, naming the key, for what is above the bounds.
+void CheckSettingsKey(std::string_view key);
+void CheckSettingsValue(std::string_view key, std::string_view name, std::string_view text);
 
 }  // namespace zeb

@@ -29,11 +29,19 @@ class MemoryHive : public SettingsHive {
 
  private:
   struct Key {
-    std::string path;
+    std::string name;                             // the last part of the path, as first written
     std::map<std::string, SettingsValue> values;  // by lower-cased name
   };
+
+  void CheckUsable() const;
+  const Key* Find(const std::string& key) const;
+  const SettingsData* FindData(const std::string& key, const std::string& name) const;
+  // Makes the key and those above it.
+  Key& Ensure(const std::string& key);
+  void Write(const std::string& key, const std::string& name, SettingsData data);
+
   std::map<std::string, Key> keys_;  // by lower-cased path
-  int depth_ = 0;
+  bool inTransaction_ = false;
 };
 
 }  // namespace zeb
