@@ -1,6 +1,5 @@
 // SimulatedFiles: a file system in memory, with failures on request. Folders come to be with CreateFolders,
-// except
-// "/" and the temporary folder "/tmp", which are there.
+// except "/" and the temporary folder "/tmp", which are there. Used on one thread.
 #pragma once
 
 #include <functional>
@@ -24,13 +23,19 @@ class SimulatedFiles : public FileSystem {
   Result<std::vector<std::string>> List(const std::string& folder) override;
   Result<std::string> MakeTempFile(const std::string& prefix) override;
 
-  // Asked before each operation ("Read", "Write", "Append", "Delete", "Rename", "Copy", "List",
-  // "MakeTempFile"); a non-empty answer is the reason it fails.
+  // Asked before each operation ("Read", "Write", "Append", "Delete", "Rename", "Copy", "CreateFolders",
+  // "List", "MakeTempFile"), with the path that it changes or reads (the target of a rename or copy; the
+  // prefix of a temporary file). A non-empty answer is the reason it fails: "cannot write '/x': " + answer.
   std::function<std::string(const std::string& operation, const std::string& path)> fail;
+
+  // Told of each state that another process could find while an operation that changes something runs: a file
+  // just emptied, half written, complete.
+  std::function<void(const std::string& operation, const std::string& path)> observe;
 
   std::string Contents(const std::string& path);  // "" when missing
   bool Exists(const std::string& path);
   void Put(const std::string& path, std::string bytes);  // makes the folders too
+  void PutSpecial(const std::string& path);              // a pipe or device: exists, but is not regular
   int operations = 0;                                    // how many were asked for
 
  private:
@@ -38,7 +43,15 @@ class SimulatedFiles : public FileSystem {
     std::string bytes;
     std::int64_t modified = 0;
     bool isFolder = false;
+    bool isSpecial = false;
+    std::uint64_t changed = 0;
   };
+  std::string Refusal(const char* operation, const std::string& path);
+  std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
+  void Observe(const char* operation, const std::string& path) const;
+  void FillInSteps(const char* operation, const std::string& path, std::string bytes);
+  void Touch(File& file);
+
   std::map<std::string, File> files_ = {{"/", {"", 0, true}}, {"/tmp", {"", 0, true}}};
   std::int64_t clock_ = 1;
   int nextTemp_ = 1;

@@ -1,0 +1,210 @@
+#include "platform/simulated/SimulatedFiles.h"
+
+#include <utility>
+
+namespace zeb {
+namespace {
+
+constexpr const char* kMissing = "No such file or directory";
+
+// One separator at a time, none at the end.
+std::string Normal(const std::string& path) {
+  std::string normal;
+  for (char c : path)
+    if (c != '/' || normal.empty() || normal.back() != '/') normal += c;
+  if (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+  return normal;
+}
+
+std::string ParentOf(const std::string& normal) {
+  std::size_t slash = normal.rfind('/');
+  if (slash == std::string::npos) return {};
+  return slash == 0 ? "/" : normal.substr(0, slash);
+}
+
+Failure Cannot(const std::string& verb, const std::string& path, const std::string& why) {
+  return {"cannot " + verb + " '" + path + "': " + why};
+}
+
+}  // namespace
+
+std::string SimulatedFiles::Refusal(const char* operation, const std::string& path) {
+  ++operations;
+  return fail ? fail(operation, path) : std::string();
+}
+
+std::string SimulatedFiles::CannotHoldFile(const std::string& path) const {
+  auto folder = files_.find(ParentOf(path));
+  if (folder == files_.end()) return kMissing;
+  if (!folder->second.isFolder) return "Not a directory";
+  auto file = files_.find(path);
+  if (file != files_.end() && file->second.isFolder) return "Is a directory";
+  return {};
+}
+
+void SimulatedFiles::Observe(const char* operation, const std::string& path) const {
+  if (observe) observe(operation, path);
+}
+
+void SimulatedFiles::Touch(File& file) {
+  file.modified = clock_++;
+  file.changed = static_cast<std::uint64_t>(file.modified);
+}
+
+// A real write is seen by others as it grows.
+void SimulatedFiles::FillInSteps(const char* operation, const std::string& path, std::string bytes) {
+  files_[path] = File{};
+  Observe(operation, path);
+  if (bytes.size() > 1) {
+    files_[path].bytes = bytes.substr(0, bytes.size() / 2);
+    Observe(operation, path);
+  }
+  files_[path].bytes = std::move(bytes);
+  Touch(files_[path]);
+}
+
+std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
+  ++operations;
+  auto found = files_.find(Normal(path));
+  if (found == files_.end()) return std::nullopt;
+  const File& file = found->second;
+  FileInfo info;
+  info.size = file.bytes.size();
+  info.modified = file.modified;
+  info.isFolder = file.isFolder;
+  info.isRegular = !file.isFolder && !file.isSpecial;
+  info.changeStamp = file.changed;
+  return info;
+}
+
+Result<std::string> SimulatedFiles::Read(const std::string& path, std::uint64_t limit) {
+  if (std::string why = Refusal("Read", path); !why.empty()) return Cannot("read", path, why);
+  auto found = files_.find(Normal(path));
+  if (found == files_.end()) return Cannot("read", path, kMissing);
+  if (found->second.isFolder) return Cannot("read", path, "Is a directory");
+  if (found->second.isSpecial) return Cannot("read", path, "it is not a regular file");
+  if (found->second.bytes.size() > limit)
+    return Cannot("read", path, "it is larger than " + std::to_string(limit) + " bytes");
+  return found->second.bytes;
+}
+
+Outcome SimulatedFiles::Write(const std::string& path, std::string_view bytes) {
+  if (std::string why = Refusal("Write", path); !why.empty()) return Cannot("write", path, why);
+  std::string normal = Normal(path);
+  if (std::string why = CannotHoldFile(normal); !why.empty()) return Cannot("write", path, why);
+  FillInSteps("Write", normal, std::string(bytes));
+  Observe("Write", normal);
+  return {};
+}
+
+Outcome SimulatedFiles::Append(const std::string& path, std::string_view bytes) {
+  if (std::string why = Refusal("Append", path); !why.empty()) return Cannot("write", path, why);
+  std::string normal = Normal(path);
+  if (std::string why = CannotHoldFile(normal); !why.empty()) return Cannot("write", path, why);
+  File& file = files_[normal];
+  file.bytes += bytes;
+  Touch(file);
+  Observe("Append", normal);
+  return {};
+}
+
+Outcome SimulatedFiles::Delete(const std::string& path) {
+  if (std::string why = Refusal("Delete", path); !why.empty()) return Cannot("delete", path, why);
+  auto found = files_.find(Normal(path));
+  if (found == files_.end()) return {};
+  if (found->second.isFolder) return Cannot("delete", path, "Is a directory");
+  files_.erase(found);
+  Observe("Delete", Normal(path));
+  return {};
+}
+
+Outcome SimulatedFiles::Rename(const std::string& from, const std::string& to) {
+  std::string verb = "rename '" + from + "' to";
+  if (std::string why = Refusal("Rename", to); !why.empty()) return Cannot(verb, to, why);
+  std::string source = Normal(from), target = Normal(to);
+  if (files_.count(source) == 0) return Cannot(verb, to, kMissing);
+  if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
+  if (source != target) {
+    files_[target] = files_[source];
+    files_[target].changed = static_cast<std::uint64_t>(clock_++);
+    files_.erase(source);
+  }
+  Observe("Rename", target);
+  return {};
+}
+
+Outcome SimulatedFiles::Copy(const std::string& from, const std::string& to) {
+  std::string verb = "copy '" + from + "' to";
+  if (std::string why = Refusal("Copy", to); !why.empty()) return Cannot(verb, to, why);
+  std::string source = Normal(from), target = Normal(to);
+  auto found = files_.find(source);
+  if (found == files_.end()) return Cannot(verb, to, kMissing);
+  if (found->second.isFolder || found->second.isSpecial) return Cannot(verb, to, "it is not a regular file");
+  if (source == target) return Cannot(verb, to, "they are the same file");
+  if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
+  std::int64_t modified = found->second.modified;
+  files_.erase(target);
+  Observe("Copy", target);
+  FillInSteps("Copy", target, files_[source].bytes);
+  files_[target].modified = modified;
+  Observe("Copy", target);
+  return {};
+}
+
+Outcome SimulatedFiles::CreateFolders(const std::string& path) {
+  if (std::string why = Refusal("CreateFolders", path); !why.empty())
+    return Cannot("create folder", path, why);
+  std::string normal = Normal(path);
+  for (std::size_t end = 1; end <= normal.size(); ++end) {
+    if (end < normal.size() && normal[end] != '/') continue;
+    auto [folder, isNew] = files_.try_emplace(normal.substr(0, end), File{"", 0, true});
+    if (!folder->second.isFolder) return Cannot("create folder", path, "Not a directory");
+  }
+  return {};
+}
+
+Result<std::vector<std::string>> SimulatedFiles::List(const std::string& folder) {
+  if (std::string why = Refusal("List", folder); !why.empty()) return Cannot("list", folder, why);
+  std::string normal = Normal(folder);
+  auto found = files_.find(normal);
+  if (found == files_.end()) return Cannot("list", folder, kMissing);
+  if (!found->second.isFolder) return Cannot("list", folder, "Not a directory");
+  std::vector<std::string> names;
+  for (const auto& [path, file] : files_)
+    if (path != normal && ParentOf(path) == normal) names.push_back(path.substr(path.rfind('/') + 1));
+  return names;
+}
+
+Result<std::string> SimulatedFiles::MakeTempFile(const std::string& prefix) {
+  if (std::string why = Refusal("MakeTempFile", prefix); !why.empty())
+    return Cannot("create a temporary file in", "/tmp", why);
+  std::string path = "/tmp/" + prefix + std::to_string(nextTemp_++);
+  Touch(files_[path]);
+  Observe("MakeTempFile", path);
+  return path;
+}
+
+std::string SimulatedFiles::Contents(const std::string& path) {
+  auto found = files_.find(Normal(path));
+  return found == files_.end() ? std::string() : found->second.bytes;
+}
+
+bool SimulatedFiles::Exists(const std::string& path) {
+  return files_.count(Normal(path)) != 0;
+}
+
+void SimulatedFiles::Put(const std::string& path, std::string bytes) {
+  std::string normal = Normal(path);
+  for (std::string folder = ParentOf(normal); !folder.empty() && folder != "/"; folder = ParentOf(folder))
+    files_.try_emplace(folder, File{"", 0, true});
+  File& file = files_[normal];
+  file.bytes = std::move(bytes);
+  Touch(file);
+}
+
+void SimulatedFiles::PutSpecial(const std::string& path) {
+  Put(path, {});
+  files_[Normal(path)].isSpecial = true;
+}
+
+}  // namespace zeb
