@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "platform/posix/PosixFiles.h"
+
+namespace zeb {
+namespace {
+
+mode_t ModeOf(const std::string& path) {
+  struct stat status = {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Files of this process cannot grow past a size: a full disk, also for root.
+class SmallDisk {
+ public:
+  explicit SmallDisk(rlim_t bytes) {
+    ::getrlimit(RLIMIT_FSIZE, &old_);
+    oldHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = {bytes, old_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~SmallDisk() {
+    ::setrlimit(RLIMIT_FSIZE, &old_);
+    std::signal(SIGXFSZ, oldHandler_);
+  }
+
+ private:
+  rlimit old_ = {};
+  void (*oldHandler_)(int) = nullptr;
+};
+
+class PosixFilesTest : public testing::Test {
+ protected:
+  PosixFilesTest() {
+    std::string pattern = testing::TempDir() + "zeb-files-XXXXXX";
+    folder = ::mkdtemp(pattern.data());
+    oldMask_ = ::umask(022);
+  }
+  ~PosixFilesTest() override {
+    ::umask(oldMask_);
+    std::filesystem::remove_all(folder);
+  }
+  std::string Path(const std::string& name) const { return folder + "/" + name; }
+  std::string Contents(const std::string& name) {
+    Result<std::string> read = files.Read(Path(name), 1 << 20);
+    return read ? read.Value() : "<" + read.Reason() + ">";
+  }
+
+  PosixFiles files;
+  std::string folder;
+
+ private:
+  mode_t oldMask_;
+};
+
+TEST_F(PosixFilesTest, KeepsEveryByte) {
+  std::string bytes("a\0b\r\n\xFF", 6);
+  ASSERT_TRUE(files.Write(Path("a"), std::string(300'000, 'x')));
+  ASSERT_TRUE(files.Write(Path("a"), bytes));  // shorter than before
+  EXPECT_EQ(Contents("a"), bytes);
+  ASSERT_TRUE(files.Append(Path("a"), "more"));
+  EXPECT_EQ(Contents("a"), bytes + "more");
+  ASSERT_TRUE(files.Append(Path("new"), "x"));
+  EXPECT_EQ(Contents("new"), "x");
+  EXPECT_EQ(ModeOf(Path("a")), 0644u);
+}
+
+TEST_F(PosixFilesTest, ReadIsBounded) {
+  ASSERT_TRUE(files.Write(Path("full"), std::string(kMaxFileBytes, 'x')));
+  Result<std::string> whole = files.Read(Path("full"), kMaxFileBytes);
+  ASSERT_TRUE(whole) << whole.Reason();
+  EXPECT_EQ(whole.Value().size(), kMaxFileBytes);
+  ASSERT_TRUE(files.Append(Path("full"), "y"));
+  Result<std::string> above = files.Read(Path("full"), kMaxFileBytes);
+  ASSERT_FALSE(above);
+  EXPECT_EQ(above.Reason(), "cannot read '" + Path("full") + "': it is larger than 16777216 bytes");
+  // A file that does not know its size.
+  EXPECT_TRUE(files.Read("/proc/self/status", kMaxFileBytes));
+  EXPECT_FALSE(files.Read("/proc/self/status", 10));
+}
+
+TEST_F(PosixFilesTest, NeverWaitsForPipesOrUsesDevices) {
+  ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0644), 0);
+  ASSERT_TRUE(files.Write(Path("plain"), "x"));
+  for (const std::string& path : {Path("pipe"), std::string("/dev/zero"), folder}) {
+    EXPECT_FALSE(files.Read(path, 100)) << path;
+    EXPECT_FALSE(files.Write(path, "x")) << path;
+    EXPECT_FALSE(files.Append(path, "x")) << path;
+    EXPECT_FALSE(files.Copy(path, Path("copy"))) << path;
+    EXPECT_FALSE(files.Stat(path)->isRegular) << path;
+  }
+  EXPECT_FALSE(files.Stat(Path("copy")));
+  EXPECT_TRUE(files.Stat("/dev/zero"));
+  EXPECT_TRUE(files.Stat(folder)->isFolder);
+}
+
+TEST_F(PosixFilesTest, ReasonsNameTheFile) {
+  std::string missing = Path("no/file");
+  EXPECT_EQ(files.Write(missing, "x").Reason(), "cannot write '" + missing + "': No such file or directory");
+  EXPECT_EQ(files.Read(missing, 1).Reason(), "cannot read '" + missing + "': No such file or directory");
+  EXPECT_EQ(files.Delete(folder).Reason(), "cannot delete '" + folder + "': Is a directory");
+  EXPECT_TRUE(Contains(files.Rename(missing, Path("b")).Reason(), Path("b")));
+  EXPECT_TRUE(files.Delete(missing));
+  EXPECT_TRUE(files.Delete(""));
+  EXPECT_FALSE(files.Read(std::string("/dev/null\0.txt", 14), 1));
+}
+
+TEST_F(PosixFilesTest, LeavesNoPartBehindOnAFullDisk) {
+  ASSERT_TRUE(files.Write(Path("big"), std::string(100'000, 'x')));
+  SmallDisk disk(5000);
+  Outcome written = files.Write(Path("out"), std::string(100'000, 'x'));
+  ASSERT_FALSE(written);
+  EXPECT_TRUE(Contains(written.Reason(), "cannot write '" + Path("out") + "': File too large"));
+  EXPECT_FALSE(files.Stat(Path("out")));
+  EXPECT_FALSE(files.Copy(Path("big"), Path("copy")));
+  EXPECT_FALSE(files.Stat(Path("copy")));
+}
+
+TEST_F(PosixFilesTest, CopyTakesTheTimeAndReplacesLinksInsteadOfFollowingThem) {
+  ASSERT_TRUE(files.Write(Path("from"), std::string(600'001, 'c')));
+  ASSERT_TRUE(files.Write(Path("victim"), "keep"));
+  std::filesystem::create_symlink(Path("victim"), Path("to"));
+  std::filesystem::last_write_time(Path("from"), std::filesystem::file_time_type::clock::now() -
+                                                     std::chrono::hours(24) + std::chrono::nanoseconds(7));
+  ASSERT_TRUE(files.Copy(Path("from"), Path("to")));
+  EXPECT_EQ(Contents("to"), std::string(600'001, 'c'));
+  EXPECT_EQ(Contents("victim"), "keep");
+  EXPECT_EQ(files.Stat(Path("to"))->modified, files.Stat(Path("from"))->modified);
+  EXPECT_FALSE(files.Copy(Path("to"), Path("to")));
+  std::filesystem::create_hard_link(Path("to"), Path("other"));
+  EXPECT_FALSE(files.Copy(Path("to"), Path("other")));
+  EXPECT_EQ(files.Stat(Path("to"))->size, 600'001u);
+}
+
+TEST_F(PosixFilesTest, AReplacedFileKeepsItsMode) {
+  ASSERT_TRUE(files.Write(Path("page"), "old"));
+  ASSERT_EQ(::chmod(Path("page").c_str(), 0664), 0);
+  Result<std::string> temp = files.MakeTempFile("TMP");
+  ASSERT_TRUE(temp);
+  EXPECT_TRUE(Contains(temp.Value(), "/TMP"));
+  ASSERT_TRUE(files.Copy(temp.Value(), Path("page.tmp")));
+  EXPECT_EQ(ModeOf(Path("page.tmp")), 0644u);  // not the 0600 of the temporary file
+  ASSERT_TRUE(files.Rename(Path("page.tmp"), Path("page")));
+  EXPECT_EQ(ModeOf(Path("page")), 0664u);
+  EXPECT_EQ(Contents("page"), "");
+  EXPECT_TRUE(files.Delete(temp.Value()));
+}
+
+TEST_F(PosixFilesTest, TheChangeStampSeesAnEditThatSetTheTimeBack) {
+  ASSERT_TRUE(files.Write(Path("t"), "one"));
+  FileInfo before = *files.Stat(Path("t"));
+  EXPECT_EQ(files.Stat(Path("t"))->changeStamp, before.changeStamp);
+  auto time = std::filesystem::last_write_time(Path("t"));
+  ASSERT_TRUE(files.Write(Path("fresh"), "two"));
+  std::filesystem::last_write_time(Path("fresh"), time);
+  ASSERT_TRUE(files.Rename(Path("fresh"), Path("t")));
+  FileInfo after = *files.Stat(Path("t"));
+  EXPECT_EQ(after.modified, before.modified);
+  EXPECT_NE(after.changeStamp, before.changeStamp);
+}
+
+TEST_F(PosixFilesTest, Folders) {
+  EXPECT_TRUE(files.CreateFolders(Path("a/b/c/")));
+  EXPECT_TRUE(files.CreateFolders(Path("a/b/c")));
+  ASSERT_TRUE(files.Write(Path("a/z"), ""));
+  ASSERT_TRUE(files.Write(Path("a/M"), ""));
+  EXPECT_EQ(files.List(Path("a")).Value(), (std::vector<std::string>{"M", "b", "z"}));
+  EXPECT_FALSE(files.CreateFolders(Path("a/z/d")));
+  EXPECT_FALSE(files.CreateFolders(Path("a/z")));
+  EXPECT_FALSE(files.List(Path("a/z")));
+  EXPECT_FALSE(files.List(Path("nowhere")));
+}
+
+TEST_F(PosixFilesTest, AReaderNeverFindsThePageMissingOrInPart) {
+  const std::string pages[2] = {std::string(50'000, 'a'), std::string(80'000, 'b')};
+  ASSERT_TRUE(files.Write(Path("page"), pages[0]));
+  std::atomic<bool> done{false};
+  std::atomic<int> reads{0}, bad{0};
+  std::thread reader([&] {
+    while (!done) {
+      Result<std::string> read = files.Read(Path("page"), 1 << 20);
+      ++reads;
+      if (!read || (read.Value() != pages[0] && read.Value() != pages[1])) ++bad;
+    }
+  });
+  for (int i = 0; i < 500 || reads < 100; ++i) {
+    ASSERT_TRUE(files.Write(Path("page.tmp"), pages[i % 2]));
+    ASSERT_TRUE(files.Rename(Path("page.tmp"), Path("page")));
+  }
+  done = true;
+  reader.join();
+  EXPECT_EQ(bad, 0);
+}
+
+}  // namespace
+}  // namespace zeb
