@@ -5,6 +5,7 @@
 // Edit():  item->ItemName;  item.Edit().ItemName = "Song".
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,6 +13,8 @@
 #include <vector>
 
 namespace zeb {
+
+inline constexpr std::size_t kMaxItemFiles = 10000;  // in each list; what is added beyond is ignored
 
 struct ItemFields {
   std::string CartLine1, CartLine2, CartLine3, CartArtistsHREF;
@@ -49,7 +52,7 @@ class clsZEBItemInfo {
   int NumberPictures() const;
   const std::string& PictureFileName(int index) const;
   void SetPictureFileName(int index, std::string fileName);
-  bool AddPictureFile(std::string fileName);  // false: it is there already
+  bool AddPictureFile(std::string fileName);  // false: it is there already, or the list is full
   void ClearPictures();
 
   // An independent record with the same contents; entries that became equal but for case collapse into one.
@@ -66,6 +69,8 @@ class clsZEBItemInfo {
 
  private:
   struct Shared;
+  const Shared& Read() const;
+  Shared& Own();                    // for writing: made, or no longer shared
   std::shared_ptr<Shared> shared_;  // null: everything empty
 };
 
