@@ -76,10 +76,11 @@ class clsZEBService {
   // Setting the number loads the service's settings and outputs. They are not started.
   int ServiceNumber() const { return serviceNumber_; }
   void SetServiceNumber(int number);
-  void StoreServiceInformation();
+  // True when the service is stored; when it could not be, nothing is changed and the operator has been told.
+  bool StoreServiceInformation();
   // Stores the service under another number; its key under the old one is deleted, with what it held of types
-  // that are not built carried along.
-  void MoveToServiceNumber(int number);
+  // that are not built carried along. As StoreServiceInformation; on failure it keeps its number.
+  bool MoveToServiceNumber(int number);
   void ClearService();
 
   ServiceSettings settings;

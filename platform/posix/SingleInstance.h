@@ -1,0 +1,27 @@
+// SingleInstance: makes sure that one publisher only runs on a data folder.
+//
+// Holds a lock on the file zeb.lock in the folder for as long as it lives. The system drops the lock with the
+// process, however that ends, so a file left behind by a killed process is no obstacle.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/Result.h"
+
+namespace zeb {
+
+class SingleInstance {
+ public:
+  // Null when another process (or object) holds the folder. Fails, naming the file, when it cannot tell.
+  static Result<std::unique_ptr<SingleInstance>> Claim(const std::string& folder);
+  ~SingleInstance();
+  SingleInstance(const SingleInstance&) = delete;
+  SingleInstance& operator=(const SingleInstance&) = delete;
+
+ private:
+  explicit SingleInstance(int descriptor) : descriptor_(descriptor) {}
+  int descriptor_;
+};
+
+}  // namespace zeb
