@@ -1,0 +1,65 @@
+# The short ways in; CMakePresets.json and scripts/ hold what they do.
+#
+# make run [ARGS=--once]   builds, and publishes a demo station's files from a simulated playout
+# make test                builds, and runs every test
+# make asan                the tests under the address and undefined-behaviour sanitizers
+# make fuzz                each fuzz target for 30 seconds (SECONDS_EACH=n)
+# make bench               the benchmarks, on a release build
+# make format, make tidy   clang-format, clang-tidy
+# make check               what must pass before a change goes in: format, tests, sanitizers
+# make install             builds a release and installs it below PREFIX (/usr/local)
+# make help                this list
+
+MAKEFLAGS += --no-print-directory
+JOBS ?= $(shell nproc)
+SECONDS_EACH ?= 30
+PREFIX ?= /usr/local
+
+.PHONY: help programs run test asan fuzz bench format tidy check install
+
+help:
+	@sed -n 's/^# \(make .*\)/\1/p' Makefile
+
+build/%/build.ninja:
+	@cmake --preset $* >/dev/null
+
+programs: build/dev/build.ninja
+	@ninja -C build/dev -j$(JOBS) zebd zebctl
+
+run:
+	@scripts/setup
+	@$(MAKE) programs
+	@scripts/demo $(ARGS)
+
+test:
+	@scripts/test
+
+asan:
+	@scripts/test asan
+
+fuzz:
+	@scripts/setup develop
+	@$(MAKE) build/fuzz/build.ninja
+	@ninja -C build/fuzz -j$(JOBS)
+	@scripts/fuzz $(SECONDS_EACH)
+
+bench:
+	@scripts/setup develop
+	@$(MAKE) build/release/build.ninja
+	@ninja -C build/release -j$(JOBS)
+	@scripts/bench
+
+format:
+	@scripts/format
+
+tidy: build/dev/build.ninja
+	@scripts/tidy
+
+check:
+	@scripts/check
+
+install:
+	@scripts/setup
+	@$(MAKE) build/release/build.ninja
+	@ninja -C build/release -j$(JOBS) zebd zebctl
+	@cmake --install build/release --prefix $(PREFIX)
