@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -111,7 +112,9 @@ class clsZEBService {
   static constexpr int NumberOutputTypes() { return kNumberOutputTypes; }
 
   // The update cycle (tasks only). A type whose outputs are busy with a cue is waited for, and the reverse,
-  // so that no output is ever used twice at a time; other types go on.
+  // so that no output is ever used twice at a time; other types go on. One that waits for five minutes, and a
+  // cue for which 16 are waiting already, is dropped. An output that is removed meanwhile is not called
+  // again.
   void UpdateOutputs(bool full);
   void UpdateOutputType(std::int32_t typeCode);
   bool UpdateInProgress() const { return updatesInProgress_ > 0; }
@@ -132,18 +135,41 @@ class clsZEBService {
     std::vector<OutputPtr> outputs;
     std::int32_t interval = 0;
     std::optional<MonotonicTime> lastUpdate;
-    bool busy = false;  // an update or cue is running over these outputs
+    bool busy = false;                   // an update or cue is running over these outputs
+    std::vector<std::uint64_t> waiting;  // tickets of those that wait for it, in the order they came
   };
 
-  enum class Phase { kPreparing, kUpdating, kFinishing };
+  class Turn;
   using OutputWork = std::function<void(clsZEBTemplate&)>;
+  using OutputEvent = void (ServiceEvents::*)(int, OutputType);
+  struct Phase {
+    std::string_view verb;  // in log lines
+    OutputWork work;
+    OutputEvent before, after;  // null: not told
+  };
+
+  static constexpr bool IsTypeCode(std::int32_t code) { return code >= 1 && code <= kNumberOutputTypes; }
+  bool HasSlot(int index) const { return index >= 1 && index <= itemCount_; }
+  const TypeState* FindState(std::int32_t typeCode) const;  // null for a code outside the range
+  TypeState* FindState(std::int32_t typeCode);
 
   TypeState& StateOf(OutputType type) { return types_[static_cast<std::size_t>(type)]; }
   const TypeState& StateOf(OutputType type) const { return types_[static_cast<std::size_t>(type)]; }
   bool TypeIsDue(const TypeState& state) const;
-  // Prepare all, `update` all, finish all, with events 3 to 6 and log lines that begin with `logName`.
-  void RunThreePhases(OutputType type, std::string_view logName, const OutputWork& update, bool tellUpdated);
-  void Guarded(std::string_view what, const std::function<void()>& work) const;
+  void UpdateInTurn(OutputType type, TypeState& state);
+  void SendCue(OutputType type, std::string_view logName, bool updateEvents, const OutputWork& send);
+  // Prepare all, `update` all, finish all, with log lines that begin with `logName`. Events 4 and 5 are told
+  // when asked for, 3 and 6 always.
+  void RunThreePhases(OutputType type, std::string_view logName, const OutputWork& update, bool updateEvents);
+  void RunPhase(OutputType type, std::string_view logName, const Phase& phase, const OutputPtr& output,
+                std::size_t formerPlace);
+  void Tell(OutputEvent event, int index, OutputType type) const;
+  // Where the output stands now; 0 when it was removed.
+  int IndexOf(OutputType type, const OutputPtr& output, std::size_t formerPlace) const;
+  void ClearOutputs(OutputType type);
+  // False when the work threw; reported then.
+  bool Guarded(std::string_view what, const std::function<void()>& work) const;
+  void NoteGivenUp(std::string_view what, OutputType type) const;
   void LoadSettings(const std::string& key);
   void LoadOutputs(const std::string& key);
   void WriteAll(const std::string& key);
@@ -157,6 +183,8 @@ class clsZEBService {
   int itemCount_ = 1;
   std::array<TypeState, kNumberOutputTypes + 1> types_;
   int updatesInProgress_ = 0;
+  std::uint64_t generation_ = 0;  // of the outputs; a new one begins when they are cleared
+  std::uint64_t lastTicket_ = 0;
 };
 
 }  // namespace zeb
