@@ -20,8 +20,6 @@ struct FileInfo {
   std::int64_t modified = 0;  // nanoseconds since 1970, for comparing only
   bool isFolder = false;
   bool isRegular = true;  // false for folders, pipes, devices
-  // Differs when the file has been changed or replaced, also when its time was set back; for comparing only.
-  std::uint64_t changeStamp = 0;
 };
 
 class FileSystem {

@@ -135,10 +135,6 @@ std::optional<FileInfo> PosixFiles::Stat(const std::string& path) {
   info.modified = Nanoseconds(status.st_mtim);
   info.isFolder = S_ISDIR(status.st_mode);
   info.isRegular = S_ISREG(status.st_mode);
-  // Mixed so that a change of one is not made up for by a change of the other.
-  constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15u;
-  info.changeStamp =
-      (static_cast<std::uint64_t>(Nanoseconds(status.st_ctim)) * kOdd + status.st_ino) * kOdd + status.st_dev;
   return info;
 }
 

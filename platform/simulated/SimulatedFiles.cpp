@@ -48,7 +48,6 @@ void SimulatedFiles::Observe(const char* operation, const std::string& path) con
 
 void SimulatedFiles::Touch(File& file) {
   file.modified = clock_++;
-  file.changed = static_cast<std::uint64_t>(file.modified);
 }
 
 // A real write is seen by others as it grows.
@@ -73,7 +72,6 @@ std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
   info.modified = file.modified;
   info.isFolder = file.isFolder;
   info.isRegular = !file.isFolder && !file.isSpecial;
-  info.changeStamp = file.changed;
   return info;
 }
 
@@ -126,7 +124,6 @@ Outcome SimulatedFiles::Rename(const std::string& from, const std::string& to) {
   if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
   if (source != target) {
     files_[target] = files_[source];
-    files_[target].changed = static_cast<std::uint64_t>(clock_++);
     files_.erase(source);
   }
   Observe("Rename", target);

@@ -44,7 +44,6 @@ class SimulatedFiles : public FileSystem {
     std::int64_t modified = 0;
     bool isFolder = false;
     bool isSpecial = false;
-    std::uint64_t changed = 0;
   };
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can

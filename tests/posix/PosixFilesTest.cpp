@@ -159,19 +159,6 @@ TEST_F(PosixFilesTest, AReplacedFileKeepsItsMode) {
   EXPECT_TRUE(files.Delete(temp.Value()));
 }
 
-TEST_F(PosixFilesTest, TheChangeStampSeesAnEditThatSetTheTimeBack) {
-  ASSERT_TRUE(files.Write(Path("t"), "one"));
-  FileInfo before = *files.Stat(Path("t"));
-  EXPECT_EQ(files.Stat(Path("t"))->changeStamp, before.changeStamp);
-  auto time = std::filesystem::last_write_time(Path("t"));
-  ASSERT_TRUE(files.Write(Path("fresh"), "two"));
-  std::filesystem::last_write_time(Path("fresh"), time);
-  ASSERT_TRUE(files.Rename(Path("fresh"), Path("t")));
-  FileInfo after = *files.Stat(Path("t"));
-  EXPECT_EQ(after.modified, before.modified);
-  EXPECT_NE(after.changeStamp, before.changeStamp);
-}
-
 TEST_F(PosixFilesTest, Folders) {
   EXPECT_TRUE(files.CreateFolders(Path("a/b/c/")));
   EXPECT_TRUE(files.CreateFolders(Path("a/b/c")));
