@@ -1,0 +1,92 @@
+#include "templates/SectionCondition.h"
+
+#include <string>
+
+#include "templates/ExtractToDelimiter.h"
+#include "templates/TagName.h"
+#include "text/LetterCase.h"
+
+namespace zeb {
+
+namespace {
+
+struct Condition {
+  TagName tag;
+  bool wantsEqual = false;  // a missing operator acts as "!="
+  std::string operand;      // in capitals
+  std::string_view body;
+};
+
+Condition ParseCondition(std::string_view content) {
+  Condition condition;
+  const Extract name = ExtractToDelimiter(content, 2, '>');
+  condition.tag = SplitTagName(name.text);
+
+  // Without a ">" the operand is read from the start of the content.
+  std::size_t operandStart = name.Next();
+  const std::string_view afterTag = content.substr(operandStart);
+  if (afterTag.starts_with('=')) {
+    condition.wantsEqual = true;
+    operandStart += 1;
+  } else if (afterTag.starts_with("!=")) {
+    operandStart += 2;
+  }
+  const Extract operand = ExtractToDelimiter(content, operandStart, ')');
+  condition.operand = UpperCase(operand.text);
+  condition.body = content.substr(operand.Next());
+  return condition;
+}
+
+// The words for voice links test the jingle's code on purpose: playout systems send links with that code.
+std::int32_t ItemTypeOfWord(std::string_view word) {
+  static constexpr struct {
+    std::string_view word;
+    std::int32_t code;
+  } kWords[] = {{"SONG", 7},    {"TRACK", 7},     {"PELMORA", 7},     {"ADVERT", 4},  {"AD", 4},
+                {"SPOTSET", 4}, {"JINGLE", 3},    {"RCART", 3},       {"ID", 3},      {"CART", 2},
+                {"VOICE", 3},   {"VOICELINK", 3}, {"VOICECUSTOM", 3}, {"VCUSTOM", 3}, {"LINK", 3}};
+  for (const auto& entry : kWords)
+    if (entry.word == word) return entry.code;
+  return 0;
+}
+
+bool HoldsForItem(const Condition& condition, const clsZEBItemInfo& item) {
+  const std::string element = UpperCase(condition.tag.element);
+  if (element == "ITEMTYPE")
+    return (item->ItemType == ItemTypeOfWord(condition.operand)) == condition.wantsEqual;
+  // The operand is in capitals and the value is not: in effect a test whether there is a value.
+  return (item.GetElementByName(element, true) == condition.operand) == condition.wantsEqual;
+}
+
+bool HoldsForSpecial(const Condition& condition, const clsZEBService& service) {
+  static constexpr struct {
+    std::string_view element;
+    std::string clsZEBService::*value;
+  } kElements[] = {{"PRESENTERFULLNAME", &clsZEBService::PresenterFullName},
+                   {"PRESENTERREFERENCE", &clsZEBService::PresenterReference},
+                   {"SHOWREFERENCE", &clsZEBService::ShowReference},
+                   {"SHOWTITLE", &clsZEBService::ShowTitle}};
+  const std::string element = UpperCase(condition.tag.element);
+  for (const auto& entry : kElements)
+    // Small letters against capitals: only values without letters can be equal.
+    if (entry.element == element)
+      return (LowerCase(service.*entry.value) == condition.operand) == condition.wantsEqual;
+  return false;
+}
+
+}  // namespace
+
+std::string_view ShownPart(std::string_view content, const clsZEBService& service) {
+  if (!content.starts_with(kConditionStart)) return content;
+  const Condition condition = ParseCondition(content);
+  bool holds = false;
+  if (const clsZEBItemInfo* item = ItemOfSlot(service, condition.tag.slot))
+    holds = HoldsForItem(condition, *item);
+  else if (condition.tag.slot == "SPECIAL")
+    holds = HoldsForSpecial(condition, service);
+  else
+    return content;  // the condition stays in the text, for its author to see
+  return holds ? condition.body : std::string_view();
+}
+
+}  // namespace zeb
