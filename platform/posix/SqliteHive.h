@@ -7,12 +7,17 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/Result.h"
 #include "platform/SettingsHive.h"
 
 namespace zeb {
+
+class SqliteStore;
+enum class Statement;
 
 class SqliteHive : public SettingsHive {
  public:
@@ -43,9 +48,19 @@ class SqliteHive : public SettingsHive {
   void Transaction(const std::function<void()>& changes) override;
 
  private:
-  struct State;
-  explicit SqliteHive(std::unique_ptr<State> state);
-  std::unique_ptr<State> state_;
+  explicit SqliteHive(std::unique_ptr<SqliteStore> store);
+
+  // Nothing may be stored on its own when SQLite has given the open transaction up (on a full disk).
+  void CheckTransaction() const;
+  std::optional<SettingsData> Read(const std::string& key, const std::string& name) const;
+  void Write(const std::string& key, const std::string& name, const SettingsData& data);
+  // Makes the key and those above it.
+  void EnsureKey(const std::string& key);
+  void Run(Statement statement);
+  void Run(Statement statement, std::string_view first, std::string_view second = {});
+
+  std::unique_ptr<SqliteStore> store_;
+  bool inTransaction_ = false;
 };
 
 }  // namespace zeb
