@@ -7,6 +7,11 @@
 // events and other tasks go on. There are no nested event loops: outside a task these calls throw
 // std::logic_error, except RunBlocking, which then does the work at once. An exception that leaves a task's
 // work is handed to the handler set by OnTaskFailure, and goes no further.
+//
+// A loop that ends abandons the tasks that still wait: their waits throw TaskAbandoned, so that their stacks
+// unwind and what they hold is released. A task must not wait in a destructor for that reason. A task whose
+// blocking work is under way on a worker thread cannot unwind, for the worker may be using what it holds: it
+// is left as it is and never goes on.
 #pragma once
 
 #include <cstddef>
@@ -20,6 +25,10 @@ namespace zeb {
 
 class TaskScheduler;
 struct TimerEntry;
+
+// Thrown by a wait when the loop ends. No std::exception, so that code which reports failures lets it pass;
+// code that catches everything goes on, and the next wait throws again.
+struct TaskAbandoned {};
 
 // A running timer. Destroying or Stop()ping it cancels it, also from inside its own callback.
 class Timer {
@@ -76,6 +85,12 @@ class EventLoop {
  protected:
   // Hands `work` to a worker thread and calls `done` on the loop's thread afterwards.
   virtual void Offload(std::function<void()> work, std::function<void()> done) = 0;
+
+  // Hands a failure to the handler set by OnTaskFailure (standard error when there is none).
+  void ReportFailure(const std::string& name, const std::string& what) noexcept;
+
+  // To be called first of all by the destructor of an implementation, while its clocks and timers still work.
+  void AbandonTasks();
 
   // To be called by the implementation after each batch of events: lets tasks whose condition has come true
   // go on.

@@ -36,6 +36,8 @@ class SimulatedLoop : public EventLoop {
   void Offload(std::function<void()> work, std::function<void()> done) override;
 
  private:
+  bool RunNext(MonotonicTime end);
+
   struct State;
   std::unique_ptr<State> state_;
 };

@@ -1,0 +1,265 @@
+#include "platform/TaskScheduler.h"
+
+#include <cxxabi.h>
+
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "platform/Sanitizer.h"
+
+namespace zeb {
+
+namespace {
+
+// A task that swallows this many refusals to wait is in a loop of its own, and would keep the program from
+// ending.
+constexpr int kMostRefusedWaits = 1000;
+
+std::string DescribeCurrentException() {
+  try {
+    throw;
+  } catch (const std::exception& failure) {
+    return failure.what();
+  } catch (...) {
+    return "unknown exception";
+  }
+}
+
+}  // namespace
+
+// Work for a worker thread. Queued until a worker begins it; an ending loop withdraws what is still queued.
+class TaskScheduler::BlockingJob {
+ public:
+  explicit BlockingJob(std::function<void()>& work) : work_(work) {}
+
+  void Run() {
+    State queued = State::kQueued;
+    if (!state_.compare_exchange_strong(queued, State::kUnderWay)) return;
+    try {
+      work_();
+    } catch (...) {
+      failure_ = std::current_exception();
+    }
+    state_ = State::kDone;
+  }
+
+  // True when no worker uses the task's objects, nor ever will.
+  bool Withdraw() {
+    State queued = State::kQueued;
+    return state_.compare_exchange_strong(queued, State::kWithdrawn) || queued == State::kDone;
+  }
+
+  std::exception_ptr TakeFailure() { return std::exchange(failure_, nullptr); }
+
+ private:
+  enum class State { kQueued, kUnderWay, kDone, kWithdrawn };
+  std::atomic<State> state_ = State::kQueued;
+  std::function<void()>& work_;  // on the task's stack, which stays until the job is done or withdrawn
+  std::exception_ptr failure_;
+};
+
+TaskScheduler::Task::Task(std::string givenName, std::function<void()> givenWork)
+    : name(std::move(givenName)), work(std::move(givenWork)) {}
+
+TaskScheduler::Task::~Task() = default;
+
+TaskScheduler::TaskScheduler(EventLoop& loop, Offload offload) : loop_(loop), offload_(std::move(offload)) {}
+
+TaskScheduler::~TaskScheduler() {
+  Abandon();
+}
+
+void TaskScheduler::Start(std::string name, std::function<void()> work) {
+  if (closing_) return;
+  starting_.emplace_back(std::move(name), std::move(work));
+  starting_.back().self = std::prev(starting_.end());
+  if (!running_) RunStarted();
+}
+
+// Begins the tasks that others started. On the loop's own stack only.
+void TaskScheduler::RunStarted() {
+  while (!starting_.empty()) {
+    Task& task = starting_.front();
+    parked_.splice(parked_.end(), starting_, task.self);
+    Resume(task);
+  }
+}
+
+// Lets a waiting task go on, then begins those that it started.
+void TaskScheduler::Wake(Task& task) {
+  Resume(task);
+  RunStarted();
+}
+
+// Lets a task run until it waits or ends.
+void TaskScheduler::Resume(Task& task) {
+  if (task.condition) parked_.splice(parked_.end(), waiting_, task.self);
+  Enter(task);
+  if (task.ended) parked_.erase(task.self);
+}
+
+void TaskScheduler::Enter(Task& task) {
+  if (!task.begun && !MakeFiber(task)) return;
+  auto& exceptions = *reinterpret_cast<ExceptionState*>(abi::__cxa_get_globals());
+  const ExceptionState ours = std::exchange(exceptions, task.exceptions);
+  running_ = &task;
+  BeforeSwitch(&loopSanitizerState_, task.stackBottom, task.stackSize);
+  task.inside = std::move(task.inside).resume();
+  AfterSwitch(loopSanitizerState_, nullptr, nullptr);
+  running_ = nullptr;
+  task.exceptions = std::exchange(exceptions, ours);
+}
+
+// False when there is no memory for a stack; the task has then ended.
+bool TaskScheduler::MakeFiber(Task& task) {
+  task.begun = true;
+  try {
+    task.inside = boost::context::fiber(
+        std::allocator_arg, StackSource{this, &task}, [this, &task](boost::context::fiber&& outside) {
+          AfterSwitch(nullptr, &loopStackBottom_, &loopStackSize_);
+          task.outside = std::move(outside);
+          Body(task);
+          BeforeSwitch(&task.sanitizerState, loopStackBottom_, loopStackSize_);
+          return std::move(task.outside);
+        });
+    return true;
+  } catch (const std::exception& failure) {
+    task.ended = true;
+    ReportFailure(task.name, failure.what());
+    return false;
+  }
+}
+
+// What a task does on its own stack.
+void TaskScheduler::Body(Task& task) {
+  try {
+    task.work();
+  } catch (const TaskAbandoned&) {
+    // The loop ends.
+  } catch (...) {
+    ReportFailure(task.name, DescribeCurrentException());
+  }
+  task.work = nullptr;  // what it captured goes here, while the task may still start others
+  task.ended = true;
+}
+
+// Back to the loop's stack, until Enter.
+void TaskScheduler::Suspend() {
+  Task& task = *running_;
+  BeforeSwitch(&task.sanitizerState, loopStackBottom_, loopStackSize_);
+  task.outside = std::move(task.outside).resume();
+  AfterSwitch(task.sanitizerState, &loopStackBottom_, &loopStackSize_);
+}
+
+bool TaskScheduler::WaitUntil(std::function<bool()> condition, Duration limit) {
+  if (!running_) throw std::logic_error("a wait outside a task");
+  if (Refused()) return false;
+  if (condition && condition()) return true;
+  Task& task = *running_;
+  const Timer timer = loop_.After(limit, [this, &task] { Wake(task); });
+  if (condition) {
+    task.condition = std::move(condition);
+    task.conditionHolds = false;
+    waiting_.splice(waiting_.end(), parked_, task.self);
+  }
+  Suspend();
+  condition = std::exchange(task.condition, nullptr);
+  if (Refused()) return false;
+  if (task.conditionFailure) std::rethrow_exception(std::exchange(task.conditionFailure, nullptr));
+  if (!condition) return false;
+  return task.conditionHolds || condition();
+}
+
+void TaskScheduler::RunBlocking(std::function<void()> work) {
+  if (!running_) return work();
+  if (Refused()) return;
+  Task& task = *running_;
+  task.job = std::make_shared<BlockingJob>(work);
+  offload_([job = task.job] { job->Run(); }, [this, &task] { Wake(task); });
+  Suspend();
+  const std::shared_ptr<BlockingJob> job = std::exchange(task.job, nullptr);
+  if (Refused()) return;
+  if (std::exception_ptr failure = job->TakeFailure()) std::rethrow_exception(failure);
+}
+
+// One pass over the tasks that wait for a condition. Each is asked just before it goes on, for a task that
+// went on before it may have changed the answer.
+void TaskScheduler::RunReady() {
+  if (running_ || waiting_.empty()) return;
+  bool anyWentOn = false;
+  auto next = waiting_.begin();
+  for (std::size_t left = waiting_.size(); left > 0; --left) {
+    Task& task = *next++;
+    if (!ConditionHolds(task)) continue;
+    anyWentOn = true;
+    Wake(task);
+  }
+  // What these tasks did may be what another waits for. That is looked at in the loop's next turn, so that
+  // tasks which keep waking each other do not keep events out.
+  if (anyWentOn && !waiting_.empty()) loop_.Post([] {});
+}
+
+bool TaskScheduler::ConditionHolds(Task& task) {
+  try {
+    task.conditionHolds = task.condition();
+  } catch (...) {
+    task.conditionFailure = std::current_exception();
+    return true;
+  }
+  return task.conditionHolds;
+}
+
+// Whether the present task's wait is refused because the loop ends. Throws, unless an exception is in flight
+// already: then the wait is in a destructor, which must not throw.
+bool TaskScheduler::Refused() {
+  if (!closing_) return false;
+  if (++running_->refusedWaits > kMostRefusedWaits) Suspend();  // for ever
+  if (std::uncaught_exceptions() == 0) throw TaskAbandoned();
+  return true;
+}
+
+void TaskScheduler::Abandon() {
+  closing_ = true;
+  const Tasks neverBegun = std::move(starting_);
+  starting_.clear();
+  parked_.splice(parked_.end(), waiting_);
+  while (!parked_.empty()) {
+    Task& task = parked_.front();
+    if (!task.job || task.job->Withdraw()) Enter(task);
+    if (!task.ended) LeaveSuspended(std::move(task.inside));
+    parked_.erase(task.self);
+  }
+}
+
+// Keeps a stack for the rest of the process: a worker thread may be using what is on it.
+void TaskScheduler::LeaveSuspended(boost::context::fiber inside) {
+  static auto* const left = new std::vector<boost::context::fiber>();
+  left->push_back(std::move(inside));
+}
+
+void TaskScheduler::ReportFailure(const std::string& name, const std::string& what) noexcept {
+  try {
+    if (onFailure_) {
+      onFailure_(name, what);
+    } else {
+      std::cerr << name << ": " << what << std::endl;
+    }
+  } catch (...) {
+    // There is nobody left to tell.
+  }
+}
+
+boost::context::stack_context TaskScheduler::StackSource::allocate() {
+  auto stack = scheduler->stacks_.Take();
+  task->stackBottom = static_cast<char*>(stack.sp) - stack.size;
+  task->stackSize = stack.size;
+  return stack;
+}
+
+void TaskScheduler::StackSource::deallocate(boost::context::stack_context& stack) noexcept {
+  scheduler->stacks_.GiveBack(stack);
+}
+
+}  // namespace zeb
