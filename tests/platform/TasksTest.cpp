@@ -272,7 +272,7 @@ TEST_F(LoopEndTest, AWaitWhileUnwindingDoesNotThrow) {
   };
   bool passed = false;
   loop.Start("untidy", [this, &passed, held = token] {
-    const WaitsAtTheEnd waits{*loop, passed};
+    const WaitsAtTheEnd waits{loop, passed};
     loop.Wait(1h);
   });
   owned.reset();
