@@ -8,7 +8,10 @@ std::string Quoted(std::string_view text) {
   constexpr std::size_t kShown = 120;
   std::size_t size = text.size() > kShown ? kShown : text.size();
   while (size < text.size() && size > 0 && (text[size] & '\xC0') == '\x80') --size;
-  return "'" + std::string(text.substr(0, size)) + (size < text.size() ? "...'" : "'");
+  std::string shown(text.substr(0, size));
+  for (char& c : shown)
+    if (c >= 0 && c < ' ') c = '?';
+  return "'" + shown + (size < text.size() ? "...'" : "'");
 }
 
 std::size_t Characters(std::string_view text) {
@@ -33,6 +36,9 @@ void CheckSettingsKey(std::string_view key) {
   if (key.size() > kMaxSettingsKeyBytes)
     throw SettingsError("settings key " + Quoted(key) + " is longer than " +
                         std::to_string(kMaxSettingsKeyBytes) + " bytes");
+  for (char c : key)
+    if (c >= 0 && c < ' ')  // no .reg file could say it
+      throw SettingsError("settings key " + Quoted(key) + " holds a control character");
 }
 
 void CheckSettingsValue(std::string_view key, std::string_view name, std::string_view text) {
