@@ -1,0 +1,39 @@
+#include "outputs/OutputTable.h"
+
+#include <memory>
+
+#include "outputs/file/DestinationsInProgress.h"
+#include "outputs/file/clsZEBFileOutput.h"
+
+namespace zeb {
+namespace {
+
+// What outputs of a program share.
+struct Shared {
+  Environment& environment;
+  std::shared_ptr<DestinationsInProgress> destinations = std::make_shared<DestinationsInProgress>();
+};
+
+struct Row {
+  OutputType type;
+  OutputPtr (*make)(const Shared& shared);
+};
+
+constexpr Row kTable[] = {
+    {OutputType::kFile,
+     [](const Shared& shared) -> OutputPtr {
+       return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
+     }},
+};
+
+}  // namespace
+
+OutputFactory MakeOutputFactory(Environment& environment) {
+  return [shared = Shared{environment}](OutputType type) -> OutputPtr {
+    for (const Row& row : kTable)
+      if (row.type == type) return row.make(shared);
+    return nullptr;
+  };
+}
+
+}  // namespace zeb

@@ -1,0 +1,39 @@
+// PageWork: from a template file to the bytes of a page, as the file and the web output do it.
+//
+// LoadTemplate and WriteTempPage touch files and may be called on a worker thread; BuildPage reads the
+// service and is called on the loop's thread.
+#pragma once
+
+#include <string>
+
+#include "outputs/file/clsFileParameters.h"
+#include "platform/FileSystem.h"
+#include "platform/Result.h"
+#include "templates/ZEB_Class_Functions.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+struct LoadedTemplate {
+  std::string text;       // tags that an editor has escaped are tags again
+  FileEncoding encoding;  // of the file, and of the page to be
+};
+
+// Templates are read anew at every update, so that no edit is ever missed, whatever the file system says
+// about times; reading and decoding one takes far less time than putting its page in place.
+Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
+
+// The finished page of a template's text. Files that it names are added to `uploadFiles`.
+std::string BuildPage(std::string text, const clsFileParameters& pair, const clsZEBService& service,
+                      UploadFileList& uploadFiles);
+
+// A new temporary file that holds the page, in its template's encoding; the caller deletes it.
+Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding);
+
+// What to do about a failure, to be put behind its reason.
+inline constexpr std::string_view kCheckTemplate = "; check the template's name and rights";
+inline constexpr std::string_view kCheckTempFolder = "; check the space in the temporary folder";
+inline constexpr std::string_view kCheckDestination =
+    "; check that the folder is there, that ZEB may write to it and that the disk has room";
+
+}  // namespace zeb

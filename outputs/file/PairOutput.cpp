@@ -1,0 +1,77 @@
+#include "outputs/file/PairOutput.h"
+
+#include <utility>
+
+#include "text/LetterCase.h"
+
+namespace zeb {
+
+const clsFileParameters& PairOutput::UpdateFile(int number) const {
+  return pairs_.at(static_cast<std::size_t>(number) - 1);
+}
+
+void PairOutput::SetUpdateFile(int number, clsFileParameters pair) {
+  pairs_.at(static_cast<std::size_t>(number) - 1) = std::move(pair);
+  PairsChanged();
+}
+
+void PairOutput::AddUpdateFile(clsFileParameters pair) {
+  pairs_.push_back(std::move(pair));
+}
+
+void PairOutput::RemoveUpdateFile(int number) {
+  if (number < 1 || number > UpdateFileCount()) return;
+  pairs_.erase(pairs_.begin() + (number - 1));
+  PairsChanged();
+}
+
+void PairOutput::PairsChanged() {
+  problems_.clear();
+  ++generation_;
+}
+
+void PairOutput::RemoveFromUploadFilesList(const std::string& path) {
+  UploadFileList kept;
+  for (const std::string& file : uploadFiles_.Paths())
+    if (!EqualIgnoringCase(file, path)) kept.Add(file);
+  uploadFiles_ = std::move(kept);
+}
+
+std::string PairOutput::GetInformationString() const {
+  if (pairs_.empty()) return "No files to update";
+  return "Update " + std::to_string(pairs_.size()) + (pairs_.size() == 1 ? " file" : " files");
+}
+
+void PairOutput::KeepProblem(std::size_t pair, const std::string& reason) {
+  if (reason.empty())
+    problems_.erase(pair);
+  else
+    problems_[pair] = reason;
+}
+
+std::string PairOutput::ProblemText() const {
+  if (problems_.empty()) return {};
+  std::string text = problems_.begin()->second;
+  std::size_t more = problems_.size() - 1;
+  if (more > 0) text += " (and " + std::to_string(more) + (more == 1 ? " more file)" : " more files)");
+  return text;
+}
+
+void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
+  SettingsHive& hive = environment_.hive;
+  pairs_ = ReadPairs(hive, key, outputIndex);
+  PairsChanged();
+  const std::string number = std::to_string(outputIndex);
+  CopyAdditionalFiles = ReadSwitch(hive, key, "CopyAdditionalFiles" + number, false);
+  AlwaysCopyFiles = ReadSwitch(hive, key, "AlwaysCopyFiles" + number, false);
+}
+
+void PairOutput::WritePairSettings(const std::string& key, int outputIndex) {
+  SettingsHive& hive = environment_.hive;
+  WritePairs(hive, key, outputIndex, pairs_);
+  const std::string number = std::to_string(outputIndex);
+  WriteSwitch(hive, key, "CopyAdditionalFiles" + number, CopyAdditionalFiles);
+  WriteSwitch(hive, key, "AlwaysCopyFiles" + number, AlwaysCopyFiles);
+}
+
+}  // namespace zeb

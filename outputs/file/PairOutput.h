@@ -1,0 +1,62 @@
+// PairOutput: what the file and the web output have in common: an ordered list of template/destination pairs
+// and the list of additional files that must travel with the pages.
+//
+// Pairs are numbered from 1. They may be changed while an update waits: an update works on the pairs as they
+// were when it began.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/clsZEBTemplate.h"
+#include "outputs/file/clsFileParameters.h"
+#include "templates/ZEB_Class_Functions.h"
+
+namespace zeb {
+
+class PairOutput : public clsZEBTemplate {
+ public:
+  using clsZEBTemplate::clsZEBTemplate;
+
+  int UpdateFileCount() const { return static_cast<int>(pairs_.size()); }
+  // The number must be within 1 to UpdateFileCount (else std::out_of_range).
+  const clsFileParameters& UpdateFile(int number) const;
+  void SetUpdateFile(int number, clsFileParameters pair);
+  void AddUpdateFile(clsFileParameters pair);
+  void RemoveUpdateFile(int number);  // a number without a pair: nothing happens
+
+  bool CopyAdditionalFiles = false;
+  bool AlwaysCopyFiles = false;  // also when an equal file is there already
+
+  // Files to be sent with the next update besides those that its pages name; unique without regard to case.
+  void AddToUploadFilesList(const std::string& path) { uploadFiles_.Add(path); }
+  void RemoveFromUploadFilesList(const std::string& path);
+  const UploadFileList& UploadFilesList() const { return uploadFiles_; }
+
+  std::string GetInformationString() const override;
+  // The first failing pair in one line, and how many more fail. A pair's failure is kept until that pair has
+  // been published again.
+  std::string ProblemText() const override;
+
+ protected:
+  const std::vector<clsFileParameters>& Pairs() const { return pairs_; }
+  void ReadPairSettings(const std::string& key, int outputIndex);
+  void WritePairSettings(const std::string& key, int outputIndex);
+  void ClearUploadFilesList() { uploadFiles_ = {}; }
+
+  // Changes whenever a pair does: what an update learnt about pair 3 may be about another one by now.
+  int PairsGeneration() const { return generation_; }
+  // An empty reason: the pair is all right. `pair` counts from 0.
+  void KeepProblem(std::size_t pair, const std::string& reason);
+
+ private:
+  void PairsChanged();
+
+  std::vector<clsFileParameters> pairs_;
+  UploadFileList uploadFiles_;
+  std::map<std::size_t, std::string> problems_;
+  int generation_ = 0;
+};
+
+}  // namespace zeb

@@ -1,0 +1,84 @@
+// clsFileParameters: one pair of a source template and the destination that it becomes, with its update rules
+// and page options. Shared by the file output (destination: a local path) and the web output (destination: a
+// path on the server). A value; it touches no files.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/OutputTypes.h"
+#include "core/clsZEBService.h"
+#include "platform/SettingsHive.h"
+
+namespace zeb {
+
+class clsFileParameters {
+ public:
+  // Bits of UpdateRulesFlags.
+  enum UpdateFlag : std::int32_t {
+    kAdvert = 1,
+    kCart = 2,
+    kJingle = 4,
+    kSong = 8,
+    kVoiceCustom = 16,
+    kUnknown = 32
+  };
+  // Values of UpdateRulesUsingItem.
+  enum RuleItem : std::int16_t { kCurrentItem = 0, kNextItem = 1, kPreviousItem = 2, kComingSoonItem = 3 };
+
+  bool UseUpdateRules = false;
+  std::int32_t UpdateRulesFlags = 0;
+  std::int16_t UpdateRulesUsingItem = kCurrentItem;
+  bool UseMultipleVersions = false;
+  std::int16_t RefreshTagSeconds = 0;  // 0: no refresh tag
+  bool AddNoCache = true;
+  std::string SimpleTextFormat{kDefaultSimpleTextFormat};
+
+  const std::string& SourceFileName() const { return sourceFileName_; }
+  void SetSourceFileName(std::string name);
+  const std::string& DestinationFileName() const { return destinationFileName_; }
+  void SetDestinationFileName(std::string name);
+  // Up to and including the last separator; "" when there is none.
+  const std::string& SourceFolder() const { return sourceFolder_; }
+  const std::string& DestinationFolder() const { return destinationFolder_; }
+
+  // True without rules in use, or when the bit is set. Setting ignores the value that it is given: with rules
+  // in use it sets the bit, else it does nothing. Bits are cleared only by assigning UpdateRulesFlags.
+  bool UpdateIfAdvert() const { return Allows(kAdvert); }
+  bool UpdateIfCart() const { return Allows(kCart); }
+  bool UpdateIfJingle() const { return Allows(kJingle); }
+  bool UpdateIfSong() const { return Allows(kSong); }
+  bool UpdateIfVoiceCustom() const { return Allows(kVoiceCustom); }
+  bool UpdateIfUnknown() const { return Allows(kUnknown); }
+  void SetUpdateIfAdvert(bool) { Allow(kAdvert); }
+  void SetUpdateIfCart(bool) { Allow(kCart); }
+  void SetUpdateIfJingle(bool) { Allow(kJingle); }
+  void SetUpdateIfSong(bool) { Allow(kSong); }
+  void SetUpdateIfVoiceCustom(bool) { Allow(kVoiceCustom); }
+  void SetUpdateIfUnknown(bool) { Allow(kUnknown); }
+
+  // Whether the pair is to be rewritten for the items that the service has now. Without an item to look at
+  // it is.
+  bool IsDue(const clsZEBService& service) const;
+
+ private:
+  bool Allows(UpdateFlag flag) const { return !UseUpdateRules || (UpdateRulesFlags & flag) != 0; }
+  void Allow(UpdateFlag flag);
+  bool AllowsType(std::int32_t itemType) const;
+
+  std::string sourceFileName_, destinationFileName_, sourceFolder_, destinationFolder_;
+};
+
+// A damaged count must not make the program read settings for hours.
+inline constexpr std::int32_t kMaxPairs = 1000;
+
+// The pairs of output `outputIndex`, as stored in the output type's key.
+std::vector<clsFileParameters> ReadPairs(SettingsHive& hive, const std::string& key, int outputIndex);
+void WritePairs(SettingsHive& hive, const std::string& key, int outputIndex,
+                const std::vector<clsFileParameters>& pairs);
+// Values that the output itself has, stored as text ("CopyAdditionalFiles1").
+bool ReadSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool byDefault);
+void WriteSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool value);
+
+}  // namespace zeb
