@@ -10,7 +10,7 @@ std::string Quoted(std::string_view text) {
   while (size < text.size() && size > 0 && (text[size] & '\xC0') == '\x80') --size;
   std::string shown(text.substr(0, size));
   for (char& c : shown)
-    if (c >= 0 && c < ' ') c = '?';
+    if (static_cast<unsigned char>(c) < 0x20) c = '?';
   return "'" + shown + (size < text.size() ? "...'" : "'");
 }
 
@@ -37,7 +37,7 @@ void CheckSettingsKey(std::string_view key) {
     throw SettingsError("settings key " + Quoted(key) + " is longer than " +
                         std::to_string(kMaxSettingsKeyBytes) + " bytes");
   for (char c : key)
-    if (c >= 0 && c < ' ')  // no .reg file could say it
+    if (static_cast<unsigned char>(c) < 0x20)  // no .reg file could say it
       throw SettingsError("settings key " + Quoted(key) + " holds a control character");
 }
 
