@@ -1,0 +1,39 @@
+// SendCommand: `zebctl send`: logs on to a service as its controller, sends lines, logs off.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "platform/EventLoop.h"
+#include "platform/Result.h"
+#include "platform/Tcp.h"
+
+namespace zeb {
+
+struct SendOptions {
+  std::string host = "localhost";
+  std::uint16_t port = 6901;
+  std::string name = "zebctl";
+  std::vector<std::string> messages;  // none: the lines of the input
+};
+
+// `arguments` are those behind the word "send". Fails, naming it, on what it does not know.
+Result<SendOptions> ReadSendOptions(const std::vector<std::string>& arguments);
+
+// Puts the input's next bytes, as they come, in place of `bytes`; false at its end. Called on a worker
+// thread.
+using InputReader = std::function<bool(std::string& bytes)>;
+
+// Runs the command in a task and hands its exit status to `finished`, once: 0, 1 when it failed (one line on
+// `err`), 2 when control is refused. Everything has then reached the service, which answers the log-off only
+// after it has handled what came before. What the service sends back is written to `err`.
+//
+// The input may be still waited for when the connection breaks, so the program should end without joining
+// worker threads. The references must outlive the loop's run.
+void RunSendCommand(EventLoop& loop, Network& network, SendOptions options, InputReader input,
+                    std::ostream& err, std::function<void(int status)> finished);
+
+}  // namespace zeb

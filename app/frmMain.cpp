@@ -1,0 +1,231 @@
+#include "app/frmMain.h"
+
+#include <algorithm>
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+#include "core/RegFile.h"
+#include "core/SettingsMigration.h"
+#include "core/SettingsPaths.h"
+#include "diagnostics/hxGeneral.h"
+
+namespace zeb {
+namespace {
+
+constexpr char kQuitQuestion[] =
+    "If Tolvan is using ZEB as it's 'On-Air Controller' then it will be automatically switch itself "
+    "'Off-Air'\n"
+    "Are you sure you want to quit from ZEB?";
+constexpr char kWaitQuestion[] =
+    "ZEB cannot be closed until it has finished updating it's outputs\n\n"
+    "Do you want it to close when it has finished?";
+
+// There is no limit to how long an update may take; whoever runs the program has the last word.
+constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
+
+}  // namespace
+
+frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options)
+    : environment_(environment), makeOutput_(std::move(makeOutput)), options_(std::move(options)) {
+  environment_.preserveTempFiles = options_.preserveTempFiles;
+}
+
+frmMain::~frmMain() {
+  *alive_ = false;
+  ShrinkTo(0);
+}
+
+Outcome frmMain::Load() {
+  try {
+    if (Outcome imported = ImportSettings(); !imported) return imported;
+    const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
+    environment_.settingsRoot = root.inUse;
+    DebugLine("Starting Hexmoor ZEB v", ZEB_VERSION);
+    if (display.splash) {
+      WriteDebugLine("Loading Splash Screen");
+      display.splash("", "Initialising settings..");
+    }
+    WriteDebugLine("Displayed OK");
+    const int count = ReadNumberServices(environment_.hive, root.inUse);
+    DebugLine("Found ", count, " ZEB Services in Registry");
+    if (root.migrate) {
+      const Outcome migrated = MigrateServices(environment_, makeOutput_, root, count);
+      environment_.person.Note(migrated
+                                   ? "The previous version's services are now under '" + root.profile + "'"
+                                   : migrated.Reason());
+    }
+    LoadServices();
+    WriteDebugLine("Shown Services OK");
+    if (options_.minimised && display.minimise) display.minimise();
+    return {};
+  } catch (const std::exception& error) {
+    ReportException("loading the services", true);
+    return Failure{error.what()};
+  }
+}
+
+Outcome frmMain::ImportSettings() {
+  if (options_.importFile.empty()) return {};
+  const std::string& file = options_.importFile;
+  const Result<std::string> bytes = environment_.files.Read(file, kMaxRegFileBytes);
+  if (!bytes) return Failure{"cannot import settings: " + bytes.Reason()};
+  const Result<RegSummary> summary = ImportRegFile(environment_.hive, bytes.Value());
+  if (!summary) return Failure{"cannot import '" + file + "': " + summary.Reason()};
+  environment_.person.Note("Imported '" + file + "': " + summary.Value().Text());
+  return {};
+}
+
+void frmMain::LoadServices() {
+  const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
+  WriteDebugLine("Pre-create Services");
+  windows_.reserve(static_cast<std::size_t>(count));
+  for (int number = NumberServices() + 1; number <= count; ++number) OpenWindow(number);
+  WriteDebugLine("Services Created OK");
+  if (!display.arrange) return;
+  WriteDebugLine("Pre-set window size OK");
+  display.arrange();
+  WriteDebugLine("Set window size OK");
+}
+
+// A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
+void frmMain::OpenWindow(int number) {
+  windows_.push_back(frmService::Create(environment_, makeOutput_));
+  try {
+    windows_.back()->Open(number);
+  } catch (const std::exception& error) {
+    ReportException("opening service " + std::to_string(number), true);
+    environment_.person.Note("Service " + std::to_string(number) + " could not be opened: " + error.what());
+  }
+}
+
+int frmMain::AddService() {
+  const int number = NumberServices() + 1;
+  if (number > kMaxServices) {
+    ShowProblem("adding a service", "there are " + std::to_string(kMaxServices) + " already", false);
+    return 0;
+  }
+  try {
+    WriteDebugLine("Incrementing NumberServices");
+    WriteNumberServices(environment_.hive, environment_.settingsRoot, number);
+  } catch (const std::exception&) {
+    ReportException("adding a service", false);
+    return 0;
+  }
+  WriteDebugLine("Loading New Service info");
+  OpenWindow(number);
+  WriteDebugLine("Displaying New Service");
+  WriteDebugLine("Editing New Service");
+  return number;
+}
+
+bool frmMain::RemoveService(int number) {
+  if (number < 1 || number > NumberServices()) return false;
+  const std::shared_ptr<frmService> window = Window(number);
+  if (!environment_.person.Ask("Are you sure you want to remove the Service \"" +
+                               window->service().settings.ServiceName + "\"?"))
+    return false;
+  if (!StoreWithout(number)) return false;
+  window->Close();
+  windows_.erase(windows_.begin() + (number - 1));
+  return true;
+}
+
+// All in one transaction: a failure in the middle must not leave two services under one number. The services
+// that had moved by then no longer match the store, so they are opened again from it.
+bool frmMain::StoreWithout(int number) {
+  SettingsHive& hive = environment_.hive;
+  const int count = NumberServices();
+  try {
+    hive.Transaction([&] {
+      hive.DeleteKey(environment_.ServiceKey(number));
+      for (int i = number + 1; i <= count; ++i)
+        if (!Window(i)->service().MoveToServiceNumber(i - 1))
+          throw SettingsError("service " + std::to_string(i) + " could not be moved");
+      hive.DeleteKey(environment_.ServiceKey(count));
+      WriteNumberServices(hive, environment_.settingsRoot, count - 1);
+    });
+    return true;
+  } catch (const std::exception&) {
+    ReportException("removing a service", false);
+  }
+  if (number < count && Window(number + 1)->service().ServiceNumber() == number) {
+    ShrinkTo(number);
+    for (int i = number + 1; i <= count; ++i) OpenWindow(i);
+  }
+  return false;
+}
+
+void frmMain::Reload() {
+  if (quitting_) return;
+  try {
+    const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
+    // The previous version's services are copied at a start only, when nothing of them runs yet.
+    if (!root.migrate) environment_.settingsRoot = root.inUse;
+    const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
+    ShrinkTo(count);
+    for (int number = 1; number <= NumberServices(); ++number) {
+      try {
+        Window(number)->Reload();
+      } catch (const std::exception&) {
+        ReportException("reading the settings of service " + std::to_string(number), true);
+      }
+    }
+    LoadServices();
+    environment_.person.Note("Settings read again, " + std::to_string(count) +
+                             (count == 1 ? " service" : " services"));
+  } catch (const std::exception& error) {
+    ReportException("reading the settings again", true);
+    environment_.person.Note(std::string("The settings stay as they were: ") + error.what());
+  }
+}
+
+void frmMain::ShrinkTo(int count) {
+  while (NumberServices() > count) {
+    windows_.back()->Close();
+    windows_.pop_back();
+  }
+}
+
+std::string frmMain::UpdatingServices() const {
+  std::string names;
+  for (const auto& window : windows_)
+    if (window->service().UpdateInProgress())
+      names += (names.empty() ? "" : ", ") + window->service().settings.ServiceName;
+  return names;
+}
+
+bool frmMain::AllClosed() const {
+  return std::all_of(windows_.begin(), windows_.end(), [](const auto& window) { return window->Closed(); });
+}
+
+bool frmMain::RequestQuit(std::function<void()> closed) {
+  if (quitting_) return true;
+  if (!environment_.person.Ask(kQuitQuestion)) return false;
+  if (!UpdatingServices().empty()) {
+    if (!environment_.person.Ask(kWaitQuestion)) return false;
+    if (display.splash) display.splash("Updates in progress..", "Waiting to exit");
+  }
+  quitting_ = true;
+  closed_ = std::move(closed);
+  // Every window closes now, so that no new update begins; one that is updating is closed when it is done.
+  for (const auto& window : windows_) window->Close();
+  if (AllClosed()) {
+    ServiceFinished();
+    return true;
+  }
+  environment_.loop.Start("quit", [this, alive = alive_] {
+    environment_.loop.WaitUntil([this, alive] { return !*alive || AllClosed(); }, kNoLimit);
+    if (*alive) ServiceFinished();
+  });
+  return true;
+}
+
+void frmMain::ServiceFinished() {
+  if (!quitting_ || !closed_ || !AllClosed()) return;
+  WriteDebugLine("Start TerminateTool");
+  WriteDebugLine("Finished OK");
+  std::exchange(closed_, nullptr)();
+}
+
+}  // namespace zeb

@@ -1,0 +1,97 @@
+#include "core/CsvCartStore.h"
+
+#include <charconv>
+#include <utility>
+
+#include "text/Encodings.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+namespace {
+
+bool ReadCartNumber(std::string_view field, std::int32_t& number) {
+  field = TrimBlanks(field);
+  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);
+  return error == std::errc() && end == field.data() + field.size();
+}
+
+// Reads a quoted field whose opening quote is behind `offset`.
+void ReadQuoted(std::string_view text, std::size_t& offset, std::string& field) {
+  while (offset < text.size()) {
+    const char c = text[offset++];
+    if (c != '"') {
+      field += c;
+    } else if (offset < text.size() && text[offset] == '"') {
+      field += '"';
+      ++offset;
+    } else {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> ReadCsvRecord(std::string_view text, std::size_t& offset) {
+  std::vector<std::string> fields(1);
+  while (offset < text.size()) {
+    const char c = text[offset++];
+    if (c == ',') {
+      fields.emplace_back();
+    } else if (c == '"' && fields.back().empty()) {
+      ReadQuoted(text, offset, fields.back());
+    } else if (c == '\n' || c == '\r') {
+      if (c == '\r' && offset < text.size() && text[offset] == '\n') ++offset;
+      return fields;
+    } else {
+      fields.back() += c;
+    }
+  }
+  return fields;
+}
+
+CsvCartStore::CsvCartStore(FileSystem& files, Operator& person, std::string path)
+    : files_(files), person_(person), path_(std::move(path)) {}
+
+std::optional<Cart> CsvCartStore::Find(std::int32_t cartNumber) {
+  ReadWhenChanged();
+  const auto found = carts_.find(cartNumber);
+  if (found == carts_.end()) return std::nullopt;
+  return found->second;
+}
+
+void CsvCartStore::ReadWhenChanged() {
+  const std::optional<FileInfo> info = files_.Stat(path_);
+  if (!info) {
+    carts_.clear();
+    seen_ = false;
+    return;
+  }
+  if (seen_ && info->modified == modified_ && info->size == size_) return;
+  // Remembered also when reading fails: it is tried again, and told again, with the next change.
+  seen_ = true;
+  modified_ = info->modified;
+  size_ = info->size;
+  ReadFile();
+}
+
+void CsvCartStore::ReadFile() {
+  const Result<std::string> bytes = files_.Read(path_, kMaxFileBytes);
+  if (!bytes) {
+    person_.Note("The carts stay as they were: " + bytes.Reason());
+    return;
+  }
+  const std::string text = DecodeFile(bytes.Value(), DetectFileEncoding(bytes.Value()));
+  carts_.clear();
+  std::size_t offset = 0;
+  while (offset < text.size()) {
+    std::vector<std::string> fields = ReadCsvRecord(text, offset);
+    std::int32_t number = 0;
+    if (!ReadCartNumber(fields[0], number)) continue;
+    fields.resize(5);
+    carts_.insert_or_assign(number, Cart{{std::move(fields[1]), std::move(fields[2]), std::move(fields[3])},
+                                         std::move(fields[4])});
+  }
+}
+
+}  // namespace zeb
