@@ -56,7 +56,9 @@ class TcpClientControl : public Control {
   virtual void ConnectTls(const std::string& host, std::uint16_t port) = 0;
   virtual void SendData(std::string_view bytes) = 0;
   virtual std::size_t UnsentBytes() const = 0;
-  virtual void Close() = 0;                   // sends what is queued, then closes
+  // Sends what is queued, then closes: kClosing until it is sent, kClosed at once when nothing is. A Connect
+  // meanwhile does not take it back. Destroying the control closes at once.
+  virtual void Close() = 0;
   virtual std::string LastError() const = 0;  // why the last connection failed or broke; "" when it did not
 };
 

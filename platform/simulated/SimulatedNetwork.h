@@ -34,8 +34,9 @@ class SimulatedNetwork : public Network {
   // The address that listeners see of later connections; "127.0.0.1" at first.
   void SetClientAddress(std::string address);
 
+  struct State;  // shared by the sockets
+
  private:
-  struct State;
   std::shared_ptr<State> state_;
 };
 
