@@ -28,6 +28,7 @@ class DebugLog {
   ~DebugLog();  // uninstalls itself
   void Install();
   void WriteLine(std::string_view message, LineKind kind);
+  void ShowToOperator(const std::string& text);  // a message box with the exclamation icon
 
   // "/DEBUG=<word>" on the command line, else DebugMode under "SOFTWARE\Hexmoor".
   static std::int32_t StartUpLevel(std::string_view commandLine, SettingsHive& hive);
@@ -35,11 +36,14 @@ class DebugLog {
   static std::string StartUpFolder(SettingsHive& hive, const std::string& dataFolder);
 
  private:
+  bool FolderIsReady();
+
   EventLoop& loop_;
   FileSystem& files_;
   Operator& person_;
   std::string programName_;
   std::string folder_;
+  std::int32_t level_;
   bool folderReady_ = false;
   bool folderFailed_ = false;
   bool alsoToOperator_;
@@ -49,6 +53,7 @@ class DebugLog {
 namespace detail {
 extern std::int32_t debugLevel;  // of the installed log; 0 without one
 void WriteInstalled(std::string_view message, LineKind kind);
+void ShowInstalled(const std::string& text);
 inline void Append(std::string& to, std::string_view part) {
   to += part;
 }
