@@ -155,7 +155,7 @@ void RegParser::ParseKey() {
   ours_ = IsMakersKey(key_);
   if (isDeletion && key_.empty()) Fail("the whole hive cannot be deleted");
   section_ = isDeletion ? Section::kDeleted : Section::kTaken;
-  if (!key_.empty()) Add({isDeletion ? RegChange::kDeleteKey : RegChange::kCreateKey, key_, {}});
+  if (!key_.empty()) Add({isDeletion ? RegChange::kDeleteKey : RegChange::kCreateKey, key_, {}}, line_);
 }
 
 void RegParser::ParseValue() {
@@ -172,9 +172,9 @@ void RegParser::ParseValue() {
   if (section_ == Section::kSkipped) return;
 
   if (data.isDeletion) {
-    Add({RegChange::kDeleteValue, key_, {std::move(name), {}}});
+    Add({RegChange::kDeleteValue, key_, {std::move(name), {}}}, line);
   } else if (data.data) {
-    Add({RegChange::kWriteValue, key_, {std::move(name), std::move(*data.data)}});
+    Add({RegChange::kWriteValue, key_, {std::move(name), std::move(*data.data)}}, line);
   } else if (ours_) {
     Fail(ShowName(name) + " has the type " + data.type + ", which the settings cannot hold", line);
   } else {
@@ -186,7 +186,6 @@ void RegParser::ExpectEndOfValue() {
   SkipBlanks();
   if (!AtEnd() && text_[at_] == ';') at_ += RestOfLine().size();
   if (!AtLineEnd()) Fail("unexpected " + ShowShort(RestOfLine()));
-  SkipLineEnd();
 }
 
 // Text between double quotes. Line ends in it are part of it.
@@ -281,12 +280,12 @@ std::string RegParser::DecodeText(const std::string& bytes) const {
   return DecodeFile(bytes, {ansiBytes_ ? FileEncoding::kWindows1252 : FileEncoding::kUtf16LE, false, false});
 }
 
-void RegParser::Add(RegChange change) {
+void RegParser::Add(RegChange change, std::size_t line) {
   try {
     const auto* text = std::get_if<std::string>(&change.value.data);
     CheckSettingsValue(change.key, change.value.name, text != nullptr ? std::string_view(*text) : "");
   } catch (const SettingsError& error) {
-    Fail(error.what());
+    Fail(error.what(), line);
   }
   result_.changes.push_back(std::move(change));
 }

@@ -38,14 +38,14 @@ class RegParser {
   void ParseHeading();
   void ParseKey();
   void ParseValue();
-  void ExpectEndOfValue();
+  void ExpectEndOfValue();  // nothing but a comment
   std::string ParseQuoted();
   Data ParseData();
   SettingsData ParseDword();
   Data ParseHex();
   std::string ParseBytes();
   std::string DecodeText(const std::string& bytes) const;
-  void Add(RegChange change);
+  void Add(RegChange change, std::size_t line);
   [[noreturn]] void Fail(const std::string& reason, std::size_t line = 0) const;
 
   std::string_view text_;
