@@ -3,55 +3,59 @@
 #include <stdexcept>
 
 #include "core/clsZEBItemInfo.h"
+#include "text/LetterCase.h"
 
 namespace zeb {
 namespace {
 
 struct TextField {
   std::string ItemFields::*field;
-  std::vector<std::string> names;  // none: never published
+  std::string name;
 };
 
-const std::vector<TextField>& TextFields() {
-  using F = ItemFields;
-  static const std::vector<TextField> fields = {
-      {&F::CartLine1, {"cartline1", "cartdesc1", "cartdescription1"}},
-      {&F::CartLine2, {"cartline2", "cartdesc2", "cartdescription2"}},
-      {&F::CartLine3, {"cartline3", "cartdesc3", "cartdescription3"}},
-      {&F::CartArtistsHREF, {"cartartistshref"}},
-      {&F::ItemName, {"itemname", "itemtitle", "ITEMNAME", "ItemTitle", "\xC4\xB0temName"}},
-      {&F::ItemHREF, {"itemhref"}},
-      {&F::TitleID, {"titleid"}},
-      {&F::AlbumName, {"albumname"}},
-      {&F::ItemReference, {"itemreference"}},
-      {&F::SchedulerReference, {"schedulerreference"}},
-      {&F::ItemCode, {"itemcode"}},
-      {&F::Artist1Name, {"artist1name"}},
-      {&F::Artist2Name, {"artist2name"}},
-      {&F::Artist3Name, {"artist3name"}},
-      {&F::Artists, {"artists"}},
-      {&F::Artist1HREF, {"artist1href"}},
-      {&F::Artist2HREF, {"artist2href"}},
-      {&F::Artist3HREF, {"artist3href"}},
-      {&F::CustomField1, {}},
-      {&F::CustomField2, {}},
-      {&F::CustomField3, {}},
-      {&F::OnlineStoreReference, {"onlinestorereference"}},
-      {&F::PictureHREF, {"picturehref"}},
-      {&F::CopyrightProductTitle, {"copyrightproducttitle"}},
-      {&F::CopyrightMusicTitle, {"copyrightmusictitle"}},
-      {&F::CopyrightRecordLabel, {"copyrightrecordlabel"}},
-      {&F::CopyrightRecordNumber, {"copyrightrecordnumber"}},
-      {&F::CopyrightComposer, {"copyrightcomposer"}},
-      {&F::CopyrightPerformer, {"copyrightperformer"}},
-      {&F::CopyrightPublisher, {"copyrightpublisher"}},
-      {&F::CopyrightCode, {"copyrightcode"}},
-      {&F::Notes, {"notes"}},
-      {&F::WebNotes, {"webnotes"}},
-      {&F::RDSNotes, {"rdsnotes"}},
-      {&F::DABNotes, {"dabnotes"}},
-  };
-  return fields;
+#define TEXT(name)           \
+  TextField {                \
+    &ItemFields::name, #name \
+  }
+const std::vector<TextField> kPublished = {TEXT(CartLine1),
+                                           TEXT(CartLine2),
+                                           TEXT(CartLine3),
+                                           TEXT(CartArtistsHREF),
+                                           TEXT(ItemName),
+                                           TEXT(ItemHREF),
+                                           TEXT(TitleID),
+                                           TEXT(AlbumName),
+                                           TEXT(ItemReference),
+                                           TEXT(SchedulerReference),
+                                           TEXT(ItemCode),
+                                           TEXT(Artist1Name),
+                                           TEXT(Artist2Name),
+                                           TEXT(Artist3Name),
+                                           TEXT(Artists),
+                                           TEXT(Artist1HREF),
+                                           TEXT(Artist2HREF),
+                                           TEXT(Artist3HREF),
+                                           TEXT(OnlineStoreReference),
+                                           TEXT(PictureHREF),
+                                           TEXT(CopyrightProductTitle),
+                                           TEXT(CopyrightMusicTitle),
+                                           TEXT(CopyrightRecordLabel),
+                                           TEXT(CopyrightRecordNumber),
+                                           TEXT(CopyrightComposer),
+                                           TEXT(CopyrightPerformer),
+                                           TEXT(CopyrightPublisher),
+                                           TEXT(CopyrightCode),
+                                           TEXT(Notes),
+                                           TEXT(WebNotes),
+                                           TEXT(RDSNotes),
+                                           TEXT(DABNotes)};
+const std::vector<TextField> kUnpublished = {TEXT(CustomField1), TEXT(CustomField2), TEXT(CustomField3)};
+#undef TEXT
+
+std::vector<TextField> AllTexts() {
+  std::vector<TextField> all = kPublished;
+  all.insert(all.end(), kUnpublished.begin(), kUnpublished.end());
+  return all;
 }
 
 constexpr float ItemFields::*kReals[] = {&ItemFields::CartItemLength, &ItemFields::CopyrightTotalDuration,
@@ -61,7 +65,7 @@ constexpr std::int32_t ItemFields::*kIntegers[] = {&ItemFields::CartNumber, &Ite
 clsZEBItemInfo FullItem() {
   clsZEBItemInfo item;
   int number = 0;
-  for (const TextField& text : TextFields())
+  for (const TextField& text : AllTexts())
     item.Edit().*text.field = "Value of field " + std::to_string(++number);
   for (const auto field : kReals) item.Edit().*field = static_cast<float>(++number) + 0.5F;
   for (const auto field : kIntegers) item.Edit().*field = ++number;
@@ -74,49 +78,66 @@ clsZEBItemInfo FullItem() {
   return item;
 }
 
-TEST(ItemInfo, TextElementsResolveByEveryNameOfTheirs) {
+TEST(ItemInfo, TextElementsResolveInAnyCase) {
   const clsZEBItemInfo item = FullItem();
-  for (const TextField& text : TextFields())
-    for (const std::string& name : text.names)
+  for (const TextField& text : kPublished)
+    for (const std::string& name : {text.name, LowerCase(text.name), UpperCase(text.name)})
       EXPECT_EQ(item.GetElementByName(name, true), item.Fields().*text.field) << name;
+  for (const TextField& text : kUnpublished)
+    for (const std::string& name : {text.name, LowerCase(text.name)})
+      EXPECT_EQ(item.GetElementByName(name, true), "") << name;
 }
 
 TEST(ItemInfo, OtherElements) {
   clsZEBItemInfo item = FullItem();
-  item.Edit().ItemType = 12;
-  item.Edit().CartNumber = -7;
-  item.Edit().CartItemLength = 3.5F;
-  item.Edit().ItemStartTime = 45296.5F;
-  struct {
-    std::string name, value;
-  } const cases[] = {
-      {"CartNumber", "-7"},
-      {"cartitemlength", "3.5"},
-      {"itemindexnumber", "3"},
-      {"numberpictures", "2"},
-      {"itemtype", "Cart"},
-      {"itemstartdate", "02/03/2026"},
-      {"itemstarttime", "45296.5"},
-      {"itemstartdatetime", "02/03/2026 12:34:56"},
-      {"ItemStartDateTimeXML", "2026-03-02T12:34:56"},
-      {"picturefilename", "a.jpg"},
-      {"picturefilename0", "a.jpg"},
-      {"picturefilename_0", "a.jpg"},
-      {"picturefilename1", "a.jpg"},
-      {"PictureFileName_2", "b.jpg"},
-      {"picturefilename_x", "a.jpg"},
-      {"picturefilename9", ""},
-      {"picturefilename-1", ""},
-      {"picturefilename99999999999", ""},
-      {"CustomField1", ""},
-      {"customfield2", ""},
-      {"NotesRTF", ""},
-      {"itemnam", ""},
-      {"itemnamee", ""},
-      {"", ""},
-      {std::string(100000, 'a'), ""},
-  };
-  for (const auto& [name, value] : cases) EXPECT_EQ(item.GetElementByName(name, true), value) << name;
+  ItemFields& fields = item.Edit();
+  fields.ItemName = "Name";
+  fields.CartLine1 = "L1";
+  fields.CartLine2 = "L2";
+  fields.CartLine3 = "L3";
+  fields.ItemType = 12;
+  fields.CartNumber = -7;
+  fields.CartItemLength = 3.5F;
+  fields.CopyrightMusicDuration = 180;
+  fields.CopyrightTotalDuration = 0;
+  fields.ItemStartTime = 45296.5F;
+  const std::vector<std::string> nameAndValue = {"itemtitle=Name",
+                                                 "\xC4\xB0temName=Name",
+                                                 "cartdesc1=L1",
+                                                 "CartDesc2=L2",
+                                                 "cartdesc3=L3",
+                                                 "cartdescription1=L1",
+                                                 "cartdescription2=L2",
+                                                 "CARTDESCRIPTION3=L3",
+                                                 "CartNumber=-7",
+                                                 "cartitemlength=3.5",
+                                                 "copyrightmusicduration=180",
+                                                 "copyrighttotalduration=0",
+                                                 "itemindexnumber=3",
+                                                 "numberpictures=2",
+                                                 "itemtype=Cart",
+                                                 "itemstartdate=02/03/2026",
+                                                 "itemstarttime=45296.5",
+                                                 "itemstartdatetime=02/03/2026 12:34:56",
+                                                 "ItemStartDateTimeXML=2026-03-02T12:34:56",
+                                                 "picturefilename=a.jpg",
+                                                 "picturefilename0=a.jpg",
+                                                 "picturefilename_0=a.jpg",
+                                                 "picturefilename1=a.jpg",
+                                                 "PictureFileName_2=b.jpg",
+                                                 "picturefilename_x=a.jpg",
+                                                 "picturefilename9=",
+                                                 "picturefilename-1=",
+                                                 "picturefilename99999999999=",
+                                                 "NotesRTF=",
+                                                 "itemnam=",
+                                                 "itemnamee=",
+                                                 "=",
+                                                 std::string(100000, 'a') + "="};
+  for (const std::string& line : nameAndValue) {
+    const std::size_t end = line.find('=');
+    EXPECT_EQ(item.GetElementByName(line.substr(0, end), true), line.substr(end + 1)) << line;
+  }
   EXPECT_EQ(item.GetElementByName("ITEMTYPE", false), "12");
 
   std::string line = "now: ";
@@ -145,9 +166,8 @@ TEST(ItemInfo, EveryFieldDecidesWhetherItemsAreTheSame) {
   std::vector<std::function<void(clsZEBItemInfo&)>> changes = {
       [](clsZEBItemInfo& changed) { ++changed.ItemIndexNumber; },
       [](clsZEBItemInfo& changed) { changed.SetPictureFileName(2, "B.jpg"); },
-      [](clsZEBItemInfo& changed) { changed.SetAdditionalFile(1, "d.pdf"); },
-  };
-  for (const TextField& text : TextFields()) {
+      [](clsZEBItemInfo& changed) { changed.SetAdditionalFile(1, "d.pdf"); }};
+  for (const TextField& text : AllTexts()) {
     changes.emplace_back([&](clsZEBItemInfo& changed) { changed.Edit().*text.field += "x"; });
     changes.emplace_back([&](clsZEBItemInfo& changed) { (changed.Edit().*text.field)[0] = 'v'; });
   }

@@ -1,0 +1,105 @@
+// A service whose outputs and window write down what they are asked and told, on simulated time.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <stdexcept>
+
+#include "core/clsZEBService.h"
+#include "platform/simulated/TestEnvironment.h"
+
+namespace zeb {
+
+class ServiceTest : public ::testing::Test, protected ServiceEvents {
+ protected:
+  using Lines = std::vector<std::string>;
+
+  // Writes "<second> <operation> <name>"; does what `during` says first.
+  class RecordingOutput : public clsZEBTemplate {
+   public:
+    RecordingOutput(ServiceTest& test, std::string name)
+        : clsZEBTemplate(test.ports_.environment), test_(test), name_(std::move(name)) {}
+
+    bool StopOutput() override { return Do("stop"); }
+    bool PrepareOutput(clsZEBService&) override { return Do("prepare"); }
+    bool UpdateOutput(clsZEBService&) override { return Do("update"); }
+    bool FinishOutput(clsZEBService&) override { return Do("finish"); }
+
+    std::map<std::string, std::function<void()>> during;  // by operation
+
+   protected:
+    bool Do(const std::string& operation) {
+      test_.Write(operation + " " + name_);
+      if (const auto found = during.find(operation); found != during.end()) found->second();
+      return true;
+    }
+
+   private:
+    ServiceTest& test_;
+    std::string name_;
+  };
+
+  class RecordingEncoder : public RecordingOutput, public ScriptCommandOutput {
+   public:
+    using RecordingOutput::RecordingOutput;
+    void SendScriptCommand(const std::string& commandType, const std::string& text) override {
+      Do("command " + commandType + " " + text + "to");
+    }
+  };
+
+  class RecordingSerial : public RecordingOutput, public StringOutput {
+   public:
+    using RecordingOutput::RecordingOutput;
+    void SendString(clsZEBService&, const std::string& text) override { Do("string " + text + "to"); }
+    void SetTravelFlagActivated(clsZEBService&) override { Do("travel on"); }
+    void SetTravelFlagCleared(clsZEBService&) override { Do("travel off"); }
+  };
+
+  template <class Kind = RecordingOutput>
+  std::shared_ptr<Kind> Add(OutputType type, const std::string& name) {
+    auto output = std::make_shared<Kind>(*this, name);
+    service_.AddOutput(type, output);
+    return output;
+  }
+
+  std::function<void()> Wait(Duration time) {
+    return [this, time] { ports_.loop.Wait(time); };
+  }
+
+  void Start(std::function<void()> work) { ports_.loop.Start("test", std::move(work)); }
+  void Update(OutputType type) {
+    Start([this, type] { service_.UpdateOutputType(static_cast<std::int32_t>(type)); });
+  }
+
+  void Write(const std::string& line) {
+    const auto second = std::chrono::duration_cast<std::chrono::seconds>(ports_.loop.Monotonic() - started_);
+    lines_.push_back(std::to_string(second.count()) + " " + line);
+  }
+  // The lines since the last call.
+  Lines Take() { return std::exchange(lines_, {}); }
+
+  void Tell(const std::string& event) {
+    if (writeEvents_) Write(event);
+  }
+  static std::string Place(int index, OutputType type) {
+    return std::to_string(index) + " of type " + std::to_string(static_cast<int>(type));
+  }
+  void ServiceClosed() override { Tell("closed"); }
+  void OutputUpdateStarting(int index, OutputType type) override { Tell("starting " + Place(index, type)); }
+  void OutputUpdateUpdating(int index, OutputType type) override { Tell("updating " + Place(index, type)); }
+  void OutputUpdateUpdated(int index, OutputType type) override { Tell("updated " + Place(index, type)); }
+  void OutputUpdateFinished(int index, OutputType type) override { Tell("finished " + Place(index, type)); }
+  void UpdateStarted() override { Tell("update started"); }
+  void UpdateFinished() override { Tell("update finished"); }
+
+  void TearDown() override { EXPECT_EQ(ports_.loop.TaskCount(), 0U); }
+
+  bool writeEvents_ = false;
+  Lines lines_;
+  TestEnvironment ports_;
+  MonotonicTime started_ = ports_.loop.Monotonic();
+  clsZEBService service_{ports_.environment, [](OutputType) { return OutputPtr(); }, *this};
+};
+
+}  // namespace zeb
