@@ -11,52 +11,49 @@ namespace {
 struct TextField {
   std::string ItemFields::*field;
   std::string name;
+  TextField(std::string ItemFields::*itsField, std::string itsName)
+      : field(itsField), name(std::move(itsName)) {}
 };
 
-#define TEXT(name)           \
-  TextField {                \
-    &ItemFields::name, #name \
-  }
-const std::vector<TextField> kPublished = {TEXT(CartLine1),
-                                           TEXT(CartLine2),
-                                           TEXT(CartLine3),
-                                           TEXT(CartArtistsHREF),
-                                           TEXT(ItemName),
-                                           TEXT(ItemHREF),
-                                           TEXT(TitleID),
-                                           TEXT(AlbumName),
-                                           TEXT(ItemReference),
-                                           TEXT(SchedulerReference),
-                                           TEXT(ItemCode),
-                                           TEXT(Artist1Name),
-                                           TEXT(Artist2Name),
-                                           TEXT(Artist3Name),
-                                           TEXT(Artists),
-                                           TEXT(Artist1HREF),
-                                           TEXT(Artist2HREF),
-                                           TEXT(Artist3HREF),
-                                           TEXT(OnlineStoreReference),
-                                           TEXT(PictureHREF),
-                                           TEXT(CopyrightProductTitle),
-                                           TEXT(CopyrightMusicTitle),
-                                           TEXT(CopyrightRecordLabel),
-                                           TEXT(CopyrightRecordNumber),
-                                           TEXT(CopyrightComposer),
-                                           TEXT(CopyrightPerformer),
-                                           TEXT(CopyrightPublisher),
-                                           TEXT(CopyrightCode),
-                                           TEXT(Notes),
-                                           TEXT(WebNotes),
-                                           TEXT(RDSNotes),
-                                           TEXT(DABNotes)};
-const std::vector<TextField> kUnpublished = {TEXT(CustomField1), TEXT(CustomField2), TEXT(CustomField3)};
+#define TEXT(name) TextField(&ItemFields::name, #name)
+// The custom fields, which are never published, come last.
+const std::vector<TextField> kTexts({TEXT(CartLine1),
+                                     TEXT(CartLine2),
+                                     TEXT(CartLine3),
+                                     TEXT(CartArtistsHREF),
+                                     TEXT(ItemName),
+                                     TEXT(ItemHREF),
+                                     TEXT(TitleID),
+                                     TEXT(AlbumName),
+                                     TEXT(ItemReference),
+                                     TEXT(SchedulerReference),
+                                     TEXT(ItemCode),
+                                     TEXT(Artist1Name),
+                                     TEXT(Artist2Name),
+                                     TEXT(Artist3Name),
+                                     TEXT(Artists),
+                                     TEXT(Artist1HREF),
+                                     TEXT(Artist2HREF),
+                                     TEXT(Artist3HREF),
+                                     TEXT(OnlineStoreReference),
+                                     TEXT(PictureHREF),
+                                     TEXT(CopyrightProductTitle),
+                                     TEXT(CopyrightMusicTitle),
+                                     TEXT(CopyrightRecordLabel),
+                                     TEXT(CopyrightRecordNumber),
+                                     TEXT(CopyrightComposer),
+                                     TEXT(CopyrightPerformer),
+                                     TEXT(CopyrightPublisher),
+                                     TEXT(CopyrightCode),
+                                     TEXT(Notes),
+                                     TEXT(WebNotes),
+                                     TEXT(RDSNotes),
+                                     TEXT(DABNotes),
+                                     TEXT(CustomField1),
+                                     TEXT(CustomField2),
+                                     TEXT(CustomField3)});
 #undef TEXT
-
-std::vector<TextField> AllTexts() {
-  std::vector<TextField> all = kPublished;
-  all.insert(all.end(), kUnpublished.begin(), kUnpublished.end());
-  return all;
-}
+constexpr std::size_t kCustomFields = 3;
 
 constexpr float ItemFields::*kReals[] = {&ItemFields::CartItemLength, &ItemFields::CopyrightTotalDuration,
                                          &ItemFields::CopyrightMusicDuration};
@@ -65,8 +62,7 @@ constexpr std::int32_t ItemFields::*kIntegers[] = {&ItemFields::CartNumber, &Ite
 clsZEBItemInfo FullItem() {
   clsZEBItemInfo item;
   int number = 0;
-  for (const TextField& text : AllTexts())
-    item.Edit().*text.field = "Value of field " + std::to_string(++number);
+  for (const TextField& text : kTexts) item.Edit().*text.field = "Value of field " + std::to_string(++number);
   for (const auto field : kReals) item.Edit().*field = static_cast<float>(++number) + 0.5F;
   for (const auto field : kIntegers) item.Edit().*field = ++number;
   item.Edit().ItemStartDate = 46083;  // 2 March 2026
@@ -80,12 +76,13 @@ clsZEBItemInfo FullItem() {
 
 TEST(ItemInfo, TextElementsResolveInAnyCase) {
   const clsZEBItemInfo item = FullItem();
-  for (const TextField& text : kPublished)
-    for (const std::string& name : {text.name, LowerCase(text.name), UpperCase(text.name)})
-      EXPECT_EQ(item.GetElementByName(name, true), item.Fields().*text.field) << name;
-  for (const TextField& text : kUnpublished)
-    for (const std::string& name : {text.name, LowerCase(text.name)})
-      EXPECT_EQ(item.GetElementByName(name, true), "") << name;
+  std::size_t published = kTexts.size() - kCustomFields;
+  for (const auto& [field, name] : kTexts) {
+    const std::string expected = published > 0 ? item.Fields().*field : "";
+    for (const std::string& written : {name, LowerCase(name), UpperCase(name)})
+      EXPECT_EQ(item.GetElementByName(written, true), expected) << written;
+    if (published > 0) --published;
+  }
 }
 
 TEST(ItemInfo, OtherElements) {
@@ -101,44 +98,44 @@ TEST(ItemInfo, OtherElements) {
   fields.CopyrightMusicDuration = 180;
   fields.CopyrightTotalDuration = 0;
   fields.ItemStartTime = 45296.5F;
-  const std::vector<std::string> nameAndValue = {"itemtitle=Name",
-                                                 "\xC4\xB0temName=Name",
-                                                 "cartdesc1=L1",
-                                                 "CartDesc2=L2",
-                                                 "cartdesc3=L3",
-                                                 "cartdescription1=L1",
-                                                 "cartdescription2=L2",
-                                                 "CARTDESCRIPTION3=L3",
-                                                 "CartNumber=-7",
-                                                 "cartitemlength=3.5",
-                                                 "copyrightmusicduration=180",
-                                                 "copyrighttotalduration=0",
-                                                 "itemindexnumber=3",
-                                                 "numberpictures=2",
-                                                 "itemtype=Cart",
-                                                 "itemstartdate=02/03/2026",
-                                                 "itemstarttime=45296.5",
-                                                 "itemstartdatetime=02/03/2026 12:34:56",
-                                                 "ItemStartDateTimeXML=2026-03-02T12:34:56",
-                                                 "picturefilename=a.jpg",
-                                                 "picturefilename0=a.jpg",
-                                                 "picturefilename_0=a.jpg",
-                                                 "picturefilename1=a.jpg",
-                                                 "PictureFileName_2=b.jpg",
-                                                 "picturefilename_x=a.jpg",
-                                                 "picturefilename9=",
-                                                 "picturefilename-1=",
-                                                 "picturefilename99999999999=",
-                                                 "NotesRTF=",
-                                                 "itemnam=",
-                                                 "itemnamee=",
-                                                 "=",
-                                                 std::string(100000, 'a') + "="};
+  const std::vector<std::string> nameAndValue({"itemtitle=Name",
+                                               "\xC4\xB0temName=Name",
+                                               "cartdesc1=L1",
+                                               "CartDesc2=L2",
+                                               "cartdesc3=L3",
+                                               "cartdescription1=L1",
+                                               "cartdescription2=L2",
+                                               "CARTDESCRIPTION3=L3",
+                                               "CartNumber=-7",
+                                               "cartitemlength=3.5",
+                                               "copyrightmusicduration=180",
+                                               "copyrighttotalduration=0",
+                                               "itemindexnumber=3",
+                                               "numberpictures=2",
+                                               "itemtype=Cart",
+                                               "itemstartdate=02/03/2026",
+                                               "itemstarttime=45296.5",
+                                               "itemstartdatetime=02/03/2026 12:34:56",
+                                               "ItemStartDateTimeXML=2026-03-02T12:34:56",
+                                               "picturefilename=a.jpg",
+                                               "picturefilename0=a.jpg",
+                                               "picturefilename_0=a.jpg",
+                                               "picturefilename1=a.jpg",
+                                               "PictureFileName_2=b.jpg",
+                                               "picturefilename_x=a.jpg",
+                                               "picturefilename9=",
+                                               "picturefilename-1=",
+                                               "picturefilename99999999999=",
+                                               "NotesRTF=",
+                                               "itemnam=",
+                                               "itemnamee=",
+                                               "="});
   for (const std::string& line : nameAndValue) {
     const std::size_t end = line.find('=');
     EXPECT_EQ(item.GetElementByName(line.substr(0, end), true), line.substr(end + 1)) << line;
   }
   EXPECT_EQ(item.GetElementByName("ITEMTYPE", false), "12");
+  EXPECT_EQ(item.GetElementByName(std::string(100000, 'a'), true), "");
 
   std::string line = "now: ";
   item.AppendElementByName(line, "picturefilename2", true);
@@ -167,7 +164,7 @@ TEST(ItemInfo, EveryFieldDecidesWhetherItemsAreTheSame) {
       [](clsZEBItemInfo& changed) { ++changed.ItemIndexNumber; },
       [](clsZEBItemInfo& changed) { changed.SetPictureFileName(2, "B.jpg"); },
       [](clsZEBItemInfo& changed) { changed.SetAdditionalFile(1, "d.pdf"); }};
-  for (const TextField& text : AllTexts()) {
+  for (const TextField& text : kTexts) {
     changes.emplace_back([&](clsZEBItemInfo& changed) { changed.Edit().*text.field += "x"; });
     changes.emplace_back([&](clsZEBItemInfo& changed) { (changed.Edit().*text.field)[0] = 'v'; });
   }

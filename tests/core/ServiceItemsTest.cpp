@@ -97,26 +97,26 @@ TEST_F(ServiceItemsTest, SpecialElements) {
   service_.ShowReference = "S1";
   service_.ShowTitle = "Breakfast";
   service_.settings.ServiceName = "Radio One";
-  const Lines nameAndValue = {"PRESENTERFULLNAME=Ann Example",
-                              "PresenterReference=P1",
-                              "SHOWREFERENCE=S1",
-                              "showtitle=Breakfast",
-                              "ServiceName=Radio One",
-                              "NoPictureFileName=nopicture.jpg",
-                              "CurrentDateTime=02/03/2026 12:00:00",
-                              "CurrentDateTimeXML=2026-03-02T12:00:00",
-                              "now_dd/mm/yyyy=02/03/2026",
-                              "NOW:yyyy=2026",
-                              "NOW_DDDD,DD MMM YYYY HH:NN=Monday,02 Mar 2026 12:00",
-                              "Now_\"Woche\" ww=Woche 10",
-                              "NOW\xC3\xA9yy=26",
-                              "NOWHERE=ERE",
-                              "NOW=",
-                              "NOW_=",
-                              "NO=Unknown tag NO",
-                              "LastUpdateNumber=Unknown tag LastUpdateNumber",
-                              "SHOWTITLES=Unknown tag SHOWTITLES",
-                              "=Unknown tag "};
+  const Lines nameAndValue({"PRESENTERFULLNAME=Ann Example",
+                            "PresenterReference=P1",
+                            "SHOWREFERENCE=S1",
+                            "showtitle=Breakfast",
+                            "ServiceName=Radio One",
+                            "NoPictureFileName=nopicture.jpg",
+                            "CurrentDateTime=02/03/2026 12:00:00",
+                            "CurrentDateTimeXML=2026-03-02T12:00:00",
+                            "now_dd/mm/yyyy=02/03/2026",
+                            "NOW:yyyy=2026",
+                            "NOW_DDDD,DD MMM YYYY HH:NN=Monday,02 Mar 2026 12:00",
+                            "Now_\"Woche\" ww=Woche 10",
+                            "NOW\xC3\xA9yy=26",
+                            "NOWHERE=ERE",
+                            "NOW=",
+                            "NOW_=",
+                            "NO=Unknown tag NO",
+                            "LastUpdateNumber=Unknown tag LastUpdateNumber",
+                            "SHOWTITLES=Unknown tag SHOWTITLES",
+                            "=Unknown tag "});
   for (const std::string& line : nameAndValue) {
     const std::size_t end = line.find('=');
     EXPECT_EQ(service_.GetSpecialElementByName(line.substr(0, end)), line.substr(end + 1)) << line;
