@@ -11,48 +11,23 @@ namespace {
 struct TextField {
   std::string ItemFields::*field;
   std::string name;
-  TextField(std::string ItemFields::*itsField, std::string itsName)
-      : field(itsField), name(std::move(itsName)) {}
 };
 
-#define TEXT(name) TextField(&ItemFields::name, #name)
+// clang-format off
+#define TEXT(name) {&ItemFields::name, #name}
 // The custom fields, which are never published, come last.
-const std::vector<TextField> kTexts({TEXT(CartLine1),
-                                     TEXT(CartLine2),
-                                     TEXT(CartLine3),
-                                     TEXT(CartArtistsHREF),
-                                     TEXT(ItemName),
-                                     TEXT(ItemHREF),
-                                     TEXT(TitleID),
-                                     TEXT(AlbumName),
-                                     TEXT(ItemReference),
-                                     TEXT(SchedulerReference),
-                                     TEXT(ItemCode),
-                                     TEXT(Artist1Name),
-                                     TEXT(Artist2Name),
-                                     TEXT(Artist3Name),
-                                     TEXT(Artists),
-                                     TEXT(Artist1HREF),
-                                     TEXT(Artist2HREF),
-                                     TEXT(Artist3HREF),
-                                     TEXT(OnlineStoreReference),
-                                     TEXT(PictureHREF),
-                                     TEXT(CopyrightProductTitle),
-                                     TEXT(CopyrightMusicTitle),
-                                     TEXT(CopyrightRecordLabel),
-                                     TEXT(CopyrightRecordNumber),
-                                     TEXT(CopyrightComposer),
-                                     TEXT(CopyrightPerformer),
-                                     TEXT(CopyrightPublisher),
-                                     TEXT(CopyrightCode),
-                                     TEXT(Notes),
-                                     TEXT(WebNotes),
-                                     TEXT(RDSNotes),
-                                     TEXT(DABNotes),
-                                     TEXT(CustomField1),
-                                     TEXT(CustomField2),
-                                     TEXT(CustomField3)});
+const std::vector<TextField> kTexts = {
+  TEXT(CartLine1), TEXT(CartLine2), TEXT(CartLine3), TEXT(CartArtistsHREF), TEXT(ItemName), TEXT(ItemHREF),
+  TEXT(TitleID), TEXT(AlbumName), TEXT(ItemReference), TEXT(SchedulerReference), TEXT(ItemCode),
+  TEXT(Artist1Name), TEXT(Artist2Name), TEXT(Artist3Name), TEXT(Artists), TEXT(Artist1HREF),
+  TEXT(Artist2HREF), TEXT(Artist3HREF), TEXT(OnlineStoreReference), TEXT(PictureHREF),
+  TEXT(CopyrightProductTitle), TEXT(CopyrightMusicTitle), TEXT(CopyrightRecordLabel),
+  TEXT(CopyrightRecordNumber), TEXT(CopyrightComposer), TEXT(CopyrightPerformer), TEXT(CopyrightPublisher),
+  TEXT(CopyrightCode), TEXT(Notes), TEXT(WebNotes), TEXT(RDSNotes), TEXT(DABNotes), TEXT(CustomField1),
+  TEXT(CustomField2), TEXT(CustomField3),
+};
 #undef TEXT
+// clang-format on
 constexpr std::size_t kCustomFields = 3;
 
 constexpr float ItemFields::*kReals[] = {&ItemFields::CartItemLength, &ItemFields::CopyrightTotalDuration,
