@@ -1,0 +1,465 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "outputs/OutputTable.h"
+#include "outputs/file/NumberedVersions.h"
+#include "outputs/file/clsZEBFileOutput.h"
+#include "platform/simulated/TestEnvironment.h"
+
+namespace zeb {
+namespace {
+
+using namespace std::chrono_literals;
+
+clsZEBItemInfo Song(const std::string& title) {
+  clsZEBItemInfo item;
+  item.Edit().ItemName = title;
+  item.Edit().ItemType = 7;
+  return item;
+}
+
+class FileOutputTest : public testing::Test {
+ protected:
+  FileOutputTest() {
+    EXPECT_TRUE(t.files.CreateFolders("/w"));
+    EXPECT_TRUE(t.files.CreateFolders("/data"));
+    t.files.Put("/t/a", "<ZEB_NOW_ITEMNAME>!");
+    service.SetCurrentItem(Song("One"));
+  }
+
+  std::shared_ptr<clsZEBFileOutput> MakeOutput() {
+    return std::dynamic_pointer_cast<clsZEBFileOutput>(makeOutput(OutputType::kFile));
+  }
+  static clsFileParameters Pair(const std::string& source, const std::string& destination) {
+    clsFileParameters pair;
+    pair.SetSourceFileName(source);
+    pair.SetDestinationFileName(destination);
+    return pair;
+  }
+  void Update(clsZEBFileOutput& which) {
+    ASSERT_TRUE(t.loop.RunTask([&] {
+      which.PrepareOutput(service);
+      which.UpdateOutput(service);
+      which.FinishOutput(service);
+    }));
+  }
+  void Update() { Update(*output); }
+  std::string StatusText() {
+    std::uint32_t colour = 1;
+    std::string text = output->GetStatusString(colour);
+    EXPECT_EQ(colour == kColourRed, output->Status() > kStatusOK);
+    return text;
+  }
+  void FailOn(const std::string& operation, const std::string& path) {
+    t.files.fail = [=](const std::string& op, const std::string& p) {
+      return op == operation && p.rfind(path, 0) == 0 ? "disk on fire" : "";
+    };
+  }
+  std::vector<std::string> Names(const std::string& folder) { return t.files.List(folder).Value(); }
+
+  TestEnvironment t;
+  ServiceEvents events;
+  OutputFactory makeOutput = MakeOutputFactory(t.environment);
+  clsZEBService service{t.environment, makeOutput, events};
+  std::shared_ptr<clsZEBFileOutput> output = MakeOutput();
+};
+
+TEST_F(FileOutputTest, PublishesEveryPairAndLeavesNothingElse) {
+  t.files.Put("/data/rel", "&lt;ZEB_NOW_ITEMNAME&gt; &lt;b&gt; %3cZEB_NOW_ITEMNAME%3e");
+  EXPECT_EQ(output->GetInformationString(), "No files to update");
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  EXPECT_EQ(output->GetInformationString(), "Update 1 file");
+  output->AddUpdateFile(Pair("rel", "out"));
+  EXPECT_EQ(output->GetInformationString(), "Update 2 files");
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  EXPECT_EQ(t.files.Contents("/data/out"), "One &lt;b&gt; One");
+  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"a"}));
+  EXPECT_EQ(Names("/data"), (std::vector<std::string>{"out", "rel"}));
+  EXPECT_TRUE(Names("/tmp").empty());
+  EXPECT_EQ(StatusText(), "OK");
+  EXPECT_EQ(output->ProblemText(), "");
+  EXPECT_EQ(output->GetShortTypeDescription(), "File");
+}
+
+TEST_F(FileOutputTest, AnEditedTemplateIsSeenAtOnce) {
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  Update();
+  std::int64_t time = t.files.Stat("/t/a")->modified;
+  t.files.Put("/t/a", "<ZEB_NOW_ITEMNAME>?");
+  ASSERT_NE(t.files.Stat("/t/a")->modified, time);
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a"), "One?");
+}
+
+// Whatever moment another program chooses to look at.
+TEST_F(FileOutputTest, AReaderFindsTheOldPageOrTheNewOne) {
+  clsFileParameters pair = Pair("/t/a", "/w/a.html");
+  pair.UseMultipleVersions = true;
+  output->AddUpdateFile(pair);
+  Update();
+  ASSERT_EQ(t.files.Contents("/w/a.html"), "One!");
+  service.SetCurrentItem(Song("Two"));
+  std::map<std::string, int> seen;
+  t.files.observe = [&](const std::string&, const std::string&) {
+    ASSERT_TRUE(t.files.Exists("/w/a.html"));
+    ++seen[t.files.Contents("/w/a.html")];
+    if (t.files.Exists("/w/a.000002.html")) {
+      EXPECT_EQ(t.files.Contents("/w/a.000002.html"), "Two!");
+    }
+  };
+  Update();
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_GT(seen["One!"], 0);
+  EXPECT_GT(seen["Two!"], 0);
+}
+
+TEST_F(FileOutputTest, EachFailureHasItsStatusAndTheOthersGoOn) {
+  struct Case {
+    std::string operation, path;
+    std::int32_t status;
+    std::string text, page;
+  };
+  const Case cases[] = {
+      {"Read", "/t/a", 6, "Source File Prob.", "old"},
+      {"MakeTempFile", "TMP", 6, "Source File Prob.", "old"},
+      {"Write", "/tmp/TMP", 6, "Source File Prob.", "old"},
+      {"Copy", "/w/a.tmp", 7, "Dest. File Prob.", "old"},
+      {"Delete", "/tmp/TMP", 6, "Source File Prob.", "One!"},
+      {"Rename", "/w/a", 7, "Dest. File Prob.", "old"},
+  };
+  for (const Case& c : cases) {
+    output = MakeOutput();
+    t.files.fail = nullptr;
+    t.files.Put("/w/a", "old");
+    t.files.Put("/t/b", "<ZEB_NOW_ITEMNAME>?");
+    ASSERT_TRUE(t.files.Delete("/w/b"));
+    output->AddUpdateFile(Pair("/t/b", "/w/b"));
+    output->AddUpdateFile(Pair("/t/a", "/w/a"));
+    FailOn(c.operation, c.path);
+    Update();
+    EXPECT_EQ(output->Status(), c.status) << c.operation;
+    EXPECT_EQ(StatusText(), c.text) << c.operation;
+    EXPECT_EQ(t.files.Contents("/w/a"), c.page) << c.operation;
+    if (c.path[0] != 'T' && c.path[1] != 't') {
+      EXPECT_EQ(t.files.Contents("/w/b"), "One?") << c.operation;
+    }
+    EXPECT_NE(output->ProblemText().find("disk on fire; check"), std::string::npos) << output->ProblemText();
+    EXPECT_EQ(Names("/w").size(), t.files.Exists("/w/b") ? 2u : 1u) << c.operation;
+    // Over with the cause.
+    t.files.fail = nullptr;
+    Update();
+    EXPECT_EQ(StatusText(), "OK") << c.operation;
+    EXPECT_EQ(output->ProblemText(), "") << c.operation;
+    EXPECT_EQ(t.files.Contents("/w/a"), "One!") << c.operation;
+  }
+}
+
+TEST_F(FileOutputTest, TheLastPairGivesTheStatusAndTheFirstFailureIsNamed) {
+  output->AddUpdateFile(Pair("/t/none", "/w/1"));
+  output->AddUpdateFile(Pair("/t/a", "/none/2"));
+  output->AddUpdateFile(Pair("", "/w/3"));
+  output->AddUpdateFile(Pair("/t/a", ""));
+  output->AddUpdateFile(Pair("/t/a", "/t/a"));
+  output->AddUpdateFile(Pair("/t/a", "/w/ok"));
+  Update();
+  EXPECT_EQ(output->Status(), kStatusOK);
+  EXPECT_EQ(output->ProblemText(),
+            "cannot read '/t/none': No such file or directory; check the template's name and rights (and 4 "
+            "more files)");
+  EXPECT_EQ(t.files.Contents("/t/a"), "<ZEB_NOW_ITEMNAME>!");
+  EXPECT_EQ(t.files.Contents("/w/ok"), "One!");
+  output->RemoveUpdateFile(6);
+  Update();
+  EXPECT_EQ(output->Status(), kStatusDestinationFileProblem);
+  t.files.Put("/t/none", "x");
+  Update();
+  EXPECT_NE(output->ProblemText().find("/none/2.tmp"), std::string::npos);
+}
+
+TEST_F(FileOutputTest, AnUpdateWithoutDuePairsChangesNothing) {
+  clsFileParameters pair = Pair("/t/none", "/w/a");
+  pair.UseUpdateRules = true;
+  pair.UpdateRulesFlags = clsFileParameters::kSong;
+  output->AddUpdateFile(pair);
+  Update();
+  std::string problem = output->ProblemText();
+  clsZEBItemInfo advert = Song("Ad");
+  advert.Edit().ItemType = 4;
+  service.SetCurrentItem(advert);
+  t.files.operations = 0;
+  Update();
+  EXPECT_EQ(t.files.operations, 0);
+  EXPECT_EQ(output->Status(), kStatusSourceFileProblem);
+  EXPECT_EQ(output->ProblemText(), problem);
+  EXPECT_NE(problem, "");
+}
+
+// The share is slow, and the programme goes on meanwhile.
+TEST_F(FileOutputTest, PagesOfOneUpdateShowOneMoment) {
+  t.loop.SetBlockingTime(5s);
+  clsFileParameters songsOnly = Pair("/t/a", "/w/songs");
+  songsOnly.UseUpdateRules = true;
+  songsOnly.UpdateRulesFlags = clsFileParameters::kSong;
+  output->AddUpdateFile(Pair("/t/a", "/w/1"));
+  output->AddUpdateFile(Pair("/t/a", "/w/2"));
+  output->AddUpdateFile(songsOnly);
+  t.loop.Start("update", [&] { output->UpdateOutput(service); });
+  t.loop.RunFor(4s);
+  clsZEBItemInfo advert = Song("Ad");
+  advert.Edit().ItemType = 4;
+  service.SetCurrentItem(advert);
+  t.loop.RunFor(2s);
+  service.SetCurrentItem(Song("Three"));
+  output->RemoveUpdateFile(1);
+  t.loop.RunFor(1min);
+  EXPECT_EQ(t.files.Contents("/w/1"), "Ad!");
+  EXPECT_EQ(t.files.Contents("/w/2"), "Ad!");
+  EXPECT_FALSE(t.files.Exists("/w/songs"));
+}
+
+TEST_F(FileOutputTest, APairMayUseAnEarlierPairsPage) {
+  t.files.Put("/t/frame", "<ZEB_NOW_ITEMNAME> (<<ZEB_NOW_ITEMNAME>)");
+  output->AddUpdateFile(Pair("/t/frame", "/t/made"));
+  output->AddUpdateFile(Pair("/t/made", "/w/page"));
+  Update();
+  service.SetCurrentItem(Song("Two"));
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/page"), "Two (<<ZEB_NOW_ITEMNAME>)");
+}
+
+TEST_F(FileOutputTest, TwoOutputsTakeTurnsAtOneDestination) {
+  auto other = MakeOutput();
+  t.files.Put("/t/b", "other");
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  other->AddUpdateFile(Pair("/t/b", "/w//a"));
+  t.loop.SetBlockingTime(1s);
+  t.loop.Start("1", [&] { output->UpdateOutput(service); });
+  t.loop.Start("2", [&] { other->UpdateOutput(service); });
+  t.loop.RunFor(2500ms);  // read and written by the first, read by the second
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  t.loop.RunFor(400ms);
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  t.loop.RunFor(200ms);
+  EXPECT_EQ(t.files.Contents("/w/a"), "other");
+  EXPECT_EQ(other->Status(), kStatusOK);
+}
+
+TEST_F(FileOutputTest, AnOutputThatHangsHoldsUpItsOwnDestinationOnly) {
+  auto other = MakeOutput();
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  other->AddUpdateFile(Pair("/t/a", "/w/a"));
+  other->AddUpdateFile(Pair("/t/a", "/w/b"));
+  t.loop.SetBlockingTime(1h);
+  t.loop.Start("1", [&] { output->UpdateOutput(service); });
+  t.loop.RunFor(1h);  // its templates are read; now it writes, for an hour
+  t.loop.SetBlockingTime(1s);
+  t.loop.Start("2", [&] { other->UpdateOutput(service); });
+  t.loop.RunFor(30s);
+  EXPECT_FALSE(t.files.Exists("/w/b"));
+  t.loop.RunFor(3s);
+  EXPECT_EQ(t.files.Contents("/w/b"), "One!");
+  EXPECT_FALSE(t.files.Exists("/w/a"));
+  EXPECT_EQ(other->Status(), kStatusOK);  // of the last pair
+  EXPECT_NE(other->ProblemText().find("another output is still writing it"), std::string::npos);
+  t.loop.RunFor(1h);
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  Update(*other);
+  EXPECT_EQ(other->ProblemText(), "");
+}
+
+TEST_F(FileOutputTest, NumberedVersionsGoOnFromTheHighest) {
+  t.files.Put("/w/now.000007.html", "seven");
+  t.files.Put("/w/now.12.html", "no version");
+  t.files.Put("/w/now.0000x9.html", "no version");
+  t.files.Put("/w/other.000099.html", "another file's");
+  clsFileParameters pair = Pair("/t/a", "/w/now.html");
+  pair.UseMultipleVersions = true;
+  output->AddUpdateFile(pair);
+  auto other = MakeOutput();
+  other->AddUpdateFile(pair);
+  Update();
+  t.files.Put("/w/now.000100.html", "not looked for again");
+  Update(*other);
+  FailOn("Rename", "/w/now.000010");
+  Update();
+  EXPECT_EQ(output->Status(), kStatusDestinationFileProblem);
+  t.files.fail = nullptr;
+  Update();
+  for (const char* name : {"/w/now.000008.html", "/w/now.000009.html", "/w/now.000010.html", "/w/now.html"})
+    EXPECT_EQ(t.files.Contents(name), "One!") << name;
+  EXPECT_FALSE(t.files.Exists("/w/now.000011.html"));
+  EXPECT_FALSE(t.files.Exists("/w/now.000010.html.tmp"));
+  EXPECT_EQ(t.files.Contents("/w/now.000007.html"), "seven");
+}
+
+TEST(NumberedVersionsTest, Names) {
+  EXPECT_EQ(NumberedVersion("/w.d/now", 3), "/w.d/now.000003");
+  EXPECT_EQ(NumberedVersion("/w/.htaccess", 3), "/w/.htaccess.000003");
+  EXPECT_EQ(NumberedVersion("a.tar.gz", 1'234'567), "a.tar.1234567.gz");
+  EXPECT_EQ(HighestVersion("now", {"now.000003", "now.1234567", "now", "now.000004.html"}), 1'234'567);
+  EXPECT_EQ(HighestVersion("a.b", {"a.000001", "a.000002.b.b", "a.9999999999999999999.b", "a..b"}), 0);
+}
+
+TEST_F(FileOutputTest, PagesKeepTheirTemplatesEncoding) {
+  service.SetCurrentItem(Song("Caf\u00E9 \u017Bo\u0142w"));  // Café Żołw
+  struct Case {
+    std::string source, page;
+  };
+  using namespace std::string_literals;
+  const Case cases[] = {
+      {"\xEF\xBB\xBF<ZEB_NOW_ITEMNAME>",
+       "\xEF\xBB\xBF"
+       "Caf\u00E9 \u017Bo\u0142w"},
+      {"<meta charset=\"windows-1252\">\xE9<ZEB_NOW_ITEMNAME>",
+       "<meta charset=\"windows-1252\">\xE9"
+       "Caf\xE9 &#379;o&#322;w"},
+      {"\xE9<ZEB_NOW_ITEMNAME>",
+       "\xE9"
+       "Caf\xE9 ?o?w"},
+  };
+  for (const Case& c : cases) {
+    t.files.Put("/t/a", c.source);
+    output = MakeOutput();
+    output->AddUpdateFile(Pair("/t/a", "/w/a"));
+    Update();
+    EXPECT_EQ(t.files.Contents("/w/a"), c.page);
+  }
+  std::string wide = "\xFF\xFE"s;
+  for (char c : std::string("<ZEB_NOW_ITEMNAME>")) wide += {c, '\0'};
+  t.files.Put("/t/a", wide);
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a"),
+            "\xFF\xFE"
+            "C\0a\0f\0\xE9\0 \0\x7B\x01o\0\x42\x01w\0"s);
+}
+
+TEST_F(FileOutputTest, WebPagesGetTheirHeader) {
+  t.files.Put("/t/a", "<html>\r\n<b><ZEB_NOW_ITEMNAME></b>");
+  clsFileParameters pair = Pair("/t/a", "/w/a");
+  pair.RefreshTagSeconds = 30;
+  pair.AddNoCache = false;
+  output->AddUpdateFile(pair);
+  Update();
+  EXPECT_EQ(
+      t.files.Contents("/w/a"),
+      "<html>\r\n<!-- ZEB last updated this file...12:00:00 02 March 2026 -->\r\n"
+      "<meta content=\"Hexmoor ZEB " ZEB_VERSION
+      "\" name=\"RE-GENERATOR\">\r\n"
+      "<meta HTTP-EQUIV=\"REFRESH\" CONTENT=\"30\">\r\n<!-- End of ZEB modifications -->\r\n\r\n<b>One</b>");
+}
+
+TEST_F(FileOutputTest, AdditionalFilesGoBesideEveryPageBeforeIt) {
+  t.files.Put("/pics/a.jpg", "picture a");
+  t.files.Put("/pics/info.pdf", "info");
+  ASSERT_TRUE(t.files.CreateFolders("/w2"));
+  t.files.Put("/t/pic", "<ZEB_NOW_PICTUREFILENAME>");
+  clsZEBItemInfo item = Song("One");
+  item.AddPictureFile("/pics/a.jpg");
+  item.AddAdditionalFile("/pics/info.pdf");
+  item.AddAdditionalFile("/pics/missing.pdf");
+  service.SetCurrentItem(item);
+  output->AddUpdateFile(Pair("/t/pic", "/w/page"));
+  output->AddUpdateFile(Pair("/t/a", "/w2/page"));
+  Update();
+  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"page"}));
+
+  output->CopyAdditionalFiles = true;
+  t.files.observe = [&](const std::string& operation, const std::string& path) {
+    if (operation == "Rename" && path == "/w/page") {
+      EXPECT_EQ(t.files.Contents("/w/a.jpg"), "picture a");
+    }
+  };
+  Update();
+  t.files.observe = nullptr;
+  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"a.jpg", "info.pdf", "page"}));
+  EXPECT_EQ(Names("/w2"), (std::vector<std::string>{"a.jpg", "info.pdf", "page"}));
+  EXPECT_EQ(StatusText(), "OK");
+  auto notes = t.person.notes;
+  ASSERT_EQ(notes.size(), 2u);  // one for each folder
+  EXPECT_NE(notes[0].find("missing.pdf"), std::string::npos);
+
+  // Equal files are left alone; changed ones, and all with AlwaysCopyFiles, are not.
+  std::set<std::string> copied;
+  t.files.observe = [&](const std::string& operation, const std::string& path) {
+    if (operation == "Rename" && path.find("page") == std::string::npos) copied.insert(path);
+  };
+  Update();
+  EXPECT_TRUE(copied.empty());
+  EXPECT_EQ(t.person.notes.size(), 2u);
+  t.files.Put("/pics/a.jpg", "picture b");
+  Update();
+  EXPECT_EQ(copied, (std::set<std::string>{"/w/a.jpg", "/w2/a.jpg"}));
+  EXPECT_EQ(t.files.Contents("/w2/a.jpg"), "picture b");
+  output->AlwaysCopyFiles = true;
+  Update();
+  EXPECT_EQ(copied.size(), 4u);
+  // The list lives for one update.
+  service.SetCurrentItem(Song("Two"));
+  copied.clear();
+  Update();
+  EXPECT_TRUE(copied.empty());
+  output->AddToUploadFilesList("/pics/a.jpg");
+  output->AddToUploadFilesList("/pics/info.pdf");
+  output->RemoveFromUploadFilesList("/PICS/INFO.pdf");
+  Update();
+  EXPECT_EQ(copied.size(), 2u);
+}
+
+TEST_F(FileOutputTest, WorkFilesAreDeletedAfterwards) {
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  FailOn("Rename", "/w/a");
+  t.loop.RunTask([&] { output->UpdateOutput(service); });
+  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"a.tmp"}));
+  t.loop.RunTask([&] { output->FinishOutput(service); });
+  EXPECT_TRUE(Names("/w").empty());
+  t.files.operations = 0;
+  t.loop.RunTask([&] { output->FinishOutput(service); });
+  EXPECT_EQ(t.files.operations, 0);
+
+  t.files.fail = nullptr;
+  t.environment.preserveTempFiles = true;
+  Update();
+  ASSERT_EQ(Names("/tmp").size(), 1u);
+  EXPECT_EQ(t.files.Contents("/tmp/" + Names("/tmp")[0]), "One!");
+}
+
+TEST_F(FileOutputTest, KeepsItsSettings) {
+  clsFileParameters pair = Pair("/t/a", "/w/a");
+  pair.RefreshTagSeconds = 15;
+  output->AddUpdateFile(pair);
+  output->AddUpdateFile(Pair("b", "c"));
+  output->CopyAdditionalFiles = true;
+  output->StoreOutputInformation(3, 2);
+  const std::string key = t.environment.ServiceKey(3) + "\\File";
+  EXPECT_EQ(t.hive.ReadText(key, "Output2.SourceFileName2", ""), "b");
+  EXPECT_EQ(t.hive.ReadText(key, "CopyAdditionalFiles2", ""), "1");
+  EXPECT_EQ(t.hive.ReadText(key, "AlwaysCopyFiles2", ""), "0");
+  auto read = MakeOutput();
+  read->AddUpdateFile(Pair("goes", "away"));
+  read->GetOutputInformation(3, 2);
+  ASSERT_EQ(read->UpdateFileCount(), 2);
+  EXPECT_EQ(read->UpdateFile(1).RefreshTagSeconds, 15);
+  EXPECT_EQ(read->UpdateFile(2).DestinationFileName(), "c");
+  EXPECT_TRUE(read->CopyAdditionalFiles && !read->AlwaysCopyFiles);
+  read->GetOutputInformation(3, 1);
+  EXPECT_EQ(read->UpdateFileCount(), 0);
+  EXPECT_FALSE(read->CopyAdditionalFiles);
+}
+
+TEST_F(FileOutputTest, StatusTexts) {
+  const std::map<std::int32_t, std::string> texts = {
+      {0, "Off"},   {1, "Connecting"},        {2, "Connected"},        {3, "Logging on"}, {4, "OK"},
+      {5, "Error"}, {6, "Source File Prob."}, {7, "Dest. File Prob."}, {8, "Unknown"},    {-1, "Unknown"}};
+  for (const auto& [status, text] : texts) {
+    output->SetStatus(status);
+    std::uint32_t colour = 0;
+    EXPECT_EQ(output->GetStatusString(colour), text);
+    EXPECT_EQ(colour, status == 0 ? kColourYellow : status >= 1 && status <= 4 ? kColourBlack : kColourRed);
+  }
+}
+
+}  // namespace
+}  // namespace zeb
