@@ -277,7 +277,9 @@ std::string RegParser::ParseBytes() {
 
 std::string RegParser::DecodeText(const std::string& bytes) const {
   if (!ansiBytes_ && bytes.size() % 2 != 0) Fail("text given as bytes must have two bytes a character");
-  return DecodeFile(bytes, {ansiBytes_ ? FileEncoding::kWindows1252 : FileEncoding::kUtf16LE, false, false});
+  if (ansiBytes_) return DecodeFile(bytes, {FileEncoding::kWindows1252, false, false});
+  // With a mark of our own to drop, so that one that is part of the text stays.
+  return DecodeFile("\xFF\xFE" + bytes, {FileEncoding::kUtf16LE, true, false});
 }
 
 void RegParser::Add(RegChange change, std::size_t line) {

@@ -139,7 +139,8 @@ TEST(RegFile, WhatIsExportedReadsBackExactly) {
                                           std::string("n\0l\0", 4),
                                           "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80" + std::string(30, '\0'),
                                           "; not a comment",
-                                          "\xEF\xBB\xBFmark"};
+                                          "\xEF\xBB\xBFmark",
+                                          std::string("\xEF\xBB\xBF\0", 4)};
   for (const std::string& text : texts) hive.WriteText(kKey, "n" + text, text);
   hive.WriteText(kKey + "\\a]b; \xC3\x89", "", "default");
   hive.WriteNumber(kKey + "\\a]b; \xC3\x89\\c", "n", -1);
