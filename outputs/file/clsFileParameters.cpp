@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 #include "text/Numbers.h"
@@ -18,6 +19,38 @@ std::int32_t ReadWholeNumber(SettingsHive& hive, const std::string& key, const s
 void WriteWholeNumber(SettingsHive& hive, const std::string& key, const std::string& name,
                       std::int32_t value) {
   hive.WriteText(key, name, PlainNumber(static_cast<std::int64_t>(value)));
+}
+
+// The values of one pair: "Output" k "." name i.
+class PairValues {
+ public:
+  PairValues(SettingsHive& hive, const std::string& key, int outputIndex, std::size_t pairNumber)
+      : hive_(hive),
+        key_(key),
+        start_("Output" + std::to_string(outputIndex) + "."),
+        end_(std::to_string(pairNumber)) {}
+
+  std::string Text(const char* name, std::string_view byDefault = {}) const {
+    return hive_.ReadText(key_, Name(name), std::string(byDefault));
+  }
+  std::int32_t Number(const char* name) const { return ReadWholeNumber(hive_, key_, Name(name), "0"); }
+  bool Switch(const char* name, bool byDefault) const {
+    return ReadSwitch(hive_, key_, Name(name), byDefault);
+  }
+  void SetText(const char* name, const std::string& text) { hive_.WriteText(key_, Name(name), text); }
+  void SetNumber(const char* name, std::int32_t number) { WriteWholeNumber(hive_, key_, Name(name), number); }
+  void SetSwitch(const char* name, bool value) { WriteSwitch(hive_, key_, Name(name), value); }
+
+ private:
+  std::string Name(const char* name) const { return start_ + name + end_; }
+
+  SettingsHive& hive_;
+  const std::string& key_;
+  const std::string start_, end_;
+};
+
+std::string CountName(int outputIndex) {
+  return "Output" + std::to_string(outputIndex) + ".NumberFiles";
 }
 
 std::int16_t Narrow(std::int32_t number) {
@@ -96,44 +129,42 @@ void WriteSwitch(SettingsHive& hive, const std::string& key, const std::string& 
 }
 
 std::vector<clsFileParameters> ReadPairs(SettingsHive& hive, const std::string& key, int outputIndex) {
-  const std::string start = "Output" + std::to_string(outputIndex) + ".";
-  const std::int32_t count = std::clamp(ReadWholeNumber(hive, key, start + "NumberFiles", "0"), 0, kMaxPairs);
+  const std::int32_t count =
+      std::clamp(ReadWholeNumber(hive, key, CountName(outputIndex), "0"), 0, kMaxPairs);
   std::vector<clsFileParameters> pairs(static_cast<std::size_t>(count));
   for (std::size_t i = 0; i < pairs.size(); ++i) {
     clsFileParameters& pair = pairs[i];
-    const std::string end = std::to_string(i + 1);
-    pair.SetSourceFileName(hive.ReadText(key, start + "SourceFileName" + end, ""));
-    pair.SetDestinationFileName(hive.ReadText(key, start + "DestinationFileName" + end, ""));
-    pair.UseUpdateRules = ReadSwitch(hive, key, start + "UseUpdateRules" + end, false);
-    std::int32_t item = ReadWholeNumber(hive, key, start + "UpdateRulesUsingItem" + end, "0");
+    const PairValues values(hive, key, outputIndex, i + 1);
+    pair.SetSourceFileName(values.Text("SourceFileName"));
+    pair.SetDestinationFileName(values.Text("DestinationFileName"));
+    pair.UseUpdateRules = values.Switch("UseUpdateRules", false);
+    const std::int32_t item = values.Number("UpdateRulesUsingItem");
     if (item >= clsFileParameters::kCurrentItem && item <= clsFileParameters::kComingSoonItem)
       pair.UpdateRulesUsingItem = Narrow(item);
-    pair.UseMultipleVersions = ReadSwitch(hive, key, start + "UseMultipleVersions" + end, false);
-    pair.RefreshTagSeconds = Narrow(ReadWholeNumber(hive, key, start + "RefreshTagSeconds" + end, "0"));
-    pair.AddNoCache = ReadSwitch(hive, key, start + "AddNoCache" + end, true);
-    pair.UpdateRulesFlags = ReadWholeNumber(hive, key, start + "UpdateRulesFlags" + end, "0");
-    pair.SimpleTextFormat =
-        hive.ReadText(key, start + "SimpleTextFormat" + end, std::string(kDefaultSimpleTextFormat));
+    pair.UseMultipleVersions = values.Switch("UseMultipleVersions", false);
+    pair.RefreshTagSeconds = Narrow(values.Number("RefreshTagSeconds"));
+    pair.AddNoCache = values.Switch("AddNoCache", true);
+    pair.UpdateRulesFlags = values.Number("UpdateRulesFlags");
+    pair.SimpleTextFormat = values.Text("SimpleTextFormat", kDefaultSimpleTextFormat);
   }
   return pairs;
 }
 
 void WritePairs(SettingsHive& hive, const std::string& key, int outputIndex,
                 const std::vector<clsFileParameters>& pairs) {
-  const std::string start = "Output" + std::to_string(outputIndex) + ".";
-  WriteWholeNumber(hive, key, start + "NumberFiles", static_cast<std::int32_t>(pairs.size()));
+  WriteWholeNumber(hive, key, CountName(outputIndex), static_cast<std::int32_t>(pairs.size()));
   for (std::size_t i = 0; i < pairs.size(); ++i) {
     const clsFileParameters& pair = pairs[i];
-    const std::string end = std::to_string(i + 1);
-    hive.WriteText(key, start + "SourceFileName" + end, pair.SourceFileName());
-    hive.WriteText(key, start + "DestinationFileName" + end, pair.DestinationFileName());
-    WriteSwitch(hive, key, start + "UseUpdateRules" + end, pair.UseUpdateRules);
-    WriteWholeNumber(hive, key, start + "UpdateRulesUsingItem" + end, pair.UpdateRulesUsingItem);
-    WriteSwitch(hive, key, start + "UseMultipleVersions" + end, pair.UseMultipleVersions);
-    WriteWholeNumber(hive, key, start + "RefreshTagSeconds" + end, pair.RefreshTagSeconds);
-    WriteSwitch(hive, key, start + "AddNoCache" + end, pair.AddNoCache);
-    WriteWholeNumber(hive, key, start + "UpdateRulesFlags" + end, pair.UpdateRulesFlags);
-    hive.WriteText(key, start + "SimpleTextFormat" + end, pair.SimpleTextFormat);
+    PairValues values(hive, key, outputIndex, i + 1);
+    values.SetText("SourceFileName", pair.SourceFileName());
+    values.SetText("DestinationFileName", pair.DestinationFileName());
+    values.SetSwitch("UseUpdateRules", pair.UseUpdateRules);
+    values.SetNumber("UpdateRulesUsingItem", pair.UpdateRulesUsingItem);
+    values.SetSwitch("UseMultipleVersions", pair.UseMultipleVersions);
+    values.SetNumber("RefreshTagSeconds", pair.RefreshTagSeconds);
+    values.SetSwitch("AddNoCache", pair.AddNoCache);
+    values.SetNumber("UpdateRulesFlags", pair.UpdateRulesFlags);
+    values.SetText("SimpleTextFormat", pair.SimpleTextFormat);
   }
 }
 
