@@ -67,17 +67,21 @@ bool HasNoPlace(char32_t c) {
          category == UTF8PROC_CATEGORY_CF;
 }
 
+// The byte of the nearest look that the set has.
+std::optional<unsigned char> ByteForLook(char32_t c, CharacterSet set) {
+  std::optional<unsigned char> byte;
+  for (char32_t look = PlainLook(c); look != 0 && !byte; look = PlainLook(look)) byte = ByteFor(look, set);
+  return byte;
+}
+
 void AppendTransliterated(std::string& bytes, char32_t c, CharacterSet set) {
   if (HasNoPlace(c)) return;
-  std::optional<unsigned char> byte;
-  const char32_t look = PlainLook(c);
-  if (look != 0) byte = ByteFor(look, set);
-  const char32_t base = BaseOf(c);
-  if (!byte && base != 0) {
+  std::optional<unsigned char> byte = ByteForLook(c, set);
+  if (const char32_t base = BaseOf(c); !byte && base != 0) {
     byte = ByteFor(base, set);
-    if (!byte) byte = ByteFor(PlainLook(base), set);
+    if (!byte) byte = ByteForLook(base, set);
   }
-  bytes += byte && *byte != 0 ? static_cast<char>(*byte) : '?';
+  bytes += byte ? static_cast<char>(*byte) : '?';
 }
 
 // A letter and its mark as one character where there is one: the sets hold only those.
