@@ -1,15 +1,24 @@
 #include "outputs/file/DestinationsInProgress.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <string_view>
 #include <utility>
+
+#include "text/Paths.h"
 
 namespace zeb {
 namespace {
 
 // "/a/./b" and "/a//b" are one file.
 std::string KeyOf(const std::string& path) {
-  return std::filesystem::path(path).lexically_normal().string();
+  std::string key;
+  for (std::size_t start = 0; start <= path.size();) {
+    std::size_t end = std::min(path.find(kPathSeparator, start), path.size());
+    std::string_view part = std::string_view(path).substr(start, end - start);
+    if (!part.empty() && part != ".") key.append(1, kPathSeparator).append(part);
+    start = end + 1;
+  }
+  return key;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "platform/simulated/SimulatedFiles.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace zeb {
@@ -7,13 +8,16 @@ namespace {
 
 constexpr const char* kMissing = "No such file or directory";
 
-// One separator at a time, none at the end.
+// One separator at a time, none at the end, and no ".".
 std::string Normal(const std::string& path) {
   std::string normal;
-  for (char c : path)
-    if (c != '/' || normal.empty() || normal.back() != '/') normal += c;
-  if (normal.size() > 1 && normal.back() == '/') normal.pop_back();
-  return normal;
+  for (std::size_t start = 0; start <= path.size();) {
+    std::size_t end = std::min(path.find('/', start), path.size());
+    std::string part = path.substr(start, end - start);
+    if (!part.empty() && part != ".") normal.append(start == 0 ? "" : "/").append(part);
+    start = end + 1;
+  }
+  return normal.empty() && !path.empty() ? "/" : normal;
 }
 
 std::string ParentOf(const std::string& normal) {

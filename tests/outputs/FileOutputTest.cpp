@@ -163,17 +163,19 @@ TEST_F(FileOutputTest, TheLastPairGivesTheStatusAndTheFirstFailureIsNamed) {
   output->AddUpdateFile(Pair("", "/w/3"));
   output->AddUpdateFile(Pair("/t/a", ""));
   output->AddUpdateFile(Pair("/t/a", "/t/a"));
+  t.files.PutSpecial("/t/pipe");
+  output->AddUpdateFile(Pair("/t/pipe", "/w/6"));
   output->AddUpdateFile(Pair("/t/a", "/w/ok"));
   Update();
   EXPECT_EQ(output->Status(), kStatusOK);
   EXPECT_EQ(output->ProblemText(),
-            "cannot read '/t/none': No such file or directory; check the template's name and rights (and 4 "
+            "cannot read '/t/none': No such file or directory; check the template's name and rights (and 5 "
             "more files)");
   EXPECT_EQ(t.files.Contents("/t/a"), "<ZEB_NOW_ITEMNAME>!");
   EXPECT_EQ(t.files.Contents("/w/ok"), "One!");
-  output->RemoveUpdateFile(6);
+  output->RemoveUpdateFile(7);
   Update();
-  EXPECT_EQ(output->Status(), kStatusDestinationFileProblem);
+  EXPECT_EQ(output->Status(), kStatusSourceFileProblem);
   t.files.Put("/t/none", "x");
   Update();
   EXPECT_NE(output->ProblemText().find("/none/2.tmp"), std::string::npos);
@@ -234,7 +236,7 @@ TEST_F(FileOutputTest, TwoOutputsTakeTurnsAtOneDestination) {
   auto other = MakeOutput();
   t.files.Put("/t/b", "other");
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
-  other->AddUpdateFile(Pair("/t/b", "/w//a"));
+  other->AddUpdateFile(Pair("/t/b", "/w//./a"));
   t.loop.SetBlockingTime(1s);
   t.loop.Start("1", [&] { output->UpdateOutput(service); });
   t.loop.Start("2", [&] { other->UpdateOutput(service); });
@@ -268,6 +270,26 @@ TEST_F(FileOutputTest, AnOutputThatHangsHoldsUpItsOwnDestinationOnly) {
   EXPECT_EQ(t.files.Contents("/w/a"), "One!");
   Update(*other);
   EXPECT_EQ(other->ProblemText(), "");
+}
+
+TEST_F(FileOutputTest, AFaultIsReportedAndReleasesTheDestination) {
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  t.files.fail = [](const std::string& operation, const std::string&) -> std::string {
+    if (operation == "Copy") throw std::runtime_error("out of luck");
+    return {};
+  };
+  Update();
+  EXPECT_EQ(StatusText(), "Error");
+  EXPECT_NE(output->ProblemText().find("out of luck"), std::string::npos);
+  t.files.fail = nullptr;
+  auto other = MakeOutput();
+  other->AddUpdateFile(Pair("/t/a", "/w/a"));
+  MonotonicTime before = t.loop.Monotonic();
+  Update(*other);
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  EXPECT_EQ(t.loop.Monotonic(), before);
+  Update();
+  EXPECT_EQ(output->ProblemText(), "");
 }
 
 TEST_F(FileOutputTest, NumberedVersionsGoOnFromTheHighest) {
