@@ -22,9 +22,10 @@ std::string StoredPath(const std::string& key) {
 SqliteHive::SqliteHive(std::unique_ptr<SqliteStore> store) : store_(std::move(store)) {}
 SqliteHive::~SqliteHive() = default;
 
-Result<std::unique_ptr<SqliteHive>> SqliteHive::Open(const std::string& path, bool* damaged) {
+Result<std::unique_ptr<SqliteHive>> SqliteHive::Open(const std::string& path, bool* damaged,
+                                                     std::chrono::milliseconds patience) {
   bool isDamaged = false;
-  Result<std::unique_ptr<SqliteStore>> store = SqliteStore::Open(path, isDamaged);
+  Result<std::unique_ptr<SqliteStore>> store = SqliteStore::Open(path, patience, isDamaged);
   if (damaged != nullptr) *damaged = isDamaged;
   if (!store) return Failure{store.Reason()};
   return std::unique_ptr<SqliteHive>(new SqliteHive(std::move(store.Value())));

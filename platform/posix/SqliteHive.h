@@ -6,6 +6,7 @@
 // file is for its owner only (mode 0600), since it holds passwords.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,9 +22,13 @@ enum class Statement;
 
 class SqliteHive : public SettingsHive {
  public:
+  // How long a locked file is waited for.
+  static constexpr std::chrono::milliseconds kPatience{5000};
+
   // Opens the file, creating it when it is missing (its folder must exist). Fails with one line that names
   // the file. `damaged`, when given, tells whether the failure is a damaged file, for SetAside.
-  static Result<std::unique_ptr<SqliteHive>> Open(const std::string& path, bool* damaged = nullptr);
+  static Result<std::unique_ptr<SqliteHive>> Open(const std::string& path, bool* damaged = nullptr,
+                                                  std::chrono::milliseconds patience = kPatience);
   // For the publisher, which must not run without its settings: as Open, but a damaged file is set aside. The
   // reason then says where, and what to do. As long as a file that was set aside lies there and no new
   // settings file does, this goes on failing, so that a restart does not begin with an empty store unseen.

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstddef>
-#include <utility>
 
 #include "platform/posix/SettingsFile.h"
 #include "text/Encodings.h"
@@ -13,7 +12,6 @@
 namespace zeb {
 namespace {
 
-constexpr int kBusyMilliseconds = 5000;
 constexpr char kSchemaVersion[] = "1";
 
 // Paths and names are kept twice: lower-cased for comparing, since SQLite knows the case of ASCII only, and
@@ -64,11 +62,12 @@ SqliteStore::~SqliteStore() {
   sqlite3_close(database_);
 }
 
-Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path, bool& damaged) {
+Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path,
+                                                       std::chrono::milliseconds patience, bool& damaged) {
   damaged = false;
   if (Outcome usable = CheckSettingsFile(path); !usable) return Failure{usable.Reason()};
   if (!FileExists(path)) {
-    if (Outcome created = Create(path); !created) return Failure{created.Reason()};
+    if (Outcome created = Create(path, patience); !created) return Failure{created.Reason()};
   } else if (IsEmptyFile(path)) {
     // Never so by this program, which gives a new file its name when it is complete.
     damaged = true;
@@ -76,7 +75,7 @@ Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path, 
   }
   RestrictSettingsFile(path);
 
-  std::unique_ptr<SqliteStore> store(new SqliteStore(path));
+  std::unique_ptr<SqliteStore> store(new SqliteStore(path, patience));
   if (Outcome connected = store->Connect(); !connected) {
     damaged = MeansDamage(sqlite3_errcode(store->database_));
     return Failure{connected.Reason()};
@@ -85,13 +84,13 @@ Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path, 
   return store;
 }
 
-Outcome SqliteStore::Create(const std::string& path) {
+Outcome SqliteStore::Create(const std::string& path, std::chrono::milliseconds patience) {
   const std::string draft = path + ".new-" + std::to_string(::getpid());
   ::unlink(draft.c_str());  // of an earlier process with this number
   Outcome outcome = CreateSettingsFile(draft);
   if (!outcome) return outcome;
   {
-    SqliteStore store(draft);
+    SqliteStore store(draft, patience);
     outcome = store.Connect();
     if (outcome && !store.Execute(kSchema)) outcome = Failure{store.Problem()};
   }
@@ -104,7 +103,7 @@ Outcome SqliteStore::Connect() {
   if (sqlite3_open_v2(path_.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
     return Failure{Problem()};
   sqlite3_extended_result_codes(database_, 1);
-  sqlite3_busy_timeout(database_, kBusyMilliseconds);
+  sqlite3_busy_timeout(database_, static_cast<int>(patience_.count()));
   if (!Ask("PRAGMA journal_mode = DELETE") || !Execute("PRAGMA synchronous = FULL") ||
       !Execute("PRAGMA trusted_schema = OFF"))
     return Failure{Problem()};

@@ -5,11 +5,14 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/Result.h"
 #include "platform/SettingsHive.h"
@@ -37,7 +40,8 @@ enum class Statement {
 class SqliteStore {
  public:
   // `damaged` tells whether a failure is a damaged file.
-  static Result<std::unique_ptr<SqliteStore>> Open(const std::string& path, bool& damaged);
+  static Result<std::unique_ptr<SqliteStore>> Open(const std::string& path,
+                                                   std::chrono::milliseconds patience, bool& damaged);
   ~SqliteStore();
   SqliteStore(const SqliteStore&) = delete;
   SqliteStore& operator=(const SqliteStore&) = delete;
@@ -51,8 +55,9 @@ class SqliteStore {
   const std::string& path() const { return path_; }
 
  private:
-  explicit SqliteStore(std::string path) : path_(std::move(path)) {}
-  static Outcome Create(const std::string& path);
+  SqliteStore(std::string path, std::chrono::milliseconds patience)
+      : path_(std::move(path)), patience_(patience) {}
+  static Outcome Create(const std::string& path, std::chrono::milliseconds patience);
   Outcome Connect();
   Outcome Verify(bool& damaged);
   bool PrepareAll();
@@ -61,6 +66,7 @@ class SqliteStore {
   std::optional<std::string> Ask(const char* sql) const;
 
   std::string path_;
+  std::chrono::milliseconds patience_;
   sqlite3* database_ = nullptr;
   std::array<sqlite3_stmt*, static_cast<std::size_t>(Statement::kCount)> statements_{};
 };
