@@ -30,17 +30,16 @@ char32_t PlainLook(char32_t c) {
     std::u32string_view characters;
     char32_t plain;
   };
-  // clang-format off
   static constexpr Group kGroups[] = {
-      {U"‘’‚‛′ʼ´`‹›", U'\''}, {U"“”„‟″«»", U'"'}, {U"‐‑‒–—―−~", U'-'}, {U"…·", U'.'},   {U"•×", U'x'},
-      {U"÷⁄", U'/'},          {U"¦‖", U'|'},      {U"\t\r", U' '},     {U"łŀ", U'l'},   {U"ŁĿ", U'L'},
-      {U"øœ", U'o'},          {U"ØŒ", U'O'},      {U"đð", U'd'},       {U"ĐÐ", U'D'},   {U"æ", U'a'},
-      {U"Æ", U'A'},           {U"ß", U's'},       {U"ẞ", U'S'},        {U"þŧ", U't'},   {U"ÞŦ", U'T'},
-      {U"ħ", U'h'},           {U"Ħ", U'H'},       {U"ıĳ", U'i'},       {U"Ĳ", U'I'},    {U"ĸ", U'k'},
-      {U"ŋ", U'n'},           {U"Ŋ", U'N'},       {U"µμ", U'u'},       {U"ƒ", U'f'},    {U"ə", U'e'},
-      {U"Ə", U'E'},           {U"€", U'E'},       {U"¡", U'!'},        {U"{", U'('}, {U"}", U')'}, {U"|\\", U'/'},
+      {U"‘’‚‛′ʼ´`‹›", U'\''}, {U"“”„‟″«»", U'"'}, {U"‐‑‒–—―−~", U'-'}, {U"…·", U'.'}, {U"•×", U'x'},
+      {U"÷⁄", U'/'},          {U"¦‖", U'|'},      {U"\t\r", U' '},     {U"łŀ", U'l'}, {U"ŁĿ", U'L'},
+      {U"øœ", U'o'},          {U"ØŒ", U'O'},      {U"đð", U'd'},       {U"ĐÐ", U'D'}, {U"æ", U'a'},
+      {U"Æ", U'A'},           {U"ß", U's'},       {U"ẞ", U'S'},        {U"þŧ", U't'}, {U"ÞŦ", U'T'},
+      {U"ħ", U'h'},           {U"Ħ", U'H'},       {U"ıĳ", U'i'},       {U"Ĳ", U'I'},  {U"ĸ", U'k'},
+      {U"ŋ", U'n'},           {U"Ŋ", U'N'},       {U"µμ", U'u'},       {U"ƒ", U'f'},  {U"ə", U'e'},
+      {U"Ə", U'E'},           {U"€", U'E'},       {U"¡", U'!'},        {U"{", U'('},  {U"}", U')'},
+      {U"|\\", U'/'},
   };
-  // clang-format on
   for (const Group& group : kGroups)
     if (group.characters.find(c) != std::u32string_view::npos) return group.plain;
   return 0;

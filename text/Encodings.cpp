@@ -164,7 +164,7 @@ bool LooksLikeMarkup(std::string_view head) {
     const bool opens = (c >= 'a' && c <= 'z') || c == '/' || c == '!' || c == '?';
     const std::string_view rest = head.substr(at);
     if (!opens || rest.substr(0, 4) == "ZEB_" || rest.substr(0, 5) == "/ZEB_") continue;
-    if (rest.find('>') != std::string_view::npos) return true;
+    return rest.find('>') != std::string_view::npos;
   }
   return false;
 }

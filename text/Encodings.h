@@ -32,7 +32,9 @@ enum class CharacterSet { kUtf8, kWindows1252, kIso8859_1, kRds, kEbuLatin };
 // "UTF-8", "Windows-1252", "ISO-8859-1", "RDS", "EBU Latin", without regard to case; else the default.
 CharacterSet CharacterSetByName(std::string_view name, CharacterSet byDefault);
 std::string_view CharacterSetName(CharacterSet set);
-// What the set lacks becomes its base letter where there is one, else "?". One byte a character except UTF-8.
+// What the set lacks becomes its base letter where there is one, else "?". A letter and a mark apart from it
+// count as one character; marks and joiners without a place are left out. Else one byte a character (except
+// UTF-8, which is the text as it is).
 std::string EncodeFor(std::string_view text, CharacterSet set);
 
 }  // namespace zeb

@@ -12,7 +12,6 @@ std::string UndoHexEscapes(std::string_view bytes) {
     const std::size_t brace = bytes.find('{', at);
     if (brace == std::string_view::npos) break;
     result.append(bytes, at, brace - at);
-    at = brace;
     if (bytes.size() - brace >= 4 && bytes[brace + 3] == '}') {
       const int high = CapitalHexDigit(bytes[brace + 1]);
       const int low = CapitalHexDigit(bytes[brace + 2]);

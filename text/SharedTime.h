@@ -38,7 +38,8 @@ void InstallLocale(LocaleFormats formats);
 // Date codes without regard to case: d dd ddd dddd ddddd (short date) dddddd (long date) w ww m mm mmm mmmm q
 // y yy yyyy h hh n nn s ss, AM/PM A/P AMPM (twelve-hour clock), ttttt (long time), c (short date and long
 // time). "m" or "mm" directly after an hour code means minutes. "text" in double quotes and \x stand for
-// themselves, other characters are copied. Sunday is the first day of the week; week 1 holds 1 January. An
+// themselves, other characters are copied. "yyy" is "yyyy". "AMPM" is the locale's text, the other half-day
+// marks follow the case of the pattern. Sunday is the first day of the week; week 1 holds 1 January. An
 // empty pattern gives "".
 std::string FormatDateTime(WallTime moment, std::string_view pattern);
 // Short date, a blank, long time.
@@ -48,10 +49,11 @@ std::string GeneralDate(WallTime moment);
 std::string XmlDateTime(WallTime moment);
 std::string XmlDateTime(std::int32_t dayNumber, float secondsOfDay);
 std::string ShortDate(std::int32_t dayNumber);  // "" for day 0
-std::string TimeText(float secondsOfDay);       // style 2: "hh:mm:ss", fractions cut
+std::string TimeText(float secondsOfDay);       // style 2: "hh:mm:ss", fractions cut; not below 0
 // Seconds from the first moment to the second.
 double SecondsBetween(std::int32_t fromDay, float fromSeconds, std::int32_t toDay, float toSeconds);
-// "hh:mm:ss" or "mm:ss" (or seconds alone) to seconds; malformed: 0.
+// "hh:mm:ss" or "mm:ss" (or seconds alone), the last with a decimal fraction or without, to seconds;
+// malformed: 0.
 float SecondsFromTimeText(std::string_view text);
 
 std::int32_t DayNumber(WallTime moment);
