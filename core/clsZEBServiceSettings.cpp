@@ -213,11 +213,12 @@ bool clsZEBService::MoveToServiceNumber(int number) {
 // unknown ones.
 void clsZEBService::WriteAll(const std::string& key) {
   SettingsHive& hive = environment_.hive;
+  const std::string below = key + "\\";
   std::vector<std::pair<std::string, SettingsTree>> kept;
   for (const std::string& name : hive.SubKeys(key)) {
     const OutputTypeInfo* info = FindTypeOfKey(name);
     if (info == nullptr || (StateOf(info->type).outputs.empty() && makeOutput_(info->type) == nullptr))
-      kept.emplace_back(key + "\\" + name, ReadSettingsTree(hive, key + "\\" + name));
+      kept.emplace_back(below + name, ReadSettingsTree(hive, below + name));
   }
   hive.DeleteKey(key);
   for (const auto& [keptKey, tree] : kept) WriteSettingsTree(hive, keptKey, tree);
