@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include "templates/PageChunks.h"
+#include "tests/templates/LiteralExpansion.h"
+#include "tests/templates/StationFixture.h"
+#include "text/Utf8.h"
+
+namespace zeb {
+namespace {
+
+std::string Page(Station& station, const std::string& page) {
+  UploadFileList files;
+  return ExpandPage(page, station.service, "", files);
+}
+
+TEST(ExpandPage, ConstructsAtEveryPlaceAroundTheCut) {
+  Station station;
+  const std::string sections =
+      "[(<ZEB_NOW_ITEMTYPE>=Song)A][(<ZEB_NOW_ITEMTYPE>!=Song)B]<ZEB_NOW_ARTISTS><<ZEB_X>[[q]<b>";
+  for (std::size_t before = 1900; before <= 2001; ++before) {
+    std::string literal;
+    while (CountCharacters(literal) < before) literal += "é";
+    EXPECT_EQ(Page(station, literal + sections + literal + literal),
+              literal + "AABBA<<ZEB_X>[[q]<b>" + literal + literal)
+        << before;
+  }
+}
+
+TEST(ExpandPage, LongConstructsAreTakenWhole) {
+  Station station;
+  const std::string body(5000, 'x'), before(10, 'b'), after(3000, 'a');
+  EXPECT_EQ(Page(station, before + "[(<ZEB_NOW_ITEMTYPE>=Song)" + body + "]" + after), before + body + after);
+  EXPECT_EQ(Page(station, before + "[(<ZEB_NOW_ITEMTYPE>!=Song)" + body + "]" + after), before + after);
+  EXPECT_EQ(Page(station, before + "<ZEB_FOO" + body + ">" + after), before + "ZEB_FOO" + body + after);
+  // Without an end, a section reaches to the end of the page.
+  EXPECT_EQ(Page(station, before + "[(<ZEB_NOW_ITEMTYPE>=Song)" + body + after), before + body + after);
+}
+
+TEST(ExpandPage, PlainBracketsAreThePiecesOwn) {
+  Station station;
+  const std::string before(1990, 'b'), middle(20, 'm');
+  // The first piece ends without the section's "]", which is ordinary text in the second.
+  EXPECT_EQ(Page(station, before + "[" + middle + "]!"), before + middle + "]!");
+}
+
+TEST(ExpandPage, TheLastPieceIsNotCut) {
+  EXPECT_EQ(ChunkEnd(std::string(1990, 'x') + "<ZEB_NOW_", 0), 1999U);
+  EXPECT_EQ(ChunkEnd(std::string(1990, 'x') + "<ZEB_NOW_ARTISTS>", 0), 1990U);
+  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "<b>", 0), 2000U);
+  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "[(<ZEB>)]", 0), 1999U);
+  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "[[(<ZEB>)]", 0), 1999U);
+}
+
+TEST(UndoEscapedTags, EditorsWriteTagsInTwoWays) {
+  struct {
+    std::string_view page, expected;
+  } const cases[] = {
+      {"", ""},
+      {"a &lt;b&gt; c", "a &lt;b&gt; c"},
+      {"&lt;ZEB_NOW_ITEMNAME&gt; &lt;b&gt;", "<ZEB_NOW_ITEMNAME> &lt;b&gt;"},
+      {"&gt;&LT;zeb_NOW_X&GT;&gt;", "&gt;<ZEB_NOW_X>&gt;"},
+      {"%3CZEB_A%3E%3e%3cZEB_B%3e", "<ZEB_A>%3e<ZEB_B>"},
+      {"&lt;ZEB_A &lt;ZEB_B&gt; &lt;i&gt; &gt;", "<ZEB_A <ZEB_B> &lt;i> &gt;"},
+      {"&lt;ZEB_A%3e &lt;ZEB", "<ZEB_A%3e &lt;ZEB"},
+      {"%3cZEB_A&gt; &amp;lt;ZEB_B", "<ZEB_A&gt; &amp;lt;ZEB_B"},
+      {"&&lt;ZEB_é&gt;%%3cZEB_%3e%", "&<ZEB_é>%<ZEB_>%"},
+      {"&lt;ZEB_A", "<ZEB_A"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(UndoEscapedTags(c.page), c.expected) << c.page;
+}
+
+WallTime Moment() {
+  return std::chrono::local_days(std::chrono::year(2026) / 3 / 2) + std::chrono::hours(9) +
+         std::chrono::minutes(5) + std::chrono::seconds(33);
+}
+
+TEST(InsertRefreshHeader, BehindTheFirstHtmlLine) {
+  std::string page = "<!-- <hTmL --><HEAD>\r\n<html>\r\n";
+  InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+  EXPECT_EQ(page,
+            "<!-- <hTmL --><HEAD>\r\n"
+            "<!-- ZEB last updated this file...09:05:05 02 March 2026 -->\r\n"
+            "<meta content=\"Hexmoor ZEB 1.2.3\" name=\"RE-GENERATOR\">\r\n"
+            "<meta HTTP-EQUIV=\"REFRESH\" CONTENT=\"30\">\r\n"
+            "<meta http-equiv=\"pragma\" content=\"no-cache\">\r\n"
+            "<meta http-equiv=\"Expires\" content=\"0\">\r\n"
+            "<!-- End of ZEB modifications -->\r\n\r\n"
+            "<html>\r\n");
+}
+
+TEST(InsertRefreshHeader, TagsOnlyWhenAskedFor) {
+  for (const std::int32_t seconds : {0, -1}) {
+    std::string page = "\r\n<html lang=\"en\">\r\n";
+    InsertRefreshHeader(page, seconds, false, Moment(), "1.2.3");
+    EXPECT_EQ(page.find("HTTP-EQUIV"), std::string::npos);
+    EXPECT_EQ(page.find("http-equiv"), std::string::npos);
+    EXPECT_TRUE(page.starts_with("\r\n<html lang=\"en\">\r\n<!-- ZEB last updated"));
+  }
+}
+
+TEST(InsertRefreshHeader, OtherPagesStayAsTheyAre) {
+  for (const std::string& text : {"", "text\r\n", "\r\n<html>\n", "<HTM\r\nL>"}) {
+    std::string page = text;
+    InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+    EXPECT_EQ(page, text);
+  }
+}
+
+}  // namespace
+}  // namespace zeb
