@@ -47,13 +47,14 @@ std::size_t EndOfConstruct(std::string_view page, std::size_t start) {
 // Moves the cut until it splits nothing; `move` says where to from the start of what it would split.
 template <typename Move>
 std::size_t Settle(std::string_view page, std::size_t from, std::size_t cut, Move move) {
-  for (bool moved = true; moved && cut > from;) {
+  for (bool moved = true; moved && from < cut && cut < page.size();) {
     moved = false;
     for (const Construct& construct : kConstructs) {
       const std::size_t split = SplitBy(page, from, cut, construct);
       if (split == kNone) continue;
       cut = move(split);
       moved = true;
+      break;
     }
   }
   return cut;

@@ -43,12 +43,19 @@ TEST(ExpandPage, PlainBracketsAreThePiecesOwn) {
   EXPECT_EQ(Page(station, before + "[" + middle + "]!"), before + middle + "]!");
 }
 
-TEST(ExpandPage, TheLastPieceIsNotCut) {
-  EXPECT_EQ(ChunkEnd(std::string(1990, 'x') + "<ZEB_NOW_", 0), 1999U);
-  EXPECT_EQ(ChunkEnd(std::string(1990, 'x') + "<ZEB_NOW_ARTISTS>", 0), 1990U);
-  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "<b>", 0), 2000U);
-  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "[(<ZEB>)]", 0), 1999U);
-  EXPECT_EQ(ChunkEnd(std::string(1999, 'x') + "[[(<ZEB>)]", 0), 1999U);
+TEST(ExpandPage, CutsBeforeWhatIsNotCompleteButNeverTheLastPiece) {
+  struct {
+    std::size_t before;
+    const char* text;
+    std::size_t end;
+  } const cases[] = {{1990, "<ZEB_NOW_", 1999},  {1990, "<ZEB_NOW_ARTISTS>", 1990},
+                     {1999, "<b>", 2000},        {1999, "[(<ZEB>)]", 1999},
+                     {1999, "[[(<ZEB>)]", 1999}, {1998, "[[(<ZEB>)]", 2000}};
+  for (const auto& c : cases) {
+    std::string page(c.before, 'x');
+    page += c.text;
+    EXPECT_EQ(ChunkEnd(page, 0), c.end) << c.before << c.text;
+  }
 }
 
 TEST(UndoEscapedTags, EditorsWriteTagsInTwoWays) {
@@ -99,7 +106,7 @@ TEST(InsertRefreshHeader, TagsOnlyWhenAskedFor) {
 }
 
 TEST(InsertRefreshHeader, OtherPagesStayAsTheyAre) {
-  for (const std::string& text : {"", "text\r\n", "\r\n<html>\n", "<HTM\r\nL>"}) {
+  for (const char* text : {"", "text\r\n", "\r\n<html>\n", "<HTM\r\nL>"}) {
     std::string page = text;
     InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
     EXPECT_EQ(page, text);
