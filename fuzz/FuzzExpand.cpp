@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // A page that is one piece is a template.
   if (CountCharacters(page) <= kChunkCharacters) Require(whole == station.Expand(page, simple));
 
-  for (std::size_t characters : {2, 7, 50})
+  for (const std::size_t characters : {std::size_t{2}, std::size_t{7}, std::size_t{50}})
     for (std::size_t from = 0; from < page.size();) {
       const std::size_t end = ChunkEnd(page, from, characters);
       Require(end > from && end <= page.size());
