@@ -28,7 +28,12 @@ class ControlLink {
   static std::string HelpText();
 
  private:
-  void HandleItem(std::string_view command, std::string_view arguments);
+  using SetItem = void (ItemIntake::*)(const clsZEBItemInfo* item, bool updateNow);
+  static SetItem SetterFor(std::string_view slot);  // null: no slot of that name
+
+  void Relay(std::string_view line);
+  void Dispatch(const std::string& command, std::string_view arguments);
+  bool HandleItem(std::string_view command, std::string_view arguments);
   void HandleClear(std::string_view command);
   void HandlePresenter(std::string_view arguments);
   void HandleShow(std::string_view arguments);

@@ -51,6 +51,11 @@ class ItemIntake {
   IntakeWindow& window() { return window_; }
 
  private:
+  void FollowTravelFlag(const clsZEBItemInfo& item);
+  void ClearTravelFlag();
+  // Now when the service may, else a little later.
+  void RequestUpdate();
+
   clsZEBService& service_;
   IntakeWindow& window_;
   std::optional<MonotonicTime> travelFlagSince_;

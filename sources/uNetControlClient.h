@@ -1,7 +1,10 @@
 // uNetControlClient: the client side of the network control component: connects, logs on as the controller
 // under its name, reports what happens, and sends lines. Used by the bounce relay and by zebctl.
+//
+// Any event may destroy the client, connect it anew or disconnect it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -15,6 +18,7 @@ namespace zeb {
 
 class uNetControlClient {
  public:
+  static constexpr std::size_t kMaxUnsentBytes = 4 * 1024 * 1024;
   enum class State { kDisconnected, kConnecting, kConnected, kHasControl, kRefused, kControlEnded };
   struct Events {
     std::function<void()> Connecting, Connected, ControlGranted, ControlEnded, Disconnected;
@@ -26,9 +30,11 @@ class uNetControlClient {
   ~uNetControlClient();
 
   void Connect(const std::string& host, std::uint16_t port, const std::string& name);
-  void Disconnect();  // logs off first when it has control
+  // Logs off first when it has control. Raises no event: who asks for it knows.
+  void Disconnect();
   State CurrentState() const;
   std::string LastError() const;
+  // A server that leaves more than kMaxUnsentBytes unread is disconnected.
   void Send(std::string_view line);
   std::size_t UnsentBytes() const;
 

@@ -1,7 +1,8 @@
 // uNetControlServer: the server side of the network control component: a line protocol over TCP in which one
 // client at a time may be the controller.
 //
-// Owned by the service window. It knows nothing of items: it hands the controller's lines on.
+// Owned by the service window. It knows nothing of items: it hands the controller's lines on. An event may
+// close or destroy the server. Destroying it raises no events.
 #pragma once
 
 #include <cstdint>
@@ -29,9 +30,11 @@ class uNetControlServer {
   uNetControlServer(Environment& environment, Events events);
   ~uNetControlServer();
 
-  // Listens on the port, at the bind address of the root settings. Every failure is one journal line.
+  // Listens on the port, at the bind address of the root settings, and reads who may connect. Already
+  // listening just there, it only reads the latter anew. Every failure is one journal line, but not the same
+  // one again and again.
   Outcome Listen(std::uint16_t port);
-  void Close();
+  void Close();  // ends control and every connection; allowed from inside an event
   bool Listening() const;
   std::uint16_t Port() const;
   int ConnectionCount() const;
@@ -42,7 +45,7 @@ class uNetControlServer {
 
  private:
   struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<State> state_;  // its own handlers hold it while they run
 };
 
 }  // namespace zeb

@@ -1,0 +1,13 @@
+// Text from outside, made fit for a journal line or a protocol line.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+// Control characters become blanks; at most `maxCharacters` stay. `text` is UTF-8.
+std::string OneLine(std::string_view text, std::size_t maxCharacters = 200);
+
+}  // namespace zeb
