@@ -110,7 +110,7 @@ class Sending : public std::enable_shared_from_this<Sending> {
     WaitUntilUnsentIsBelow(0);
     if (done_) return;
     loggingOff_ = true;
-    client_.Disconnect();
+    client_.LogOff();
     if (!loop_.WaitUntil([this] { return ended_; }, kLogOffLimit))
       return Finish(1, "the service did not confirm the log-off");
     Finish(0, "");

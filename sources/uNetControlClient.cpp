@@ -139,6 +139,10 @@ void uNetControlClient::Disconnect() {
   impl_->Disconnect();
 }
 
+void uNetControlClient::LogOff() {
+  if (impl_->state == State::kHasControl) Send("NET_CONTROL_LOGOFF");
+}
+
 uNetControlClient::State uNetControlClient::CurrentState() const {
   return impl_->state;
 }

@@ -32,6 +32,8 @@ class uNetControlClient {
   void Connect(const std::string& host, std::uint16_t port, const std::string& name);
   // Logs off first when it has control. Raises no event: who asks for it knows.
   void Disconnect();
+  // Gives control back and stays connected; ControlEnded then says that all that was sent has been taken.
+  void LogOff();
   State CurrentState() const;
   std::string LastError() const;
   // A server that leaves more than kMaxUnsentBytes unread is disconnected.
