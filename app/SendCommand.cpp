@@ -48,8 +48,7 @@ class Sending : public std::enable_shared_from_this<Sending> {
       if (!loggingOff_) Finish(1, "the service ended our control");
     };
     events.Disconnected = [this] {
-      ended_ = true;
-      if (!loggingOff_) Finish(1, Unreachable());
+      if (!ended_) Finish(1, Unreachable());
     };
     events.Message = [this](std::string_view line) { err_ << line << std::endl; };
     return events;
@@ -111,7 +110,7 @@ class Sending : public std::enable_shared_from_this<Sending> {
     if (done_) return;
     loggingOff_ = true;
     client_.LogOff();
-    if (!loop_.WaitUntil([this] { return ended_; }, kLogOffLimit))
+    if (!loop_.WaitUntil([this] { return ended_ || done_; }, kLogOffLimit))
       return Finish(1, "the service did not confirm the log-off");
     Finish(0, "");
   }

@@ -1,0 +1,192 @@
+// zebd: the publisher without windows, for systemd, containers and shells.
+
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "app/ConsoleOperator.h"
+#include "app/StartUpOptions.h"
+#include "app/frmMain.h"
+#include "core/CsvCartStore.h"
+#include "diagnostics/hxGeneral.h"
+#include "outputs/OutputTable.h"
+#include "platform/posix/DataFolder.h"
+#include "platform/posix/PosixFiles.h"
+#include "platform/posix/ServiceManager.h"
+#include "platform/posix/SingleInstance.h"
+#include "platform/posix/SqliteHive.h"
+#include "platform/posix/SystemLocale.h"
+#include "platform/qt/QtLoop.h"
+#include "platform/qt/QtNetwork.h"
+#include "platform/qt/QtSignals.h"
+#include "text/LetterCase.h"
+#include "text/Paths.h"
+#include "text/SharedTime.h"
+
+namespace zeb {
+namespace {
+
+constexpr int kCannotStart = 1;
+constexpr int kAlreadyRunning = 3;
+// An update that hangs (a dead share, a server that never answers) must not keep the machine from going down.
+constexpr Duration kQuitLimit = std::chrono::seconds(60);
+
+constexpr char kHelp[] =
+    "zebd: publishes a radio station's now-playing information\n"
+    "\n"
+    "  zebd [--home DIR] [options]\n"
+    "\n"
+    "  --home DIR            the data folder (else $ZEB_HOME, /var/lib/zeb, ~/.local/share/zeb)\n"
+    "  --version, --help\n"
+    "  /IMPORT=FILE          import a .reg file before the services are loaded\n"
+    "  /DEBUG[=WORD]         debug log, also on standard error: NORMAL, MEDIUM, MAX, FULL, NONE, OFF\n"
+    "  /PRESERVETEMPFILES    keep the outputs' temporary files\n"
+    "  /NOPREVCHECK          do not check whether another zebd runs on the data folder\n"
+    "  /SILENT, /SCHEDULE, /MINIMISED   for the desktop program; taken and without effect here\n"
+    "\n"
+    "SIGHUP reads the settings again; SIGTERM and SIGINT end zebd once updates in progress are done, a "
+    "second\n"
+    "one at once. Exit status: 0 ended on request, 1 cannot start, 3 another zebd runs on the data folder.\n";
+
+int Fail(const std::string& reason) {
+  std::cerr << "zebd: " << reason << std::endl;
+  return kCannotStart;
+}
+
+// Nothing is destroyed: a worker thread may hang in a call to the system, and must not be waited for.
+// Settings are on the disk already, the lock on the data folder goes with the process.
+[[noreturn]] void EndAtOnce(int status) {
+  std::cerr.flush();
+  std::_Exit(status);
+}
+
+// Everything that runs, in the order in which it is made.
+class Publisher {
+ public:
+  Publisher(StartUpOptions options, std::string programName, std::string folder)
+      : options_(std::move(options)), programName_(std::move(programName)), folder_(std::move(folder)) {}
+
+  int Run() {
+    loop_.OnTaskFailure([this](const std::string& task, const std::string& what) {
+      person_.Note("Internal error in " + task + ": " + what);
+      ReportError("in " + task, what, 0, true);
+    });
+    if (const Outcome made = files_.CreateFolders(folder_); !made) return Fail(made.Reason());
+    Result<std::unique_ptr<SingleInstance>> instance = SingleInstance::Claim(folder_);
+    if (!instance) return Fail(instance.Reason());
+    const bool alreadyRunning = instance.Value() == nullptr && !options_.noPreviousCheck;
+    // A second instance reads the settings for its debug level only, and moves no damaged file of the first.
+    const std::string path = folder_ + "/settings.db";
+    Result<std::unique_ptr<SqliteHive>> hive =
+        alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
+    if (hive) StartDebugLog(*hive.Value());
+    if (alreadyRunning) return ExitAsAlreadyRunning();
+    if (!hive) return Fail(hive.Reason());
+    return Publish(*hive.Value());
+  }
+
+ private:
+  void StartDebugLog(SettingsHive& hive) {
+    const bool onCommandLine = FindIgnoringAsciiCase(options_.commandLine, "/DEBUG") != std::string::npos;
+    log_ = std::make_unique<DebugLog>(loop_, files_, person_, programName_,
+                                      DebugLog::StartUpFolder(hive, folder_),
+                                      DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine);
+    log_->Install();
+    WriteDebugLine("Started InitialiseTool", 5, LineKind::kStarted);
+    if (!options_.noPreviousCheck) WriteDebugLine("Check if already running");
+  }
+
+  int ExitAsAlreadyRunning() {
+    WriteDebugLine("Exit as App already running");
+    std::cerr << "zebd: another zebd runs on the data folder '" << folder_ << "'" << std::endl;
+    return kAlreadyRunning;
+  }
+
+  int Publish(SettingsHive& hive) {
+    WriteDebugLine("Read StartupOptions");
+    InstallLocale(ReadSystemLocale());
+    WriteDebugLine("Initialising Tool");
+    WriteDebugLine("Finished InitialiseTool", 5, LineKind::kFinished);
+
+    CsvCartStore carts(files_, person_, folder_ + "/Carts.csv");
+    Environment environment{loop_, hive, files_, network_, person_, carts, folder_, ""};
+    frmMain main(environment, MakeOutputFactory(environment), options_);
+    main_ = &main;
+    const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
+    if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+    const int count = main.NumberServices();
+    person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
+                 (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
+    NotifyServiceManager("READY=1");
+    if (const auto interval = WatchdogInterval(); interval.count() > 0)
+      watchdog_ = loop_.Every(interval / 2, [] { NotifyServiceManager("WATCHDOG=1"); });
+    EndAtOnce(loop_.Run());
+  }
+
+  void OnSignal(int signal) {
+    if (signal == SIGHUP) return main_->Reload();
+    if (stopping_) {
+      person_.Note("Ending at once");
+      EndAtOnce(1);
+    }
+    stopping_ = true;
+    NotifyServiceManager("STOPPING=1");
+    person_.Note(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
+    quitLimit_ = loop_.After(kQuitLimit, [this] {
+      person_.Note("Ending without waiting longer for the updates of: " + main_->UpdatingServices());
+      EndAtOnce(1);
+    });
+    main_->RequestQuit([this] {
+      person_.Note("Stopped");
+      EndAtOnce(0);
+    });
+  }
+
+  StartUpOptions options_;
+  std::string programName_;
+  std::string folder_;
+  QtLoop loop_;
+  QtNetwork network_{loop_};
+  PosixFiles files_;
+  ConsoleOperator person_{std::cerr, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  std::unique_ptr<DebugLog> log_;
+  frmMain* main_ = nullptr;
+  bool stopping_ = false;
+  Timer quitLimit_;
+  Timer watchdog_;
+};
+
+int Run(int argc, char** argv) {
+  Result<StartUpOptions> options = ReadStartUpOptions({argv + 1, argv + argc});
+  if (!options) return Fail(options.Reason() + " (zebd --help)");
+  if (options.Value().showHelp)
+    std::cout << kHelp;
+  else if (options.Value().showVersion)
+    std::cout << "zebd " << ZEB_VERSION << '\n';
+  if (options.Value().showHelp || options.Value().showVersion) return 0;
+  const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.Value().home));
+  if (!folder) return Fail(folder.Reason());
+
+  std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
+  QtLoop::ChoosePlainDispatcher();
+  const QCoreApplication application(argc, argv);
+  Publisher publisher(std::move(options.Value()), std::string(FileNamePart(argv[0])), folder.Value());
+  return publisher.Run();
+}
+
+}  // namespace
+}  // namespace zeb
+
+int main(int argc, char** argv) {
+  try {
+    return zeb::Run(argc, argv);
+  } catch (const std::exception& error) {
+    return zeb::Fail(error.what());
+  }
+}

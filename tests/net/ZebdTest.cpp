@@ -1,0 +1,173 @@
+// zebd as a process: from a message to a file, its signals, its exit status, and what a kill leaves behind.
+
+#include <csignal>
+
+#include "tests/net/Station.h"
+
+namespace zeb {
+namespace {
+
+const std::string kPage = "Now: <ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS>\n";
+
+std::string Current(const std::string& title) {
+  return "SET_CURRENT_ITEM IType=7 ITitle=\"" + title + "\" AName1=\"Ada Quill\"";
+}
+
+bool IsOneLine(const std::string& text) {
+  return !text.empty() && text.find('\n') == text.size() - 1;
+}
+
+class ZebdTest : public Station {};
+
+TEST_F(ZebdTest, PublishesWhatTheControllerSendsAndEndsOnSigterm) {
+  AddService(1, control, kPage, "now.txt");
+  Start();
+  const Finished sent = Send({Current("Café Ørsund")});
+  EXPECT_EQ(sent.status, 0) << sent.error;
+  EXPECT_NE(sent.error.find("GET_INFORMATION"), std::string::npos);
+  EXPECT_EQ(AwaitPage("now.txt", "Ørsund"), "Now: Café Ørsund by Ada Quill\n");
+
+  // Lines of standard input go out as they come, while the input stays open.
+  Process feeding({Program("zebctl"), "send", "--port", std::to_string(6900 + control)});
+  feeding.Write(Current("First") + "\r\n");
+  EXPECT_EQ(AwaitPage("now.txt", "First"), "Now: First by Ada Quill\n");
+  // Who has control keeps it.
+  const Finished refused = Send({"--name", "second", Current("Intruder")});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.error, "zebctl: control is refused: 'zebctl' has it\n");
+  feeding.Write(Current("Last"));  // without a line end
+  feeding.CloseInput();
+  EXPECT_EQ(feeding.Wait(), 0) << feeding.error;
+  EXPECT_EQ(AwaitPage("now.txt", "Last"), "Now: Last by Ada Quill\n");
+
+  zebd->Signal(SIGTERM);
+  EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
+  const Finished gone = Send({Current("Nobody")});
+  EXPECT_EQ(gone.status, 1);
+  EXPECT_EQ(gone.error.find("zebctl: cannot connect to localhost port"), 0u) << gone.error;
+  EXPECT_TRUE(IsOneLine(gone.error)) << gone.error;
+}
+
+TEST_F(ZebdTest, PublishesWhatArrivedRightBeforeSigint) {
+  AddService(1, control, kPage, "now.txt");
+  Start();
+  ASSERT_EQ(Send({Current("Goodbye")}).status, 0);
+  zebd->Signal(SIGINT);
+  EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
+  EXPECT_EQ(ReadFile(Path("now.txt")), "Now: Goodbye by Ada Quill\n");
+}
+
+TEST_F(ZebdTest, TellsASecondInstanceOnTheFolderToEnd) {
+  Start();
+  const Finished second = RunProgram(ZebdCommand());
+  EXPECT_EQ(second.status, 3);
+  EXPECT_NE(second.error.find("another zebd runs on the data folder"), std::string::npos);
+  EXPECT_TRUE(IsOneLine(second.error)) << second.error;
+  const Finished debugging = RunProgram(ZebdCommand({"/debug"}));
+  EXPECT_EQ(debugging.status, 3);
+  EXPECT_NE(debugging.error.find("Exit as App already running"), std::string::npos) << debugging.error;
+  // The folder is free again however the first one ended.
+  zebd->Signal(SIGKILL);
+  EXPECT_EQ(zebd->Wait(), 128 + SIGKILL);
+  Start();
+}
+
+TEST_F(ZebdTest, AddsChangesAndRemovesServicesOnSighup) {
+  AddService(1, control, kPage, "now.txt");
+  Start();
+  ASSERT_EQ(Send({Current("Kept")}).status, 0);
+  AwaitPage("now.txt", "Kept");
+
+  const int firstControl = control, secondControl = FreeControlPort();
+  AddService(2, secondControl, "Two: <ZEB_NOW_ITEMNAME>", "two.txt");
+  WriteFile(Path("template1"), "<ZEB_SPECIAL_SERVICENAME>: <ZEB_NOW_ITEMNAME>");
+  ASSERT_EQ(Zebctl({"settings", "set", "Service1", "ServiceName", "Renamed"}).status, 0);
+  zebd->Signal(SIGHUP);
+  ASSERT_TRUE(zebd->WaitForError("Settings read again, 2 services")) << zebd->error;
+  control = secondControl;
+  ASSERT_EQ(Send({Current("New")}).status, 0);
+  EXPECT_EQ(AwaitPage("two.txt", "New"), "Two: New");
+  control = firstControl;
+  ASSERT_EQ(Send({"UPDATE"}).status, 0);
+  EXPECT_EQ(AwaitPage("now.txt", "Renamed"), "Renamed: Kept");
+
+  ASSERT_EQ(Zebctl({"settings", "set", "", "NumberServices", "1", "--number"}).status, 0);
+  zebd->Signal(SIGHUP);
+  ASSERT_TRUE(zebd->WaitForError("Settings read again, 1 service"));
+  control = secondControl;
+  EXPECT_EQ(Send({Current("Gone")}).status, 1);
+}
+
+TEST_F(ZebdTest, ImportsSettingsBeforeItStartsOrNamesTheLineThatIsWrong) {
+  const std::string start =
+      "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1]\n"
+      "\"NumberServices\"=dword:3\n";
+  WriteFile(Path("My station.reg"), start);
+  WriteFile(Path("bad.reg"), start + "\"Broken\n");
+  const Finished bad = RunProgram(ZebdCommand({"/IMPORT=" + Path("bad.reg")}));
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_NE(bad.error.find("bad.reg': line 5"), std::string::npos) << bad.error;
+  EXPECT_NE(Zebctl({"settings", "get", "", "NumberServices"}).status, 0);
+
+  Start({"/import=\"" + Path("My station.reg") + "\"", "/SILENT"});
+  EXPECT_NE(zebd->error.find("is ready: "), std::string::npos) << zebd->error;
+  EXPECT_EQ(Zebctl({"settings", "get", "", "NumberServices"}).output, "3\n");
+  EXPECT_EQ(RunProgram(ZebdCommand({"/IMPORT=" + Path("missing.reg"), "/NOPREVCHECK"})).status, 1);
+  EXPECT_EQ(RunProgram(ZebdCommand({"--unknown"})).status, 1);
+}
+
+TEST_F(ZebdTest, SetsDamagedSettingsAsideAndDoesNotStart) {
+  WriteFile(Path("settings.db"), std::string(8192, 'x'));
+  for (int i = 0; i < 2; ++i) {  // nor does a restart begin with an empty store
+    const Finished started = RunProgram(ZebdCommand());
+    EXPECT_EQ(started.status, 1);
+    EXPECT_NE(started.error.find("settings.db"), std::string::npos) << started.error;
+  }
+  int kept = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().filename().string().find("settings.db.damaged-") == 0) ++kept;
+  EXPECT_EQ(kept, 1);
+}
+
+// Killed in the middle of publishing and of saving, again and again: readers only ever see whole pages, and
+// no settings are lost.
+TEST_F(ZebdTest, LeavesWholePagesAndAllSettingsBehindWhenKilled) {
+  constexpr std::size_t kLines = 3000;
+  std::string page;
+  for (std::size_t i = 0; i < kLines; ++i) page += "<ZEB_NOW_ITEMNAME>\n";
+  AddService(1, control, page, "now.txt");
+  const auto whole = [](const std::string& text) {
+    const std::string first = text.substr(0, text.find('\n') + 1);
+    if (first.empty() || text.size() != first.size() * kLines) return false;
+    for (std::size_t at = 0; at < text.size(); at += first.size())
+      if (text.compare(at, first.size(), first) != 0) return false;
+    return true;
+  };
+  for (int round = 0; round < 8; ++round) {
+    Start();
+    Process feeding({Program("zebctl"), "send", "--port", std::to_string(6900 + control)});
+    Process saving({Program("zebctl"), "--home", folder.string(), "settings", "set", "Service1",
+                    "LoggingPath", std::string(50000, static_cast<char>('a' + round))});
+    std::string messages;
+    for (std::size_t i = 0; i < 400; ++i)
+      messages += Current(std::string(i % 50 + 1, 'x') + std::to_string(i)) + "\n";
+    feeding.Write(messages);
+    // The kills fall at different moments of an update.
+    for (int lines = 0; lines <= round % 4; ++lines) {
+      ASSERT_TRUE(zebd->WaitForError("\n"));
+    }
+    saving.Signal(SIGKILL);
+    zebd->Signal(SIGKILL);
+    EXPECT_EQ(zebd->Wait(), 128 + SIGKILL);
+    const std::string text = ReadFile(Path("now.txt"));
+    EXPECT_TRUE(text.empty() || whole(text)) << text.substr(0, 200);
+    EXPECT_EQ(Zebctl({"settings", "get", "Service1", "ServiceName"}).output, "Station 1\n");
+    EXPECT_EQ(Zebctl({"settings", "get", "Service1/File", "Output1.NumberFiles"}).output, "1\n");
+  }
+  Start();
+  ASSERT_EQ(Send({Current("At last")}).status, 0);
+  EXPECT_TRUE(whole(AwaitPage("now.txt", "At last")));
+}
+
+}  // namespace
+}  // namespace zeb
