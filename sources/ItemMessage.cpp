@@ -231,7 +231,15 @@ class MessageWriter {
     return message_.append(key).append("=");
   }
   void AppendQuoted(std::string_view key, std::string_view value) {
-    Append(key).append("\"").append(EscapeValue(value)).append("\"");
+    std::string& message = Append(key).append("\"");
+    for (const char c : EscapeValue(value)) {
+      // Keys are found inside quotes too, so a value must hold nothing that looks like one.
+      if (c == '=')
+        message += "{3D}";
+      else
+        message += c;
+    }
+    message += '"';
   }
   std::string message_;
 };

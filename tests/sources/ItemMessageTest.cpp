@@ -174,6 +174,11 @@ TEST_F(ItemMessage, WritesWhatItReads) {
   EXPECT_EQ(again->ItemStartTime, 3723.5F);
   EXPECT_EQ(WriteItemMessage({}), "");
 
+  clsZEBItemInfo tricky;
+  tricky.Edit().CartLine1 = "what if IRef=this was a key";
+  EXPECT_EQ(Parsed(WriteItemMessage(tricky))->CartLine1, "what if IRef=this was a key");
+  EXPECT_EQ(Parsed(WriteItemMessage(tricky))->ItemReference, "");
+
   clsZEBItemInfo joined;
   joined.Edit().Artists = "Only shown";
   EXPECT_EQ(Parsed(WriteItemMessage(joined))->Artists, "Only shown");
