@@ -92,7 +92,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     fresh->onConnection = [weak = weak_from_this()](std::unique_ptr<TcpConnection> connection) {
       if (const auto state = weak.lock()) state->OnConnection(std::move(connection));
     };
-    const Outcome outcome = fresh->Listen(address, port);
+    Outcome outcome = fresh->Listen(address, port);
     if (!outcome) {
       if (outcome.Reason() != reportedListenFailure) Note(outcome.Reason());
       reportedListenFailure = outcome.Reason();
