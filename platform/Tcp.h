@@ -57,7 +57,8 @@ class TcpClientControl : public Control {
   virtual void SendData(std::string_view bytes) = 0;
   virtual std::size_t UnsentBytes() const = 0;
   // Sends what is queued, then closes: kClosing until it is sent, kClosed at once when nothing is. A Connect
-  // meanwhile does not take it back. Destroying the control closes at once.
+  // meanwhile does not take it back, nor does destroying the control. Destroying an open one closes it at
+  // once.
   virtual void Close() = 0;
   virtual std::string LastError() const = 0;  // why the last connection failed or broke; "" when it did not
 };

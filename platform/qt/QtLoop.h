@@ -1,0 +1,51 @@
+// QtLoop: the EventLoop of the real programs, on Qt's event loop.
+//
+// Made by the main program after its QCoreApplication and destroyed before it. Events of Qt's own (windows,
+// sockets) run beside what is given to this class; after each turn the tasks whose condition has come true go
+// on. What a callback throws is caught here and reported as a task's failure would be, for it must not unwind
+// through Qt.
+//
+// Blocking work has a thread each, up to 512, so that a share which hangs holds up nothing but its own task.
+// A thread that still hangs when the loop ends cannot be stopped: it is left behind after half a second, and
+// with it what its task holds.
+#pragma once
+
+#include <memory>
+
+#include "platform/EventLoop.h"
+
+namespace zeb {
+
+class QtLoop : public EventLoop {
+ public:
+  QtLoop();
+  ~QtLoop() override;
+
+  // To be called before the QCoreApplication of a program without windows is made: takes Qt's own dispatcher
+  // rather than GLib's, which lets busy sockets keep timers waiting.
+  static void ChoosePlainDispatcher();
+
+  int Run();            // until Quit; its exit code
+  void Quit(int code);  // also before Run, which then ends at once
+
+  WallTime Now() const override;
+  MonotonicTime Monotonic() const override;
+  Timer After(Duration delay, std::function<void()> work) override;
+  Timer Every(Duration interval, std::function<void()> work) override;
+  void Post(std::function<void()> work) override;
+  void PostFromAnyThread(std::function<void()> work) override;
+
+ protected:
+  void Offload(std::function<void()> work, std::function<void()> done) override;
+
+ private:
+  struct State;
+  void RunPosted();
+  void RunTimers();
+  void ArmTimer();
+  void Call(const std::function<void()>& work) noexcept;
+
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace zeb

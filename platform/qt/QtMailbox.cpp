@@ -1,0 +1,81 @@
+#include "platform/qt/QtMailbox.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+#include <utility>
+
+namespace zeb {
+
+// Lives on the loop's thread. Other threads reach it by an event, which wakes the loop; the loop's own thread
+// by a timer of no length. An event would be handled before sockets and timers, so that work which posts work
+// would keep them waiting for ever.
+class QtMailbox::Receiver : public QObject {
+ public:
+  explicit Receiver(std::function<void()> deliver) : deliver_(std::move(deliver)) {
+    next_.setSingleShot(true);
+    connect(&next_, &QTimer::timeout, this, [this] { deliver_(); });
+  }
+
+  void Ask() {
+    if (QThread::currentThread() == thread()) {
+      next_.start(0);
+    } else {
+      QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+  }
+
+ protected:
+  void customEvent(QEvent*) override { deliver_(); }
+
+ private:
+  std::function<void()> deliver_;
+  QTimer next_;
+};
+
+QtMailbox::QtMailbox(std::function<void()> deliver)
+    : receiver_(std::make_unique<Receiver>(std::move(deliver))) {}
+
+QtMailbox::~QtMailbox() = default;
+
+void QtMailbox::Post(std::function<void()> work) {
+  PostFromAnyThread(std::move(work));
+}
+
+void QtMailbox::PostFromAnyThread(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  if (!receiver_) return;
+  work_.push_back(std::move(work));
+  Ask();
+}
+
+void QtMailbox::Ask() {
+  if (asked_) return;
+  asked_ = true;
+  receiver_->Ask();
+}
+
+std::size_t QtMailbox::BeginDelivery() {
+  const std::lock_guard lock(mutex_);
+  asked_ = false;
+  return work_.size();
+}
+
+std::function<void()> QtMailbox::Take() {
+  const std::lock_guard lock(mutex_);
+  if (work_.empty()) return nullptr;
+  auto work = std::move(work_.front());
+  work_.pop_front();
+  if (!work_.empty()) Ask();
+  return work;
+}
+
+void QtMailbox::Close() {
+  std::unique_ptr<Receiver> receiver;
+  std::deque<std::function<void()>> dropped;
+  const std::lock_guard lock(mutex_);
+  receiver = std::move(receiver_);
+  dropped.swap(work_);
+}
+
+}  // namespace zeb

@@ -1,0 +1,172 @@
+#include "platform/qt/QtStream.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <QNetworkProxy>
+#include <QSslError>
+#include <QSslSocket>
+#include <algorithm>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr qint64 kPieceBytes = 64 * 1024;
+// How long a closed stream goes on sending to a peer that hardly reads.
+constexpr Duration kLeaveLimit = 10s;
+// A peer that lost its power is found out after about two minutes rather than the system's two hours.
+constexpr int kKeepAliveIdle = 60;
+constexpr int kKeepAliveInterval = 15;
+constexpr int kKeepAliveProbes = 4;
+
+std::string OneLine(const QString& text) {
+  return text.simplified().toStdString();
+}
+
+}  // namespace
+
+QtStream::QtStream(std::shared_ptr<QtStreams> shared, std::unique_ptr<QTcpSocket> socket, QtStreamUser* user)
+    : shared_(std::move(shared)), socket_(std::move(socket)), user_(user) {
+  socket_->setReadBufferSize(kPieceBytes);
+  Watch();
+}
+
+void QtStream::Watch() {
+  QTcpSocket* socket = socket_.get();
+  QObject::connect(socket, &QTcpSocket::readyRead, &context_, [this] { PostPump(); });
+  QObject::connect(socket, &QTcpSocket::errorOccurred, &context_, [this](QAbstractSocket::SocketError error) {
+    if (error == QAbstractSocket::RemoteHostClosedError && connected_) return End("");
+    const std::string problem =
+        certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
+    End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);
+  });
+  QObject::connect(socket, &QTcpSocket::disconnected, &context_, [this] { End(""); });
+}
+
+void QtStream::Connect(const std::string& host, std::uint16_t port, bool tls) {
+  target_ = host + ":" + std::to_string(port);
+  const auto whenConnected = [this] {
+    TuneSocket();
+    connected_ = tellConnected_ = true;
+    PostPump();
+  };
+  // A literal IPv6 address may come in brackets, as in a URL.
+  QString name = QString::fromStdString(host);
+  if (name.startsWith('[') && name.endsWith(']')) name = name.mid(1, name.size() - 2);
+  socket_->setProxy(QNetworkProxy::NoProxy);
+  if (!tls) {
+    QObject::connect(socket_.get(), &QTcpSocket::connected, &context_, whenConnected);
+    return socket_->connectToHost(name, port);
+  }
+  auto* secure = static_cast<QSslSocket*>(socket_.get());
+  QObject::connect(secure, &QSslSocket::encrypted, &context_, whenConnected);
+  QObject::connect(secure, &QSslSocket::sslErrors, &context_, [this](const QList<QSslError>& errors) {
+    certificateProblem_ = OneLine(errors.front().errorString());
+  });
+  secure->connectToHostEncrypted(name, port);
+}
+
+void QtStream::TakeAccepted() {
+  target_ = socket_->peerAddress().toString().toStdString() + ":" + std::to_string(socket_->peerPort());
+  connected_ = held_ = true;
+  TuneSocket();
+  if (socket_->state() != QAbstractSocket::ConnectedState) End("");
+}
+
+void QtStream::Release() {
+  held_ = false;
+  PostPump();
+}
+
+void QtStream::TuneSocket() {
+  socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+  socket_->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+  const int descriptor = static_cast<int>(socket_->socketDescriptor());
+  // A system that refuses these keeps its own times.
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, &kKeepAliveIdle, sizeof kKeepAliveIdle);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, &kKeepAliveInterval, sizeof kKeepAliveInterval);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPCNT, &kKeepAliveProbes, sizeof kKeepAliveProbes);
+}
+
+void QtStream::Send(std::string_view bytes) {
+  if (!connected_ || ended_) return;
+  socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
+}
+
+std::size_t QtStream::Unsent() const {
+  qint64 unsent = socket_->bytesToWrite();
+  if (const auto* secure = dynamic_cast<const QSslSocket*>(socket_.get())) {
+    unsent += secure->encryptedBytesToWrite();
+  }
+  return static_cast<std::size_t>(std::max<qint64>(unsent, 0));
+}
+
+void QtStream::End(const std::string& reason) {
+  if (ended_) return;
+  ended_ = reason;
+  PostPump();
+}
+
+void QtStream::PostPump() {
+  if (pumpPosted_) return;
+  pumpPosted_ = true;
+  shared_->loop.Post([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->Pump();
+  });
+}
+
+// Tells the user one thing. More is told by a further post.
+void QtStream::Pump() {
+  pumpPosted_ = false;
+  if (!user_) {
+    if (ended_) Leave();
+    return;
+  }
+  if (held_ || (!connected_ && !ended_)) return;
+  if (std::exchange(tellConnected_, false)) {
+    PostPump();
+    return user_->Connected();
+  }
+  if (const qint64 waiting = std::min(socket_->bytesAvailable(), kPieceBytes); connected_ && waiting > 0) {
+    std::string bytes(static_cast<std::size_t>(waiting), '\0');
+    const qint64 got = socket_->read(bytes.data(), waiting);
+    bytes.resize(static_cast<std::size_t>(std::max<qint64>(got, 0)));
+    if (!bytes.empty()) {
+      PostPump();
+      return user_->Arrived(bytes);
+    }
+  }
+  if (ended_) std::exchange(user_, nullptr)->Ended(*ended_);
+}
+
+void QtStream::Finish() {
+  user_ = nullptr;
+  if (ended_ || !connected_) return socket_->abort();
+  // A socket closed with bytes unread resets the connection, and the peer loses what was sent to it last.
+  socket_->setReadBufferSize(0);
+  socket_->readAll();
+  socket_->flush();
+  shared_->leaving.insert(shared_from_this());
+  leaveLimit_ = shared_->loop.After(kLeaveLimit, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->Leave();
+  });
+  socket_->disconnectFromHost();
+}
+
+void QtStream::Abort() {
+  user_ = nullptr;
+  socket_->abort();
+}
+
+void QtStream::Leave() {
+  leaveLimit_.Stop();
+  socket_->abort();
+  shared_->leaving.erase(shared_from_this());
+}
+
+}  // namespace zeb

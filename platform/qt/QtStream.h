@@ -1,0 +1,79 @@
+// QtStream: one Qt socket with its events in order: connected, bytes, end. Private to QtNetwork.
+//
+// Qt's signals only mark what has happened. A post to the loop then tells the user one thing at a time, so
+// that nobody is called from inside a call of his own, bytes come before the end, and a peer that floods one
+// socket gets no more than its turn.
+#pragma once
+
+#include <QObject>
+#include <QTcpSocket>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "platform/EventLoop.h"
+
+namespace zeb {
+
+class QtStream;
+
+// What the sockets of one network share.
+struct QtStreams {
+  explicit QtStreams(EventLoop& givenLoop) : loop(givenLoop) {}
+  EventLoop& loop;
+  std::set<std::shared_ptr<QtStream>> leaving;  // closed by their users, still sending
+};
+
+// Who uses a stream. May destroy itself in any of these.
+class QtStreamUser {
+ public:
+  virtual ~QtStreamUser() = default;
+  virtual void Connected() = 0;
+  virtual void Arrived(std::string_view bytes) = 0;
+  virtual void Ended(const std::string& reason) = 0;  // "" when the peer closed in order; the last call
+};
+
+class QtStream : public std::enable_shared_from_this<QtStream> {
+ public:
+  QtStream(std::shared_ptr<QtStreams> shared, std::unique_ptr<QTcpSocket> socket, QtStreamUser* user);
+
+  void Connect(const std::string& host, std::uint16_t port, bool tls);
+  void TakeAccepted();  // the socket is connected already; its user hears nothing before Release
+  void Release();
+
+  bool Resolving() const { return socket_->state() == QAbstractSocket::HostLookupState; }
+  void Send(std::string_view bytes);
+  std::size_t Unsent() const;
+
+  // Its user hears nothing more. What was sent still goes out, for a while.
+  void Finish();
+  // Its user hears nothing more, and what was not sent is dropped.
+  void Abort();
+
+ private:
+  void Watch();
+  void PostPump();
+  void Pump();
+  void End(const std::string& reason);
+  void TuneSocket();
+  void Leave();
+
+  std::shared_ptr<QtStreams> shared_;
+  std::unique_ptr<QTcpSocket> socket_;
+  QtStreamUser* user_;
+  std::string target_;  // "host:port" of an outgoing connection
+  bool connected_ = false;
+  bool tellConnected_ = false;
+  bool held_ = false;  // the user is not to hear of anything yet
+  bool pumpPosted_ = false;
+  std::optional<std::string> ended_;
+  std::string certificateProblem_;
+  Timer leaveLimit_;
+  // Qt drops the connections to it when it goes, which is before the socket goes.
+  QObject context_;
+};
+
+}  // namespace zeb

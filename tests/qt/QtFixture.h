@@ -1,0 +1,27 @@
+// QtFixture: a QtLoop to test on. QtEnvironment.cpp makes the QCoreApplication.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "platform/qt/QtLoop.h"
+
+namespace zeb {
+
+struct QtFixture : testing::Test {
+  QtLoop loop;
+
+  // Runs events until the condition holds; false when it does not within the limit.
+  bool Until(const std::function<bool()>& condition, Duration limit = std::chrono::seconds(20)) {
+    bool held = false;
+    loop.Start("until", [&] {
+      held = loop.WaitUntil(condition, limit);
+      loop.Quit(0);
+    });
+    loop.Run();
+    return held;
+  }
+};
+
+}  // namespace zeb

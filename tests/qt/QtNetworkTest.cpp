@@ -1,0 +1,139 @@
+#include <QFile>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QTcpSocket>
+
+#include "platform/qt/QtNetwork.h"
+#include "tests/platform/NetworkContract.h"
+#include "tests/qt/QtFixture.h"
+
+namespace zeb {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Real : QtFixture {
+  QtNetwork network{loop};
+  Network& Net() { return network; }
+  std::string Host() { return "127.0.0.1"; }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Real, NetworkContract, Real);
+
+using QtNetworkTest = Real;
+
+TEST_F(QtNetworkTest, NamesAndIpv6LiteralsReachAListenerOnAllInterfaces) {
+  RecordingServer server(network);
+  for (const char* host : {"localhost", "::1", "[::1]", "127.0.0.1"}) {
+    RecordingClient client(network);
+    client.control->Connect(host, server.Port());
+    EXPECT_NE(client.control->CurrentState(), TcpClientControl::kConnected);
+    ASSERT_TRUE(Until([&] { return client.connected == 1; })) << host << ": " << client.control->LastError();
+  }
+  ASSERT_TRUE(Until([&] { return server.peers.size() == 4; }));
+  EXPECT_EQ(server.peers[1]->connection->PeerAddress(), "::1");
+  EXPECT_EQ(server.peers[3]->connection->PeerAddress(), "127.0.0.1");
+}
+
+TEST_F(QtNetworkTest, AnUnknownNameFailsWithoutBlocking) {
+  RecordingClient client(network);
+  client.control->Connect("no-such-host.invalid", 80);
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kResolving);
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kError);
+  EXPECT_NE(client.control->LastError().find("no-such-host.invalid"), std::string::npos);
+}
+
+TEST_F(QtNetworkTest, WhatIsNoAddressCannotBeListenedOn) {
+  const auto listener = network.MakeListener();
+  const Outcome outcome = listener->Listen("everywhere", 0);
+  EXPECT_EQ(outcome.Reason(), "cannot listen on 'everywhere': not an address");
+  EXPECT_EQ(listener->Port(), 0);
+}
+
+TEST_F(QtNetworkTest, APeerThatDoesNotReadKeepsBytesUnsent) {
+  QTcpServer server;  // accepts and never reads
+  ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+  RecordingClient client(network);
+  client.control->Connect("127.0.0.1", server.serverPort());
+  ASSERT_TRUE(Until([&] { return client.connected == 1 && server.hasPendingConnections(); }));
+  const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
+  peer->setReadBufferSize(1);
+  client.control->SendData(std::string(20'000'000, 'x'));
+  EXPECT_FALSE(Until([&] { return client.control->UnsentBytes() == 0; }, 200ms));
+  client.control->Close();
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kClosing);
+  peer->setReadBufferSize(0);
+  QObject::connect(peer.get(), &QTcpSocket::readyRead, peer.get(), [&] { peer->readAll(); });
+  peer->readAll();
+  EXPECT_TRUE(Until([&] { return client.control->CurrentState() == TcpClientControl::kClosed; }));
+}
+
+// A server with the certificate in tests/qt/certificates: self-signed, for "localhost".
+struct TlsTest : Real {
+  QSslServer server;
+  std::string received;
+
+  static std::string Folder() { return std::string(ZEB_TEST_DATA) + "/qt/certificates/"; }
+  static QByteArray Contents(const std::string& name) {
+    QFile file(QString::fromStdString(Folder() + name));
+    EXPECT_TRUE(file.open(QFile::ReadOnly)) << name;
+    return file.readAll();
+  }
+
+  void SetUp() override {
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setLocalCertificate(QSslCertificate(Contents("localhost.pem")));
+    configuration.setPrivateKey(QSslKey(Contents("localhost.key"), QSsl::Ec));
+    server.setSslConfiguration(configuration);
+    ASSERT_TRUE(server.listen(QHostAddress::Any));
+    QObject::connect(&server, &QTcpServer::pendingConnectionAvailable, &server, [this] {
+      QTcpSocket* peer = server.nextPendingConnection();
+      QObject::connect(peer, &QTcpSocket::readyRead, peer, [this, peer] {
+        received += peer->readAll().toStdString();
+        peer->write("answer");
+        peer->disconnectFromHost();
+      });
+    });
+  }
+};
+
+TEST_F(TlsTest, ACertificateThatNobodyVouchesForIsRefused) {
+  RecordingClient client(network);
+  client.control->ConnectTls("localhost", server.serverPort());
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(client.connected, 0);
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kError);
+  EXPECT_NE(client.control->LastError().find("self-signed"), std::string::npos)
+      << client.control->LastError();
+}
+
+TEST_F(TlsTest, ACertificateOfAnAddedAuthorityIsTrustedForItsHost) {
+  ASSERT_TRUE(network.AddCaFile(Folder() + "localhost.pem"));
+  RecordingClient client(network);
+  client.control->ConnectTls("localhost", server.serverPort());
+  ASSERT_TRUE(Until([&] { return client.connected == 1; })) << client.control->LastError();
+  client.control->SendData("question");
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(received, "question");
+  EXPECT_EQ(client.received, "answer");
+  EXPECT_EQ(client.control->LastError(), "");
+}
+
+TEST_F(TlsTest, ACertificateForAnotherHostIsRefused) {
+  ASSERT_TRUE(network.AddCaFile(Folder() + "localhost.pem"));
+  RecordingClient client(network);
+  client.control->ConnectTls("127.0.0.1", server.serverPort());
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(client.connected, 0);
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kError);
+}
+
+TEST_F(TlsTest, AFileWithoutCertificatesIsAnError) {
+  EXPECT_FALSE(network.AddCaFile(Folder() + "localhost.key"));
+  EXPECT_FALSE(network.AddCaFile("/nowhere/ca.pem"));
+}
+
+}  // namespace
+}  // namespace zeb
