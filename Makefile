@@ -23,7 +23,9 @@ help:
 build/%/build.ninja:
 	@cmake --preset $* >/dev/null
 
-programs: build/dev/build.ninja
+# Without the tests, whose libraries `make run` does not install; scripts/test turns them on.
+programs:
+	@[ -f build/dev/build.ninja ] || cmake --preset dev -DZEB_TESTS=OFF >/dev/null
 	@ninja -C build/dev -j$(JOBS) zebd zebctl
 
 run:
