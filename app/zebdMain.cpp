@@ -120,6 +120,7 @@ class Publisher {
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+    TrustCaFile(environment);
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -127,6 +128,14 @@ class Publisher {
     if (const auto interval = WatchdogInterval(); interval.count() > 0)
       watchdog_ = loop_.Every(interval / 2, [] { NotifyServiceManager("WATCHDOG=1"); });
     EndAtOnce(loop_.Run());
+  }
+
+  // Stations whose servers have certificates of their own making.
+  void TrustCaFile(const Environment& environment) {
+    const std::string path = environment.hive.ReadText(environment.settingsRoot, "TrustedCaFile", "");
+    if (path.empty()) return;
+    if (const Outcome added = network_.AddCaFile(JoinPath(folder_, path)); !added)
+      person_.Note(added.Reason());
   }
 
   void OnSignal(int signal) {

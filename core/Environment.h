@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/CartStore.h"
+#include "platform/EncoderAutomation.h"
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
 #include "platform/Operator.h"
@@ -23,6 +24,7 @@ struct Environment {
   std::string dataFolder;    // what relative names start from
   std::string settingsRoot;  // "Software\Hexmoor\ZEB v3\Profiles\Profile1"; the start-up may switch it
   bool preserveTempFiles = false;
+  EncoderAutomation* encoders = nullptr;  // null: the platform has none
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

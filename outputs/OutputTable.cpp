@@ -2,8 +2,10 @@
 
 #include <memory>
 
+#include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/clsZEBFileOutput.h"
+#include "outputs/http/clsZEBHTTPOutput.h"
 
 namespace zeb {
 namespace {
@@ -23,6 +25,14 @@ constexpr Row kTable[] = {
     {OutputType::kFile,
      [](const Shared& shared) -> OutputPtr {
        return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
+     }},
+    {OutputType::kHTTP,
+     [](const Shared& shared) -> OutputPtr {
+       return std::make_shared<clsZEBHTTPOutput>(shared.environment);
+     }},
+    {OutputType::kEncoder,
+     [](const Shared& shared) -> OutputPtr {
+       return std::make_shared<clsZEBEncoderOutput>(shared.environment);
      }},
 };
 

@@ -1,0 +1,85 @@
+// clsZEBEncoderOutput: puts the now-playing text into the metadata of an internet audio stream, by way of a
+// streaming server or an encoder.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/clsZEBTemplate.h"
+#include "outputs/http/RequestExchange.h"
+#include "platform/EncoderAutomation.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+// The codes in the settings; any other number is no encoder.
+enum EncoderKind : std::int32_t {
+  kRealProducer = 1,
+  kShoutcast = 2,
+  kAsfEncoder = 4,
+  kWindowsMediaEncoder7 = 7
+};
+
+struct EncoderSettings {
+  std::int32_t EncoderType = 0;
+  std::string SimpleTextFormat = "####TEXT:" + std::string(kDefaultSimpleTextFormat);
+  bool SendEmptyStrings = false;
+  std::string ASDFileLocation;
+  std::string WME7ComputerName, WME7StreamIDName;
+  std::string SHOUTCastServerName = "127.0.0.1";
+  std::int32_t SHOUTCastServerPort = 8000;
+  std::string SHOUTCastServerPassword;
+  CharacterSet characterSet = CharacterSet::kUtf8;
+  // When set, the title is sent the way that present Icecast servers take it, to this mount point.
+  std::string IcecastMount;
+  std::string IcecastUsername = "source";
+};
+
+struct EncoderCommand {
+  std::string type;
+  std::string value;
+};
+// "TYPE:value", with the ":" among the first 50 characters; anything else is a TEXT command as a whole.
+EncoderCommand SplitCommand(std::string_view piece);
+
+class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
+ public:
+  using clsZEBTemplate::clsZEBTemplate;
+
+  bool StartOutput(std::shared_ptr<Control> control) override;
+  bool StopOutput() override;
+  bool UpdateOutput(clsZEBService& service) override;
+  void SendScriptCommand(const std::string& commandType, const std::string& text) override;
+  void StoreOutputInformation(int serviceNumber, int outputIndex) override;
+  void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::int32_t Status() override;
+  std::string GetShortTypeDescription() const override { return "Encoder"; }
+  std::string GetStatusString(std::uint32_t& colour) override;
+  std::string GetInformationString() const override;
+  std::string ProblemText() const override { return problem_; }
+
+  // The bytes that bring one title to a streaming server.
+  std::string BuildRequest(const std::string& text) const;
+  // What the server's answer says that the operator should know; empty when the title was taken.
+  static std::string ProblemInReply(const ExchangeResult& result, const RequestTarget& target);
+
+  EncoderSettings settings;
+
+ private:
+  Outcome StartEncoder();
+  Outcome FindMediaEncoder(EncoderAutomation& automation);
+  void SendCommands(const clsZEBService& service);
+  std::string Send(const std::string& commandType, const std::string& text);
+  std::string SendToServer(const std::string& text);
+  RequestTarget Target() const;
+
+  std::unique_ptr<RealProducerEncoder> realProducer_;
+  std::unique_ptr<AsfEncoder> asfEncoder_;
+  std::unique_ptr<WindowsMediaEncoder> mediaEncoder_;
+  std::uint64_t starts_ = 0;  // tells a command that waits that it was stopped
+  std::string problem_;
+};
+
+}  // namespace zeb

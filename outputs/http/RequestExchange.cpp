@@ -1,0 +1,134 @@
+#include "outputs/http/RequestExchange.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "text/Encodings.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::string_view kSeparator = "####";
+
+// Collects the reply while it lives. The callback shares the text, since the control outlives the exchange.
+class ReplyReader {
+ public:
+  explicit ReplyReader(TcpClientControl& control) : control_(control) {
+    control_.onData = [reply = reply_, &control](std::string_view bytes) {
+      reply->append(bytes.substr(0, kMaxReplyBytes - reply->size()));
+      if (reply->size() >= kMaxReplyBytes) control.Close();
+    };
+  }
+  ~ReplyReader() { control_.onData = nullptr; }
+  ReplyReader(const ReplyReader&) = delete;
+  ReplyReader& operator=(const ReplyReader&) = delete;
+
+  const std::string& Reply() const { return *reply_; }
+
+ private:
+  TcpClientControl& control_;
+  std::shared_ptr<std::string> reply_ = std::make_shared<std::string>();
+};
+
+// What is neither open nor closed (an attempt that hangs, an error) must be closed as well before the control
+// can be used again.
+bool CloseAndWait(EventLoop& loop, TcpClientControl& control) {
+  if (control.CurrentState() == TcpClientControl::kClosed) return true;
+  control.Close();
+  return loop.WaitUntil([&control] { return control.CurrentState() == TcpClientControl::kClosed; },
+                        kSocketLimit);
+}
+
+bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTarget& target) {
+  std::string host = target.host;
+  if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
+  const auto port = static_cast<std::uint16_t>(target.port);
+  if (target.tls)
+    control.ConnectTls(host, port);
+  else
+    control.Connect(host, port);
+  loop.WaitUntil(
+      [&control] {
+        const TcpClientControl::State state = control.CurrentState();
+        return state == TcpClientControl::kConnected || state == TcpClientControl::kError ||
+               state == TcpClientControl::kClosed;
+      },
+      kSocketLimit);
+  return control.CurrentState() == TcpClientControl::kConnected;
+}
+
+ExchangeResult Failed(ExchangeResult::End end, std::string problem) {
+  ExchangeResult result;
+  result.end = end;
+  result.problem = std::move(problem);
+  return result;
+}
+
+}  // namespace
+
+std::string ExchangeResult::StatusLine() const {
+  return DecodeLenient(
+      std::string_view(reply).substr(0, std::min(reply.find_first_of("\r\n"), reply.size())));
+}
+
+int ExchangeResult::StatusCode() const {
+  const std::string line = StatusLine();
+  const std::size_t blank = line.find(' ');
+  // "ICY 200 OK" is how streaming servers have always put it.
+  if (blank == std::string::npos || (line.rfind("HTTP/", 0) != 0 && line.rfind("ICY ", 0) != 0)) return 0;
+  return LeadingDigits(std::string_view(line).substr(blank + 1));
+}
+
+ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
+                           std::string_view request) {
+  if (!CloseAndWait(loop, control))
+    return Failed(ExchangeResult::kNotClosed, "the last connection to " + ServerText(target) +
+                                                  " does not close; the server takes no bytes");
+  if (target.port < 1 || target.port > 65535)
+    return Failed(ExchangeResult::kNotConnected, "there is no port " + std::to_string(target.port) +
+                                                     " to reach '" + target.host + "' on; set 1 to 65535");
+  if (!ConnectAndWait(loop, control, target)) {
+    std::string why = control.LastError();
+    if (why.empty()) why = ServerText(target) + " does not answer";
+    return Failed(ExchangeResult::kNotConnected, std::move(why));
+  }
+  ExchangeResult result;
+  {
+    const ReplyReader reader(control);
+    control.SendData(request);
+    loop.Wait(kAnswerTime);
+    result.reply = reader.Reply();
+    result.connectionLost = control.CurrentState() != TcpClientControl::kConnected;
+  }
+  CloseAndWait(loop, control);
+  return result;
+}
+
+std::vector<std::string> SplitPieces(std::string_view text) {
+  std::vector<std::string> pieces;
+  if (text.substr(0, kSeparator.size()) == kSeparator) text.remove_prefix(kSeparator.size());
+  for (;;) {
+    const std::size_t end = text.find(kSeparator);
+    pieces.emplace_back(text.substr(0, end));
+    if (end == std::string_view::npos) return pieces;
+    text.remove_prefix(end + kSeparator.size());
+  }
+}
+
+std::string HostForHeader(const std::string& host) {
+  const std::string clean = WithoutLineEnds(host);
+  return clean.find(':') != std::string::npos && clean.front() != '[' ? "[" + clean + "]" : clean;
+}
+
+std::string ServerText(const RequestTarget& target) {
+  return HostForHeader(target.host) + ":" + std::to_string(target.port);
+}
+
+std::string WithoutLineEnds(std::string_view text) {
+  std::string clean(text);
+  std::erase_if(clean, [](char c) { return c == '\r' || c == '\n'; });
+  return clean;
+}
+
+}  // namespace zeb

@@ -1,0 +1,78 @@
+// clsZEBHTTPOutput: tells a web server about each update with hand-built HTTP requests over the window's TCP
+// client control.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/clsZEBTemplate.h"
+#include "outputs/http/RequestExchange.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+// Beyond those that all outputs have.
+enum RunStatus : std::int32_t {
+  kStatusStarting = 9,
+  kStatusPaused = 10,
+  kStatusStopping = 11,
+  kStatusStopped = 12
+};
+// The texts of "Starting" to "Stopped"; null for any other status.
+const char* RunStatusText(std::int32_t status);
+
+enum class HTTPRequestType { kGet = 0, kPost = 1 };
+
+struct HTTPSettings {
+  HTTPRequestType RequestType = HTTPRequestType::kGet;
+  std::string URL;  // the path on the server
+  std::string SimpleTextFormat =
+      "?a=<ZEB_NOW_ARTISTS>&t=<ZEB_NOW_ITEMNAME>&l=<ZEB_NOW_CARTARTISTSHREF>&p=<ZEB_NOW_PICTUREFILENAME>";
+  std::string ServerName = "127.0.0.1";
+  std::int32_t ServerPort = 80;
+  bool HTTPAuthenticate = false;
+  std::string HTTPUsername, HTTPPassword;
+  CharacterSet characterSet = CharacterSet::kUtf8;
+  bool UseTLS = false;
+};
+
+class clsZEBHTTPOutput : public clsZEBTemplate {
+ public:
+  using clsZEBTemplate::clsZEBTemplate;
+
+  bool StartOutput(std::shared_ptr<Control> control) override;
+  bool StopOutput() override;
+  // A server that failed at the last update may be back: the status is OK again until it fails.
+  bool PrepareOutput(clsZEBService& service) override;
+  bool UpdateOutput(clsZEBService& service) override;
+  void StoreOutputInformation(int serviceNumber, int outputIndex) override;
+  void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::string GetShortTypeDescription() const override { return "HTTP"; }
+  std::string GetStatusString(std::uint32_t& colour) override;
+  std::string GetInformationString() const override;
+  std::string ProblemText() const override { return problem_; }
+
+  const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
+  // The bytes of one request.
+  std::string BuildRequest(const std::string& requestText) const;
+  // What keeps the property dialog from being closed with OK; empty when nothing does.
+  static std::string PropertiesProblem(std::optional<HTTPRequestType> chosen);
+
+  HTTPSettings settings;
+
+ private:
+  void SendRequests(const clsZEBService& service);
+  std::string Send(TcpClientControl& control, const std::string& requestText);
+  std::string AuthenticationWarning() const;
+  void WarnOfAuthentication();
+  RequestTarget Target() const;
+
+  bool started_ = false;
+  std::string lastWarning_;
+  std::string lastReply_;
+  std::string problem_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,79 @@
+#include "platform/simulated/SimulatedEncoders.h"
+
+namespace zeb {
+namespace {
+
+using State = SimulatedEncoders::State;
+
+Outcome Record(State& state, std::string call) {
+  if (!state.failure.empty()) return Failure{state.failure};
+  state.calls.push_back(std::move(call));
+  return {};
+}
+
+class Part {
+ public:
+  explicit Part(std::shared_ptr<State> state) : state_(std::move(state)) {}
+
+ protected:
+  std::shared_ptr<State> state_;
+};
+
+class Producer : public RealProducerEncoder, private Part {
+ public:
+  using Part::Part;
+  bool IsEncoding() override { return state_->running; }
+  Outcome SendRealMediaEvent(std::int32_t kind, const std::string& text) override {
+    return Record(*state_, "SendRealMediaEvent " + std::to_string(kind) + " " + text);
+  }
+};
+
+class Asf : public AsfEncoder, private Part {
+ public:
+  using Part::Part;
+  bool Started() override { return state_->running; }
+  Outcome LoadASD(const std::string& fileName) override { return Record(*state_, "LoadASD " + fileName); }
+  Outcome SendScript(const std::string& commandType, const std::string& text) override {
+    return Record(*state_, "SendScript " + commandType + " " + text);
+  }
+};
+
+class MediaEncoder : public WindowsMediaEncoder, private Part {
+ public:
+  using Part::Part;
+  std::int32_t RunState() override { return state_->runState; }
+  Outcome SendScript(std::int32_t index, const std::string& commandType, const std::string& text) override {
+    return Record(*state_, "SendScript " + std::to_string(index) + " " + commandType + " " + text);
+  }
+};
+
+class Agent : public EncoderAgent, private Part {
+ public:
+  using Part::Part;
+  std::vector<std::string> EncoderNames() override { return state_->names; }
+  Result<std::unique_ptr<WindowsMediaEncoder>> Encoder(const std::string& name) override {
+    const Outcome recorded = Record(*state_, "Encoder " + name);
+    if (!recorded) return Failure{recorded.Reason()};
+    return std::unique_ptr<WindowsMediaEncoder>(std::make_unique<MediaEncoder>(state_));
+  }
+};
+
+}  // namespace
+
+Result<std::unique_ptr<RealProducerEncoder>> SimulatedEncoders::CreateRealProducer() {
+  if (!state_->failure.empty()) return Failure{state_->failure};
+  return std::unique_ptr<RealProducerEncoder>(std::make_unique<Producer>(state_));
+}
+
+Result<std::unique_ptr<AsfEncoder>> SimulatedEncoders::CreateAsfEncoder() {
+  if (!state_->failure.empty()) return Failure{state_->failure};
+  return std::unique_ptr<AsfEncoder>(std::make_unique<Asf>(state_));
+}
+
+Result<std::unique_ptr<EncoderAgent>> SimulatedEncoders::CreateEncoderAgent(const std::string& computer) {
+  const Outcome recorded = Record(*state_, "Agent on " + computer);
+  if (!recorded) return Failure{recorded.Reason()};
+  return std::unique_ptr<EncoderAgent>(std::make_unique<Agent>(state_));
+}
+
+}  // namespace zeb

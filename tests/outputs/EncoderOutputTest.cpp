@@ -1,0 +1,205 @@
+#include "tests/outputs/NetworkFixture.h"
+#include "outputs/encoder/clsZEBEncoderOutput.h"
+#include "platform/simulated/SimulatedEncoders.h"
+
+namespace zeb {
+namespace {
+
+using Behaviour = SimulatedNetwork::HostBehaviour;
+
+class EncoderOutputTest : public NetworkOutputTest {
+ protected:
+  EncoderOutputTest() {
+    t.environment.encoders = &encoders;
+    output.settings.SHOUTCastServerPassword = "hackme";
+  }
+  bool Start(std::int32_t type) {
+    output.settings.EncoderType = type;
+    return output.StartOutput(t.network.MakeClient());
+  }
+  double Update(const std::string& format) {
+    output.settings.SimpleTextFormat = format;
+    return NetworkOutputTest::Update(output);
+  }
+
+  SimulatedEncoders encoders;
+  clsZEBEncoderOutput output{t.environment};
+};
+
+TEST_F(EncoderOutputTest, SendsTheGoldenRequests) {
+  ScriptedServer server(t, 8000);
+  ASSERT_TRUE(Start(kShoutcast));
+  Update("####TEXT:<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS>\r\nlive");
+  output.settings.IcecastMount = "/live stream.mp3";
+  output.settings.SHOUTCastServerName = "::1";
+  Update("####TEXT:<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS> 100%");
+  ASSERT_EQ(server.requests.size(), 2u);
+  EXPECT_EQ(server.requests[0], GoldenRequest("shoutcast.request"));
+  EXPECT_EQ(server.requests[1], GoldenRequest("icecast.request"));
+  EXPECT_EQ(output.ProblemText(), "");
+}
+
+TEST_F(EncoderOutputTest, SplitsCommands) {
+  const std::string fifty(49, 'x');
+  struct Case {
+    std::string piece, type, value;
+  };
+  for (const Case& c : {Case{"TITLE:B:C", "TITLE", "B:C"},
+                        {"####A:b", "A", "b"},
+                        {"plain", "TEXT", "plain"},
+                        {":x", "TEXT", "x"},
+                        {fifty + ":v", fifty, "v"},
+                        {"", "TEXT", ""},
+                        {fifty + "x:v", "TEXT", fifty + "x:v"}}) {
+    const EncoderCommand command = SplitCommand(c.piece);
+    EXPECT_EQ(command.type, c.type) << c.piece;
+    EXPECT_EQ(command.value, c.value) << c.piece;
+  }
+}
+
+TEST_F(EncoderOutputTest, SeveralCommandsAreHalfASecondApartAndEmptyOnesSkipped) {
+  ASSERT_TRUE(Start(kAsfEncoder));
+  encoders.state().calls.clear();
+  EXPECT_DOUBLE_EQ(Update("####TEXT:Song A####EMPTY:####TITLE:B"), 0.5);
+  EXPECT_EQ(encoders.state().calls,
+            (std::vector<std::string>{"SendScript TEXT Song A", "SendScript TITLE B"}));
+  output.settings.SendEmptyStrings = true;
+  encoders.state().calls.clear();
+  EXPECT_DOUBLE_EQ(Update("one####EMPTY:"), 0.5);
+  EXPECT_EQ(encoders.state().calls, (std::vector<std::string>{"SendScript TEXT one", "SendScript EMPTY "}));
+}
+
+TEST_F(EncoderOutputTest, EveryKindOfEncoderIsStartedAskedAndTold) {
+  encoders.state().names = {"Other", "STATION One"};
+  output.settings.WME7ComputerName = "pc";
+  output.settings.WME7StreamIDName = "station one";
+  output.settings.ASDFileLocation = "s.asd";
+  using Calls = std::vector<std::string>;
+  struct Case {
+    std::int32_t type;
+    Calls calls;
+  };
+  for (const Case& c :
+       {Case{kRealProducer, {"SendRealMediaEvent 2 T"}},
+        {kAsfEncoder, {"LoadASD s.asd", "SendScript TEXT T"}},
+        {kWindowsMediaEncoder7, {"Agent on pc", "Encoder STATION One", "SendScript 0 TEXT T"}}}) {
+    encoders.state().calls.clear();
+    encoders.state().running = true;
+    encoders.state().runState = 2;
+    ASSERT_TRUE(Start(c.type));
+    EXPECT_EQ(StatusText(output), "OK");
+    Update("T");
+    encoders.state().running = false;
+    encoders.state().runState = 3;
+    Update("not sent");
+    EXPECT_EQ(encoders.state().calls, c.calls);
+    EXPECT_EQ(StatusText(output), c.type == kWindowsMediaEncoder7 ? "Paused" : "Off");
+    output.StopOutput();
+    EXPECT_EQ(StatusText(output), "Off");
+  }
+}
+
+TEST_F(EncoderOutputTest, RunStatesHaveTheirTexts) {
+  encoders.state().names = {"a"};
+  output.settings.WME7StreamIDName = "A";
+  ASSERT_TRUE(Start(kWindowsMediaEncoder7));
+  const char* const texts[] = {"Error", "Starting", "OK", "Paused", "Stopping", "Stopped", "Error"};
+  for (int state = 0; state < 7; ++state) {
+    encoders.state().runState = state;
+    EXPECT_EQ(StatusText(output), texts[state]);
+  }
+}
+
+TEST_F(EncoderOutputTest, WhatCannotStartSaysWhy) {
+  encoders.state().names = {"a"};
+  EXPECT_FALSE(Start(kWindowsMediaEncoder7));
+  EXPECT_EQ(StatusText(output), "Off");
+  EXPECT_NE(output.ProblemText().find("has no encoder"), std::string::npos);
+  EXPECT_FALSE(Start(3));
+  EXPECT_EQ(output.GetInformationString(), "No Encoder type selected");
+  EXPECT_EQ(StatusText(output), "Error");
+  encoders.state().failure = "licence expired";
+  EXPECT_FALSE(Start(kAsfEncoder));
+  EXPECT_EQ(output.ProblemText(), "licence expired");
+  t.environment.encoders = nullptr;
+  for (const std::int32_t type : {kRealProducer, kAsfEncoder, kWindowsMediaEncoder7}) {
+    EXPECT_FALSE(Start(type));
+    EXPECT_EQ(StatusText(output), "Off");
+    EXPECT_NE(output.ProblemText().find("not available on this platform"), std::string::npos);
+  }
+}
+
+TEST_F(EncoderOutputTest, ADeadServerShowsUnknownAndIsTriedAgain) {
+  ScriptedServer server(t, 8000);
+  ASSERT_TRUE(Start(kShoutcast));
+  t.network.SetHost("127.0.0.1", Behaviour::kHangs);
+  EXPECT_DOUBLE_EQ(Update("T"), 10.0);
+  EXPECT_EQ(output.Status(), 1);
+  EXPECT_EQ(StatusText(output), "Unknown");
+  EXPECT_TRUE(server.requests.empty());
+  t.network.SetHost("127.0.0.1", Behaviour::kNormal);
+  EXPECT_DOUBLE_EQ(Update("T"), 1.0);
+  EXPECT_EQ(StatusText(output), "OK");
+  EXPECT_EQ(output.ProblemText(), "");
+}
+
+TEST_F(EncoderOutputTest, AnswersAreJudgedByWhatTheySay) {
+  ScriptedServer server(t, 8000);
+  ASSERT_TRUE(Start(kShoutcast));
+  struct Case {
+    const char* answer;
+    const char* problem;
+  };
+  for (const Case& c :
+       {Case{"HTTP/1.0 200 OK\r\n\r\n", ""},
+        {"ICY 200 OK\r\n\r\n", ""},
+        {"HTTP/1.0 200 OK\r\n\r\n<iceresponse><message>Mountpoint will not accept URL updates</message>",
+         "127.0.0.1:8000 did not take the title: Mountpoint will not accept URL updates"},
+        {"HTTP/1.0 200 OK\r\n\r\n<h1>Invalid Password!</h1>",
+         "127.0.0.1:8000 did not take the title: HTTP/1.0 200 OK"},
+        {"HTTP/1.0 401 Authentication Required\r\n\r\n",
+         "127.0.0.1:8000 did not take the title: HTTP/1.0 401 Authentication Required"},
+        {"SSH-2.0-x\r\n", "127.0.0.1:8000 is no streaming server: it answered 'SSH-2.0-x'"},
+        {"", "127.0.0.1:8000 took the title, but did not answer within a second"}}) {
+    server.answer = c.answer;
+    Update("T");
+    EXPECT_EQ(output.ProblemText(), c.problem);
+    EXPECT_EQ(output.Status(), kStatusOK);
+  }
+  server.closeAtOnce = true;
+  Update("T");
+  EXPECT_EQ(output.ProblemText(), "127.0.0.1:8000 closed the connection without an answer");
+}
+
+TEST_F(EncoderOutputTest, ACueIsSentAndASocketIsNeeded) {
+  ScriptedServer server(t, 8000);
+  ASSERT_TRUE(Start(kShoutcast));
+  EXPECT_TRUE(t.loop.RunTask([&] { output.SendScriptCommand("CUE", "NEAR END"); }));
+  ASSERT_EQ(server.requests.size(), 1u);
+  EXPECT_NE(server.requests[0].find("&song=NEAR%20END HTTP/1.1\r\n"), std::string::npos);
+  output.StopOutput();
+  EXPECT_TRUE(t.loop.RunTask([&] { output.SendScriptCommand("CUE", "x"); }));
+  EXPECT_EQ(server.requests.size(), 1u);
+  EXPECT_EQ(output.Status(), kStatusOff);  // what is set is not shown without a socket
+}
+
+TEST_F(EncoderOutputTest, SettingsSurviveTheStore) {
+  output.settings.EncoderType = kShoutcast;
+  output.settings.IcecastMount = "live";
+  output.settings.SendEmptyStrings = true;
+  output.settings.characterSet = CharacterSet::kWindows1252;
+  output.StoreOutputInformation(1, 4);
+  clsZEBEncoderOutput other(t.environment);
+  other.GetOutputInformation(1, 4);
+  EXPECT_EQ(other.GetInformationString(), "SHOUTcast (127.0.0.1:8000/live)");
+  EXPECT_TRUE(other.settings.SendEmptyStrings);
+  EXPECT_EQ(other.settings.characterSet, CharacterSet::kWindows1252);
+  EXPECT_EQ(other.settings.SHOUTCastServerPassword, "hackme");
+  other.GetOutputInformation(1, 5);
+  EXPECT_EQ(other.settings.SimpleTextFormat.substr(0, 10), "####TEXT:[");
+  EXPECT_EQ(other.settings.IcecastUsername, "source");
+  EXPECT_EQ(other.settings.EncoderType, 0);
+}
+
+}  // namespace
+}  // namespace zeb
