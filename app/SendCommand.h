@@ -14,7 +14,7 @@
 namespace zeb {
 
 struct SendOptions {
-  std::string host = "localhost";
+  std::string host = "127.0.0.1";
   std::uint16_t port = 6901;
   std::string name = "zebctl";
   std::vector<std::string> messages;  // none: the lines of the input

@@ -14,6 +14,7 @@
 #if defined(ZEB_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #include <sanitizer/common_interface_defs.h>
+#include <sanitizer/lsan_interface.h>
 #endif
 
 namespace zeb {
@@ -35,6 +36,10 @@ inline void AfterSwitch(void* saved, const void** leftBottom, std::size_t* leftS
 inline void ForgetStackMarks(const void* bottom, std::size_t size) {
   __asan_unpoison_memory_region(bottom, size);
 }
+// What a stack that is kept for good refers to is not lost.
+inline void KeepStack(const void* bottom, std::size_t size) {
+  __lsan_register_root_region(bottom, size);
+}
 
 #else
 
@@ -43,6 +48,7 @@ constexpr bool kAddressSanitizer = false;
 inline void BeforeSwitch(void**, const void*, std::size_t) {}
 inline void AfterSwitch(void*, const void**, std::size_t*) {}
 inline void ForgetStackMarks(const void*, std::size_t) {}
+inline void KeepStack(const void*, std::size_t) {}
 
 #endif
 

@@ -228,15 +228,16 @@ void TaskScheduler::Abandon() {
   while (!parked_.empty()) {
     Task& task = parked_.front();
     if (!task.job || task.job->Withdraw()) Enter(task);
-    if (!task.ended) LeaveSuspended(std::move(task.inside));
+    if (!task.ended) LeaveSuspended(task);
     parked_.erase(task.self);
   }
 }
 
 // Keeps a stack for the rest of the process: a worker thread may be using what is on it.
-void TaskScheduler::LeaveSuspended(boost::context::fiber inside) {
+void TaskScheduler::LeaveSuspended(Task& task) {
   static auto* const left = new std::vector<boost::context::fiber>();
-  left->push_back(std::move(inside));
+  left->push_back(std::move(task.inside));
+  KeepStack(task.stackBottom, task.stackSize);
 }
 
 void TaskScheduler::ReportFailure(const std::string& name, const std::string& what) noexcept {

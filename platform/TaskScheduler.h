@@ -89,7 +89,7 @@ class TaskScheduler {
   void Suspend();
   bool ConditionHolds(Task& task);
   bool Refused();
-  static void LeaveSuspended(boost::context::fiber inside);
+  static void LeaveSuspended(Task& task);
 
   EventLoop& loop_;
   Offload offload_;
