@@ -60,13 +60,15 @@ std::string PercentEncoded(std::string_view bytes) {
   return encoded;
 }
 
-// What the server says in words: the text of its <message>, else its status line.
+// What the server says in words: the text of its <message> or its page's <b>, else its status line.
 std::string MessageOf(const ExchangeResult& result) {
-  constexpr std::string_view kOpening = "<message>";
-  const std::size_t start = FindIgnoringAsciiCase(result.reply, kOpening);
-  if (start == std::string::npos) return result.StatusLine();
-  const std::string_view rest = std::string_view(result.reply).substr(start + kOpening.size());
-  return std::string(FirstCharacters(DecodeLenient(rest.substr(0, rest.find('<'))), kMaxProblemCharacters));
+  for (const std::string_view opening : {"<message>", "<b>"}) {
+    const std::size_t start = FindIgnoringAsciiCase(result.reply, opening);
+    if (start == std::string::npos) continue;
+    const std::string_view rest = std::string_view(result.reply).substr(start + opening.size());
+    return std::string(FirstCharacters(DecodeLenient(rest.substr(0, rest.find('<'))), kMaxProblemCharacters));
+  }
+  return result.StatusLine();
 }
 
 const Failure kNotAvailable{"encoders of this kind are not available on this platform"};
