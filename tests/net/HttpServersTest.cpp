@@ -52,7 +52,7 @@ class HttpServersTest : public Station {
     WriteFile(Path("htpasswd"), "radio:{PLAIN}geheim\n");
     const std::string certificates = std::string(ZEB_TEST_DATA) + "/qt/certificates/localhost.";
     WriteFile(Path("nginx.conf"),
-              "user root root;\ndaemon off;\nworker_processes 1;\npid nginx.pid;\nerror_log error.log;\n"
+              "user root root;\ndaemon off;\nmaster_process off;\npid nginx.pid;\nerror_log error.log;\n"
               "events {}\nhttp {\n log_format short '$remote_user $status $request';\n"
               " access_log " +
                   Path("access.log") +
