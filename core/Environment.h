@@ -9,6 +9,7 @@
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
 #include "platform/Operator.h"
+#include "platform/SerialPortControl.h"
 #include "platform/SettingsHive.h"
 #include "platform/Tcp.h"
 
@@ -25,6 +26,7 @@ struct Environment {
   std::string settingsRoot;  // "Software\Hexmoor\ZEB v3\Profiles\Profile1"; the start-up may switch it
   bool preserveTempFiles = false;
   EncoderAutomation* encoders = nullptr;  // null: the platform has none
+  SerialPorts* serialPorts = nullptr;  // null: this program has none
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

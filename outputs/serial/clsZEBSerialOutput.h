@@ -1,0 +1,72 @@
+// clsZEBSerialOutput: sends one line an update out of a serial port, typically to an RDS encoder, and fixed
+// strings when the travel flag goes on or off.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/clsZEBTemplate.h"
+#include "outputs/wire/CandidateChooser.h"
+#include "platform/SerialPortControl.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
+ public:
+  explicit clsZEBSerialOutput(Environment& environment) : clsZEBTemplate(environment), chooser_(environment) {}
+  ~clsZEBSerialOutput() override;
+
+  bool StartOutput(std::shared_ptr<Control> control) override;
+  bool StopOutput() override;
+  bool PrepareOutput(clsZEBService& service) override;
+  bool UpdateOutput(clsZEBService& service) override;
+  bool FinishOutput(clsZEBService& service) override;
+  void StoreOutputInformation(int serviceNumber, int outputIndex) override;
+  void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::string GetShortTypeDescription() const override { return "Serial"; }
+  std::string GetInformationString() const override { return "Port: " + std::to_string(CommPort); }
+  std::string ProblemText() const override { return problem_; }
+
+  void SendString(clsZEBService& service, const std::string& text) override;
+  void SetTravelFlagActivated(clsZEBService& service) override;
+  void SetTravelFlagCleared(clsZEBService& service) override;
+
+  std::int32_t CommPort = 1;
+  std::string Settings = "9600,n,8,1";
+  std::int32_t Handshaking = 0;
+  WireFormats formats;
+  std::string TravelActivateFormat = "TA=1{0D}{0A}", TravelDeactivateFormat = "TA=0{0D}{0A}";
+  std::int32_t MaxNumberChars = 0;  // 0: no limit
+  bool UseSlowSend = false;
+  CharacterSet characterSet = CharacterSet::kWindows1252;
+
+ private:
+  using PortPtr = std::shared_ptr<SerialPortControl>;
+  Outcome OpenPort();
+  void Update(clsZEBService& service);
+  void Send(clsZEBService& service, const std::string& text);
+  void SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
+  void SendTravelFormat(clsZEBService& service, const std::string& format);
+  // Waits until everything has left; false when the line takes nothing, or the port was closed meanwhile.
+  bool Drain(const PortPtr& port);
+  void Fail(std::string problem);
+  void OnComm(std::int32_t event, std::string_view data) const;
+
+  PortPtr port_;
+  CandidateChooser chooser_;
+  std::string problem_;
+};
+
+// ---- The property dialog, without the drawing
+
+inline constexpr std::array<std::string_view, 4> kHandshakingTexts = {"None", "XOn-XOff", "RTS-CTS",
+                                                                      "RTS+XON"};
+inline constexpr std::string_view kSlowSendCaption =
+    "Deliberately restrict the data rate (usefull for bandwidth sharing)";
+// The message to show instead of closing the dialog; "" when all is well.
+std::string CheckSerialProperties(std::string_view commPort, std::string_view settings);
+
+}  // namespace zeb

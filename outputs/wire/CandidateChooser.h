@@ -1,0 +1,47 @@
+// CandidateChooser: which text an output sends next: its main format, or one of its alternates, some of them
+// from schedule files. Shared by the serial and the DAB output, each of which owns one.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/clsZEBService.h"
+#include "outputs/wire/ScheduleFile.h"
+
+namespace zeb {
+
+// What the operator has set.
+struct WireFormats {
+  std::string simpleText;
+  std::string append;      // with {hh} escapes
+  std::string alternates;  // templates and "FILE:name" entries, separated by "|"
+  bool alternatesWhenEmpty = true;  // only when the main text is empty
+};
+
+class CandidateChooser {
+ public:
+  explicit CandidateChooser(Environment& environment) : environment_(environment) {}
+
+  // Every text that may be sent now. Waits while schedule files are read. With `oneLine`, line breaks are taken
+  // out before a text is looked at.
+  std::vector<std::string> Candidates(const WireFormats& formats, const clsZEBService& service, bool oneLine);
+  // One of them by chance; "" from none.
+  std::string Pick(const std::vector<std::string>& candidates);
+
+ private:
+  using Schedules = std::map<std::string, ScheduleFile>;  // by path
+  Schedules ReadSchedules(const std::vector<std::string_view>& alternates);
+  std::string PathOf(std::string_view alternate) const;  // "" when it is no FILE: entry
+  void NoteOnce(const std::string& path, const std::string& problem);
+
+  Environment& environment_;
+  std::map<std::string, std::string> noted_;  // the last problem of each file
+  std::uint64_t picks_ = 0;
+};
+
+std::string WithoutLineBreaks(std::string text);
+
+}  // namespace zeb

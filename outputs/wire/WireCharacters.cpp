@@ -1,0 +1,48 @@
+#include "outputs/wire/WireCharacters.h"
+
+#include <vector>
+
+#include "text/Utf8.h"
+
+namespace zeb {
+
+std::size_t CountInSet(std::string_view text, CharacterSet set) {
+  return set == CharacterSet::kUtf8 ? CountCharacters(text) : EncodeFor(text, set).size();
+}
+
+// Counting never goes down as the text grows, so the cut can be found by halving.
+std::string_view CutInSet(std::string_view text, CharacterSet set, std::size_t characters) {
+  if (set == CharacterSet::kUtf8) return FirstCharacters(text, characters);
+  if (CountInSet(text, set) <= characters) return text;
+  std::size_t fits = 0, tooMany = CountCharacters(text);
+  while (tooMany - fits > 1) {
+    const std::size_t middle = fits + (tooMany - fits) / 2;
+    (CountInSet(FirstCharacters(text, middle), set) <= characters ? fits : tooMany) = middle;
+  }
+  return FirstCharacters(text, fits);
+}
+
+std::string KeepToSet(std::string_view text, CharacterSet set) {
+  if (set == CharacterSet::kUtf8) return std::string(text);
+  std::string kept;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::size_t start = at;
+    NextCharacter(text, at);
+    const std::string_view character = text.substr(start, at - start);
+    const std::string bytes = EncodeFor(character, set);
+    // A replacement consists of bytes that mean the same in ASCII and in the set; anything else is the
+    // character's own place in the set.
+    bool replaced = character.size() > 1 || bytes == "?";
+    for (const char byte : bytes)
+      replaced = replaced && static_cast<unsigned char>(byte) < 0x80 &&
+                 EncodeFor(std::string(1, byte), set) == std::string(1, byte);
+    if (replaced)
+      kept += bytes;
+    else
+      kept += character;
+  }
+  return kept;
+}
+
+}  // namespace zeb

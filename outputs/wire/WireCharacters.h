@@ -1,0 +1,19 @@
+// Characters as a receiver counts them: those of the output's character set.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "text/Encodings.h"
+
+namespace zeb {
+
+// How many characters of the set the text takes.
+std::size_t CountInSet(std::string_view text, CharacterSet set);
+// The start of the text that takes at most `characters` of them; an accent stays with its letter.
+std::string_view CutInSet(std::string_view text, CharacterSet set, std::size_t characters);
+// The text with what the set lacks written as EncodeFor would, but still as UTF-8.
+std::string KeepToSet(std::string_view text, CharacterSet set);
+
+}  // namespace zeb

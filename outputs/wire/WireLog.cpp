@@ -1,0 +1,42 @@
+#include "outputs/wire/WireLog.h"
+
+#include "diagnostics/hxGeneral.h"
+#include "text/Numbers.h"
+#include "text/Paths.h"
+#include "text/SharedTime.h"
+
+namespace zeb {
+
+namespace {
+#ifdef _WIN32
+constexpr const char* kLineEnd = "\r\n";
+#else
+constexpr const char* kLineEnd = "\n";
+#endif
+}  // namespace
+
+std::string WireLogPath(const clsZEBService& service, std::string_view suffix) {
+  const Environment& environment = service.environment();
+  const std::string folder = JoinPath(JoinPath(environment.dataFolder, service.settings.LoggingPath),
+                                      "Service " + PaddedNumber(service.ServiceNumber(), 2));
+  std::string name = FormatDateTime(environment.loop.Now(), "yyyy-mm-dd");
+  name.append(suffix).append(".log");
+  return JoinPath(folder, name);
+}
+
+Outcome AppendToWireLog(const clsZEBService& service, std::string_view suffix, std::string_view text) {
+  Environment& environment = service.environment();
+  const std::string path = WireLogPath(service, suffix);
+  const std::string line = std::string(text) + kLineEnd;
+  Outcome outcome;
+  environment.loop.RunBlocking([&, &files = environment.files] {
+    outcome = files.Append(path, line);
+    if (outcome) return;
+    // Most often the folder is not there yet.
+    if (files.CreateFolders(std::string(FolderPart(path)))) outcome = files.Append(path, line);
+  });
+  if (!outcome) DebugLine(outcome.Reason());
+  return outcome;
+}
+
+}  // namespace zeb
