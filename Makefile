@@ -26,7 +26,7 @@ build/%/build.ninja:
 # Without the tests, whose libraries `make run` does not install; scripts/test turns them on.
 programs:
 	@[ -f build/dev/build.ninja ] || cmake --preset dev -DZEB_TESTS=OFF >/dev/null
-	@ninja -C build/dev -j$(JOBS) zebd zebctl
+	@ninja -C build/dev -j$(JOBS) zebd zebctl zeb-labelserver
 
 run:
 	@scripts/setup
@@ -63,5 +63,5 @@ check:
 install:
 	@scripts/setup
 	@$(MAKE) build/release/build.ninja
-	@ninja -C build/release -j$(JOBS) zebd zebctl
+	@ninja -C build/release -j$(JOBS) zebd zebctl zeb-labelserver
 	@cmake --install build/release --prefix $(PREFIX)

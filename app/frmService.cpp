@@ -9,6 +9,7 @@
 
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
+#include "outputs/dab/LabelClient.h"
 
 namespace zeb {
 
@@ -178,6 +179,9 @@ void frmService::StartTask(const std::string& name, std::function<void()> work) 
 std::shared_ptr<Control> frmService::MakeControl(OutputType type) {
   if (type == OutputType::kHTTP || type == OutputType::kEncoder)
     return state_->environment.network.MakeClient();
+  if (type == OutputType::kDAB) return std::make_shared<LabelClient>(state_->environment.network);
+  if (type == OutputType::kSerial && state_->environment.serialPorts)
+    return state_->environment.serialPorts->MakePort();
   return nullptr;
 }
 

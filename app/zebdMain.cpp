@@ -24,6 +24,7 @@
 #include "platform/posix/SystemLocale.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
+#include "platform/qt/QtSerialPortControl.h"
 #include "platform/qt/QtSignals.h"
 #include "text/LetterCase.h"
 #include "text/Paths.h"
@@ -116,6 +117,7 @@ class Publisher {
 
     CsvCartStore carts(files_, person_, folder_ + "/Carts.csv");
     Environment environment{loop_, hive, files_, network_, person_, carts, folder_, ""};
+    environment.serialPorts = &serialPorts_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
@@ -162,6 +164,7 @@ class Publisher {
   std::string folder_;
   QtLoop loop_;
   QtNetwork network_{loop_};
+  QtSerialPorts serialPorts_{loop_, network_};
   PosixFiles files_;
   ConsoleOperator person_{std::cerr, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;

@@ -26,7 +26,7 @@ struct Environment {
   std::string settingsRoot;  // "Software\Hexmoor\ZEB v3\Profiles\Profile1"; the start-up may switch it
   bool preserveTempFiles = false;
   EncoderAutomation* encoders = nullptr;  // null: the platform has none
-  SerialPorts* serialPorts = nullptr;  // null: this program has none
+  SerialPorts* serialPorts = nullptr;     // null: this program has none
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

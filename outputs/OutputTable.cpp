@@ -2,10 +2,12 @@
 
 #include <memory>
 
+#include "outputs/dab/clsZEBDABOutput.h"
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/clsZEBFileOutput.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
+#include "outputs/serial/clsZEBSerialOutput.h"
 
 namespace zeb {
 namespace {
@@ -33,6 +35,12 @@ constexpr Row kTable[] = {
     {OutputType::kEncoder,
      [](const Shared& shared) -> OutputPtr {
        return std::make_shared<clsZEBEncoderOutput>(shared.environment);
+     }},
+    {OutputType::kDAB,
+     [](const Shared& shared) -> OutputPtr { return std::make_shared<clsZEBDABOutput>(shared.environment); }},
+    {OutputType::kSerial,
+     [](const Shared& shared) -> OutputPtr {
+       return std::make_shared<clsZEBSerialOutput>(shared.environment);
      }},
 };
 

@@ -22,8 +22,7 @@ Outcome NetworkSerialPort::Open() {
     const auto read = std::from_chars(address.data() + colon + 1, end, port);
     if (read.ec != std::errc() || read.ptr != end) port = 0;
   }
-  if (port == 0 || colon == 0)
-    return Failure{"'" + line_.device + "' is no device: tcp:host:port is needed"};
+  if (port == 0 || colon == 0) return Failure{"'" + line_.device + "' is no device: tcp:host:port is needed"};
   std::string_view host = address.substr(0, colon);
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   socket_ = network_.MakeClient();

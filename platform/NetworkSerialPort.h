@@ -1,5 +1,5 @@
-// NetworkSerialPort: a "serial port" that is an encoder on the network: a device "tcp:host:port". Line settings
-// and handshaking mean nothing there.
+// NetworkSerialPort: a "serial port" that is an encoder on the network: a device "tcp:host:port". Line
+// settings and handshaking mean nothing there.
 #pragma once
 
 #include "platform/SerialPortControl.h"

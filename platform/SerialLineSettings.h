@@ -10,9 +10,9 @@ namespace zeb {
 
 struct SerialLineSettings {
   std::int32_t baud = 9600;
-  char parity = 'n';          // n none, e even, o odd, m mark, s space
-  int dataBits = 8;           // 5 to 8
-  int stopBitsTimesTwo = 2;   // 2, 3 (one and a half) or 4
+  char parity = 'n';         // n none, e even, o odd, m mark, s space
+  int dataBits = 8;          // 5 to 8
+  int stopBitsTimesTwo = 2;  // 2, 3 (one and a half) or 4
 };
 
 // "9600,n,8,1"; blanks around the parts and capitals are taken. The reason names the text and its bad part.

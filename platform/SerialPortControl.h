@@ -1,5 +1,5 @@
-// SerialPortControl: a serial port as the field's classic communications control offers it: a port number, line
-// settings as text, handshaking, an open flag, output, an output-buffer count and communication events.
+// SerialPortControl: a serial port as the field's classic communications control offers it: a port number,
+// line settings as text, handshaking, an open flag, output, an output-buffer count and communication events.
 //
 // Made by SerialPorts, owned by the output that it is handed to. Output never blocks: what the line does not
 // take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call.

@@ -217,7 +217,7 @@ void clsZEBSerialOutput::Send(clsZEBService& service, const std::string& text) {
     DebugLine("Adding to Log File");
     static_cast<void>(AppendToWireLog(service, "-Serial-" + PaddedNumber(CommPort, 2), text));
   }
-  const std::string bytes = EncodeFor(text, characterSet);
+  const std::string bytes = EncodeForWire(text, characterSet);
   if (UseSlowSend) {
     DebugLine("Slow sending Serial '", text, "'");
     SendSlowly(port, bytes, text);
@@ -257,8 +257,8 @@ bool clsZEBSerialOutput::Drain(const PortPtr& port) {
     if (loop.WaitUntil([&] { return port->OutBufferCount() < before; }, kDrainLimit)) continue;
     // Closing drops what is stuck; the next update opens the port again.
     port->Close();
-    const std::string problem = "port " + std::to_string(CommPort) +
-                                " takes no more bytes; check its cable and handshaking";
+    const std::string problem =
+        "port " + std::to_string(CommPort) + " takes no more bytes; check its cable and handshaking";
     DebugLine("Problem sending string: ", problem);
     if (port == port_) Fail(problem);
     return false;
@@ -291,8 +291,7 @@ void clsZEBSerialOutput::SendTravelFormat(clsZEBService& service, const std::str
 std::string CheckSerialProperties(std::string_view commPort, std::string_view settings) {
   const std::int32_t port = LeadingInteger(commPort);
   if (port < 1 || port > kHighestPort) return "You must enter a Com Port number from 1 to 16";
-  if (TrimBlanks(settings).empty())
-    return "You must enter a set of Serial Settings such as '9600,n,8,1'";
+  if (TrimBlanks(settings).empty()) return "You must enter a set of Serial Settings such as '9600,n,8,1'";
   return {};
 }
 

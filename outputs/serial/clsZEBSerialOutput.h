@@ -16,7 +16,8 @@ namespace zeb {
 
 class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
  public:
-  explicit clsZEBSerialOutput(Environment& environment) : clsZEBTemplate(environment), chooser_(environment) {}
+  explicit clsZEBSerialOutput(Environment& environment)
+      : clsZEBTemplate(environment), chooser_(environment) {}
   ~clsZEBSerialOutput() override;
 
   bool StartOutput(std::shared_ptr<Control> control) override;

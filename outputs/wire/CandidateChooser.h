@@ -16,8 +16,8 @@ namespace zeb {
 // What the operator has set.
 struct WireFormats {
   std::string simpleText;
-  std::string append;      // with {hh} escapes
-  std::string alternates;  // templates and "FILE:name" entries, separated by "|"
+  std::string append;               // with {hh} escapes
+  std::string alternates;           // templates and "FILE:name" entries, separated by "|"
   bool alternatesWhenEmpty = true;  // only when the main text is empty
 };
 
@@ -25,8 +25,8 @@ class CandidateChooser {
  public:
   explicit CandidateChooser(Environment& environment) : environment_(environment) {}
 
-  // Every text that may be sent now. Waits while schedule files are read. With `oneLine`, line breaks are taken
-  // out before a text is looked at.
+  // Every text that may be sent now. Waits while schedule files are read. With `oneLine`, line breaks are
+  // taken out before a text is looked at.
   std::vector<std::string> Candidates(const WireFormats& formats, const clsZEBService& service, bool oneLine);
   // One of them by chance; "" from none.
   std::string Pick(const std::vector<std::string>& candidates);

@@ -1,4 +1,5 @@
-// ScheduleFile: templates with the days and hours at which they may be used, one a line: "days|hours|template".
+// ScheduleFile: templates with the days and hours at which they may be used, one a line:
+// "days|hours|template".
 #pragma once
 
 #include <string>
@@ -10,7 +11,7 @@
 namespace zeb {
 
 struct ScheduleEntry {
-  std::string days;        // must contain the first two letters of today's short name
+  std::string days;  // must contain the first two letters of today's short name
   int fromHour = 0, toHour = 0;
   std::string templateText;
 
@@ -21,7 +22,8 @@ struct ScheduleFile {
   std::vector<ScheduleEntry> entries;
   std::vector<int> malformedLines;  // their numbers, the first few
 
-  // From the bytes of a file, in whatever encoding it is. Lines end in CR LF, CR or LF; empty ones are skipped.
+  // From the bytes of a file, in whatever encoding it is. Lines end in CR LF, CR or LF; empty ones are
+  // skipped.
   static ScheduleFile Parse(std::string_view bytes);
 };
 

@@ -1,13 +1,29 @@
 #include "outputs/wire/WireCharacters.h"
 
-#include <vector>
+#include <algorithm>
 
 #include "text/Utf8.h"
 
 namespace zeb {
 
+std::string EncodeForWire(std::string_view text, CharacterSet set) {
+  if (set == CharacterSet::kUtf8) return std::string(text);
+  std::string bytes;
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
+  while (!text.empty()) {
+    const auto control = std::find_if(text.begin(), text.end(), isControl);
+    const auto plain = static_cast<std::size_t>(control - text.begin());
+    if (plain > 0) bytes += EncodeFor(text.substr(0, plain), set);
+    text.remove_prefix(plain);
+    if (text.empty()) break;
+    bytes += text.front();
+    text.remove_prefix(1);
+  }
+  return bytes;
+}
+
 std::size_t CountInSet(std::string_view text, CharacterSet set) {
-  return set == CharacterSet::kUtf8 ? CountCharacters(text) : EncodeFor(text, set).size();
+  return set == CharacterSet::kUtf8 ? CountCharacters(text) : EncodeForWire(text, set).size();
 }
 
 // Counting never goes down as the text grows, so the cut can be found by halving.

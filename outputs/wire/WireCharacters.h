@@ -9,6 +9,9 @@
 
 namespace zeb {
 
+// The bytes to send. Control characters go out as they are: they end lines and switch receivers.
+std::string EncodeForWire(std::string_view text, CharacterSet set);
+
 // How many characters of the set the text takes.
 std::size_t CountInSet(std::string_view text, CharacterSet set);
 // The start of the text that takes at most `characters` of them; an accent stays with its letter.

@@ -84,8 +84,7 @@ struct QtSerialPortControl::Local {
   std::size_t Queued() const { return static_cast<std::size_t>(port.bytesToWrite()) + SystemQueue(port); }
 };
 
-QtSerialPortControl::QtSerialPortControl(EventLoop& loop, Network& network)
-    : loop_(loop), remote_(network) {
+QtSerialPortControl::QtSerialPortControl(EventLoop& loop, Network& network) : loop_(loop), remote_(network) {
   remote_.onComm = [this](std::int32_t event, std::string_view data) {
     if (const auto tell = onComm) tell(event, data);
   };
@@ -119,8 +118,7 @@ Outcome QtSerialPortControl::Open() {
   taken = taken && port.open(QIODevice::ReadWrite);
   if (taken && line_.handshaking == kRtsXOn && !AddSoftwareControl(port))
     return Failure{"cannot open '" + line_.device + "': it does not take RTS with XON"};
-  if (!taken)
-    return Failure{"cannot open '" + line_.device + "': " + port.errorString().toStdString()};
+  if (!taken) return Failure{"cannot open '" + line_.device + "': " + port.errorString().toStdString()};
   port.setReadBufferSize(kMaxReadBytes);
   QObject::connect(&port, &QSerialPort::readyRead, &port, [this] {
     const QByteArray bytes = local_->port.readAll();
@@ -140,7 +138,8 @@ Outcome QtSerialPortControl::Open() {
   return {};
 }
 
-// What is still queued is thrown away first: the system would hold up the close of a line that does not drain.
+// What is still queued is thrown away first: the system would hold up the close of a line that does not
+// drain.
 void QtSerialPortControl::Close() {
   remote_.Close();
   lostError_.clear();

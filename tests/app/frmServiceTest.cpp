@@ -294,8 +294,8 @@ TEST_F(frmServiceTest, OutputsGetTheirControls) {
   Say("SET LOG CURRENTITEMS,ITitle=early");  // no update of an output that is not started yet
   At(30s);
   EXPECT_EQ(Take(), (Lines{"1000 start", "2000 start with control", "3000 start", "4000 start with control",
-                           "5000 start", "6000 start", "6000 'early'", "6000 'early'", "6000 'early'",
-                           "6000 'early'", "6000 'early'", "6000 'early'"}));
+                           "5000 start", "6000 start with control", "6000 'early'", "6000 'early'",
+                           "6000 'early'", "6000 'early'", "6000 'early'", "6000 'early'"}));
 }
 
 TEST_F(frmServiceTest, ReloadWaitsForTheUpdateAndKeepsTheItems) {

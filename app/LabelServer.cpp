@@ -1,0 +1,316 @@
+#include "app/LabelServer.h"
+
+#include <algorithm>
+#include <deque>
+#include <exception>
+#include <set>
+#include <utility>
+
+#include "diagnostics/hxGeneral.h"
+#include "outputs/wire/WireCharacters.h"
+#include "sources/ItemMessage.h"
+#include "sources/LineSplitter.h"
+#include "sources/OneLine.h"
+#include "sources/RepeatedNote.h"
+#include "text/Encodings.h"
+#include "text/LetterCase.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kMaxConnections = 32;
+constexpr std::size_t kMaxLineBytesHere = 4096;
+constexpr std::size_t kMaxQueuedLines = 64;
+constexpr std::size_t kMaxUnsentBytes = 64 * 1024;
+constexpr std::size_t kMaxLabelBytes = 128;
+constexpr int kMaxTries = 3;
+constexpr Duration kRefusalDelay = 1s;
+constexpr Duration kLogOnLimit = 30s;  // a connection that does not log on gives its place to another
+constexpr Duration kWriteLimit = 30s;  // for another connection's write to the same file
+
+struct Peer {
+  std::unique_ptr<TcpConnection> connection;
+  LineSplitter lines{kMaxLineBytesHere};
+  std::deque<std::string> queue;
+  Timer logOnLimit;
+  const LabelService* service = nullptr;  // logged on as
+  int tries = 0;
+  bool open = true;
+  bool working = false;  // its task runs
+};
+using PeerPtr = std::shared_ptr<Peer>;
+
+std::string_view AfterWord(std::string_view line) {
+  const std::size_t blank = line.find(' ');
+  return blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1);
+}
+
+std::string WithoutControls(std::string text) {
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  return text;
+}
+
+}  // namespace
+
+std::size_t LabelBytes(std::string_view label) {
+  return KeepToSet(label, CharacterSet::kEbuLatin) == label ? CountInSet(label, CharacterSet::kEbuLatin)
+                                                            : label.size();
+}
+
+Result<std::vector<LabelService>> ReadLabelServices(std::string_view iniBytes) {
+  const std::string text = DecodeFile(iniBytes, DetectFileEncoding(iniBytes));
+  std::vector<LabelService> services;
+  int number = 0;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t end = rest.find('\n');
+    std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    line = TrimBlanks(line);
+    const std::string where = "line " + std::to_string(++number) + ": ";
+    if (line.empty() || line[0] == ';' || line[0] == '#') continue;
+    if (line[0] == '[') {
+      if (line.back() != ']') return Failure{where + "a section's name has no ]"};
+      const std::string name(TrimBlanks(line.substr(1, line.size() - 2)));
+      for (const LabelService& service : services)
+        if (EqualIgnoringCase(service.name, name))
+          return Failure{where + "the service '" + name + "' is there twice"};
+      services.push_back({name, "", ""});
+      continue;
+    }
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos) return Failure{where + "neither [service] nor key=value"};
+    if (services.empty()) return Failure{where + "a key before the first [service]"};
+    const std::string_view key = TrimBlanks(line.substr(0, equals));
+    const std::string value(TrimBlanks(line.substr(equals + 1)));
+    if (EqualIgnoringCase(key, "Password"))
+      services.back().password = value;
+    else if (EqualIgnoringCase(key, "FileName"))
+      services.back().fileName = value;
+    else
+      return Failure{where + "there is no key '" + std::string(key) + "'"};
+  }
+  if (services.empty()) return Failure{"no service is named"};
+  for (const LabelService& service : services)
+    if (service.name.empty() || service.password.empty() || service.fileName.empty())
+      return Failure{"the service '" + service.name + "' needs a name, a Password and a FileName"};
+  return services;
+}
+
+struct LabelServer::State : std::enable_shared_from_this<State> {
+  State(EventLoop& givenLoop, Network& givenNetwork, FileSystem& givenFiles, Operator& givenPerson,
+        std::vector<LabelService> givenServices)
+      : loop(givenLoop),
+        network(givenNetwork),
+        files(givenFiles),
+        person(givenPerson),
+        services(std::move(givenServices)) {}
+
+  EventLoop& loop;
+  Network& network;
+  FileSystem& files;
+  Operator& person;
+  const std::vector<LabelService> services;
+  std::unique_ptr<TcpListener> listener;
+  std::vector<PeerPtr> peers;
+  std::set<std::string> filesInHand;
+  std::set<std::string> failingFiles;  // told of, until they can be written again
+  RepeatedNote tooMany, refused;
+
+  void Note(const std::string& text) const { person.Note(text); }
+
+  // ---- Connections
+
+  void OnConnection(std::unique_ptr<TcpConnection> connection) {
+    if (peers.size() >= kMaxConnections) {
+      if (const auto more = tooMany.Next(loop.Monotonic()))
+        Note("turned away " + connection->PeerAddress() + ", since " + std::to_string(kMaxConnections) +
+             " are connected" + *more);
+      return;
+    }
+    const auto peer = std::make_shared<Peer>();
+    peer->connection = std::move(connection);
+    const std::weak_ptr<Peer> from = peer;
+    const auto guarded = [weak = weak_from_this(), from](auto work) {
+      return [weak, from, work](auto... arguments) {
+        const auto state = weak.lock();
+        const auto sender = from.lock();
+        if (state && sender) work(*state, sender, arguments...);
+      };
+    };
+    peer->connection->onData = guarded(
+        [](State& state, const PeerPtr& sender, std::string_view bytes) { state.OnData(sender, bytes); });
+    peer->connection->onClosed = guarded([](State& state, const PeerPtr& sender) { state.Drop(sender); });
+    peer->logOnLimit =
+        loop.After(kLogOnLimit, guarded([](State& state, const PeerPtr& sender) { state.Drop(sender); }));
+    peers.push_back(peer);
+  }
+
+  // Forgets the peer; its connection ends with the last handler or task that uses it.
+  void Drop(const PeerPtr& peer) {
+    if (!peer->open) return;
+    peer->open = false;
+    peer->logOnLimit.Stop();
+    peer->connection->Close();
+    peers.erase(std::remove(peers.begin(), peers.end(), peer), peers.end());
+  }
+
+  void OnData(const PeerPtr& peer, std::string_view bytes) {
+    const bool readable = peer->lines.Feed(bytes, [&](std::string_view line) {
+      peer->queue.emplace_back(line);
+      return peer->queue.size() <= kMaxQueuedLines;
+    });
+    if (!readable || peer->queue.size() > kMaxQueuedLines) {
+      Reply(peer, "ERROR too much at a time");
+      Drop(peer);
+      return;
+    }
+    if (peer->working || peer->queue.empty()) return;
+    peer->working = true;
+    loop.Start("label connection", [self = shared_from_this(), peer] {
+      try {
+        self->Work(peer);
+      } catch (const std::exception& error) {
+        self->Note(std::string("a connection failed: ") + error.what());
+        self->Drop(peer);
+      }
+      peer->working = false;
+    });
+  }
+
+  void Work(const PeerPtr& peer) {
+    while (peer->open && !peer->queue.empty()) {
+      const std::string line = std::move(peer->queue.front());
+      peer->queue.pop_front();
+      HandleLine(peer, line);
+    }
+  }
+
+  void Reply(const PeerPtr& peer, const std::string& line) {
+    if (!peer->open) return;
+    peer->connection->Send(line + "\r\n");
+    if (peer->connection->UnsentBytes() > kMaxUnsentBytes) Drop(peer);
+  }
+
+  // ---- Commands
+
+  void HandleLine(const PeerPtr& peer, std::string_view line) {
+    const std::string_view command = line.substr(0, line.find(' '));
+    if (EqualIgnoringAsciiCase(command, "LOGON")) {
+      LogOn(peer, AfterWord(line));
+    } else if (EqualIgnoringAsciiCase(command, "LABEL")) {
+      TakeLabel(peer, AfterWord(line));
+    } else if (EqualIgnoringAsciiCase(command, "LOGOFF")) {
+      Reply(peer, "OK");
+      Drop(peer);
+    } else {
+      Reply(peer, "ERROR unknown command");
+    }
+  }
+
+  void LogOn(const PeerPtr& peer, std::string_view arguments) {
+    const std::string name = ParameterValue(arguments, "SERVICE");
+    const std::string password = ParameterValue(arguments, "PASSWORD");
+    const auto found = std::find_if(services.begin(), services.end(), [&](const LabelService& service) {
+      return EqualIgnoringCase(service.name, name) && service.password == password;
+    });
+    if (found == services.end()) return Refuse(peer, name);
+    peer->service = &*found;
+    peer->logOnLimit.Stop();
+    Note("'" + OneLine(found->name) + "' logged on from " + peer->connection->PeerAddress());
+    Reply(peer, "OK");
+  }
+
+  // The delay makes guessing slow; nothing tells a wrong name from a wrong password.
+  void Refuse(const PeerPtr& peer, const std::string& name) {
+    const int tried = ++peer->tries;
+    loop.Wait(kRefusalDelay);
+    if (const auto more = refused.Next(loop.Monotonic()))
+      Note("refused a log-on as '" + OneLine(name, 64) + "' from " + peer->connection->PeerAddress() + *more);
+    Reply(peer, "ERROR wrong service or password");
+    if (tried >= kMaxTries) Drop(peer);
+  }
+
+  void TakeLabel(const PeerPtr& peer, std::string_view arguments) {
+    if (!peer->service) return Reply(peer, "ERROR not logged on");
+    const std::string label = WithoutControls(ParameterValue(arguments, "TEXT"));
+    if (const std::size_t bytes = LabelBytes(label); bytes > kMaxLabelBytes)
+      return Reply(peer, "ERROR the label has " + std::to_string(bytes) + " bytes, at most " +
+                             std::to_string(kMaxLabelBytes) + " are allowed");
+    const std::string& file = peer->service->fileName;
+    const Outcome written = WriteLabel(file, label);
+    if (written) {
+      if (failingFiles.erase(file) > 0) Note("'" + file + "' can be written again");
+      return Reply(peer, "OK");
+    }
+    if (failingFiles.insert(file).second) Note(written.Reason());
+    Reply(peer, "ERROR the label cannot be written");
+  }
+
+  // The encoder reads the file at any moment: it finds the old label or the new one, whole.
+  Outcome WriteLabel(const std::string& file, const std::string& label) {
+    const auto free = [this, &file] { return !filesInHand.contains(file); };
+    if (!loop.WaitUntil(free, kWriteLimit)) return Failure{"'" + file + "' is still being written"};
+    struct Held {
+      Held(std::set<std::string>& givenFiles, std::string givenName)
+          : files(givenFiles), name(std::move(givenName)) {
+        files.insert(name);
+      }
+      ~Held() { files.erase(name); }
+      Held(const Held&) = delete;
+      Held& operator=(const Held&) = delete;
+      std::set<std::string>& files;
+      const std::string name;
+    };
+    const Held held(filesInHand, file);
+    Outcome outcome;
+    loop.RunBlocking([&] {
+      const std::string work = file + ".tmp";
+      outcome = files.Write(work, label);
+      if (outcome) outcome = files.Rename(work, file);
+      if (!outcome) static_cast<void>(files.Delete(work));
+    });
+    return outcome;
+  }
+
+  void Close() {
+    listener.reset();
+    const std::vector<PeerPtr> all = peers;
+    for (const PeerPtr& peer : all) Drop(peer);
+  }
+};
+
+LabelServer::LabelServer(EventLoop& loop, Network& network, FileSystem& files, Operator& person,
+                         std::vector<LabelService> services)
+    : state_(std::make_shared<State>(loop, network, files, person, std::move(services))) {}
+
+LabelServer::~LabelServer() {
+  state_->Close();
+}
+
+Outcome LabelServer::Listen(const std::string& address, std::uint16_t port) {
+  state_->listener = state_->network.MakeListener();
+  state_->listener->onConnection = [weak = std::weak_ptr<State>(state_)](auto connection) {
+    if (const auto state = weak.lock()) state->OnConnection(std::move(connection));
+  };
+  return state_->listener->Listen(address, port);
+}
+
+std::uint16_t LabelServer::Port() const {
+  return state_->listener ? state_->listener->Port() : std::uint16_t{0};
+}
+
+void LabelServer::Close() {
+  state_->Close();
+}
+
+std::size_t LabelServer::ConnectionCount() const {
+  return state_->peers.size();
+}
+
+}  // namespace zeb

@@ -1,0 +1,65 @@
+// clsZEBDABOutput: sends the now-playing text as a dynamic label to a DAB multiplex's label server.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/clsZEBTemplate.h"
+#include "outputs/wire/CandidateChooser.h"
+#include "platform/DABClientControl.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+class clsZEBDABOutput : public clsZEBTemplate {
+ public:
+  explicit clsZEBDABOutput(Environment& environment) : clsZEBTemplate(environment), chooser_(environment) {}
+
+  bool StartOutput(std::shared_ptr<Control> control) override;
+  bool StopOutput() override;
+  bool PrepareOutput(clsZEBService& service) override;
+  bool UpdateOutput(clsZEBService& service) override;
+  bool FinishOutput(clsZEBService& service) override;
+  void StoreOutputInformation(int serviceNumber, int outputIndex) override;
+  void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::string GetShortTypeDescription() const override { return "DAB"; }
+  std::string GetInformationString() const override;
+  std::string ProblemText() const override;
+  std::int32_t Status() override;
+
+  void ConnectToDABServer();
+  void LoginToDABServer();
+
+  std::string ServerName;
+  std::string ServerPort = "4000";
+  std::string ServiceName, ServicePassword;
+  std::int32_t PollSeconds = 20;  // kept for the settings; the type's update interval decides
+  WireFormats formats;
+  std::string DefaultText;
+  std::string MaxNumberChars;  // "": no limit
+  CharacterSet characterSet = CharacterSet::kUtf8;
+
+ private:
+  std::string Detail() const;  // of log names and the information string
+  std::uint16_t PortNumber() const;
+  // Waits until the state has got so far; false when the control disappeared.
+  bool WaitForState(std::int32_t state, Duration limit);
+  bool Prepare(clsZEBService& service);
+  void Update(clsZEBService& service);
+  void SendLabel(clsZEBService& service, const std::string& label);
+
+  std::shared_ptr<DABClientControl> client_;
+  CandidateChooser chooser_;
+  std::string problem_;
+};
+
+// ---- The property dialog, without the drawing
+
+inline constexpr std::int32_t kMaxLabelCharacters = 128;
+inline constexpr std::string_view kNoLineBreaksInLabels =
+    "The Eureka 147 DAB protocol that ZEB uses does not allow Carriage Returns inside DLS messages";
+// The message to show instead of closing the dialog; "" when all is well.
+std::string CheckDABProperties(std::string_view simpleTextFormat, std::string_view maxNumberChars);
+
+}  // namespace zeb

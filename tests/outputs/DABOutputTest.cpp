@@ -1,0 +1,323 @@
+// The DAB output: its state table on a scripted control, and its conversation over the label protocol.
+#include "outputs/OutputTable.h"
+#include "outputs/dab/LabelClient.h"
+#include "outputs/dab/clsZEBDABOutput.h"
+#include "tests/outputs/WireFixture.h"
+
+namespace zeb {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ScriptedClient : public DABClientControl {
+ public:
+  std::int32_t CurrentState() const override { return state; }
+  bool Connect(const std::string& server, std::uint16_t port) override {
+    calls.push_back("connect " + server + ":" + std::to_string(port));
+    state = afterConnect;
+    return canConnect;
+  }
+  void LogOn(const std::string& service, const std::string& password) override {
+    calls.push_back("log on " + service + " " + password);
+    state = afterLogOn;
+  }
+  void SendLabel(const std::string& label) override { calls.push_back("label " + label); }
+  void Close() override { calls.emplace_back("close"); }
+  std::string LastError() const override { return error; }
+  std::string Server() const override { return server; }
+  std::uint16_t Port() const override { return 4000; }
+  std::string Service() const override { return "Demo FM"; }
+
+  std::int32_t state = 0, afterConnect = 0, afterLogOn = 80;
+  bool canConnect = true;
+  std::string error, server = "mux";
+  std::vector<std::string> calls;
+};
+
+class DABOutputTest : public WireTest {
+ protected:
+  DABOutputTest() {
+    output->ServerName = "mux";
+    output->ServiceName = "Demo FM";
+    output->ServicePassword = "secret";
+    output->formats.simpleText = "<ZEB_NOW_ITEMNAME>";
+  }
+  Lines Prepare() {
+    Log();
+    EXPECT_TRUE(t.loop.RunTask([&] { output->PrepareOutput(service); }));
+    Lines lines = Log();
+    EXPECT_EQ(lines.front(), "Started DAB.PrepareOutput");
+    EXPECT_EQ(lines.back(), "Finished DAB.PrepareOutput");
+    return {lines.begin() + 1, lines.end() - 1};
+  }
+  Lines UpdateLog() {
+    Log();
+    EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service); }));
+    return Log();
+  }
+
+  std::shared_ptr<ScriptedClient> client = std::make_shared<ScriptedClient>();
+  std::shared_ptr<clsZEBDABOutput> output = std::make_shared<clsZEBDABOutput>(t.environment);
+};
+
+TEST_F(DABOutputTest, EachStateHasItsLinesAndWaits) {
+  const Lines logOn = {"Connection is connected", "Started DAB.LoginToDABServer",
+                       "Finised DAB.LoginToDABServer"};
+  const auto and_ = [](Lines lines, const Lines& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+  };
+  struct Change {
+    Duration after;
+    std::int32_t state;
+  };
+  struct Case {
+    std::int32_t state, afterLogOn;
+    std::vector<Change> changes;
+    Lines lines;
+    Duration takes;
+  };
+  const Lines connect = {"Connection is closed", "Started DAB.ConnectToDABServer", "Connected OK",
+                         "Finished DAB.ConnectToDABServer"};
+  const Case cases[] = {
+      {0, 80, {}, connect, 0s},  // no waiting after a connect
+      {10, 80, {}, {"Connection is closing"}, 3s},
+      {10, 80, {{1s, 0}}, and_({"Connection is closing"}, connect), 1s},
+      {20, 80, {}, {"Connection is connecting"}, 3s},
+      {20, 80, {{1s, 0}}, {"Connection is connecting"}, 1s},  // refused
+      {20, 100, {{2s, 30}}, and_(and_({"Connection is connecting"}, logOn), {"Connection is logged on"}), 2s},
+      {30, 80, {}, and_(logOn, {"Connection is logging on"}), 6s},
+      {30, 80, {{1s, 100}}, and_(logOn, {"Connection is logged on"}), 1s},
+      {80, 80, {}, {"Connection is logging on"}, 3s},
+      {80, 80, {{1s, 0}}, {"Connection is logging on"}, 1s},
+      {100, 80, {}, {"Connection is logged on"}, 0s},
+  };
+  output->StartOutput(client);
+  for (const Case& c : cases) {
+    client->state = c.state;
+    client->afterLogOn = c.afterLogOn;
+    std::vector<Timer> timers;
+    for (const Change& change : c.changes)
+      timers.push_back(t.loop.After(change.after, [&, to = change.state] { client->state = to; }));
+    const MonotonicTime start = t.loop.Monotonic();
+    EXPECT_EQ(Prepare(), c.lines) << c.state;
+    EXPECT_EQ(t.loop.Monotonic() - start, c.takes) << c.state;
+    EXPECT_EQ(Has(UpdateLog(), "Exit as not logged on"), client->state != 100) << c.state;
+  }
+}
+
+TEST_F(DABOutputTest, StartKeepsAConnectionOfItsOwnOnly) {
+  const auto startLog = [&] {
+    Log();
+    output->StartOutput(client);
+    return Log();
+  };
+  client->state = 100;
+  EXPECT_TRUE(Has(startLog(), "Already Connected"));
+  EXPECT_TRUE(client->calls.empty());
+  client->server = "other";
+  EXPECT_TRUE(Has(startLog(), "Closing existing connection to other"));
+  EXPECT_EQ(client->calls, (Lines{"close"}));
+  output->StopOutput();
+  EXPECT_TRUE(Has(Log(), "Closing Connection to mux"));
+  EXPECT_EQ(output->Status(), kStatusOff);
+  EXPECT_EQ(Prepare(), (Lines{"Exit as no Control Object"}));
+  // The control goes while it is waited for.
+  output->StartOutput(client);
+  client->state = 20;
+  const Timer stop = t.loop.After(1s, [&] { output->StopOutput(); });
+  const Lines lines = Prepare();
+  EXPECT_EQ(lines.back(), "Exit as no Control Object");
+  client->canConnect = false;
+  client->state = 0;
+  output->StartOutput(client);
+  EXPECT_TRUE(Has(Prepare(), "Failed to Connect"));
+  output->LoginToDABServer();
+  EXPECT_TRUE(Has(Log(), "Exit as not connected"));
+}
+
+TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
+  service.settings.LoggingPath = "/logs/";
+  output->StartOutput(client);
+  client->state = 100;
+  const auto label = [&](const std::string& text) {
+    client->calls.clear();
+    output->formats.simpleText = text;
+    const Lines lines = UpdateLog();
+    EXPECT_TRUE(client->calls.size() == 1) << text;
+    EXPECT_TRUE(Has(lines, "Adding to Log File"));
+    EXPECT_TRUE(Has(lines, "Finished DLS send"));
+    return client->calls.empty() ? "" : client->calls[0];
+  };
+  EXPECT_EQ(label("Now:\r\n<ZEB_NOW_ITEMNAME>"), "label Now:Rain on Slate");
+  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-DAB-(Demo_FM).log"), "Now:Rain on Slate\n");
+  output->formats.append = "{21}{0D}<ZEB_NOW_ITEMNAME>";
+  EXPECT_EQ(label("é"), "label é!Rain on Slate");
+  output->MaxNumberChars = "10";
+  EXPECT_EQ(label("elevencharx"), "label elevenchar");
+  EXPECT_EQ(label("éé"), "label éé!Rain on");
+  output->characterSet = CharacterSet::kEbuLatin;
+  EXPECT_EQ(label("Łódź 日"), "label Łódź ?!Rai");
+
+  output->formats = {"", "", "", true};
+  client->calls.clear();
+  EXPECT_TRUE(Has(UpdateLog(), "Exit as no strings to choose from"));
+  EXPECT_TRUE(client->calls.empty());
+  output->DefaultText = "Demo FM";
+  UpdateLog();
+  EXPECT_EQ(client->calls, (Lines{"label Demo FM"}));
+  client->error = "mux refused the label: no";
+  EXPECT_EQ(output->Status(), kStatusError);
+  EXPECT_EQ(output->ProblemText(), "mux refused the label: no");
+}
+
+TEST_F(DABOutputTest, SettingsComeBackAsTheyWere) {
+  const auto fresh =
+      std::dynamic_pointer_cast<clsZEBDABOutput>(MakeOutputFactory(t.environment)(OutputType::kDAB));
+  fresh->GetOutputInformation(7, 1);
+  EXPECT_EQ(fresh->ServerPort, "4000");
+  EXPECT_EQ(fresh->PollSeconds, 20);
+  EXPECT_EQ(fresh->MaxNumberChars, "");
+  EXPECT_EQ(fresh->formats.simpleText, kDefaultSimpleTextFormat);
+  EXPECT_EQ(fresh->characterSet, CharacterSet::kUtf8);
+  output->DefaultText = "d";
+  output->MaxNumberChars = "64";
+  output->formats = {"m", "a", "b|c", false};
+  output->StoreOutputInformation(7, 2);
+  fresh->GetOutputInformation(7, 2);
+  EXPECT_EQ(fresh->GetInformationString(), "mux (Demo_FM)");
+  EXPECT_EQ(fresh->ServicePassword, "secret");
+  EXPECT_EQ(fresh->DefaultText, "d");
+  EXPECT_EQ(fresh->MaxNumberChars, "64");
+  EXPECT_EQ(fresh->formats.append, "a");
+  EXPECT_FALSE(fresh->formats.alternatesWhenEmpty);
+  EXPECT_EQ(CheckDABProperties("a\nb", ""), kNoLineBreaksInLabels);
+  EXPECT_EQ(CheckDABProperties("a", "128"), "");
+  EXPECT_NE(CheckDABProperties("a", "129"), "");
+}
+
+// A label server that does what `answer` says to each line.
+class LabelClientTest : public DABOutputTest {
+ protected:
+  LabelClientTest() {
+    listener->onConnection = [this](std::unique_ptr<TcpConnection> connection) {
+      peer = std::move(connection);
+      peer->onData = [this](std::string_view bytes) {
+        got += bytes;
+        if (const std::string reply = answer(std::string(bytes)); !reply.empty()) peer->Send(reply);
+      };
+    };
+    EXPECT_TRUE(listener->Listen("", 4000));
+    output->StartOutput(label);
+  }
+  void Pass() {
+    Update(*output);
+    t.loop.RunPosted();
+  }
+
+  std::shared_ptr<LabelClient> label = std::make_shared<LabelClient>(t.network);
+  std::unique_ptr<TcpListener> listener = t.network.MakeListener();
+  std::unique_ptr<TcpConnection> peer;
+  std::function<std::string(const std::string&)> answer = [](const std::string&) { return "OK\r\n"; };
+  std::string got;
+};
+
+TEST_F(LabelClientTest, TheSecondPassLogsOnAndSends) {
+  Play("Say \"{hi}\"");
+  Pass();
+  EXPECT_EQ(got, "");
+  EXPECT_EQ(output->Status(), kStatusConnecting);
+  EXPECT_EQ(output->ProblemText(), "");
+  output->ServicePassword = "se\"cret";
+  Pass();
+  EXPECT_EQ(got,
+            "LOGON SERVICE=\"Demo FM\" PASSWORD=\"se{22}cret\"\r\nLABEL TEXT=\"Say {22}{7B}hi}{22}\"\r\n");
+  EXPECT_EQ(output->Status(), kStatusOK);
+  // A dropped line heals: one pass connects, the next one sends.
+  got.clear();
+  peer.reset();
+  t.loop.RunPosted();
+  Pass();
+  Pass();
+  EXPECT_EQ(got.substr(0, 6), "LOGON ");
+  EXPECT_EQ(output->Status(), kStatusOK);
+  got.clear();
+  output->StopOutput();
+  t.loop.RunPosted();
+  EXPECT_EQ(got, "LOGOFF\r\n");
+}
+
+TEST_F(LabelClientTest, BadServersEndInAReasonNeverInAHang) {
+  struct Case {
+    std::function<std::string(const std::string&)> answer;
+    std::string problem;
+  };
+  const Case cases[] = {
+      {[](const std::string&) { return "ERROR wrong password\r\n"; },
+       "mux refused the log-on: wrong password"},
+      {[](const std::string&) { return "220 mail\1 here\r\n"; },
+       "mux does not speak the label protocol: '220 mail  here'"},
+      {[](const std::string&) { return std::string(5000, 'x'); }, "mux does not speak the label protocol"},
+      {[](const std::string& line) { return line.substr(0, 5) == "LOGON" ? "ok\n" : "ERROR too long\r\n"; },
+       "mux refused the label: too long"},
+  };
+  for (const Case& c : cases) {
+    answer = c.answer;
+    label->Close();
+    Pass();
+    Pass();
+    EXPECT_EQ(output->Status(), kStatusError);
+    EXPECT_EQ(output->ProblemText(), c.problem);
+  }
+  // Silence: the log-on is given its time, once more in the same pass.
+  answer = [](const std::string&) { return ""; };
+  label->Close();
+  Pass();
+  const MonotonicTime start = t.loop.Monotonic();
+  Pass();
+  EXPECT_EQ(t.loop.Monotonic() - start, 6s);
+  EXPECT_EQ(output->ProblemText(), "mux: no answer to the log-on");
+  listener->Close();
+  label->Close();
+  Pass();
+  Pass();
+  EXPECT_NE(output->ProblemText().find("refused"), std::string::npos) << output->ProblemText();
+}
+
+TEST_F(LabelClientTest, AServerThatFallsSilentIsLeftAfterSixteenLabels) {
+  Pass();
+  Pass();
+  answer = [](const std::string&) { return ""; };
+  for (int i = 0; i < 17; ++i) Pass();
+  EXPECT_EQ(label->CurrentState(), DABClientControl::kClosed);
+  EXPECT_EQ(output->ProblemText(), "mux does not answer");
+}
+
+TEST_F(LabelClientTest, ADayOfTwoLabelsASecondLeavesNothingBehind) {
+  DebugLog quiet{t.loop, t.files, t.person, "zebd", "/log", 0};
+  quiet.Install();
+  std::size_t labels = 0;
+  answer = [&](const std::string& line) {
+    labels += line.substr(0, 5) == "LABEL" ? 1u : 0u;
+    return "OK\r\n";
+  };
+  t.person.notes.clear();
+  Pass();
+  const MonotonicTime end = t.loop.Monotonic() + 24h;
+  ASSERT_TRUE(t.loop.RunTask(
+      [&] {
+        while (t.loop.Monotonic() < end) {
+          output->PrepareOutput(service);
+          output->UpdateOutput(service);
+          got.clear();
+          t.loop.Wait(500ms);
+          ASSERT_EQ(label->LastError(), "");
+        }
+      },
+      25h));
+  EXPECT_EQ(labels, 172800u);
+  EXPECT_TRUE(t.person.notes.empty());
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,331 @@
+// The serial output on simulated ports and time.
+#include "outputs/OutputTable.h"
+#include "outputs/serial/clsZEBSerialOutput.h"
+#include "platform/NetworkSerialPort.h"
+#include "platform/SerialLineSettings.h"
+#include "tests/outputs/WireFixture.h"
+
+namespace zeb {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SerialOutputTest : public WireTest {
+ protected:
+  SerialOutputTest() {
+    output->formats.simpleText = "<ZEB_NOW_ITEMNAME>";
+    output->CommPort = 3;
+  }
+  void Start() {
+    EXPECT_TRUE(t.loop.RunTask([&] { output->StartOutput(port); }));
+    Log();
+  }
+  void Send(const std::string& text) {
+    ASSERT_TRUE(t.loop.RunTask([&] { output->SendString(service, text); }));
+  }
+
+  std::shared_ptr<SimulatedSerialPort> port = std::make_shared<SimulatedSerialPort>(t.loop);
+  std::shared_ptr<clsZEBSerialOutput> output = std::make_shared<clsZEBSerialOutput>(t.environment);
+};
+
+TEST_F(SerialOutputTest, OpensItsPortAndLogsEachStep) {
+  t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice4", "/dev/rds");
+  EXPECT_TRUE(output->StartOutput(port));
+  EXPECT_EQ(Log(),
+            (Lines{"Started Serial.StartOutput", "Serial: Port Opened OK", "Finished Serial.StartOutput"}));
+  EXPECT_EQ(port->line.device, "/dev/ttyS2");
+  EXPECT_EQ(output->GetInformationString(), "Port: 3");
+  output->StopOutput();
+  EXPECT_EQ(Log(), (Lines{"Started Serial.StopOutput", "Finished Serial.StopOutput"}));
+  EXPECT_FALSE(port->PortOpen());
+
+  output->CommPort = 4;
+  output->Settings = "9600,x,8,1";
+  EXPECT_FALSE(output->StartOutput(port));
+  const std::string why = "bad line settings '9600,x,8,1': the parity must be n, e, o, m or s";
+  EXPECT_EQ(Log(), (Lines{"Started Serial.StartOutput", "Serial: Error opening Port " + why,
+                          "Finished Serial.StartOutput"}));
+  EXPECT_EQ(port->line.device, "/dev/rds");
+  EXPECT_EQ(output->Status(), kStatusError);
+  EXPECT_EQ(output->ProblemText(), why);
+  Update(*output);
+  EXPECT_EQ(Log(),
+            (Lines{"Started Serial.PrepareOutput", "Serial: Port is closed, attempting to open",
+                   "Serial: failed to open: " + why, "Finished Serial.PrepareOutput",
+                   "Started Serial.UpdateOutput", "Exit as Port closed", "Finished Serial.UpdateOutput",
+                   "Started Serial.FinishOutput", "Finished Serial.FinishOutput"}));
+}
+
+TEST_F(SerialOutputTest, SendsOneLineAndLogsIt) {
+  service.settings.LoggingPath = "/logs";
+  output->formats.append = "{0D}{0A}";
+  Start();
+  Play("Café");
+  Update(*output);
+  EXPECT_EQ(port->all, "Caf\xE9\r\n");
+  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-Serial-03.log"), "Café\r\n\n");
+  const Lines lines = Log();
+  const auto first = std::find(lines.begin(), lines.end(), "Started Serial.SendString");
+  ASSERT_NE(first, lines.end());
+  EXPECT_EQ(Lines(first, lines.end()),
+            (Lines{"Started Serial.SendString", "Adding to Log File", "Sending serial 'Café\r\n'",
+                   "Finished serial send.", "Finished Serial.SendString", "Finished Serial.UpdateOutput",
+                   "Started Serial.FinishOutput", "Finished Serial.FinishOutput"}));
+  EXPECT_EQ(output->Status(), kStatusOK);
+}
+
+TEST_F(SerialOutputTest, CutsInCharactersOfItsSetAndKeepsTheAppendedOnes) {
+  struct Case {
+    std::string title;
+    CharacterSet set;
+    int most;
+    std::string append, sent;
+  };
+  const Case cases[] = {
+      {std::string(70, 'x'), CharacterSet::kWindows1252, 64, "{0D}{0A}", std::string(62, 'x') + "\r\n"},
+      {std::string(62, 'x'), CharacterSet::kWindows1252, 64, "{0D}{0A}", std::string(62, 'x') + "\r\n"},
+      {"abc", CharacterSet::kWindows1252, 0, "", "abc"},
+      {"abc", CharacterSet::kWindows1252, 1, "{0D}{0A}", "\r\n"},  // never below nothing
+      {"éèê", CharacterSet::kUtf8, 2, "", "éè"},
+      {"e\xCC\x81xy", CharacterSet::kWindows1252, 2, "", "\xE9x"},  // a letter and its accent are one
+      {"Łódź", CharacterSet::kWindows1252, 3, "",
+       "L\xF3"
+       "d"},
+      {"éa", CharacterSet::kRds, 2, "{0D}", "\x82\r"},  // the end of a text is not made a blank
+  };
+  Start();
+  for (const Case& c : cases) {
+    port->all.clear();
+    Play(c.title);
+    output->characterSet = c.set;
+    output->MaxNumberChars = c.most;
+    output->formats.append = c.append;
+    Update(*output);
+    EXPECT_EQ(port->all, c.sent) << c.title << ' ' << c.most;
+  }
+}
+
+TEST_F(SerialOutputTest, SendsSlowlyAtExactTimes) {
+  service.settings.LoggingPath = "";
+  output->UseSlowSend = true;
+  output->characterSet = CharacterSet::kUtf8;
+  Start();
+  MonotonicTime start = t.loop.Monotonic();
+  Send("0123456é89");
+  ASSERT_EQ(port->written.size(), 10u);
+  EXPECT_EQ(port->written[7].bytes, "é");
+  for (std::size_t i = 0; i < 10; ++i)
+    EXPECT_EQ(port->written[i].time - start, static_cast<int>(i) * 10ms) << i;
+  EXPECT_EQ(t.loop.Monotonic() - start, 100ms);
+  EXPECT_TRUE(Has(Log(), "Slow sending Serial '0123456é89'"));
+
+  // A line slower than that sets the pace.
+  port->byteTime = 25ms;
+  port->written.clear();
+  start = t.loop.Monotonic();
+  Send("abc");
+  EXPECT_EQ(port->written.at(2).time - start, 50ms);
+  EXPECT_EQ(t.loop.Monotonic() - start, 75ms);
+}
+
+TEST_F(SerialOutputTest, APortThatNeverDrainsIsGivenUpAfterTenSecondsAndOpenedAgain) {
+  for (const bool slow : {false, true}) {
+    output->UseSlowSend = slow;
+    Start();
+    port->stuck = true;
+    const MonotonicTime start = t.loop.Monotonic();
+    Update(*output);
+    EXPECT_EQ(t.loop.Monotonic() - start, 10s);
+    EXPECT_EQ(output->Status(), kStatusError);
+    EXPECT_EQ(output->ProblemText(), "port 3 takes no more bytes; check its cable and handshaking");
+    EXPECT_TRUE(Has(Log(), "Problem sending string: " + output->ProblemText()));
+    EXPECT_FALSE(port->PortOpen());
+    port->stuck = false;
+    port->all.clear();
+    Update(*output);
+    EXPECT_EQ(port->all, "Rain on Slate");
+    EXPECT_EQ(output->Status(), kStatusOK);
+    EXPECT_EQ(output->ProblemText(), "");
+  }
+}
+
+TEST_F(SerialOutputTest, AnAdapterMayGoDuringASendAndComeBack) {
+  output->UseSlowSend = true;
+  Start();
+  const Timer pull = t.loop.After(35ms, [&] { port->Unplug(); });
+  Update(*output);
+  EXPECT_EQ(port->all, "Rain");
+  EXPECT_TRUE(Has(Log(), "Problem sending string: the port is closed"));
+  EXPECT_EQ(output->Status(), kStatusError);
+  Update(*output);
+  EXPECT_EQ(output->ProblemText(), "the device is gone");
+  port->PlugIn();
+  port->all.clear();
+  Update(*output);
+  EXPECT_EQ(port->all, "Rain on Slate");
+  EXPECT_EQ(output->Status(), kStatusOK);
+  // Removing the output in the middle of a send ends that send.
+  port->all.clear();
+  const Timer stop = t.loop.After(25ms, [&] { output->StopOutput(); });
+  Update(*output);
+  EXPECT_EQ(port->all, "Rai");
+  EXPECT_EQ(output->Status(), kStatusOff);
+}
+
+TEST_F(SerialOutputTest, EarlyEndsAndPortEventsAreLogged) {
+  const auto logOf = [&](const std::function<void()>& work) {
+    Log();
+    EXPECT_TRUE(t.loop.RunTask(work));
+    return Log();
+  };
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Exit as no CommControl"));
+  EXPECT_TRUE(Has(logOf([&] { output->SetTravelFlagActivated(service); }), "Exit as no CommControl"));
+  EXPECT_FALSE(output->StartOutput(nullptr));
+  Start();
+  port->Close();
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Exit as Port Closed"));
+  Start();
+  Play("");
+  EXPECT_TRUE(Has(logOf([&] { output->UpdateOutput(service); }), "Exit as no strings to choose from"));
+  EXPECT_TRUE(
+      Has(logOf([&] { port->onComm(kCommFrame, {}); }), "RaiseEvent CommError:Serial: Framing Error"));
+  EXPECT_TRUE(
+      Has(logOf([&] { port->onComm(77, {}); }), "RaiseEvent CommError:Serial: Unknown error or event"));
+  EXPECT_TRUE(Has(logOf([&] { port->onComm(kCommReceive, "+\xE9"); }), "Serial.Datareceived: +é"));
+  port->outputFailure = "no power";
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Problem sending string: no power"));
+}
+
+TEST_F(SerialOutputTest, TravelFlagAndNearEndGoOutThroughTheService) {
+  output->TravelDeactivateFormat = "{54}A=0 <ZEB_NOW_ITEMNAME>{0D}{0A}";
+  service.AddOutput(OutputType::kSerial, output);
+  Start();
+  ASSERT_TRUE(t.loop.RunTask([&] {
+    service.SetTravelFlagActivated();
+    service.SetTravelFlagCleared();
+    service.CurrentItemNearEnd();
+  }));
+  EXPECT_EQ(port->all, "TA=1\r\nTA=0 Rain on Slate\r\nSAE\r\n");
+}
+
+TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
+  const auto fresh = std::make_shared<clsZEBSerialOutput>(t.environment);
+  fresh->GetOutputInformation(7, 9);
+  EXPECT_EQ(fresh->CommPort, 1);
+  EXPECT_EQ(fresh->Settings, "9600,n,8,1");
+  EXPECT_EQ(fresh->formats.simpleText, kDefaultSimpleTextFormat);
+  EXPECT_TRUE(fresh->formats.alternatesWhenEmpty);
+  EXPECT_EQ(fresh->TravelActivateFormat, "TA=1{0D}{0A}");
+  EXPECT_EQ(fresh->characterSet, CharacterSet::kWindows1252);
+  output->Handshaking = 3;
+  output->formats = {"m", "a", "b|c", false};
+  output->MaxNumberChars = 64;
+  output->UseSlowSend = true;
+  output->characterSet = CharacterSet::kRds;
+  output->StoreOutputInformation(7, 2);
+  fresh->GetOutputInformation(7, 2);
+  EXPECT_EQ(fresh->CommPort, 3);
+  EXPECT_EQ(fresh->Handshaking, 3);
+  EXPECT_EQ(fresh->formats.alternates, "b|c");
+  EXPECT_FALSE(fresh->formats.alternatesWhenEmpty);
+  EXPECT_EQ(fresh->MaxNumberChars, 64);
+  EXPECT_TRUE(fresh->UseSlowSend);
+  EXPECT_EQ(fresh->characterSet, CharacterSet::kRds);
+  EXPECT_NE(
+      std::dynamic_pointer_cast<clsZEBSerialOutput>(MakeOutputFactory(t.environment)(OutputType::kSerial)),
+      nullptr);
+}
+
+TEST_F(SerialOutputTest, TheDialogChecksPortAndSettings) {
+  EXPECT_EQ(CheckSerialProperties("1", "9600,n,8,1"), "");
+  EXPECT_EQ(CheckSerialProperties("16", "9600,n,8,1"), "");
+  for (const char* port : {"0", "17", "", "x"})
+    EXPECT_EQ(CheckSerialProperties(port, "x"), "You must enter a Com Port number from 1 to 16");
+  EXPECT_EQ(CheckSerialProperties("1", " "), "You must enter a set of Serial Settings such as '9600,n,8,1'");
+}
+
+TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {
+  t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice3", "tcp:encoder:4001");
+  const auto remote = std::make_shared<NetworkSerialPort>(t.network);
+  const auto start = [&] { ASSERT_TRUE(t.loop.RunTask([&] { output->StartOutput(remote); })); };
+  start();
+  EXPECT_NE(output->ProblemText().find("refused"), std::string::npos) << output->ProblemText();
+
+  std::string got;
+  std::unique_ptr<TcpConnection> accepted;
+  const auto listener = t.network.MakeListener();
+  listener->onConnection = [&](std::unique_ptr<TcpConnection> connection) {
+    accepted = std::move(connection);
+    accepted->onData = [&](std::string_view bytes) { got += bytes; };
+  };
+  ASSERT_TRUE(listener->Listen("", 4001));
+  output->formats.append = "{0D}{0A}";
+  Update(*output);  // opens it, and sends at once
+  t.loop.RunPosted();
+  EXPECT_EQ(got, "Rain on Slate\r\n");
+  accepted.reset();
+  t.loop.RunPosted();
+  Update(*output);
+  t.loop.RunPosted();
+  EXPECT_EQ(got, "Rain on Slate\r\nRain on Slate\r\n");
+
+  t.network.SetHost("encoder", SimulatedNetwork::HostBehaviour::kHangs);
+  remote->Close();
+  const MonotonicTime begin = t.loop.Monotonic();
+  Update(*output);
+  EXPECT_EQ(t.loop.Monotonic() - begin, 5s);
+  EXPECT_EQ(output->ProblemText(), "no answer from tcp:encoder:4001");
+  for (const char* bad : {"tcp:", "tcp:host", "tcp:host:0", "tcp:host:70000", "tcp::1", "tcp:h:1x"}) {
+    t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice3", bad);
+    start();
+    EXPECT_NE(output->ProblemText().find("is no device"), std::string::npos) << bad;
+  }
+}
+
+// Two lines a second for a day: nothing piles up.
+TEST_F(SerialOutputTest, ADayOfTwoLinesASecondLeavesNothingBehind) {
+  DebugLog quiet{t.loop, t.files, t.person, "zebd", "/log", 0};
+  quiet.Install();
+  output->formats.alternates = "FILE:sched.txt|One";
+  output->formats.alternatesWhenEmpty = false;
+  t.files.Put("/data/sched.txt", "MoTu|0-23|Two\nbroken\n");
+  port->byteTime = 1ms;
+  Start();
+  std::size_t sent = 0;
+  const MonotonicTime end = t.loop.Monotonic() + 24h;
+  ASSERT_TRUE(t.loop.RunTask(
+      [&] {
+        while (t.loop.Monotonic() < end) {
+          output->PrepareOutput(service);
+          output->UpdateOutput(service);
+          EXPECT_EQ(port->OutBufferCount(), 0u);
+          ++sent;
+          port->all.clear();
+          port->written.clear();
+          t.loop.Wait(480ms);
+        }
+      },
+      25h));
+  EXPECT_GT(sent, 172800u);
+  EXPECT_EQ(port->opened, 1);
+  EXPECT_EQ(t.loop.TaskCount(), 0u);
+  EXPECT_EQ(t.person.notes.size(), 1u);  // the broken line, once
+}
+
+TEST(SerialLineSettings, TakesWhatPortsCanDoAndNamesWhatIsWrong) {
+  for (const char* parity : {"n", "e", "o", "m", "s", "N"})
+    for (const char* data : {"5", "6", "7", "8"})
+      for (const char* stop : {"1", "1.5", "2"})
+        EXPECT_TRUE(ParseSerialLineSettings(std::string("115200, ") + parity + "," + data + "," + stop));
+  const SerialLineSettings read = ParseSerialLineSettings("1200,E,7,2").Value();
+  EXPECT_EQ(read.baud, 1200);
+  EXPECT_EQ(read.parity, 'e');
+  EXPECT_EQ(read.dataBits, 7);
+  EXPECT_EQ(read.stopBitsTimesTwo, 4);
+  for (const char* bad : {"", "9600", "9600,n,8", "9600,n,8,1,1", "0,n,8,1", "-5,n,8,1", "99999999999,n,8,1",
+                          "9600,,8,1", "9600,nn,8,1", "9600,n,4,1", "9600,n,9,1", "9600,n,8,3", "x,n,8,1"})
+    EXPECT_FALSE(ParseSerialLineSettings(bad)) << bad;
+}
+
+}  // namespace
+}  // namespace zeb
