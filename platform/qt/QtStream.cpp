@@ -40,7 +40,11 @@ void QtStream::Watch() {
   QTcpSocket* socket = socket_.get();
   QObject::connect(socket, &QTcpSocket::readyRead, &context_, [this] { PostPump(); });
   QObject::connect(socket, &QTcpSocket::errorOccurred, &context_, [this](QAbstractSocket::SocketError error) {
-    if (error == QAbstractSocket::RemoteHostClosedError && connected_) return End("");
+    if (error == QAbstractSocket::RemoteHostClosedError && connected_) {
+      // A reset looks the same to Qt; what tells it from an orderly end is that bytes are left over.
+      if (Unsent() == 0) return End("");
+      return End("lost the connection to " + target_ + ": closed before all was sent");
+    }
     const std::string problem =
         certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
     End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);

@@ -52,6 +52,19 @@ TEST_F(QtNetworkTest, WhatIsNoAddressCannotBeListenedOn) {
   EXPECT_EQ(listener->Port(), 0);
 }
 
+TEST_F(QtNetworkTest, AConnectionThatBreaksWithBytesOnTheWaySaysSo) {
+  RecordingServer server(network);
+  RecordingClient client(network);
+  client.control->Connect("127.0.0.1", server.Port());
+  ASSERT_TRUE(Until([&] { return client.connected == 1 && server.peers.size() == 1; }));
+  server.peers[0]->connection->onData = [&](std::string_view) { server.peers[0]->connection.reset(); };
+  client.control->SendData(std::string(20'000'000, 'x'));
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(client.control->CurrentState(), TcpClientControl::kError);
+  EXPECT_EQ(client.control->LastError(), "lost the connection to 127.0.0.1:" + std::to_string(server.Port()) +
+                                             ": closed before all was sent");
+}
+
 TEST_F(QtNetworkTest, APeerThatDoesNotReadKeepsBytesUnsent) {
   QTcpServer server;  // accepts and never reads
   ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
