@@ -125,13 +125,17 @@ Outcome QtSerialPortControl::Open() {
     if (const auto tell = onComm)
       tell(kCommReceive, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   });
-  // An adapter that was pulled out. The port must not be destroyed by its own signal.
+  // An adapter that was pulled out: reads fail, or end as a file would, again and again. The port must not be
+  // destroyed by its own signal.
   QObject::connect(&port, &QSerialPort::errorOccurred, &port, [this](QSerialPort::SerialPortError error) {
-    if (!local_ || (error != QSerialPort::ResourceError && error != QSerialPort::WriteError)) return;
-    if (!lostError_.empty()) return;
-    lostError_ = "'" + line_.device + "': " + local_->port.errorString().toStdString();
-    loop_.Post([tell = onComm] {
-      if (tell) tell(0, {});
+    const bool lost = error == QSerialPort::ResourceError || error == QSerialPort::ReadError ||
+                      error == QSerialPort::WriteError;
+    if (!local_ || !lost || !lostError_.empty()) return;
+    lostError_ = "'" + line_.device + "' is gone: " + local_->port.errorString().toStdString();
+    loop_.Post([this, alive = std::weak_ptr<bool>(alive_)] {
+      if (alive.expired() || lostError_.empty()) return;
+      Drop();
+      if (const auto tell = onComm) tell(0, {});
     });
   });
   local_ = std::move(local);
@@ -143,6 +147,10 @@ Outcome QtSerialPortControl::Open() {
 void QtSerialPortControl::Close() {
   remote_.Close();
   lostError_.clear();
+  Drop();
+}
+
+void QtSerialPortControl::Drop() {
   const std::unique_ptr<Local> local = std::exchange(local_, nullptr);
   if (!local) return;
   local->port.disconnect();
@@ -165,8 +173,8 @@ std::string QtSerialPortControl::LastError() const {
 }
 
 Outcome QtSerialPortControl::Output(std::string_view bytes) {
+  if (!lostError_.empty()) return Failure{lostError_};
   if (!local_) return remote_.Output(bytes);
-  if (!PortOpen()) return Failure{lostError_};
   const qint64 taken = local_->port.write(bytes.data(), static_cast<qint64>(bytes.size()));
   if (taken != static_cast<qint64>(bytes.size()))
     return Failure{"'" + line_.device + "': " + local_->port.errorString().toStdString()};

@@ -26,10 +26,12 @@ class QtSerialPortControl : public SerialPortControl {
 
  private:
   struct Local;
+  void Drop();
   EventLoop& loop_;
   Line line_;
   std::unique_ptr<Local> local_;  // null: closed, or on the network
-  std::string lostError_;
+  std::string lostError_;         // not empty: the device went away while it was open
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   NetworkSerialPort remote_;
 };
 

@@ -1,0 +1,154 @@
+// zebd's serial and DAB outputs on real ones: pseudo-terminals, and the label server as a process.
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "tests/net/Station.h"
+
+namespace zeb {
+namespace {
+
+// The far end of a pseudo-terminal: where an RDS encoder would be.
+class Terminal {
+ public:
+  Terminal() {
+    char name[128];
+    EXPECT_EQ(openpty(&master_, &slave_, name, nullptr, nullptr), 0);
+    device = name;
+  }
+  ~Terminal() {
+    close(master_);
+    close(slave_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  // Reads until `text` is the end of what came, or five seconds pass; all of it, and when each piece came.
+  std::string ReadTo(const std::string& text) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::seconds(5);
+    std::string all;
+    while (Clock::now() < deadline &&
+           (all.size() < text.size() || all.substr(all.size() - text.size()) != text)) {
+      pollfd wait{master_, POLLIN, 0};
+      if (poll(&wait, 1, 100) <= 0) continue;
+      char bytes[256];
+      const ssize_t count = read(master_, bytes, sizeof bytes);
+      if (count <= 0) break;
+      all.append(bytes, static_cast<std::size_t>(count));
+      times.insert(times.end(), static_cast<std::size_t>(count), Clock::now());
+    }
+    return all;
+  }
+
+  std::string device;
+  std::vector<std::chrono::steady_clock::time_point> times;  // of each byte
+
+ private:
+  int master_ = -1, slave_ = -1;
+};
+
+class WireOutputsTest : public Station {
+ protected:
+  void Set(const std::string& key, const std::string& name, const std::string& data, bool number = false) {
+    std::vector<std::string> command = {"settings", "set", key, name, data};
+    if (number) command.emplace_back("--number");
+    const Finished done = Zebctl(command);
+    ASSERT_EQ(done.status, 0) << done.error;
+  }
+  void AddSerial(const std::string& device) {
+    AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt");
+    Set("", "CommPortDevice3", device);
+    Set("Service1\\Serial", "NumberOutputs", "1");
+    Set("Service1\\Serial", "CommPort1", "3", true);
+    Set("Service1\\Serial", "SimpleTextFormat1", "RT=<ZEB_NOW_ITEMNAME>");
+    Set("Service1\\Serial", "AppendCharsFormat1", "{0D}{0A}");
+  }
+  static std::string Current(const std::string& title) {
+    return "SET_CURRENT_ITEM IType=7 ITitle=\"" + title + "\"";
+  }
+};
+
+TEST_F(WireOutputsTest, EveryByteArrivesOnATerminalThatIsSetUpAsALine) {
+  Terminal terminal;
+  AddSerial(terminal.device);
+  Set("Service1\\Serial", "MaxNumberChars1", "64");
+  Start();
+  ASSERT_EQ(Send({Current("Café " + std::string(80, 'x'))}).status, 0);
+  EXPECT_EQ(terminal.ReadTo("\r\n"), "RT=Caf\xE9 " + std::string(54, 'x') + "\r\n");
+  // Bytes that a terminal would otherwise change go through as they are.
+  Set("Service1\\Serial", "AppendCharsFormat1", "{03}{0A}{7F}{11}{0D}");
+  zebd->Signal(SIGHUP);
+  ASSERT_TRUE(zebd->WaitForError("Settings read again"));
+  ASSERT_EQ(Send({Current("b")}).status, 0);
+  const std::string raw = "RT=b\x03\n\x7F\x11\r", got = terminal.ReadTo(raw);
+  EXPECT_EQ(got.substr(got.size() - std::min(got.size(), raw.size())), raw);
+  // A name that is no device, and bad settings: one line each, and the other outputs go on.
+  Set("Service1\\Serial", "Settings1", "9600,z,8,1");
+  zebd->Signal(SIGHUP);
+  ASSERT_TRUE(zebd->WaitForError("Serial 1: bad line settings '9600,z,8,1'")) << zebd->error;
+  ASSERT_EQ(Send({Current("c")}).status, 0);
+  EXPECT_EQ(AwaitPage("now.txt", "c"), "c");
+  Set("Service1\\Serial", "Settings1", "9600,e,7,2");
+  Set("", "CommPortDevice3", "/dev/none");
+  zebd->Signal(SIGHUP);
+  ASSERT_TRUE(zebd->WaitForError("Serial 1: cannot open '/dev/none'")) << zebd->error;
+}
+
+TEST_F(WireOutputsTest, SlowSendPacesTheBytesInOrder) {
+  Terminal terminal;
+  AddSerial(terminal.device);
+  Set("Service1\\Serial", "UseSlowSend1", "1");
+  Start();
+  ASSERT_EQ(Send({Current("0123456789")}).status, 0);
+  EXPECT_EQ(terminal.ReadTo("\r\n"), "RT=0123456789\r\n");
+  ASSERT_EQ(terminal.times.size(), 15u);
+  EXPECT_GE(Seconds(terminal.times.back() - terminal.times.front()).count(), 0.13);
+}
+
+TEST_F(WireOutputsTest, LabelsReachTheFileThroughTheLabelServer) {
+  WriteFile(Path("labels.ini"), "[Demo FM]\nPassword=s3\"cret\nFileName=" + Path("label.txt") + "\n");
+  Process server({Program("zeb-labelserver"), "--config", Path("labels.ini"), "--port", "0"});
+  ASSERT_TRUE(server.WaitForError("is ready on port ")) << server.error;
+  ASSERT_TRUE(server.WaitForError(" for 1 service")) << server.error;
+  const std::size_t at = server.error.find("on port ") + 8;
+  const std::string port = server.error.substr(at, server.error.find(' ', at) - at);
+
+  AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt");
+  Set("Service1\\DAB", "NumberOutputs", "1");
+  Set("Service1\\DAB", "ServerName1", "127.0.0.1");
+  Set("Service1\\DAB", "ServerPort1", port);
+  Set("Service1\\DAB", "ServiceName1", "Demo FM");
+  Set("Service1\\DAB", "ServicePassword1", "s3\"cret");
+  Set("Service1\\DAB", "SimpleTextFormat1", "Now: <ZEB_NOW_ITEMNAME>");
+  Start();
+  // The first update connects; a later one logs on and sends.
+  ASSERT_EQ(Send({Current("one"), Current("two")}).status, 0);
+  AwaitPage("now.txt", "two");
+  ASSERT_EQ(Send({Current("Łódź \"live\"")}).status, 0);
+  AwaitPage("now.txt", "live");
+  ASSERT_TRUE(server.WaitForError("'Demo FM' logged on from 127.0.0.1")) << server.error;
+  ASSERT_EQ(Send({Current("Last {label}")}).status, 0);
+  AwaitPage("now.txt", "Last");
+  // Ending zebd logs off behind the label, so it has arrived by the time the server ends.
+  zebd->Signal(SIGTERM);
+  EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
+  for (int i = 0; i < 100 && ReadFile(Path("label.txt")) != "Now: Last {label}"; ++i) usleep(20000);
+  EXPECT_EQ(ReadFile(Path("label.txt")), "Now: Last {label}");
+  server.Signal(SIGTERM);
+  EXPECT_EQ(server.Wait(), 0) << server.error;
+
+  WriteFile(Path("bad.ini"), "[a]\nColour=red\n");
+  const Finished bad = RunProgram({Program("zeb-labelserver"), "--config", Path("bad.ini")});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_NE(bad.error.find("line 2"), std::string::npos) << bad.error;
+  EXPECT_EQ(RunProgram({Program("zeb-labelserver")}).status, 2);
+}
+
+}  // namespace
+}  // namespace zeb
