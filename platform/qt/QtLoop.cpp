@@ -30,6 +30,12 @@ constexpr Duration kGrid = 1s;
 // The longest that one Qt timer is set for; it counts milliseconds in an int.
 constexpr Duration kLongestSleep = 24h;
 
+// Keeps threads for the rest of the process: their owner's destructor would wait for the one that hangs.
+void LeaveBehind(std::unique_ptr<QThreadPool> threads) {
+  static auto* const left = new std::vector<std::unique_ptr<QThreadPool>>();
+  left->push_back(std::move(threads));
+}
+
 }  // namespace
 
 struct QtLoop::State {
@@ -61,9 +67,7 @@ QtLoop::~QtLoop() {
   state_->mailbox->Close();
   state_->threads->clear();
   if (!state_->threads->waitForDone(static_cast<int>(kThreadGrace.count()))) {
-    // Its destructor would wait for the thread that hangs.
-    static auto* const left = new std::vector<QThreadPool*>();
-    left->push_back(state_->threads.release());
+    LeaveBehind(std::move(state_->threads));
   }
 }
 
