@@ -44,7 +44,7 @@ TEST_F(ZebdTest, PublishesWhatTheControllerSendsAndEndsOnSigterm) {
   EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
   const Finished gone = Send({Current("Nobody")});
   EXPECT_EQ(gone.status, 1);
-  EXPECT_EQ(gone.error.find("zebctl: cannot connect to localhost port"), 0u) << gone.error;
+  EXPECT_EQ(gone.error.find("zebctl: cannot connect to 127.0.0.1 port"), 0u) << gone.error;
   EXPECT_TRUE(IsOneLine(gone.error)) << gone.error;
 }
 
