@@ -75,6 +75,16 @@ std::size_t SystemQueue([[maybe_unused]] const QSerialPort& port) {
   return 0;
 }
 
+// A line whose adapter was pulled out no longer answers, though nothing may have told of it.
+bool Answers([[maybe_unused]] const QSerialPort& port) {
+#ifdef Q_OS_UNIX
+  termios mode{};
+  return tcgetattr(port.handle(), &mode) == 0;
+#else
+  return true;
+#endif
+}
+
 }  // namespace
 
 struct QtSerialPortControl::Local {
@@ -161,7 +171,8 @@ void QtSerialPortControl::Drop() {
 }
 
 bool QtSerialPortControl::PortOpen() const {
-  return (local_ && lostError_.empty() && local_->port.isOpen()) || remote_.PortOpen();
+  return (local_ && lostError_.empty() && local_->port.isOpen() && Answers(local_->port)) ||
+         remote_.PortOpen();
 }
 
 bool QtSerialPortControl::Opening() const {
@@ -169,7 +180,8 @@ bool QtSerialPortControl::Opening() const {
 }
 
 std::string QtSerialPortControl::LastError() const {
-  return lostError_.empty() ? remote_.LastError() : lostError_;
+  if (!lostError_.empty()) return lostError_;
+  return local_ && !PortOpen() ? "'" + line_.device + "' is gone" : remote_.LastError();
 }
 
 Outcome QtSerialPortControl::Output(std::string_view bytes) {

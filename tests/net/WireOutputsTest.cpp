@@ -19,6 +19,9 @@ class Terminal {
   Terminal() {
     char name[128];
     EXPECT_EQ(openpty(&master_, &slave_, name, nullptr, nullptr), 0);
+    // The publisher must not hold the far end open.
+    fcntl(master_, F_SETFD, FD_CLOEXEC);
+    fcntl(slave_, F_SETFD, FD_CLOEXEC);
     device = name;
   }
   ~Terminal() {
@@ -109,6 +112,26 @@ TEST_F(WireOutputsTest, SlowSendPacesTheBytesInOrder) {
   EXPECT_EQ(terminal.ReadTo("\r\n"), "RT=0123456789\r\n");
   ASSERT_EQ(terminal.times.size(), 15u);
   EXPECT_GE(Seconds(terminal.times.back() - terminal.times.front()).count(), 0.13);
+}
+
+// An adapter that is pulled out and plugged in again under the same name.
+TEST_F(WireOutputsTest, OpensADeviceThatCameBack) {
+  auto terminal = std::make_unique<Terminal>();
+  const std::string name = Path("adapter");
+  std::filesystem::create_symlink(terminal->device, name);
+  AddSerial(name);
+  Start();
+  ASSERT_EQ(Send({Current("one")}).status, 0);
+  EXPECT_EQ(terminal->ReadTo("\r\n"), "RT=one\r\n");
+  terminal.reset();
+  std::filesystem::remove(name);
+  ASSERT_EQ(Send({Current("two"), Current("three")}).status, 0);
+  ASSERT_TRUE(zebd->WaitForError("Serial 1: ")) << zebd->error;
+  terminal = std::make_unique<Terminal>();
+  std::filesystem::create_symlink(terminal->device, name);
+  ASSERT_EQ(Send({Current("four")}).status, 0);
+  EXPECT_EQ(terminal->ReadTo("RT=four\r\n"), "RT=four\r\n");
+  EXPECT_TRUE(zebd->WaitForError("Serial 1 works again")) << zebd->error;
 }
 
 TEST_F(WireOutputsTest, LabelsReachTheFileThroughTheLabelServer) {
