@@ -10,6 +10,7 @@
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/dab/LabelClient.h"
+#include "sources/InfoFileSource.h"
 
 namespace zeb {
 
@@ -64,6 +65,7 @@ struct frmService::State {
         intake(service, window),
         link(intake, givenEnvironment.carts),
         server(givenEnvironment, std::move(serverEvents)),
+        infoFile(std::make_shared<InfoFileSource>(givenEnvironment, intake)),
         journal(service) {}
 
   Environment& environment;
@@ -71,6 +73,7 @@ struct frmService::State {
   ItemIntake intake;
   ControlLink link;
   uNetControlServer server;
+  std::shared_ptr<InfoFileSource> infoFile;
   OutputJournal journal;
 
   std::array<std::string, 4> panels;
@@ -130,6 +133,7 @@ void frmService::Close() {
   state.delayedUpdate.Stop();
   state.listenRetry.Stop();
   state.server.Close();
+  state.infoFile->Close();
   state.environment.loop.Start("close", [self = shared_from_this()] {
     State& closing = *self->state_;
     closing.environment.loop.WaitUntil([&closing] { return closing.tasks == 0; }, kLongestWait);
@@ -214,6 +218,10 @@ void frmService::OpenSource() {
     Listen();
   else
     state.server.Close();
+  if (InfoFileSource::Polls(settings.InfoSourceType))
+    state.infoFile->Open(settings.InfoSourceType, settings.InfoSourceFileName);
+  else
+    state.infoFile->Close();
 }
 
 // A port that is taken may come free (a program that is being replaced ends), so it is tried again.

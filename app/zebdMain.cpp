@@ -17,6 +17,7 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
@@ -118,6 +119,7 @@ class Publisher {
     CsvCartStore carts(files_, person_, folder_ + "/Carts.csv");
     Environment environment{loop_, hive, files_, network_, person_, carts, folder_, ""};
     environment.serialPorts = &serialPorts_;
+    environment.markup = &markup_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
@@ -166,6 +168,7 @@ class Publisher {
   QtNetwork network_{loop_};
   QtSerialPorts serialPorts_{loop_, network_};
   PosixFiles files_;
+  LibxmlMarkup markup_;
   ConsoleOperator person_{std::cerr, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;

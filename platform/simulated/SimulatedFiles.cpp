@@ -208,4 +208,8 @@ void SimulatedFiles::PutSpecial(const std::string& path) {
   files_[Normal(path)].isSpecial = true;
 }
 
+void SimulatedFiles::SetModified(const std::string& path, std::int64_t modified) {
+  files_.at(Normal(path)).modified = modified;
+}
+
 }  // namespace zeb

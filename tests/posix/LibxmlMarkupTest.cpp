@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include "platform/posix/LibxmlMarkup.h"
+
+namespace zeb {
+namespace {
+
+class LibxmlMarkupTest : public testing::Test {
+ protected:
+  std::vector<std::string> Texts(const std::string& xml, const std::string& path) {
+    const Result<MarkupDocument> document = markup.ReadXml(xml);
+    if (!document) return {"failed: " + document.Reason()};
+    std::vector<std::string> texts;
+    for (const std::size_t element : document.Value().Select(path))
+      texts.emplace_back(document.Value().TextOf(element));
+    return texts;
+  }
+  LibxmlMarkup markup;
+};
+using Lines = std::vector<std::string>;
+
+TEST_F(LibxmlMarkupTest, SelectsByPathAndReadsTexts) {
+  const std::string xml =
+      "<?xml version='1.0' encoding='windows-1252'?><R><A>1<B>\u00E9 &amp; &#x41;</B></A><C><A>no</A></C>"
+      "<A><![CDATA[<2>]]></A><A/></R>";
+  EXPECT_EQ(Texts(xml, "/R/A"), (Lines{"1\u00E9 & A", "<2>", ""}));
+  EXPECT_EQ(Texts(xml, "/R/A/B"), Lines{"\u00E9 & A"});
+  EXPECT_EQ(Texts(xml, "/A"), Lines{});
+  const MarkupDocument document = markup.ReadXml(xml).Value();
+  const std::size_t c = document.Select("/R/C").at(0);
+  ASSERT_EQ(document.Select("./A", c).size(), 1u);
+  EXPECT_EQ(document.TextOf(document.Select("./A", c)[0]), "no");
+}
+
+TEST_F(LibxmlMarkupTest, RefusesWhatIsWrongOnOneLine) {
+  std::string nested;
+  for (int i = 0; i < 1000000; ++i) nested += "<a>";
+  std::string many = "<a>";
+  for (int i = 0; i < 300000; ++i) many += "<b/>";
+  testing::internal::CaptureStderr();
+  for (const std::string& xml : {std::string(), std::string("text"), std::string("<a><b></a>"),
+                                 std::string("<a>&undefined;</a>"), nested, many + "</a>"}) {
+    const Result<MarkupDocument> document = markup.ReadXml(xml);
+    ASSERT_FALSE(document.Ok()) << xml.substr(0, 30);
+    EXPECT_FALSE(document.Reason().empty());
+    EXPECT_EQ(document.Reason().find('\n'), std::string::npos);
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(LibxmlMarkupTest, PutsNoEntitiesIn) {
+  EXPECT_EQ(Texts("<!DOCTYPE R [<!ENTITY x SYSTEM 'file:///etc/hostname'>]><R>[&x;]</R>", "/R"), Lines{"[]"});
+  std::string bomb = "<!DOCTYPE R [<!ENTITY a0 'aaaaaaaaaa'>";
+  for (int i = 1; i < 12; ++i) {
+    bomb += "<!ENTITY a" + std::to_string(i) + " '";
+    for (int j = 0; j < 10; ++j) bomb += "&a" + std::to_string(i - 1) + ";";
+    bomb += "'>";
+  }
+  const auto texts = Texts(bomb + "]><R>&a11;</R>", "/R");
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_LT(texts[0].size(), 300u);
+}
+
+TEST_F(LibxmlMarkupTest, TurnsHtmlIntoText) {
+  const struct {
+    const char *html, *text;
+  } cases[] = {{"<b>b</b> c", "b c"},
+               {"a<!-- x --><script>var x = '</b>';</script> &eacute;&#8217;&amp;</p>", "a \u00E9\u2019&"},
+               {" <i> one\r\n two</i><br>three ", "one two\nthree"},
+               {"<b>\u0142\u00F3d\u017A</b>", "\u0142\u00F3d\u017A"},
+               {"</", "</"},
+               {"", ""}};
+  for (const auto& [html, text] : cases) EXPECT_EQ(markup.HtmlToText(html), text) << html;
+}
+
+}  // namespace
+}  // namespace zeb
