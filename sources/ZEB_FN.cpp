@@ -40,7 +40,7 @@ void JoinArtists(clsZEBItemInfo& item) {
 void ApplyStart(std::string_view text, ItemFields& fields) {
   text = TrimBlanks(text);
   if (text.size() < 19 || text[4] != '-' || text[7] != '-' || text[10] != 'T') return;
-  for (const std::size_t digit : {0, 1, 2, 3, 5, 6, 8, 9})
+  for (const std::size_t digit : {0u, 1u, 2u, 3u, 5u, 6u, 8u, 9u})
     if (text[digit] < '0' || text[digit] > '9') return;
   const std::chrono::year_month_day day{
       std::chrono::year(LeadingDigits(text)),

@@ -125,9 +125,9 @@ LibxmlMarkup::LibxmlMarkup() {
 
 Result<MarkupDocument> LibxmlMarkup::ReadXml(std::string_view text) {
   if (text.size() > kMaxText) return Failure{"it is too long"};
-  const std::unique_ptr<xmlTextReader, ReaderDeleter> reader(
-      xmlReaderForMemory(text.data(), static_cast<int>(text.size()), "", "UTF-8",
-                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_COMPACT));
+  const std::unique_ptr<xmlTextReader, ReaderDeleter> reader(xmlReaderForMemory(
+      text.data(), static_cast<int>(text.size()), "", "UTF-8",
+      XML_PARSE_IGNORE_ENC | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_COMPACT));
   if (!reader) return Failure{"the XML reader cannot be started"};
   std::string reason;
   xmlTextReaderSetStructuredErrorHandler(reader.get(), KeepFirst, &reason);

@@ -73,6 +73,7 @@ TEST_F(InfoFileSourceTest, KeepsItsItemsWhateverIsInTheWay) {
   EXPECT_EQ(Notes(), 1u);  // told once
   ports.files.PutSpecial("/data/on.wsx");
   Run(5s);
+  ASSERT_TRUE(ports.files.Delete("/data/on.wsx").Ok());
   ports.files.Put("/data/on.wsx", "");
   Run(5s);
   ports.files.fail = [](const std::string&, const std::string&) { return "locked"; };

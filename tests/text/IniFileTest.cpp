@@ -51,7 +51,7 @@ TEST(IniFile, WritingKeepsTheRestOfTheFile) {
 }
 
 TEST(IniFile, KeepsUtf16AndLineFeeds) {
-  const std::string utf16("\xFF\xFE[\0A\0]\0\n\0k\0=\0\xE9\0\n\0", 22);
+  const std::string utf16("\xFF\xFE[\0A\0]\0\n\0k\0=\0\xE9\0\n\0", 18);
   IniFile file = IniFile::FromBytes(utf16);
   EXPECT_EQ(file.Text("A", "k"), "\u00E9");
   EXPECT_EQ(file.ToBytes(), utf16);
