@@ -10,6 +10,7 @@
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/dab/LabelClient.h"
+#include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 
 namespace zeb {
@@ -66,6 +67,7 @@ struct frmService::State {
         link(intake, givenEnvironment.carts),
         server(givenEnvironment, std::move(serverEvents)),
         infoFile(std::make_shared<InfoFileSource>(givenEnvironment, intake)),
+        bounce(service, window, [this] { server.SendToController("GET_INFORMATION"); }),
         journal(service) {}
 
   Environment& environment;
@@ -74,6 +76,7 @@ struct frmService::State {
   ControlLink link;
   uNetControlServer server;
   std::shared_ptr<InfoFileSource> infoFile;
+  BounceRelay bounce;
   OutputJournal journal;
 
   std::array<std::string, 4> panels;
@@ -99,6 +102,7 @@ frmService::frmService(Environment& environment, OutputFactory makeOutput)
     : state_(std::make_unique<State>(environment, std::move(makeOutput), static_cast<ServiceEvents&>(*this),
                                      static_cast<IntakeWindow&>(*this), ServerEvents())) {
   state_->link.currentItemNearEnd = [this] { SendNearEnd(); };
+  state_->link.relay = [this](std::string_view line) { return state_->bounce.Relay(line); };
 }
 
 frmService::~frmService() = default;
@@ -134,6 +138,7 @@ void frmService::Close() {
   state.listenRetry.Stop();
   state.server.Close();
   state.infoFile->Close();
+  state.bounce.Close();
   state.environment.loop.Start("close", [self = shared_from_this()] {
     State& closing = *self->state_;
     closing.environment.loop.WaitUntil([&closing] { return closing.tasks == 0; }, kLongestWait);
@@ -222,6 +227,7 @@ void frmService::OpenSource() {
     state.infoFile->Open(settings.InfoSourceType, settings.InfoSourceFileName);
   else
     state.infoFile->Close();
+  state.bounce.ApplySettings();
 }
 
 // A port that is taken may come free (a program that is being replaced ends), so it is tried again.

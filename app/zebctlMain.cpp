@@ -14,6 +14,7 @@
 #include "app/ConsoleOperator.h"
 #include "app/ExpandCommand.h"
 #include "app/SendCommand.h"
+#include "app/SetCommand.h"
 #include "app/SettingsCommands.h"
 #include "core/CsvCartStore.h"
 #include "core/SettingsPaths.h"
@@ -44,6 +45,13 @@ constexpr char kSendAndExpandHelp[] =
     "    Without a MESSAGE the lines of standard input are sent as they come. Port 6901 unless told "
     "otherwise.\n"
     "    zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'\n"
+    "\n"
+    "By hand, as the same messages (with --host, --port, --controller NAME as for send):\n"
+    "  zebctl set current|next|previous|coming [--title T] [--artist A] [--type song|link|spot|other|N]\n"
+    "             [--cart N] [--notes T]\n"
+    "  zebctl set promote next|coming [the same options]     makes the next or coming item the current one\n"
+    "  zebctl set presenter --reference R --name N\n"
+    "  zebctl set show --reference R --title T\n"
     "\n"
     "Previews: what a template gives, without any output:\n"
     "  zebctl [--home DIR] expand [options] [TEMPLATE-FILE]      (standard input without a file)\n"
@@ -99,7 +107,7 @@ Result<CommandLine> ReadCommandLine(const std::vector<std::string>& words) {
       return line;
     }
   }
-  return Failure{"a command is missing: settings, send or expand"};
+  return Failure{"a command is missing: settings, send, set or expand"};
 }
 
 // Only what changes settings makes a settings file where there is none.
@@ -139,8 +147,7 @@ bool ReadInput(std::string& bytes) {
   std::_Exit(status);
 }
 
-int Send(const CommandLine& line, int argc, char** argv) {
-  Result<SendOptions> options = ReadSendOptions(line.arguments);
+int Send(Result<SendOptions> options, int argc, char** argv) {
   if (!options) return WrongUsage(options.Reason());
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
@@ -199,7 +206,8 @@ int Run(int argc, char** argv) {
   if (line.showHelp) std::cout << kHelp << kSettingsUsage << kSendAndExpandHelp;
   if (line.showVersion) std::cout << "zebctl " << ZEB_VERSION << '\n';
   if (line.showHelp || line.showVersion) return 0;
-  if (line.command == "send") return Send(line, argc, argv);
+  if (line.command == "send") return Send(ReadSendOptions(line.arguments), argc, argv);
+  if (line.command == "set") return Send(ReadSetOptions(line.arguments), argc, argv);
   if (line.command != "settings" && line.command != "expand")
     return WrongUsage("there is no command '" + line.command + "'");
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(line.home));

@@ -1,0 +1,114 @@
+#include "sources/BounceRelay.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "diagnostics/hxGeneral.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::int32_t kFirstControlPort = 6900;
+constexpr std::int32_t kHighestControlPort = 65535 - kFirstControlPort;
+constexpr std::int32_t kLongestRetry = 86400;  // seconds
+
+}  // namespace
+
+BounceRelay::BounceRelay(clsZEBService& service, IntakeWindow& window, std::function<void()> askController)
+    : service_(service),
+      window_(window),
+      askController_(std::move(askController)),
+      client_(service.environment().loop, service.environment().network, MakeEvents()) {}
+
+uNetControlClient::Events BounceRelay::MakeEvents() {
+  uNetControlClient::Events events;
+  events.Connecting = [this] { Show("Bounce Connecting.."); };
+  events.Connected = [this] { Show("Bounce Connected.."); };
+  events.ControlGranted = [this] {
+    Show("Have Bounce Control..");
+    Note("relays to " + host_ + ", control port " + std::to_string(port_));
+    askController_();
+  };
+  events.ControlRefused = [this](const std::string& controller) {
+    Show("Bounce has refused Control..");
+    Note("relays nothing: '" + controller + "' has control of " + host_ + ", control port " +
+         std::to_string(port_));
+    RetryLater();
+  };
+  events.ControlEnded = [this] {
+    Show("Bounce Control Ended..");
+    Note("no longer relays to " + host_ + ": its control was ended");
+    RetryLater();
+  };
+  events.Disconnected = [this] {
+    const std::string why = client_.LastError();
+    Show("Bounce Disconnected.." + (why.empty() ? "" : " (" + why + ")"));
+    Note("does not relay to " + host_ + (why.empty() ? ": the link was closed" : ": " + why));
+    RetryLater();
+  };
+  return events;
+}
+
+void BounceRelay::ApplySettings() {
+  const ServiceSettings& settings = service_.settings;
+  if (!settings.UseBounce) return Close();
+  const std::string_view name = TrimBlanks(settings.ServiceName);
+  const std::string controllerName = "ZEB." + std::string(name.substr(0, name.find(' ')));
+  const bool same = inUse_ && host_ == settings.BounceServer && port_ == settings.BouncePort &&
+                    controllerName_ == controllerName;
+  inUse_ = true;
+  if (same && client_.CurrentState() == uNetControlClient::State::kHasControl) return;
+  host_ = settings.BounceServer;
+  port_ = settings.BouncePort;
+  controllerName_ = controllerName;
+  ConnecttoZEBBounce();
+}
+
+void BounceRelay::ConnecttoZEBBounce() {
+  retry_.Stop();
+  if (host_.empty() || port_ < 1 || port_ > kHighestControlPort) {
+    client_.Disconnect();
+    Show("Bounce Disconnected..");
+    return Note("relays nothing: BounceServer is empty or BouncePort is not 1 or more");
+  }
+  client_.Connect(host_, static_cast<std::uint16_t>(kFirstControlPort + port_), controllerName_);
+}
+
+void BounceRelay::Close() {
+  retry_.Stop();
+  client_.Disconnect();
+  if (std::exchange(inUse_, false)) Show("");
+}
+
+bool BounceRelay::Relay(std::string_view line) {
+  if (client_.CurrentState() != uNetControlClient::State::kHasControl) return false;
+  DebugLine("Bouncing to Client ZEB");
+  client_.Send(line);
+  return true;
+}
+
+void BounceRelay::RetryLater() {
+  Environment& environment = service_.environment();
+  std::int32_t seconds = 0;
+  try {
+    seconds = environment.hive.ReadNumber(environment.settingsRoot, "BounceRetrySeconds", 0);
+  } catch (const SettingsError&) {
+    ReportException("reading BounceRetrySeconds", true);
+  }
+  if (seconds <= 0 || !inUse_) return;
+  retry_ = environment.loop.After(std::chrono::seconds(std::min(seconds, kLongestRetry)),
+                                  [this] { ConnecttoZEBBounce(); });
+}
+
+void BounceRelay::Show(const std::string& text) {
+  window_.SetPanel(Panel::kBounceControl, text);
+}
+
+void BounceRelay::Note(const std::string& text) const {
+  service_.environment().person.Note(service_.settings.ServiceName + ": " + text);
+}
+
+}  // namespace zeb

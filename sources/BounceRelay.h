@@ -1,0 +1,49 @@
+// BounceRelay: passes every message of a service's controller straight on to another instance, as that
+// instance's controller.
+//
+// Owned by the service window, with the service and the window outliving it. What the remote sends is not
+// acted upon.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "core/clsZEBService.h"
+#include "sources/ItemIntake.h"
+#include "sources/uNetControlClient.h"
+
+namespace zeb {
+
+class BounceRelay {
+ public:
+  // `askController` sends GET_INFORMATION to the local controller, so that the remote gets the whole picture
+  // at once.
+  BounceRelay(clsZEBService& service, IntakeWindow& window, std::function<void()> askController);
+
+  // After the settings were loaded or changed: opens, keeps or closes the link.
+  void ApplySettings();
+  void Close();
+  bool PanelVisible() const { return inUse_; }
+
+  // False: the link has no control, and the line was not relayed.
+  bool Relay(std::string_view line);
+
+ private:
+  uNetControlClient::Events MakeEvents();
+  void ConnecttoZEBBounce();
+  void Show(const std::string& text);
+  void Note(const std::string& text) const;
+  void RetryLater();
+
+  clsZEBService& service_;
+  IntakeWindow& window_;
+  std::function<void()> askController_;
+  bool inUse_ = false;
+  std::string host_, controllerName_;
+  std::int32_t port_ = 0;
+  Timer retry_;
+  uNetControlClient client_;
+};
+
+}  // namespace zeb

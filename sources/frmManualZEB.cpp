@@ -1,0 +1,92 @@
+#include "sources/frmManualZEB.h"
+
+#include "sources/ItemMessage.h"
+#include "text/HexEscapes.h"
+#include "text/Numbers.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::array<std::string_view, 6> kMessageStarts = {"SET_CURRENT_ITEM ",
+                                                            "SET_NEXT_ITEM ",
+                                                            "SET_PREVIOUS_ITEM ",
+                                                            "SET_COMINGSOON_ITEM ",
+                                                            "SET_CURRENT_ITEM Promote=NEXT",
+                                                            "SET_CURRENT_ITEM Promote=COMING"};
+
+// In quotes. A "=" is escaped too, since keys are found inside quotes as well.
+std::string Quoted(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : EscapeValue(text)) {
+    if (c == '=')
+      quoted += "{3D}";
+    else
+      quoted += c;
+  }
+  return quoted += '"';
+}
+
+std::string TwoPairs(std::string_view command, std::string_view firstKey, std::string_view first,
+                     std::string_view secondKey, std::string_view second) {
+  std::string message(command);
+  message.append("  ").append(firstKey).append("=").append(Quoted(first));
+  message.append(" ").append(secondKey).append("=").append(Quoted(second));
+  return message;
+}
+
+const std::string& CartLine(const Cart& cart, std::int32_t number, std::size_t otherwise) {
+  return cart.lines[number >= 1 && number <= 3 ? static_cast<std::size_t>(number) - 1 : otherwise];
+}
+
+}  // namespace
+
+ManualEntry OpenManualEntry(const clsZEBService& service) {
+  ManualEntry entry;
+  entry.presenterFullName = service.GetSpecialElementByName("PRESENTERFULLNAME");
+  entry.presenterReference = service.GetSpecialElementByName("PRESENTERREFERENCE");
+  entry.showReference = service.GetSpecialElementByName("SHOWREFERENCE");
+  entry.showTitle = service.GetSpecialElementByName("SHOWTITLE");
+  return entry;
+}
+
+bool CopyCart(ManualEntry& entry, CartStore& carts, const ServiceSettings& settings) {
+  const std::int32_t number = LeadingInteger(entry.cartNumber);
+  if (number <= 0) return false;
+  const auto cart = carts.Find(number);
+  if (!cart) return false;
+  entry.itemName = CartLine(*cart, settings.CartItemNameLine, 0);
+  entry.artist = CartLine(*cart, settings.CartArtist1Line, 1);
+  return true;
+}
+
+std::string ManualItemMessage(const ManualEntry& entry) {
+  clsZEBItemInfo item;
+  ItemFields& fields = item.Edit();
+  fields.ItemType = entry.itemType;
+  fields.ItemName = TrimBlanks(entry.itemName);
+  fields.Artist1Name = entry.artist;
+  fields.CartNumber = LeadingInteger(entry.cartNumber);
+  fields.Notes = entry.notes;
+  std::string message(kMessageStarts[static_cast<std::size_t>(entry.slot)]);
+  return message.append(" ").append(WriteItemMessage(item));
+}
+
+std::string ManualPresenterMessage(std::string_view reference, std::string_view fullName) {
+  return TwoPairs("SET_PRESENTER", "Presenter", reference, "Fullname", fullName);
+}
+
+std::string ManualShowMessage(std::string_view reference, std::string_view title) {
+  return TwoPairs("SET_SHOW", "Show", reference, "Title", title);
+}
+
+std::vector<std::string> ManualMessages(const ManualEntry& entry) {
+  std::vector<std::string> messages = {ManualItemMessage(entry)};
+  if (!entry.presenterReference.empty())
+    messages.push_back(ManualPresenterMessage(entry.presenterReference, entry.presenterFullName));
+  if (!entry.showReference.empty())
+    messages.push_back(ManualShowMessage(entry.showReference, entry.showTitle));
+  return messages;
+}
+
+}  // namespace zeb
