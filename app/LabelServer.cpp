@@ -155,6 +155,7 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
   void Drop(const PeerPtr& peer) {
     if (!peer->open) return;
     peer->open = false;
+    if (peer->service) Note("'" + OneLine(peer->service->name) + "' logged off");
     peer->logOnLimit.Stop();
     peer->connection->Close();
     peers.erase(std::remove(peers.begin(), peers.end(), peer), peers.end());

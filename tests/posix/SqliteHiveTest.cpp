@@ -115,19 +115,27 @@ TEST_F(SettingsInFile, AFileLockedForTooLongIsAnErrorThatNamesIt) {
   EXPECT_EQ(writer->ReadText("k", "v", ""), "held");
 }
 
-// A process that saves a set of values again and again is killed at odd moments; each time the store holds
-// one of the sets whole.
+// A process that saves a set of values again and again is killed at another step of it each time; the store
+// then holds one of the sets whole. The process tells each step by a byte.
 TEST_F(SettingsInFile, AKilledSaveLeavesOneOfTheSavedStates) {
   constexpr int kValues = 30;
-  const auto save = [](SqliteHive& hive, int state) {
+  int steps[2];
+  ASSERT_EQ(pipe(steps), 0);
+  const auto save = [&](SqliteHive& hive, int state, bool tell) {
+    const auto step = [&] {
+      if (tell && write(steps[1], "x", 1) != 1) _exit(2);
+    };
     hive.Transaction([&] {
       hive.DeleteKey("service");
-      for (int i = 0; i < kValues; ++i)
+      for (int i = 0; i < kValues; ++i) {
         hive.WriteText("service\\File", "v" + std::to_string(i),
                        std::to_string(state) + std::string(500, 'x'));
+        step();
+      }
     });
+    step();
   };
-  save(*Open(), 0);
+  save(*Open(), 0, false);
   int last = 0;
   for (int round = 0; round < 25; ++round) {
     const pid_t child = fork();
@@ -135,9 +143,10 @@ TEST_F(SettingsInFile, AKilledSaveLeavesOneOfTheSavedStates) {
     if (child == 0) {
       auto opened = SqliteHive::Open(path_);
       if (!opened) _exit(1);
-      for (int state = last + 1;; ++state) save(*opened.Value(), state);
+      for (int state = last + 1;; ++state) save(*opened.Value(), state, true);
     }
-    usleep(static_cast<useconds_t>(15000 + 1700 * round));
+    char told = 0;
+    for (int i = 0; i < 29 + 13 * round; ++i) ASSERT_EQ(read(steps[0], &told, 1), 1);
     kill(child, SIGKILL);
     int status = 0;
     waitpid(child, &status, 0);
@@ -152,6 +161,8 @@ TEST_F(SettingsInFile, AKilledSaveLeavesOneOfTheSavedStates) {
     EXPECT_GE(state, last);
     last = state;
   }
+  close(steps[0]);
+  close(steps[1]);
   EXPECT_GT(last, 0);  // something was saved meanwhile
 }
 
