@@ -16,6 +16,7 @@
 #include "core/CsvCartStore.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
+#include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
@@ -120,6 +121,7 @@ class Publisher {
     Environment environment{loop_, hive, files_, network_, person_, carts, folder_, ""};
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
+    environment.ftp = &ftp_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
@@ -169,6 +171,7 @@ class Publisher {
   QtSerialPorts serialPorts_{loop_, network_};
   PosixFiles files_;
   LibxmlMarkup markup_;
+  CurlFtpSessions ftp_;
   ConsoleOperator person_{std::cerr, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;

@@ -8,6 +8,7 @@
 #include "platform/EncoderAutomation.h"
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
+#include "platform/FtpSession.h"
 #include "platform/Markup.h"
 #include "platform/Operator.h"
 #include "platform/SerialPortControl.h"
@@ -28,7 +29,8 @@ struct Environment {
   bool preserveTempFiles = false;
   EncoderAutomation* encoders = nullptr;  // null: the platform has none
   SerialPorts* serialPorts = nullptr;     // null: this program has none
-  Markup* markup = nullptr;  // none: no XML is read, and HTML in text fields stays as it is
+  Markup* markup = nullptr;               // none: no XML is read, and HTML in text fields stays as it is
+  FtpSessions* ftp = nullptr;             // null: the platform has none
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

@@ -8,6 +8,7 @@
 #include "outputs/file/clsZEBFileOutput.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
+#include "outputs/web/clsZEBWebOutput.h"
 
 namespace zeb {
 namespace {
@@ -32,6 +33,8 @@ constexpr Row kTable[] = {
      [](const Shared& shared) -> OutputPtr {
        return std::make_shared<clsZEBHTTPOutput>(shared.environment);
      }},
+    {OutputType::kWeb,
+     [](const Shared& shared) -> OutputPtr { return std::make_shared<clsZEBWebOutput>(shared.environment); }},
     {OutputType::kEncoder,
      [](const Shared& shared) -> OutputPtr {
        return std::make_shared<clsZEBEncoderOutput>(shared.environment);
