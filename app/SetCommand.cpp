@@ -95,8 +95,10 @@ Result<SendOptions> ReadSetOptions(const std::vector<std::string>& arguments) {
     const std::string& name = arguments[at];
     const bool toSend = name == "--host" || name == "--port" || name == "--controller";
     if (!toSend && std::find(allowed.begin(), allowed.end(), name) == allowed.end())
-      return Failure{"set " + what + " has no option '" + name + "'"};
-    if (at + 1 == arguments.size()) return Failure{name + " needs a value"};
+      return Failure{std::string("set ").append(what).append(" has no option '").append(name).append("'")};
+    // An empty text is a value; an empty host is not.
+    if (at + 1 == arguments.size() || (toSend && arguments[at + 1].empty()))
+      return Failure{name + " needs a value"};
     if (!toSend) {
       options[name] = arguments[at + 1];
       continue;

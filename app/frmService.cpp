@@ -367,6 +367,10 @@ const std::string& frmService::PanelText(Panel panel) const {
   return state_->panels[static_cast<std::size_t>(panel)];
 }
 
+bool frmService::PanelVisible(Panel panel) const {
+  return panel != Panel::kBounceControl || state_->bounce.PanelVisible();
+}
+
 void frmService::SetPanel(Panel panel, const std::string& text) {
   state_->panels[static_cast<std::size_t>(panel)] = text;
 }

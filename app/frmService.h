@@ -39,6 +39,7 @@ class frmService : public std::enable_shared_from_this<frmService>,
 
   clsZEBService& service();
   const std::string& PanelText(Panel panel) const;
+  bool PanelVisible(Panel panel) const;  // the bounce panel only while the service relays
   // Goes up when the items shown have changed, so that a window knows when to draw them anew.
   int ItemListVersion() const;
   void ForceUpdate();  // the force-update button

@@ -68,19 +68,19 @@ void CsvCartStore::ReadWhenChanged() {
     return;
   }
   if (seen_ && info->modified == modified_ && info->size == size_) return;
-  // Remembered also when reading fails: it is tried again, and told again, with the next change.
-  seen_ = true;
+  seen_ = ReadFile();
   modified_ = info->modified;
   size_ = info->size;
-  ReadFile();
 }
 
-void CsvCartStore::ReadFile() {
+bool CsvCartStore::ReadFile() {
   const Result<std::string> bytes = files_.Read(path_, kMaxFileBytes);
   if (!bytes) {
-    person_.Note("The carts stay as they were: " + bytes.Reason());
-    return;
+    if (std::exchange(problem_, bytes.Reason()) != bytes.Reason())
+      person_.Note("The carts stay as they were: " + bytes.Reason());
+    return false;
   }
+  problem_.clear();
   const std::string text = DecodeFile(bytes.Value(), DetectFileEncoding(bytes.Value()));
   carts_.clear();
   std::size_t offset = 0;
@@ -92,6 +92,7 @@ void CsvCartStore::ReadFile() {
     carts_.insert_or_assign(number, Cart{{std::move(fields[1]), std::move(fields[2]), std::move(fields[3])},
                                          std::move(fields[4])});
   }
+  return true;
 }
 
 }  // namespace zeb

@@ -1,9 +1,9 @@
 // CsvCartStore: the built-in store of carts: a CSV file, `number,line1,line2,line3[,serialisation]` a line.
 //
 // Quoting as in RFC 4180 (fields in double quotes may hold commas, line ends and doubled quotes). The file is
-// read again when its time stamp or size changes; one that cannot be read leaves the carts as they were, a
-// missing one means no carts. Lines without a number in front (a heading) are passed over; a number that
-// comes twice counts as it came last.
+// read again when its time stamp or size changes; one that cannot be read leaves the carts as they were and
+// is tried again at the next look-up, a missing one means no carts. Lines without a number in front (a
+// heading) are passed over; a number that comes twice counts as it came last.
 #pragma once
 
 #include <cstddef>
@@ -27,12 +27,13 @@ class CsvCartStore : public CartStore {
 
  private:
   void ReadWhenChanged();
-  void ReadFile();
+  bool ReadFile();  // false: it could not be read
 
   FileSystem& files_;
   Operator& person_;
   std::string path_;
-  bool seen_ = false;
+  bool seen_ = false;    // and read
+  std::string problem_;  // the last one told of
   std::int64_t modified_ = 0;
   std::uint64_t size_ = 0;
   std::unordered_map<std::int32_t, Cart> carts_;

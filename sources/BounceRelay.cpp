@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "sources/OneLine.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -29,27 +30,30 @@ uNetControlClient::Events BounceRelay::MakeEvents() {
   events.Connected = [this] { Show("Bounce Connected.."); };
   events.ControlGranted = [this] {
     Show("Have Bounce Control..");
-    Note("relays to " + host_ + ", control port " + std::to_string(port_));
+    Note("relays to " + Remote());
     askController_();
   };
   events.ControlRefused = [this](const std::string& controller) {
     Show("Bounce has refused Control..");
-    Note("relays nothing: '" + controller + "' has control of " + host_ + ", control port " +
-         std::to_string(port_));
+    Note("relays nothing: '" + OneLine(controller) + "' has control of " + Remote());
     RetryLater();
   };
   events.ControlEnded = [this] {
     Show("Bounce Control Ended..");
-    Note("no longer relays to " + host_ + ": its control was ended");
+    Note("no longer relays to " + Remote() + ": it ended the control");
     RetryLater();
   };
   events.Disconnected = [this] {
     const std::string why = client_.LastError();
-    Show("Bounce Disconnected.." + (why.empty() ? "" : " (" + why + ")"));
-    Note("does not relay to " + host_ + (why.empty() ? ": the link was closed" : ": " + why));
+    Show("Bounce Disconnected..");
+    Note("does not relay to " + Remote() + ": " + (why.empty() ? "the link was closed" : why));
     RetryLater();
   };
   return events;
+}
+
+std::string BounceRelay::Remote() const {
+  return OneLine(host_) + ", control port " + std::to_string(port_);
 }
 
 void BounceRelay::ApplySettings() {
@@ -72,7 +76,8 @@ void BounceRelay::ConnecttoZEBBounce() {
   if (host_.empty() || port_ < 1 || port_ > kHighestControlPort) {
     client_.Disconnect();
     Show("Bounce Disconnected..");
-    return Note("relays nothing: BounceServer is empty or BouncePort is not 1 or more");
+    return Note("relays nothing: BounceServer is empty, or BouncePort is not 1 to " +
+                std::to_string(kHighestControlPort));
   }
   client_.Connect(host_, static_cast<std::uint16_t>(kFirstControlPort + port_), controllerName_);
 }
@@ -80,14 +85,16 @@ void BounceRelay::ConnecttoZEBBounce() {
 void BounceRelay::Close() {
   retry_.Stop();
   client_.Disconnect();
+  lastNote_.clear();
   if (std::exchange(inUse_, false)) Show("");
 }
 
 bool BounceRelay::Relay(std::string_view line) {
   if (client_.CurrentState() != uNetControlClient::State::kHasControl) return false;
-  DebugLine("Bouncing to Client ZEB");
   client_.Send(line);
-  return true;
+  if (client_.CurrentState() == uNetControlClient::State::kHasControl) return true;
+  Show("Bounce Disconnected.. (the remote does not take the information)");
+  return false;
 }
 
 void BounceRelay::RetryLater() {
@@ -107,7 +114,8 @@ void BounceRelay::Show(const std::string& text) {
   window_.SetPanel(Panel::kBounceControl, text);
 }
 
-void BounceRelay::Note(const std::string& text) const {
+void BounceRelay::Note(const std::string& text) {
+  if (std::exchange(lastNote_, text) == text) return;
   service_.environment().person.Note(service_.settings.ServiceName + ": " + text);
 }
 

@@ -2,7 +2,9 @@
 // instance's controller.
 //
 // Owned by the service window, with the service and the window outliving it. What the remote sends is not
-// acted upon.
+// acted upon. A link that is lost stays so until settings are applied, unless the root value
+// "BounceRetrySeconds" is above 0. The remote never holds the service up: one that leaves more than
+// uNetControlClient::kMaxUnsentBytes unread is disconnected.
 #pragma once
 
 #include <functional>
@@ -24,16 +26,18 @@ class BounceRelay {
   // After the settings were loaded or changed: opens, keeps or closes the link.
   void ApplySettings();
   void Close();
-  bool PanelVisible() const { return inUse_; }
+  bool PanelVisible() const { return inUse_; }  // while UseBounce is on
 
-  // False: the link has no control, and the line was not relayed.
+  // False: the link has no control, or has just been given up, and the line was not relayed.
   bool Relay(std::string_view line);
 
  private:
   uNetControlClient::Events MakeEvents();
   void ConnecttoZEBBounce();
   void Show(const std::string& text);
-  void Note(const std::string& text) const;
+  // A journal line, unless it is the same again: a remote that is away for days is told of once.
+  void Note(const std::string& text);
+  std::string Remote() const;
   void RetryLater();
 
   clsZEBService& service_;
@@ -42,6 +46,7 @@ class BounceRelay {
   bool inUse_ = false;
   std::string host_, controllerName_;
   std::int32_t port_ = 0;
+  std::string lastNote_;
   Timer retry_;
   uNetControlClient client_;
 };

@@ -1,6 +1,11 @@
 #include "sources/frmManualZEB.h"
 
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
 #include "sources/ItemMessage.h"
+#include "templates/ZEB_Class_Functions.h"
 #include "text/HexEscapes.h"
 #include "text/Numbers.h"
 
@@ -35,8 +40,17 @@ std::string TwoPairs(std::string_view command, std::string_view firstKey, std::s
   return message;
 }
 
-const std::string& CartLine(const Cart& cart, std::int32_t number, std::size_t otherwise) {
-  return cart.lines[number >= 1 && number <= 3 ? static_cast<std::size_t>(number) - 1 : otherwise];
+// "" for a line number that is none, as when a message names the cart.
+std::string CartLine(const Cart& cart, std::int32_t number) {
+  return number >= 1 && number <= 3 ? cart.lines[static_cast<std::size_t>(number) - 1] : std::string();
+}
+
+// 0 unless all of the text is a number above 0.
+std::int32_t ReadCartNumber(std::string_view text) {
+  text = TrimBlanks(text);
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() ? std::max(number, 0) : 0;
 }
 
 }  // namespace
@@ -51,12 +65,20 @@ ManualEntry OpenManualEntry(const clsZEBService& service) {
 }
 
 bool CopyCart(ManualEntry& entry, CartStore& carts, const ServiceSettings& settings) {
-  const std::int32_t number = LeadingInteger(entry.cartNumber);
+  const std::int32_t number = ReadCartNumber(entry.cartNumber);
   if (number <= 0) return false;
   const auto cart = carts.Find(number);
   if (!cart) return false;
-  entry.itemName = CartLine(*cart, settings.CartItemNameLine, 0);
-  entry.artist = CartLine(*cart, settings.CartArtist1Line, 1);
+  // There is one field for the artists, and a typed title takes away those of the cart itself.
+  clsZEBItemInfo artists;
+  artists.Edit().Artist1Name = CartLine(*cart, settings.CartArtist1Line);
+  artists.Edit().Artist2Name = CartLine(*cart, settings.CartArtist2Line);
+  const auto copy = [](std::string value, std::string& field) {
+    if (!value.empty()) field = std::move(value);
+  };
+  copy(CartLine(*cart, settings.CartItemNameLine), entry.itemName);
+  copy(JoinArtistNames(artists), entry.artist);
+  copy(ParameterValue(cart->serialisation, "StNotes"), entry.notes);
   return true;
 }
 
@@ -66,7 +88,7 @@ std::string ManualItemMessage(const ManualEntry& entry) {
   fields.ItemType = entry.itemType;
   fields.ItemName = TrimBlanks(entry.itemName);
   fields.Artist1Name = entry.artist;
-  fields.CartNumber = LeadingInteger(entry.cartNumber);
+  fields.CartNumber = ReadCartNumber(entry.cartNumber);
   fields.Notes = entry.notes;
   std::string message(kMessageStarts[static_cast<std::size_t>(entry.slot)]);
   return message.append(" ").append(WriteItemMessage(item));

@@ -30,8 +30,8 @@ struct ManualEntry {
 // The fields as the window opens: presenter and show as the service has them.
 ManualEntry OpenManualEntry(const clsZEBService& service);
 
-// Copies a cart's title, artist and notes into the fields. False, and nothing changes, when the number is
-// none or there is no such cart.
+// Copies into the fields what a cart has: title and artists from the lines that the service names, notes from
+// its record. False, and nothing changes, when the number is none or there is no such cart.
 bool CopyCart(ManualEntry& entry, CartStore& carts, const ServiceSettings& settings);
 
 std::string ManualItemMessage(const ManualEntry& entry);

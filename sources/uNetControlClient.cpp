@@ -62,10 +62,10 @@ struct uNetControlClient::Impl : std::enable_shared_from_this<Impl> {
     link->Close();
   }
 
+  // The socket is let go of, not closed: a peer that does not read must not keep what was queued for it.
   void Fail(std::string reason) {
     const auto link = std::exchange(socket, nullptr);
     if (!link) return;
-    link->Close();
     state = State::kDisconnected;
     lastError = std::move(reason);
     Raise(events.Disconnected);

@@ -44,6 +44,7 @@ TEST(SetCommand, NamesWhatItDoesNotTake) {
       {{"promote", "previous"}, "set promote takes next or coming"},
       {{"current", "--name", "x"}, "set current has no option '--name'"},
       {{"current", "--title"}, "--title needs a value"},
+      {{"current", "--controller", ""}, "--controller needs a value"},
       {{"current", "--type", "tune"}, "--type takes a number, not 'tune'"},
       {{"current", "--cart", "-1"}, "--cart takes a number, not '-1'"},
       {{"presenter", "--name", "Nell"}, "set presenter needs --reference"},
@@ -59,20 +60,28 @@ TEST(SetCommand, NamesWhatItDoesNotTake) {
 TEST(ManualEntry, CopiesACartByTheServicesLines) {
   struct Carts : CartStore {
     std::optional<Cart> Find(std::int32_t number) override {
-      return number == 12 ? std::optional<Cart>(Cart{{"one", "two", "three"}, ""}) : std::nullopt;
+      if (number == 14) return Cart{{"", "", ""}, "CField1=x"};
+      return number == 12 ? std::optional<Cart>(Cart{{"one", "two", "three"}, "StNotes=\"n {22}o{22}\""})
+                          : std::nullopt;
     }
   } carts;
   ServiceSettings settings;
   settings.CartItemNameLine = 3;
   ManualEntry entry;
-  for (const char* none : {"", "x", "0", "-12", "13"}) {
+  for (const char* none : {"", "x", "0", "-12", "12x", "99999999999", "13"}) {
     entry.cartNumber = none;
     EXPECT_FALSE(CopyCart(entry, carts, settings)) << none;
   }
   EXPECT_EQ(entry.itemName, "");
-  entry.cartNumber = "12";
+  entry.cartNumber = " 12 ";
   EXPECT_TRUE(CopyCart(entry, carts, settings));
-  EXPECT_EQ(entry.itemName + "/" + entry.artist, "three/two");
+  EXPECT_EQ(entry.itemName + "/" + entry.artist + "/" + entry.notes, "three/two and three/n \"o\"");
+  EXPECT_EQ(ManualItemMessage(entry),
+            "SET_CURRENT_ITEM  IType=7 HDRef=12 ITitle=\"three\" AName1=\"two and three\" "
+            "StNotes=\"n {22}o{22}\"");
+  entry.cartNumber = "14";  // what a cart does not have stays
+  EXPECT_TRUE(CopyCart(entry, carts, settings));
+  EXPECT_EQ(entry.itemName, "three");
 }
 
 TEST(ManualEntry, SendsNoPresenterOrShowWithoutAReference) {

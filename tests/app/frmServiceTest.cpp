@@ -4,6 +4,7 @@
 
 #include "app/frmService.h"
 #include "platform/simulated/TestEnvironment.h"
+#include "sources/uNetControlServer.h"
 
 namespace zeb {
 namespace {
@@ -227,6 +228,48 @@ TEST_F(frmServiceTest, TheControllerIsGreetedAndShown) {
   ports.loop.RunPosted();
   EXPECT_EQ(window->PanelText(Panel::kNetControl), "No controller connected");
   EXPECT_EQ(socket->CurrentState(), TcpClientControl::kClosed);
+}
+
+TEST_F(frmServiceTest, RelaysWhatItsControllerSends) {
+  ports.hive.WriteNumber(Key(), "UseBounce", 1);
+  ports.hive.WriteText(Key(), "BounceServer", "second-site");
+  ports.hive.WriteNumber(Key(), "BouncePort", 7);
+  Lines relayed;
+  uNetControlServer::Events events;
+  events.MessageFromController = [&](int, std::string_view line) { relayed.emplace_back(line); };
+  uNetControlServer remote(ports.environment, events);
+  ASSERT_TRUE(remote.Listen(6907));
+  Open();
+  EXPECT_TRUE(window->PanelVisible(Panel::kBounceControl));
+  EXPECT_EQ(window->PanelText(Panel::kBounceControl), "Have Bounce Control..");
+  EXPECT_EQ(remote.ControllerName(), "ZEB.Demo");
+  std::string received;
+  auto playout = ports.network.MakeClient();
+  playout->onData = [&](std::string_view bytes) { received += bytes; };
+  playout->onConnected = [&] {
+    playout->SendData("NET_CONTROL_LOGON Desk\r\nNO_SUCH {0D}\xE9\r\nSET_CURRENT_ITEM ITitle=a\r\n");
+  };
+  playout->Connect("here", 6901);
+  ports.loop.RunPosted();
+  Say("SET_CURRENT_ITEM ITitle=a");  // by hand, and nothing new: relayed all the same
+  ports.loop.RunPosted();
+  EXPECT_EQ(relayed, (Lines{"NO_SUCH {0D}\xE9", "SET_CURRENT_ITEM ITitle=a", "SET_CURRENT_ITEM ITitle=a"}));
+  EXPECT_EQ(window->service().CurrentItem()->ItemName, "a");
+
+  received.clear();
+  remote.Close();
+  ports.loop.RunPosted();
+  EXPECT_EQ(window->PanelText(Panel::kBounceControl), "Bounce Disconnected..");
+  ASSERT_TRUE(remote.Listen(6907));
+  window->Reload();
+  ports.loop.RunPosted();
+  EXPECT_EQ(received, "GET_INFORMATION\r\n") << "so that the remote hears everything again";
+  ports.hive.WriteNumber(Key(), "UseBounce", 0);
+  window->Reload();
+  ports.loop.RunPosted();
+  EXPECT_FALSE(window->PanelVisible(Panel::kBounceControl));
+  EXPECT_TRUE(window->PanelVisible(Panel::kNetControl));
+  EXPECT_EQ(remote.ControllerName(), "");
 }
 
 TEST_F(frmServiceTest, ListensOnlyWhereItShould) {

@@ -74,6 +74,10 @@ TEST_F(BounceTest, ManualEntriesGoTheWayOfTheControlLink) {
   set({"current", "--cart", "12", "--type", "other"});
   EXPECT_EQ(AwaitPage("now.txt", "The Carters"),
             "Cart Say \"Hi\" by The Carters, Nell \"C\" Carver, next Rain\n");
+  // An edited cart file counts from the next look-up on.
+  WriteFile(Path("Carts.csv"), "12,Late change,Others,\n");
+  set({"current", "--cart", "12"});
+  EXPECT_EQ(AwaitPage("now.txt", "Others"), "Song Late change by Others, Nell \"C\" Carver, next Rain\n");
   set({"promote", "next"});
   EXPECT_EQ(AwaitPage("now.txt", "Song Rain"), "Song Rain by Gwen, Nell \"C\" Carver, next \n");
 }

@@ -30,6 +30,13 @@ struct Bounce : testing::Test, private IntakeWindow, private ServiceEvents {
     ports.loop.RunPosted();
   }
   Lines Panels() { return std::exchange(panels, {}); }
+  // What the relaying service wrote, not the remote.
+  Lines Notes() const {
+    Lines own;
+    for (const std::string& note : ports.person.notes)
+      if (note.starts_with(service.settings.ServiceName)) own.push_back(note);
+    return own;
+  }
 
   void SetPanel(Panel panel, const std::string& text) override {
     EXPECT_EQ(panel, Panel::kBounceControl);
@@ -86,11 +93,33 @@ TEST_F(Bounce, StaysDisconnectedUnlessToldToRetry) {
   Apply();
   remote.reset();
   ports.loop.RunPosted();
-  EXPECT_EQ(Panels().back(), "Bounce Disconnected..");
+  EXPECT_EQ(Panels(), (Lines{"Bounce Connecting..", "Bounce Connected..", "Have Bounce Control..",
+                             "Bounce Disconnected.."}));
   StartRemote();
   ports.loop.RunFor(1h);
   EXPECT_EQ(Panels(), Lines{});
   EXPECT_FALSE(relay.Relay("UPDATE"));
+  Apply();
+  EXPECT_EQ(Panels().back(), "Have Bounce Control..") << "applying the settings opens it again";
+}
+
+TEST_F(Bounce, StopsWhenTheRemoteEndsItsControl) {
+  Apply();
+  Panels();
+  EXPECT_TRUE(
+      relay.Relay("NET_CONTROL_LOGOFF"));  // relayed like anything else; the remote takes it at its word
+  ports.loop.RunPosted();
+  EXPECT_EQ(Panels(), Lines{"Bounce Control Ended.."});
+  EXPECT_FALSE(relay.Relay("UPDATE"));
+  uNetControlClient other(ports.loop, ports.network, {});
+  other.Connect("second-site", 6902, "Play\x1Bout");
+  ports.loop.RunPosted();
+  ports.hive.WriteNumber(ports.environment.settingsRoot, "BounceRetrySeconds", 5);
+  Apply();
+  EXPECT_EQ(Panels().back(), "Bounce has refused Control..");
+  other.Disconnect();
+  ports.loop.RunFor(5s);
+  EXPECT_EQ(Panels().back(), "Have Bounce Control..");
 }
 
 TEST_F(Bounce, RetriesAfterTheSecondsThatAreSet) {
@@ -98,6 +127,12 @@ TEST_F(Bounce, RetriesAfterTheSecondsThatAreSet) {
   Apply();
   remote.reset();
   ports.loop.RunFor(12s);  // two tries find nobody
+  EXPECT_EQ(Panels().back(), "Bounce Disconnected..");
+  EXPECT_EQ(Notes(), (Lines{" Radio One: relays to second-site, control port 2",
+                            " Radio One: does not relay to second-site, control port 2: the link was closed",
+                            " Radio One: does not relay to second-site, control port 2: cannot connect to "
+                            "second-site:6902: connection refused"}))
+      << "the same failure is told once";
   StartRemote();
   Panels();
   ports.loop.RunFor(2900ms);
@@ -117,8 +152,17 @@ TEST_F(Bounce, AnUnreadLinkIsClosedAtItsBound) {
   const std::string megabyte(1000 * 1000, 'x');
   int taken = 0;
   while (taken < 20 && relay.Relay(megabyte)) ++taken;
-  EXPECT_EQ(taken, 5) << "the line that passes 4 MiB is the last";
-  EXPECT_EQ(Panels(), Lines{"Bounce Disconnected.. (the server does not read what it is sent)"});
+  EXPECT_EQ(taken, 4) << "the line that passes 4 MiB is lost";
+  EXPECT_EQ(Panels().back(), "Bounce Disconnected.. (the remote does not take the information)");
+  EXPECT_EQ(
+      ports.person.notes.back(),
+      " Radio One: does not relay to second-site, control port 2: the server does not read what it is sent");
+  ports.network.StopReading(false);
+  ports.loop.RunPosted();
+  EXPECT_EQ(arrived, Lines{}) << "what was queued is dropped with the link";
+  EXPECT_EQ(remote->ControllerName(), "");
+  Apply();
+  EXPECT_EQ(Panels().back(), "Have Bounce Control..");
 }
 
 TEST_F(Bounce, SettingsThatLeadNowhereAreNoted) {
@@ -126,7 +170,13 @@ TEST_F(Bounce, SettingsThatLeadNowhereAreNoted) {
   Apply();
   EXPECT_EQ(Panels(), Lines{"Bounce Disconnected.."});
   EXPECT_EQ(ports.person.notes.back(),
-            " Radio One: relays nothing: BounceServer is empty or BouncePort is not 1 or more");
+            " Radio One: relays nothing: BounceServer is empty, or BouncePort is not 1 to 58635");
+  service.settings.BounceServer = "second-site";
+  for (const std::int32_t port : {0, -1, 58636, 2147483647}) {
+    service.settings.BouncePort = port;
+    Apply();
+    EXPECT_EQ(Panels(), Lines{"Bounce Disconnected.."}) << port;
+  }
 }
 
 }  // namespace
