@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "diagnostics/hxGeneral.h"
 #include "text/Paths.h"
 
 namespace zeb {
@@ -86,6 +87,7 @@ Outcome cWinINET::DownloadFile(FtpSession& session, const std::string& serverPat
   const std::string work = local + ".tmp";
   Outcome written = files_.Write(work, bytes.Value());
   if (written) written = files_.Rename(work, local);
+  DebugLine("Removing Tempfiles");
   if (!written) static_cast<void>(files_.Delete(work));
   return written;
 }

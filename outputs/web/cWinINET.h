@@ -37,6 +37,10 @@ class cWinINET {
                           const std::string& serverPath, bool throughTempName, const Progress& progress = {});
   Outcome DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local);
 
+  // Whether the computer answers an echo request; `ping` is the platform's (platform/posix/Ping.h).
+  using Ping = std::function<bool(const std::string& host)>;
+  static bool PingComputer(const std::string& host, const Ping& ping) { return ping && ping(host); }
+
   static std::string GetUploadResultDescription(std::int32_t code);
   static std::string GetLastInternetResponse(const FtpSession& session) { return session.LastResponse(); }
 
