@@ -16,6 +16,8 @@ namespace zeb {
 namespace {
 
 constexpr const char* kSettingsKey = "\\Web";
+// With less the FTP library gives its data connections up before they stand.
+constexpr std::int32_t kShortestTimeLimit = 2;
 constexpr std::int32_t kLongestTimeLimit = 600;
 constexpr int kMaxNamesTried = 100;
 
@@ -148,8 +150,8 @@ void clsZEBWebOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   settings.FTPProxyName = hive.ReadText(key, "FTPProxyName" + number, "");
   settings.FTPProxyPort = hive.ReadNumber(key, "FTPProxyPort" + number, 21);
   settings.FTPPassiveMode = hive.ReadNumber(key, "FTPPassiveMode" + number, 1) != 0;
-  settings.FTPTimeoutSeconds =
-      std::clamp(hive.ReadNumber(key, "FTPTimeoutSeconds" + number, 30), 1, kLongestTimeLimit);
+  settings.FTPTimeoutSeconds = std::clamp(hive.ReadNumber(key, "FTPTimeoutSeconds" + number, 30),
+                                          kShortestTimeLimit, kLongestTimeLimit);
   settings.FTPUseTLS = hive.ReadNumber(key, "FTPUseTLS" + number, 0) != 0;
   settings.FTPCaFile = hive.ReadText(key, "FTPCaFile" + number, "");
   SetStatus(kStatusOK);
@@ -343,8 +345,10 @@ bool clsZEBWebOutput::Connect() {
     session_ = std::move(session);
     return true;
   }
+  // A reply that agrees to something does not tell why the connection failed.
   const std::string reply = session->LastResponse();
-  GiveUpConnecting("Couldn't connect To Server : \n\n" + (reply.empty() ? connected.Reason() : reply));
+  const bool refused = !reply.empty() && reply[0] >= '4';
+  GiveUpConnecting("Couldn't connect To Server : \n\n" + (refused ? reply : connected.Reason()));
   DebugLine("Couldn't connect to FTP server ", settings.FTPServerName, " ", lastError_);
   return false;
 }
