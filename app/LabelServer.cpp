@@ -41,6 +41,7 @@ struct Peer {
   int tries = 0;
   bool open = true;
   bool working = false;  // its task runs
+  bool ended = false;    // the client has closed
 };
 using PeerPtr = std::shared_ptr<Peer>;
 
@@ -145,7 +146,11 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
     };
     peer->connection->onData = guarded(
         [](State& state, const PeerPtr& sender, std::string_view bytes) { state.OnData(sender, bytes); });
-    peer->connection->onClosed = guarded([](State& state, const PeerPtr& sender) { state.Drop(sender); });
+    // What came before the end is still handled: the last label would be lost otherwise.
+    peer->connection->onClosed = guarded([](State& state, const PeerPtr& sender) {
+      sender->ended = true;
+      if (!sender->working) state.Drop(sender);
+    });
     peer->logOnLimit =
         loop.After(kLogOnLimit, guarded([](State& state, const PeerPtr& sender) { state.Drop(sender); }));
     peers.push_back(peer);
@@ -181,6 +186,7 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
         self->Drop(peer);
       }
       peer->working = false;
+      if (peer->ended) self->Drop(peer);
     });
   }
 

@@ -71,6 +71,16 @@ TEST_F(LabelServerTest, TakesLabelsAndReplacesTheFileInOneStep) {
   EXPECT_EQ(server.ConnectionCount(), 0u);
 }
 
+TEST_F(LabelServerTest, WhatCameBeforeTheEndOfAConnectionIsStillTaken) {
+  t.loop.SetBlockingTime(100ms);
+  const auto a = Connect();
+  Say(*a, std::string(kLogOn) + "LABEL TEXT=\"A\"\r\nLABEL TEXT=\"B\"\r\n");
+  a->socket->Close();
+  t.loop.RunFor(1s);
+  EXPECT_EQ(t.files.Contents("/l/demo.txt"), "B");
+  EXPECT_EQ(server.ConnectionCount(), 0u);
+}
+
 TEST_F(LabelServerTest, RefusesLabelsAbove128Bytes) {
   const auto a = Connect();
   Say(*a, kLogOn);

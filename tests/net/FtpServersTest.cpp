@@ -145,6 +145,7 @@ TEST_F(FtpServersTest, PureFtpdActive) {
 TEST_F(FtpServersTest, AWrongPasswordIsToldInTheServersWords) {
   StartPureFtpd();
   Set("FTPPassword1", "wrong");
+  Set("FTPTimeoutSeconds1", "30");  // the server makes who guesses wait
   WriteFile((site / "now.html").string(), "the page before");
   Start();
   Play("One");

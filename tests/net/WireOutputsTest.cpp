@@ -130,7 +130,9 @@ TEST_F(WireOutputsTest, OpensADeviceThatCameBack) {
   terminal = std::make_unique<Terminal>();
   std::filesystem::create_symlink(terminal->device, name);
   ASSERT_EQ(Send({Current("four")}).status, 0);
-  EXPECT_EQ(terminal->ReadTo("RT=four\r\n"), "RT=four\r\n");
+  // The one before may still be on its way when the device comes back.
+  const std::string came = terminal->ReadTo("RT=four\r\n");
+  EXPECT_TRUE(came == "RT=four\r\n" || came == "RT=three\r\nRT=four\r\n") << came;
   EXPECT_TRUE(zebd->WaitForError("Serial 1 works again")) << zebd->error;
 }
 
