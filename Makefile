@@ -54,7 +54,7 @@ bench:
 format:
 	@scripts/format
 
-tidy: build/dev/build.ninja
+tidy:
 	@scripts/tidy
 
 check:

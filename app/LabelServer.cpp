@@ -80,7 +80,7 @@ Result<std::vector<LabelService>> ReadLabelServices(std::string_view iniBytes) {
       const std::string name(TrimBlanks(line.substr(1, line.size() - 2)));
       for (const LabelService& service : services)
         if (EqualIgnoringCase(service.name, name))
-          return Failure{where + "the service '" + name + "' is there twice"};
+          return Failure{std::string(where).append("the service '").append(name).append("' is there twice")};
       services.push_back({name, "", ""});
       continue;
     }

@@ -21,7 +21,7 @@ constexpr std::int32_t kShortestTimeLimit = 2;
 constexpr std::int32_t kLongestTimeLimit = 600;
 constexpr int kMaxNamesTried = 100;
 
-std::string OneLine(std::string text) {
+std::string OneLine(const std::string& text) {
   std::string line;
   for (const char c : text)
     if (c != '\r' && c != '\n')

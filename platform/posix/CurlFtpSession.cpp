@@ -89,7 +89,7 @@ bool StaysConnected(CURLcode code) {
 }  // namespace
 
 CurlFtpSession::~CurlFtpSession() {
-  Close();
+  CurlFtpSession::Close();
 }
 
 Outcome CurlFtpSession::Open() {

@@ -101,7 +101,7 @@ QtSerialPortControl::QtSerialPortControl(EventLoop& loop, Network& network) : lo
 }
 
 QtSerialPortControl::~QtSerialPortControl() {
-  Close();
+  QtSerialPortControl::Close();
 }
 
 void QtSerialPortControl::SetLine(Line line) {

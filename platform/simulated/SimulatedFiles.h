@@ -37,8 +37,8 @@ class SimulatedFiles : public FileSystem {
   void Put(const std::string& path, std::string bytes);  // makes the folders too
   // Gives a file the time stamp of another moment, as a rewrite within one tick of the clock would.
   void SetModified(const std::string& path, std::int64_t modified);
-  void PutSpecial(const std::string& path);              // a pipe or device: exists, but is not regular
-  int operations = 0;                                    // how many were asked for
+  void PutSpecial(const std::string& path);  // a pipe or device: exists, but is not regular
+  int operations = 0;                        // how many were asked for
 
  private:
   struct File {

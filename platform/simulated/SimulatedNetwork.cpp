@@ -159,7 +159,7 @@ class SimulatedListener : public TcpListener {
  public:
   explicit SimulatedListener(std::shared_ptr<SimulatedNetwork::State> network)
       : network_(std::move(network)) {}
-  ~SimulatedListener() override { Close(); }
+  ~SimulatedListener() override { SimulatedListener::Close(); }
 
   Outcome Listen(const std::string&, std::uint16_t port) override {
     Close();

@@ -1,6 +1,6 @@
-#include "tests/outputs/NetworkFixture.h"
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "platform/simulated/SimulatedEncoders.h"
+#include "tests/outputs/NetworkFixture.h"
 
 namespace zeb {
 namespace {

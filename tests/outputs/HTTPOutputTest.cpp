@@ -1,6 +1,6 @@
-#include "tests/outputs/NetworkFixture.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
+#include "tests/outputs/NetworkFixture.h"
 
 namespace zeb {
 namespace {

@@ -1,6 +1,6 @@
-#include "platform/posix/Ping.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/posix/Ping.h"
 
 namespace zeb {
 namespace {
