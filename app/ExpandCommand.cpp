@@ -4,22 +4,12 @@
 
 #include "sources/ControlLink.h"
 #include "sources/ItemIntake.h"
+#include "sources/SilentWindow.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Encodings.h"
 
 namespace zeb {
 namespace {
-
-// Nothing is shown or updated: the items themselves are all that is wanted.
-class NoWindow : public IntakeWindow {
- public:
-  void SetPanel(Panel, const std::string&) override {}
-  void RefreshItemList() override {}
-  void UpdateOutputsNow() override {}
-  bool UpdateRunning() const override { return false; }
-  void InformationReceived() override {}
-  void SendTravelFlag(bool) override {}
-};
 
 bool ReadDigits(std::string_view text, std::size_t at, std::size_t count, int& number) {
   const char* start = text.data() + at;
@@ -116,7 +106,7 @@ void RunExpandCommand(Environment& environment, const ExpandOptions& options, st
       environment, [](OutputType) { return nullptr; }, nobody);
   service.SetItemCount(kMaxNextItems);
   if (options.service > 0) service.SetServiceNumber(options.service);
-  NoWindow window;
+  SilentWindow window;
   ItemIntake intake(service, window);
   ControlLink link(intake, environment.carts);
   FeedMessages(link, messages);

@@ -10,11 +10,11 @@
 #include "outputs/wire/WireCharacters.h"
 #include "sources/ItemMessage.h"
 #include "sources/LineSplitter.h"
-#include "sources/OneLine.h"
 #include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "sources/OneLine.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 

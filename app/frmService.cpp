@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/OutputJournal.h"
+#include "core/Counted.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/dab/LabelClient.h"
 #include "sources/BounceRelay.h"
@@ -33,7 +34,7 @@ constexpr const char* kWaiting = "Information Update received, waiting..";
 constexpr const char* kUpdating = "Information Update received, updating..";
 constexpr const char* kForcing = "Forcing Information Update, waiting..";
 
-// Sets a flag, or counts, until the end of the scope, on whatever way that is reached.
+// Sets a flag until the end of the scope, on whatever way that is reached.
 class FlagHeld {
  public:
   explicit FlagHeld(bool& flag) : flag_(flag) { flag_ = true; }
@@ -43,17 +44,6 @@ class FlagHeld {
 
  private:
   bool& flag_;
-};
-
-class Counted {
- public:
-  explicit Counted(int& count) : count_(count) { ++count_; }
-  ~Counted() { --count_; }
-  Counted(const Counted&) = delete;
-  Counted& operator=(const Counted&) = delete;
-
- private:
-  int& count_;
 };
 
 }  // namespace

@@ -42,7 +42,7 @@ clsZEBItemInfo Song() {
   fields.CopyrightComposer = "B. Composer, C. Writer";
   fields.CopyrightPerformer = "The Example Street Orchestra";
   fields.CopyrightPublisher = "Example Music Publishing Ltd";
-  fields.CopyrightCode = "QZ-XXX-26-00001";
+  fields.CopyrightCode = "QZ-ABC-26-00001";
   fields.CopyrightTotalDuration = 214.5F;
   fields.CopyrightMusicDuration = 214.5F;
   fields.Notes = "From the new album, out this Friday";

@@ -7,18 +7,10 @@
 #include "platform/simulated/TestEnvironment.h"
 #include "sources/ControlLink.h"
 #include "sources/ItemMessage.h"
+#include "sources/SilentWindow.h"
 
 namespace zeb {
 namespace {
-
-struct SilentWindow : IntakeWindow {
-  void SetPanel(Panel, const std::string&) override {}
-  void RefreshItemList() override {}
-  void UpdateOutputsNow() override {}
-  bool UpdateRunning() const override { return false; }
-  void InformationReceived() override {}
-  void SendTravelFlag(bool) override {}
-};
 
 struct Station : ServiceEvents {
   Station() { service.SetItemCount(kMaxNextItems); }

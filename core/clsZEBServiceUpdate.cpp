@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "core/Counted.h"
 #include "core/clsZEBService.h"
 #include "diagnostics/hxGeneral.h"
 #include "text/LetterCase.h"
@@ -19,17 +20,6 @@ constexpr std::size_t kMaxWaiting = 16;  // cues of a type; what comes on top is
 
 constexpr const char* kCueCommand = "CMD";
 constexpr const char* kNearEndText = "SAE\r\n";
-
-class Counted {
- public:
-  explicit Counted(int& count) : count_(count) { ++count_; }
-  ~Counted() { --count_; }
-  Counted(const Counted&) = delete;
-  Counted& operator=(const Counted&) = delete;
-
- private:
-  int& count_;
-};
 
 std::string_view NameOf(OutputType type) {
   const OutputTypeInfo* info = FindOutputType(static_cast<std::int32_t>(type));

@@ -6,20 +6,12 @@
 
 #include "platform/simulated/TestEnvironment.h"
 #include "sources/ControlLink.h"
+#include "sources/SilentWindow.h"
 #include "sources/uNetControlServer.h"
 
 namespace {
 
 using namespace zeb;
-
-struct SilentWindow : IntakeWindow {
-  void SetPanel(Panel, const std::string&) override {}
-  void RefreshItemList() override {}
-  void UpdateOutputsNow() override {}
-  bool UpdateRunning() const override { return false; }
-  void InformationReceived() override {}
-  void SendTravelFlag(bool) override {}
-};
 
 struct Station : ServiceEvents {
   Station() {

@@ -6,6 +6,7 @@
 
 #include "platform/simulated/TestEnvironment.h"
 #include "sources/ItemMessage.h"
+#include "sources/SilentWindow.h"
 #include "text/Utf8.h"
 
 namespace {
@@ -15,15 +16,6 @@ using namespace zeb;
 void Require(bool holds) {
   if (!holds) std::abort();
 }
-
-struct SilentWindow : IntakeWindow {
-  void SetPanel(Panel, const std::string&) override {}
-  void RefreshItemList() override {}
-  void UpdateOutputsNow() override {}
-  bool UpdateRunning() const override { return false; }
-  void InformationReceived() override {}
-  void SendTravelFlag(bool) override {}
-};
 
 struct Station : ServiceEvents {
   Station() { ports.carts.carts[1] = {{"Line 1", "Line 2", "Line 3"}, "StNotes=\"from the cart\""}; }

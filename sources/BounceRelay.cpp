@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
-#include "sources/OneLine.h"
+#include "text/OneLine.h"
 #include "text/Numbers.h"
 
 namespace zeb {

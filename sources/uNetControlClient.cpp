@@ -5,7 +5,7 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "sources/LineSplitter.h"
-#include "sources/OneLine.h"
+#include "text/OneLine.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"

@@ -7,7 +7,7 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "sources/LineSplitter.h"
-#include "sources/OneLine.h"
+#include "text/OneLine.h"
 #include "sources/PeerRanges.h"
 #include "sources/RepeatedNote.h"
 #include "text/Encodings.h"

@@ -10,6 +10,7 @@
 #include "outputs/file/PageWork.h"
 #include "outputs/web/cWinINET.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 #include "text/Paths.h"
 
 namespace zeb {
@@ -20,16 +21,6 @@ constexpr const char* kSettingsKey = "\\Web";
 constexpr std::int32_t kShortestTimeLimit = 2;
 constexpr std::int32_t kLongestTimeLimit = 600;
 constexpr int kMaxNamesTried = 100;
-
-std::string OneLine(const std::string& text) {
-  std::string line;
-  for (const char c : text)
-    if (c != '\r' && c != '\n')
-      line += c;
-    else if (!line.empty() && line.back() != ' ')
-      line += ' ';
-  return line;
-}
 
 // A plain name is a file at the root, as the transfer client has it: every step must mean the same file.
 std::string ServerPath(const std::string& path) {
@@ -114,7 +105,7 @@ std::string clsZEBWebOutput::GetStatusString(std::uint32_t& colour) {
 }
 
 std::string clsZEBWebOutput::ProblemText() const {
-  if (abandoned_) return OneLine(lastError_);
+  if (abandoned_) return OneLine(lastError_, kMaxFtpResponseCharacters + 200);
   const std::string pairs = PairOutput::ProblemText();
   return pairs.empty() ? additionalProblem_ : pairs;
 }
@@ -248,7 +239,8 @@ bool clsZEBWebOutput::SendPage(std::size_t pair, const clsFileParameters& parame
   if (destination.empty())
     stepProblem_ = "no page is set for the template '" + parameters.SourceFileName() + "'";
   if (!abandoned_) Fail(kStatusUploadProblem, "Couldn't upload file to temp file : \n\n" + Response());
-  if (generation_ == PairsGeneration()) KeepProblem(pair, "'" + destination + "': " + OneLine(lastError_));
+  if (generation_ == PairsGeneration())
+    KeepProblem(pair, "'" + destination + "': " + OneLine(lastError_, kMaxFtpResponseCharacters + 200));
   return false;
 }
 
@@ -272,13 +264,13 @@ void clsZEBWebOutput::SendAdditional(const Additional& file) {
   if (!Upload(file.local, work)) {
     if (!abandoned_)
       Fail(kStatusUploadProblem, "Couldn't upload additional files to temp files : \n\n" + Response());
-    additionalProblem_ = "'" + file.local + "': " + OneLine(lastError_);
+    additionalProblem_ = "'" + file.local + "': " + OneLine(lastError_, kMaxFtpResponseCharacters + 200);
     return;
   }
   DebugLine("Renaming uploading Temp File : ", work, " to ", file.server);
   if (Replace(work, file.server)) return;
   if (!abandoned_) Fail(kStatusUploadProblem, "Couldn't rename additional temp files : \n\n" + Response());
-  additionalProblem_ = "'" + file.server + "': " + OneLine(lastError_);
+  additionalProblem_ = "'" + file.server + "': " + OneLine(lastError_, kMaxFtpResponseCharacters + 200);
 }
 
 void clsZEBWebOutput::PlacePage(const Page& page) {
@@ -288,7 +280,7 @@ void clsZEBWebOutput::PlacePage(const Page& page) {
     if (!abandoned_)
       Fail(kStatusUploadProblem,
            "Couldn't rename temp file to final name - " + page.destination + "\n\n" + Response());
-    problem = "'" + page.destination + "': " + OneLine(lastError_);
+    problem = "'" + page.destination + "': " + OneLine(lastError_, kMaxFtpResponseCharacters + 200);
     deleteFiles_[page.pair] = std::string(FileNamePart(page.destination)) + ".tmp";
   }
   if (generation_ == PairsGeneration()) KeepProblem(page.pair, problem);

@@ -316,7 +316,7 @@ TEST_F(frmServiceTest, TheJournalTellsOfUpdatesAndChanges) {
   Notes();
   Say("SET_CURRENT_ITEM ITitle=\"One{0D}{0A}two\" AName1=Band");
   At(10s);
-  EXPECT_EQ(Notes(), Lines{"Demo FM: updated 2 file outputs, 1 web output in 1.5 ms: 'One  two' by 'Band'"});
+  EXPECT_EQ(Notes(), Lines{"Demo FM: updated 2 file outputs, 1 web output in 1.5 ms: 'One two' by 'Band'"});
   script.problem = "cannot write '/srv/now.html': no space left";
   At(1min);  // several periodic updates of the web output
   EXPECT_EQ(Notes(), Lines{"Demo FM: Web 1: cannot write '/srv/now.html': no space left"});

@@ -82,7 +82,7 @@ TEST_F(ControlClient, LogsOffWhenItLeaves) {
   Connect(*client, "One more");  // and may come back
   client->Connect("station", 6901, "Line\r\nBreak");
   ports.loop.RunPosted();
-  EXPECT_EQ(server->ControllerName(), "Line  Break");
+  EXPECT_EQ(server->ControllerName(), "Line Break");
 }
 
 TEST_F(ControlClient, TellsWhyItFailed) {

@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-// Control characters become blanks; at most `maxCharacters` stay. `text` is UTF-8.
+// Each run of control characters becomes one blank; at most `maxCharacters` stay. `text` is UTF-8.
 std::string OneLine(std::string_view text, std::size_t maxCharacters = 200);
 
 }  // namespace zeb

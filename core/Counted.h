@@ -1,0 +1,17 @@
+// Counted: counts what is under way, until the end of the scope, on whatever way that is reached.
+#pragma once
+
+namespace zeb {
+
+class Counted {
+ public:
+  explicit Counted(int& count) : count_(count) { ++count_; }
+  ~Counted() { --count_; }
+  Counted(const Counted&) = delete;
+  Counted& operator=(const Counted&) = delete;
+
+ private:
+  int& count_;
+};
+
+}  // namespace zeb
