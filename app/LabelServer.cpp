@@ -275,14 +275,16 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
       const std::string name;
     };
     const Held held(filesInHand, file);
-    Outcome outcome;
-    loop.RunBlocking([&] {
-      const std::string work = file + ".tmp";
-      outcome = files.Write(work, label);
-      if (outcome) outcome = files.Rename(work, file);
-      if (!outcome) static_cast<void>(files.Delete(work));
-    });
-    return outcome;
+    const auto written = loop.RunBlocking(
+        [&written = files, file, label] {
+          const std::string work = file + ".tmp";
+          Outcome outcome = written.Write(work, label);
+          if (outcome) outcome = written.Rename(work, file);
+          if (!outcome) static_cast<void>(written.Delete(work));
+          return outcome;
+        },
+        kWriteLimit);
+    return written ? *written : Failure{"'" + file + "' is still being written"};
   }
 
   void Close() {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +18,7 @@ constexpr Duration kConnectLimit = 20s;
 constexpr Duration kLogOffLimit = 20s;
 // How long the service may take no bytes before it counts as hung.
 constexpr Duration kStallLimit = 60s;
+constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);  // people type when they like
 // More than this is not queued: the input waits for the service.
 constexpr std::size_t kMaxUnsentBytes = 256 * 1024;
 constexpr std::size_t kMaxLineBytes = 1024 * 1024;  // the service ends the connection above it
@@ -74,12 +76,16 @@ class Sending : public std::enable_shared_from_this<Sending> {
   // A line is sent as soon as it is whole; the last one needs no line end.
   void SendInput() {
     std::string pending;
-    std::string bytes;
-    bool more = true;
-    while (more && !done_) {
-      loop_.RunBlocking([&] { more = input_(bytes); });
-      if (!more) break;
-      pending += bytes;
+    while (!done_) {
+      const auto read = loop_.RunBlocking(
+          [input = input_] {
+            std::string bytes;
+            const bool more = input(bytes);
+            return more ? std::optional(std::move(bytes)) : std::nullopt;
+          },
+          kNoLimit);
+      if (!read || !*read) break;
+      pending += **read;
       std::size_t start = 0;
       for (std::size_t end; (end = pending.find('\n', start)) != std::string::npos; start = end + 1)
         SendLine(std::string_view(pending).substr(start, end - start));

@@ -26,8 +26,12 @@ void EventLoop::Wait(Duration time) {
   tasks_->WaitUntil(nullptr, time);
 }
 
-void EventLoop::RunBlocking(std::function<void()> work) {
-  tasks_->RunBlocking(std::move(work));
+void EventLoop::Yield() {
+  tasks_->Yield();
+}
+
+bool EventLoop::RunOnWorker(std::function<void()> work, Duration limit, std::function<void()> cameBack) {
+  return tasks_->RunOnWorker(std::move(work), limit, std::move(cameBack));
 }
 
 bool EventLoop::InTask() const {

@@ -9,15 +9,16 @@
 // work is handed to the handler set by OnTaskFailure, and goes no further.
 //
 // A loop that ends abandons the tasks that still wait: their waits throw TaskAbandoned, so that their stacks
-// unwind and what they hold is released. A task must not wait in a destructor for that reason. A task whose
-// blocking work is under way on a worker thread cannot unwind, for the worker may be using what it holds: it
-// is left as it is and never goes on.
+// unwind and what they hold is released. A task must not wait in a destructor for that reason.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "platform/Time.h"
 
@@ -74,9 +75,17 @@ class EventLoop {
   bool WaitUntil(std::function<bool()> condition, Duration limit);
   void Wait(Duration time);
 
-  // Does `work` on a worker thread while the task waits. `work` touches nothing that the loop's thread may
-  // touch meanwhile. What it throws is thrown here again.
-  void RunBlocking(std::function<void()> work);
+  // Lets the tasks that were started, and those that they start, run until each waits or ends; then goes on.
+  // Outside a task there is nothing to do: Start has let them run already.
+  void Yield();
+
+  // Does `work` on a worker thread while the task waits. Gives what the work returned (true for one that
+  // returns nothing), or nothing (false) when `limit` passed first: the worker is then left to itself, and
+  // `cameBack` is called on the loop's thread once it has returned. So `work` must own what it uses, and
+  // touches nothing that the loop's thread may touch meanwhile. What it throws is thrown here again, but
+  // after the limit.
+  template <class Work>
+  auto RunBlocking(Work work, Duration limit, std::function<void()> cameBack = nullptr);
 
   bool InTask() const;
   std::size_t TaskCount() const;  // tasks that have not ended
@@ -97,7 +106,23 @@ class EventLoop {
   void RunReadyTasks();
 
  private:
+  bool RunOnWorker(std::function<void()> work, Duration limit, std::function<void()> cameBack);
+
   std::unique_ptr<TaskScheduler> tasks_;
 };
+
+template <class Work>
+auto EventLoop::RunBlocking(Work work, Duration limit, std::function<void()> cameBack) {
+  using Returned = std::invoke_result_t<Work&>;
+  if constexpr (std::is_void_v<Returned>) {
+    return RunOnWorker(std::move(work), limit, std::move(cameBack));
+  } else {
+    const auto returned = std::make_shared<std::optional<Returned>>();
+    const auto owned = std::make_shared<Work>(std::move(work));
+    const bool inTime =
+        RunOnWorker([returned, owned] { returned->emplace((*owned)()); }, limit, std::move(cameBack));
+    return inTime ? std::move(*returned) : std::optional<Returned>();
+  }
+}
 
 }  // namespace zeb

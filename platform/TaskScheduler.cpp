@@ -29,11 +29,13 @@ std::string DescribeCurrentException() {
 
 }  // namespace
 
-// Work for a worker thread. Queued until a worker begins it; an ending loop withdraws what is still queued.
+// Work for a worker thread. Queued until a worker begins it, and withdrawn when nobody wants it before that.
+// Shared by the task and the worker, so that either may outlive the other.
 class TaskScheduler::BlockingJob {
  public:
-  explicit BlockingJob(std::function<void()>& work) : work_(work) {}
+  explicit BlockingJob(std::function<void()> work) : work_(std::move(work)) {}
 
+  // On the worker's thread.
   void Run() {
     State queued = State::kQueued;
     if (!state_.compare_exchange_strong(queued, State::kUnderWay)) return;
@@ -42,21 +44,26 @@ class TaskScheduler::BlockingJob {
     } catch (...) {
       failure_ = std::current_exception();
     }
+    work_ = nullptr;
     state_ = State::kDone;
   }
 
-  // True when no worker uses the task's objects, nor ever will.
+  // True when no worker has begun it, nor ever will.
   bool Withdraw() {
     State queued = State::kQueued;
-    return state_.compare_exchange_strong(queued, State::kWithdrawn) || queued == State::kDone;
+    return state_.compare_exchange_strong(queued, State::kWithdrawn);
   }
 
   std::exception_ptr TakeFailure() { return std::exchange(failure_, nullptr); }
 
+  // On the loop's thread:
+  Task* waiting = nullptr;  // the task that waits for it; null once it no longer does
+  bool finished = false;
+
  private:
   enum class State { kQueued, kUnderWay, kDone, kWithdrawn };
   std::atomic<State> state_ = State::kQueued;
-  std::function<void()>& work_;  // on the task's stack, which stays until the job is done or withdrawn
+  std::function<void()> work_;
   std::exception_ptr failure_;
 };
 
@@ -78,12 +85,21 @@ void TaskScheduler::Start(std::string name, std::function<void()> work) {
   if (!running_) RunStarted();
 }
 
-// Begins the tasks that others started. On the loop's own stack only.
+// Begins the tasks that others started, then lets those go on that yielded to them. On the loop's own stack
+// only.
 void TaskScheduler::RunStarted() {
-  while (!starting_.empty()) {
-    Task& task = starting_.front();
-    parked_.splice(parked_.end(), starting_, task.self);
-    Resume(task);
+  for (;;) {
+    if (!starting_.empty()) {
+      Task& task = starting_.front();
+      parked_.splice(parked_.end(), starting_, task.self);
+      Resume(task);
+    } else if (!yielding_.empty()) {
+      Task& task = *yielding_.back();
+      yielding_.pop_back();
+      Resume(task);
+    } else {
+      return;
+    }
   }
 }
 
@@ -172,16 +188,38 @@ bool TaskScheduler::WaitUntil(std::function<bool()> condition, Duration limit) {
   return task.conditionHolds || condition();
 }
 
-void TaskScheduler::RunBlocking(std::function<void()> work) {
-  if (!running_) return work();
+void TaskScheduler::Yield() {
+  if (!running_ || starting_.empty()) return;
   if (Refused()) return;
-  Task& task = *running_;
-  task.job = std::make_shared<BlockingJob>(work);
-  offload_([job = task.job] { job->Run(); }, [this, &task] { Wake(task); });
+  yielding_.push_back(running_);
   Suspend();
-  const std::shared_ptr<BlockingJob> job = std::exchange(task.job, nullptr);
-  if (Refused()) return;
+  Refused();
+}
+
+bool TaskScheduler::RunOnWorker(std::function<void()> work, Duration limit, std::function<void()> cameBack) {
+  if (!running_) {
+    work();
+    return true;
+  }
+  if (Refused()) return false;
+  const auto job = std::make_shared<BlockingJob>(std::move(work));
+  job->waiting = running_;
+  const auto goOn = [this, job] { Wake(*std::exchange(job->waiting, nullptr)); };
+  offload_([job] { job->Run(); },
+           [job, goOn, cameBack] {
+             job->finished = true;
+             if (job->waiting) return goOn();
+             if (cameBack) cameBack();
+           });
+  const Timer timer = loop_.After(limit, [job, goOn] {
+    if (job->waiting) goOn();
+  });
+  Suspend();
+  job->waiting = nullptr;
+  if (!job->finished && job->Withdraw() && !closing_ && cameBack) cameBack();
+  if (Refused() || !job->finished) return false;
   if (std::exception_ptr failure = job->TakeFailure()) std::rethrow_exception(failure);
+  return true;
 }
 
 // One pass over the tasks that wait for a condition. Each is asked just before it goes on, for a task that
@@ -225,15 +263,16 @@ void TaskScheduler::Abandon() {
   const Tasks neverBegun = std::move(starting_);
   starting_.clear();
   parked_.splice(parked_.end(), waiting_);
+  yielding_.clear();
   while (!parked_.empty()) {
     Task& task = parked_.front();
-    if (!task.job || task.job->Withdraw()) Enter(task);
+    Enter(task);
     if (!task.ended) LeaveSuspended(task);
     parked_.erase(task.self);
   }
 }
 
-// Keeps a stack for the rest of the process: a worker thread may be using what is on it.
+// Keeps the stack of a task that will not end: nothing on it may be destroyed.
 void TaskScheduler::LeaveSuspended(Task& task) {
   static auto* const left = new std::vector<boost::context::fiber>();
   left->push_back(std::move(task.inside));

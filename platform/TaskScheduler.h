@@ -12,6 +12,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/EventLoop.h"
 #include "platform/TaskStacks.h"
@@ -30,7 +31,8 @@ class TaskScheduler {
 
   void Start(std::string name, std::function<void()> work);
   bool WaitUntil(std::function<bool()> condition, Duration limit);  // an empty condition: only for the time
-  void RunBlocking(std::function<void()> work);
+  void Yield();
+  bool RunOnWorker(std::function<void()> work, Duration limit, std::function<void()> cameBack);
   void RunReady();
   void Abandon();
   void ReportFailure(const std::string& name, const std::string& what) noexcept;
@@ -59,7 +61,6 @@ class TaskScheduler {
     std::function<bool()> condition;  // set exactly while the task is in waiting_
     bool conditionHolds = false;
     std::exception_ptr conditionFailure;
-    std::shared_ptr<BlockingJob> job;  // while it waits for a worker thread
     Tasks::iterator self;
     boost::context::fiber inside;   // where it goes on, while suspended
     boost::context::fiber outside;  // the loop's stack, while running
@@ -96,9 +97,10 @@ class TaskScheduler {
   FailureHandler onFailure_;
   TaskStacks stacks_;
   // Each task is in one of these.
-  Tasks starting_;  // not begun
-  Tasks waiting_;   // for a condition, in the order in which they began to wait
-  Tasks parked_;    // for time or a worker thread, or running
+  Tasks starting_;               // not begun
+  Tasks waiting_;                // for a condition, in the order in which they began to wait
+  Tasks parked_;                 // for time, a worker thread or the tasks that were started; or running
+  std::vector<Task*> yielding_;  // those of parked_ that wait for the tasks that were started
   Task* running_ = nullptr;
   bool closing_ = false;
   // The sanitizer's view of the loop's stack.

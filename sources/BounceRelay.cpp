@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
-#include "text/OneLine.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 

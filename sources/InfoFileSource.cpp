@@ -142,7 +142,7 @@ void InfoFileSource::Tick() {
   // closing.
   environment_.loop.Start("poll of " + path_,
                           [weak = weak_from_this(), &loop = environment_.loop, poll = inHand_] {
-                            loop.RunBlocking([poll] { poll->Run(); });
+                            loop.RunBlocking([poll] { poll->Run(); }, 24h);
                             const auto self = weak.lock();
                             if (!self || self->inHand_ != poll) return;
                             self->inHand_.reset();

@@ -5,10 +5,10 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "sources/LineSplitter.h"
-#include "text/OneLine.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 

@@ -7,12 +7,12 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "sources/LineSplitter.h"
-#include "text/OneLine.h"
 #include "sources/PeerRanges.h"
 #include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 

@@ -106,16 +106,18 @@ clsZEBFileOutput::Jobs clsZEBFileOutput::DueJobs(const clsZEBService& service) c
 clsZEBFileOutput::Jobs clsZEBFileOutput::LoadBatch(Jobs& jobs, std::size_t& next) {
   Jobs batch;
   FileSystem& files = environment_.files;
-  environment_.loop.RunBlocking([&] {
-    std::set<std::string> destinations;
-    std::size_t bytes = 0;
-    while (next < jobs.size() && bytes < kMaxBatchBytes && destinations.count(jobs[next].source) == 0) {
-      batch.push_back(std::move(jobs[next++]));
-      LoadJob(files, batch.back());
-      destinations.insert(batch.back().destination);
-      bytes += batch.back().loaded.text.size();
-    }
-  });
+  environment_.loop.RunBlocking(
+      [&] {
+        std::set<std::string> destinations;
+        std::size_t bytes = 0;
+        while (next < jobs.size() && bytes < kMaxBatchBytes && destinations.count(jobs[next].source) == 0) {
+          batch.push_back(std::move(jobs[next++]));
+          LoadJob(files, batch.back());
+          destinations.insert(batch.back().destination);
+          bytes += batch.back().loaded.text.size();
+        }
+      },
+      std::chrono::hours(24));
   return batch;
 }
 
@@ -170,22 +172,24 @@ void clsZEBFileOutput::WriteBatch(Jobs& batch, std::set<std::string>& failedCopi
     if (auto last = destinations_->LastVersion(job.destination)) versions[job.destination] = *last;
 
   const bool always = AlwaysCopyFiles;
-  environment_.loop.RunBlocking([&, &files = environment_.files, preserve = environment_.preserveTempFiles] {
-    // Pictures first: a new page must not show a picture that is not there yet.
-    for (const AdditionalCopy& copy : copies) {
-      std::string reason =
-          claim->Holds(copy.target) ? CopyAdditional(files, copy, always) : StillBeingWritten(copy.target);
-      if (!reason.empty()) failedCopies.insert(std::move(reason));
-    }
-    for (FileJob& job : batch) {
-      if (!job.ready) continue;
-      if (claim->Holds(job.destination))
-        PlacePage(files, job, preserve, versions);
-      else
-        job.Fail(kStatusDestinationFileProblem,
-                 StillBeingWritten(job.destination) + "; give each output a destination of its own");
-    }
-  });
+  environment_.loop.RunBlocking(
+      [&, &files = environment_.files, preserve = environment_.preserveTempFiles] {
+        // Pictures first: a new page must not show a picture that is not there yet.
+        for (const AdditionalCopy& copy : copies) {
+          std::string reason = claim->Holds(copy.target) ? CopyAdditional(files, copy, always)
+                                                         : StillBeingWritten(copy.target);
+          if (!reason.empty()) failedCopies.insert(std::move(reason));
+        }
+        for (FileJob& job : batch) {
+          if (!job.ready) continue;
+          if (claim->Holds(job.destination))
+            PlacePage(files, job, preserve, versions);
+          else
+            job.Fail(kStatusDestinationFileProblem,
+                     StillBeingWritten(job.destination) + "; give each output a destination of its own");
+        }
+      },
+      std::chrono::hours(24));
   for (const auto& [destination, number] : versions) destinations_->SetLastVersion(destination, number);
 }
 
@@ -212,11 +216,13 @@ bool clsZEBFileOutput::FinishOutput(clsZEBService&) {
   if (destinations.empty()) return false;
   try {
     auto claim = destinations_->Take(environment_.loop, destinations, kDestinationLimit);
-    environment_.loop.RunBlocking([&, &files = environment_.files] {
-      for (const std::string& destination : destinations)
-        // Whoever else writes it makes its work file anew.
-        if (claim->Holds(destination)) static_cast<void>(files.Delete(WorkName(destination)));
-    });
+    environment_.loop.RunBlocking(
+        [&, &files = environment_.files] {
+          for (const std::string& destination : destinations)
+            // Whoever else writes it makes its work file anew.
+            if (claim->Holds(destination)) static_cast<void>(files.Delete(WorkName(destination)));
+        },
+        std::chrono::hours(24));
   } catch (const std::exception&) {
     ReportException("deleting work files", true);
   }

@@ -187,7 +187,7 @@ bool clsZEBWebOutput::ProcessPair(std::size_t pair, const clsFileParameters& par
   FileSystem& files = environment_.files;
   Result<LoadedTemplate> loaded = Failure{};
   const std::string source = JoinPath(environment_.dataFolder, name);
-  environment_.loop.RunBlocking([&] { loaded = LoadTemplate(files, source); });
+  environment_.loop.RunBlocking([&] { loaded = LoadTemplate(files, source); }, std::chrono::hours(24));
   const auto sourceFails = [&](const std::string& reason) {
     SetStatus(kStatusSourceProblem);
     if (generation_ == PairsGeneration()) KeepProblem(pair, reason);
@@ -208,7 +208,8 @@ bool clsZEBWebOutput::ProcessPair(std::size_t pair, const clsFileParameters& par
     for (const std::string& path : named.Paths()) NoteAdditional(path, parameters.DestinationFolder());
 
   Result<std::string> temp = Failure{};
-  environment_.loop.RunBlocking([&] { temp = WriteTempPage(files, page, loaded.Value().encoding); });
+  environment_.loop.RunBlocking([&] { temp = WriteTempPage(files, page, loaded.Value().encoding); },
+                                std::chrono::hours(24));
   if (!temp) {
     DebugLine("Error saving to file : ", name, " - ", temp.Reason());
     return sourceFails(temp.Reason() + std::string(kCheckTempFolder));
@@ -218,7 +219,7 @@ bool clsZEBWebOutput::ProcessPair(std::size_t pair, const clsFileParameters& par
   if (environment_.preserveTempFiles) return sent;
   DebugLine("Deleting the Temp File");
   Outcome deleted;
-  environment_.loop.RunBlocking([&] { deleted = files.Delete(temp.Value()); });
+  environment_.loop.RunBlocking([&] { deleted = files.Delete(temp.Value()); }, std::chrono::hours(24));
   if (!deleted) {
     DebugLine("Error Deleting the Temp File: ", deleted.Reason());
     SetStatus(kStatusSourceProblem);
@@ -328,10 +329,12 @@ bool clsZEBWebOutput::Connect() {
   if (environment_.ftp == nullptr) return GiveUpConnecting(noNetwork);
   std::shared_ptr<FtpSession> session = environment_.ftp->Make();
   Outcome opened, connected;
-  environment_.loop.RunBlocking([&, target = Target()] {
-    opened = session->Open();
-    if (opened) connected = session->Connect(target);
-  });
+  environment_.loop.RunBlocking(
+      [&, target = Target()] {
+        opened = session->Open();
+        if (opened) connected = session->Connect(target);
+      },
+      std::chrono::hours(24));
   if (!opened) return GiveUpConnecting(noNetwork);
   if (connected) {
     session_ = std::move(session);
@@ -347,7 +350,7 @@ bool clsZEBWebOutput::Connect() {
 
 void clsZEBWebOutput::Close() {
   if (const std::shared_ptr<FtpSession> session = std::exchange(session_, nullptr))
-    environment_.loop.RunBlocking([&] { session->Close(); });
+    environment_.loop.RunBlocking([&] { session->Close(); }, std::chrono::hours(24));
 }
 
 // A step that finds the connection lost is done once more on a new one, once an update: a server that hangs
@@ -357,7 +360,7 @@ bool clsZEBWebOutput::TryStep(const Step& step) {
     if (!session_ || abandoned_) return false;
     const std::shared_ptr<FtpSession> session = session_;
     bool done = false;
-    environment_.loop.RunBlocking([&] { done = step(*session); });
+    environment_.loop.RunBlocking([&] { done = step(*session); }, std::chrono::hours(24));
     const std::string reply = session->LastResponse();
     if (!done && !reply.empty() && reply[0] >= '4') stepProblem_ = reply;
     if (done || session->Connected() || *cancel_) return done;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/WorkLane.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
@@ -61,17 +62,26 @@ CandidateChooser::Schedules CandidateChooser::ReadSchedules(const std::vector<st
     if (std::string path = PathOf(alternate); !path.empty()) schedules[std::move(path)] = {};
   if (schedules.empty()) return schedules;
 
-  std::map<std::string, std::string> problems;
-  environment_.loop.RunBlocking([&, &files = environment_.files] {
-    for (auto& [path, schedule] : schedules) {
-      if (!files.Stat(path)) continue;
-      const Result<std::string> bytes = files.Read(path, kMaxScheduleBytes);
-      if (bytes)
-        schedule = ScheduleFile::Parse(bytes.Value());
-      else
-        problems[path] = bytes.Reason();
-    }
-  });
+  struct Read {
+    Schedules schedules;
+    std::map<std::string, std::string> problems;
+  };
+  auto done = environment_.loop.RunBlocking(
+      [read = Read{schedules, {}}, &files = environment_.files]() mutable {
+        for (auto& [path, schedule] : read.schedules) {
+          if (!files.Stat(path)) continue;
+          const Result<std::string> bytes = files.Read(path, kMaxScheduleBytes);
+          if (bytes)
+            schedule = ScheduleFile::Parse(bytes.Value());
+          else
+            read.problems[path] = bytes.Reason();
+        }
+        return std::move(read);
+      },
+      kFileWorkLimit);
+  if (!done) return {};
+  schedules = std::move(done->schedules);
+  auto& problems = done->problems;
   for (const auto& [path, schedule] : schedules) {
     std::string problem = problems[path];
     if (problem.empty() && !schedule.malformedLines.empty())

@@ -1,6 +1,7 @@
 #include "outputs/wire/WireLog.h"
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/WorkLane.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
 #include "text/SharedTime.h"
@@ -28,13 +29,16 @@ Outcome AppendToWireLog(const clsZEBService& service, std::string_view suffix, s
   Environment& environment = service.environment();
   const std::string path = WireLogPath(service, suffix);
   const std::string line = std::string(text) + kLineEnd;
-  Outcome outcome;
-  environment.loop.RunBlocking([&, &files = environment.files] {
-    outcome = files.Append(path, line);
-    if (outcome) return;
-    // Most often the folder is not there yet.
-    if (files.CreateFolders(std::string(FolderPart(path)))) outcome = files.Append(path, line);
-  });
+  const auto appended = environment.loop.RunBlocking(
+      [&files = environment.files, path, line] {
+        Outcome outcome = files.Append(path, line);
+        // Most often the folder is not there yet.
+        if (!outcome && files.CreateFolders(std::string(FolderPart(path))))
+          outcome = files.Append(path, line);
+        return outcome;
+      },
+      kFileWorkLimit);
+  const Outcome outcome = appended ? *appended : Failure{"'" + path + "' does not answer"};
   if (!outcome) DebugLine(outcome.Reason());
   return outcome;
 }

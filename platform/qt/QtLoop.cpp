@@ -4,7 +4,6 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
-#include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "platform/TimerQueue.h"
+#include "platform/WorkerPool.h"
 #include "platform/qt/QtMailbox.h"
 
 namespace zeb {
@@ -22,19 +22,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kMostThreads = 512;
-constexpr auto kIdleThreadLife = 30s;
-constexpr auto kThreadGrace = 500ms;
 // Timers of at least this length tick on its multiples, so that all of them wake the process together.
 constexpr Duration kGrid = 1s;
 // The longest that one Qt timer is set for; it counts milliseconds in an int.
 constexpr Duration kLongestSleep = 24h;
-
-// Keeps threads for the rest of the process: their owner's destructor would wait for the one that hangs.
-void LeaveBehind(std::unique_ptr<QThreadPool> threads) {
-  static auto* const left = new std::vector<std::unique_ptr<QThreadPool>>();
-  left->push_back(std::move(threads));
-}
 
 }  // namespace
 
@@ -43,7 +34,8 @@ struct QtLoop::State {
   QTimer timer;
   std::optional<MonotonicTime> armedFor;  // the moment that `timer` is set for
   std::shared_ptr<QtMailbox> mailbox;
-  std::unique_ptr<QThreadPool> threads = std::make_unique<QThreadPool>();
+  WorkerPool workers;
+  Timer relief;  // while jobs wait for a worker
   QMetaObject::Connection beforeSleep;
 };
 
@@ -53,8 +45,6 @@ QtLoop::QtLoop() : state_(std::make_unique<State>()) {
   state_->timer.setSingleShot(true);
   state_->timer.setTimerType(Qt::PreciseTimer);
   QObject::connect(&state_->timer, &QTimer::timeout, &state_->timer, [this] { RunTimers(); });
-  state_->threads->setMaxThreadCount(kMostThreads);
-  state_->threads->setExpiryTimeout(static_cast<int>(std::chrono::milliseconds(kIdleThreadLife).count()));
   // For events that are not ours: windows, sockets of others.
   state_->beforeSleep =
       QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
@@ -65,10 +55,6 @@ QtLoop::~QtLoop() {
   QObject::disconnect(state_->beforeSleep);
   AbandonTasks();
   state_->mailbox->Close();
-  state_->threads->clear();
-  if (!state_->threads->waitForDone(static_cast<int>(kThreadGrace.count()))) {
-    LeaveBehind(std::move(state_->threads));
-  }
 }
 
 void QtLoop::ChoosePlainDispatcher() {
@@ -119,9 +105,20 @@ void QtLoop::PostFromAnyThread(std::function<void()> work) {
 }
 
 void QtLoop::Offload(std::function<void()> work, std::function<void()> done) {
-  state_->threads->start([work = std::move(work), done = std::move(done), mailbox = state_->mailbox] {
-    work();
-    mailbox->PostFromAnyThread(done);
+  state_->workers.Submit(
+      [work = std::move(work), done = std::move(done), mailbox = state_->mailbox]() mutable {
+        work();
+        work = nullptr;
+        mailbox->PostFromAnyThread(std::move(done));
+      });
+  if (!state_->relief.Running()) RelieveWorkers();
+}
+
+void QtLoop::RelieveWorkers() {
+  if (!state_->workers.Crowded()) return;
+  state_->relief = After(WorkerPool::kSeemsToHang, [this] {
+    state_->workers.Relieve();
+    RelieveWorkers();
   });
 }
 

@@ -5,9 +5,8 @@
 // on. What a callback throws is caught here and reported as a task's failure would be, for it must not unwind
 // through Qt.
 //
-// Blocking work has a thread each, up to 512, so that a share which hangs holds up nothing but its own task.
-// A thread that still hangs when the loop ends cannot be stopped: it is left behind after half a second, and
-// with it what its task holds.
+// Blocking work is done by a WorkerPool. A thread that still hangs when the loop ends cannot be stopped: it
+// is left behind after half a second, with what its work owns.
 #pragma once
 
 #include <memory>
@@ -43,6 +42,7 @@ class QtLoop : public EventLoop {
   void RunPosted();
   void RunTimers();
   void ArmTimer();
+  void RelieveWorkers();
   void Call(const std::function<void()>& work) noexcept;
 
   std::unique_ptr<State> state_;

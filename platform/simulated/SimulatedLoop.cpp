@@ -124,11 +124,14 @@ void SimulatedLoop::PostFromAnyThread(std::function<void()> work) {
   state_->posted.push_back(std::move(work));
 }
 
-// The work is done at the end of its time: nobody sees its results before.
+// The work is done at the end of its time: nobody sees its results before. It runs as a task, so that a
+// simulated port can hang in it.
 void SimulatedLoop::Offload(std::function<void()> work, std::function<void()> done) {
-  auto job = [work = std::move(work), done = std::move(done)] {
-    work();
-    done();
+  auto job = [this, work = std::move(work), done = std::move(done)] {
+    Start("worker", [this, work, done] {
+      work();
+      Post(done);
+    });
   };
   if (state_->blockingTime <= Duration::zero()) return Post(std::move(job));
   auto& timers = state_->blocking;

@@ -22,7 +22,8 @@ class SimulatedLoop : public EventLoop {
   // Runs `work` as a task and time as far as it needs, at most `limit`; false when it has not ended by then.
   bool RunTask(std::function<void()> work, Duration limit = std::chrono::minutes(10));
   void SetWallClock(WallTime moment);  // a clock that jumps
-  // How long each RunBlocking takes on this clock (zero at first).
+  // How long each RunBlocking takes on this clock (zero at first). Its work runs as a task of its own: a
+  // simulated port that is to hang waits in it.
   void SetBlockingTime(Duration time);
 
   WallTime Now() const override;

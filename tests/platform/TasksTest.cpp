@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/WorkLane.h"
 #include "platform/simulated/SimulatedLoop.h"
 
 namespace zeb {
@@ -164,10 +165,10 @@ TEST_F(TasksTest, BlockingWorkTakesTheTimeThatWasSetAndOthersGoOn) {
   loop.SetBlockingTime(2s);
   bool finished = false;
   loop.Start("upload", [&] {
-    loop.RunBlocking([&] { finished = true; });
+    loop.RunBlocking([&] { finished = true; }, 1h);
     LogTime("uploaded");
     try {
-      loop.RunBlocking([] { throw std::runtime_error("share is gone"); });
+      loop.RunBlocking([] { throw std::runtime_error("share is gone"); }, 1h);
     } catch (const std::runtime_error& failure) {
       LogTime(failure.what());
     }
@@ -179,8 +180,69 @@ TEST_F(TasksTest, BlockingWorkTakesTheTimeThatWasSetAndOthersGoOn) {
   loop.RunFor(5s);
   EXPECT_EQ(log, (Lines{"under way@1000", "uploaded@2000", "share is gone@4000"}));
   finished = false;
-  loop.RunBlocking([&] { finished = true; });
+  loop.RunBlocking([&] { finished = true; }, 1h);
   EXPECT_TRUE(finished) << "outside a task the work is done at once";
+}
+
+TEST_F(TasksTest, BlockingWorkThatPassesItsLimitIsLeftToItself) {
+  bool released = false;
+  int comeBacks = 0;
+  auto held = std::make_shared<int>(1);
+  loop.Start("share", [&, held] {
+    const auto got = loop.RunBlocking(
+        [&, held] {
+          loop.WaitUntil([&] { return released; }, 1h);
+          return std::string("late");
+        },
+        30s, [&] { ++comeBacks; });
+    LogTime(got ? *got : "nothing");
+  });
+  loop.RunFor(1min);
+  EXPECT_EQ(log, Lines{"nothing@30000"});
+  EXPECT_EQ(held.use_count(), 2) << "the worker has it still";
+  released = true;
+  loop.RunFor(1s);
+  EXPECT_EQ(comeBacks, 1);
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(TasksTest, ALaneLetsOneJobHang) {
+  WorkLane lane(loop);
+  bool released = false;
+  const auto run = [&](const std::string& name, Duration limit) {
+    loop.Start(name, [&, name, limit] {
+      const bool done = lane.Run([&] { loop.WaitUntil([&] { return released; }, 1h); }, limit);
+      LogTime(name + (done ? " done" : " given up"));
+    });
+  };
+  run("first", 2s);
+  loop.RunFor(3s);
+  run("second", 2s);
+  EXPECT_TRUE(lane.Hangs());
+  lane.WhenBack([&] { LogTime("back"); });
+  loop.RunFor(1s);
+  released = true;
+  loop.RunFor(1s);
+  EXPECT_FALSE(lane.Hangs());
+  run("third", 2s);
+  loop.RunFor(1s);
+  EXPECT_EQ(log, (Lines{"first given up@2000", "second given up@3000", "back@4000", "third done@5000"}));
+}
+
+TEST_F(TasksTest, AYieldLetsTheStartedRunAsFarAsTheyGo) {
+  loop.Start("parent", [&] {
+    loop.Start("child", [&] {
+      LogTime("child");
+      loop.Start("grandchild", [&] { LogTime("grandchild"); });
+      loop.Wait(1s);
+      LogTime("child again");
+    });
+    LogTime("parent");
+    loop.Yield();
+    LogTime("parent again");
+  });
+  loop.RunFor(2s);
+  EXPECT_EQ(log, (Lines{"parent@0", "child@0", "grandchild@0", "parent again@0", "child again@1000"}));
 }
 
 TEST_F(TasksTest, WhatATaskHoldsIsReleasedWhenItEnds) {
@@ -220,7 +282,7 @@ TEST_F(LoopEndTest, SuspendedTasksUnwind) {
     ADD_FAILURE() << "went on";
   });
   loop.Start("condition", [this, lives] { loop.WaitUntil(lives, 1h); });
-  loop.Start("worker", [this, held = token] { loop.RunBlocking([held] { ADD_FAILURE(); }); });
+  loop.Start("worker", [this, held = token] { loop.RunBlocking([held] { ADD_FAILURE(); }, 1h); });
   loop.Start("parent", [this, held = token] {
     loop.Start("child", [this, held] { loop.Wait(1h); });
     loop.Wait(1h);

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "platform/WorkLane.h"
+#include "platform/WorkerPool.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtSignals.h"
 #include "tests/qt/QtFixture.h"
@@ -118,13 +120,13 @@ TEST_F(QtLoopTest, ABlockedWorkerStopsOnlyItsOwnTask) {
   bool blockedEnded = false;
   int ended = 0;
   loop.Start("blocked", [&] {
-    loop.RunBlocking([&] { release.get_future().wait(); });
+    loop.RunBlocking([&] { release.get_future().wait(); }, 1h);
     blockedEnded = true;
   });
   std::atomic<int> done = 0;
   for (int i = 0; i < 50; ++i) {
     loop.Start("other", [&] {
-      loop.RunBlocking([&] { ++done; });
+      loop.RunBlocking([&] { ++done; }, 1h);
       ++ended;
     });
   }
@@ -140,10 +142,12 @@ TEST_F(QtLoopTest, BlockingWorkRunsElsewhereAndHandsItsFailureBack) {
   std::thread::id worker;
   loop.Start("failing", [&] {
     try {
-      loop.RunBlocking([&] {
-        worker = std::this_thread::get_id();
-        throw std::runtime_error("share is gone");
-      });
+      loop.RunBlocking(
+          [&] {
+            worker = std::this_thread::get_id();
+            throw std::runtime_error("share is gone");
+          },
+          1h);
     } catch (const std::runtime_error& failure) {
       what = failure.what();
     }
@@ -151,6 +155,41 @@ TEST_F(QtLoopTest, BlockingWorkRunsElsewhereAndHandsItsFailureBack) {
   EXPECT_TRUE(Until([&] { return !what.empty(); }));
   EXPECT_EQ(what, "share is gone");
   EXPECT_NE(worker, std::this_thread::get_id());
+}
+
+TEST_F(QtLoopTest, AJobThatPassesItsLimitIsLeftToItself) {
+  auto release = std::make_shared<std::promise<void>>();
+  std::string order;
+  WorkLane lane(loop);
+  loop.Start("hangs", [&] {
+    EXPECT_FALSE(lane.Run([release] { release->get_future().wait(); }, 10ms));
+    EXPECT_TRUE(lane.Hangs());
+    EXPECT_FALSE(lane.Run([] { return 1; }, 1h)) << "one worker hangs, not two";
+    lane.WhenBack([&] { order += "back "; });
+    order += "on ";
+    release->set_value();
+  });
+  ASSERT_TRUE(Until([&] { return order == "on back "; }));
+  loop.Start("again", [&] { order += std::to_string(lane.Run([] { return 7; }, 1h).value_or(0)); });
+  EXPECT_TRUE(Until([&] { return order == "on back 7"; }));
+}
+
+// As many jobs hang as the pool usually has threads; the next one still runs, a little later.
+TEST_F(QtLoopTest, HangingJobsDoNotUseThePoolUp) {
+  std::promise<void> release;
+  std::shared_future<void> released = release.get_future().share();
+  std::size_t ended = 0;
+  for (std::size_t i = 0; i < WorkerPool::kUsualThreads; ++i)
+    loop.Start("hangs", [&] {
+      loop.RunBlocking([released] { released.wait(); }, 1h);
+      ++ended;
+    });
+  bool done = false;
+  loop.Start("other", [&] { done = loop.RunBlocking([] {}, 1h); });
+  EXPECT_TRUE(Until([&] { return done; }));
+  EXPECT_EQ(ended, 0u);
+  release.set_value();
+  EXPECT_TRUE(Until([&] { return ended == WorkerPool::kUsualThreads; }));
 }
 
 TEST_F(QtLoopTest, OtherThreadsMayPost) {
@@ -177,11 +216,13 @@ TEST(QtLoopEndTest, TheLoopEndsThoughAWorkerHangs) {
   std::optional<QtLoop> loop(std::in_place);
   QtLoop& inside = *loop;
   inside.Start("hangs", [&] {
-    inside.RunBlocking([&] {
-      begun.set_value();
-      release.get_future().wait();
-      finished.set_value();
-    });
+    inside.RunBlocking(
+        [&] {
+          begun.set_value();
+          release.get_future().wait();
+          finished.set_value();
+        },
+        1h);
     wentOn = true;
   });
   inside.Start("waits", [&inside, held] { inside.Wait(1h); });
