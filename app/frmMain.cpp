@@ -217,31 +217,33 @@ bool frmMain::AllClosed() const {
 
 void frmMain::RequestQuit(std::function<void()> closed) {
   if (quitting_ || std::exchange(quitAsked_, true)) return;
-  closed_ = std::move(closed);
-  environment_.person.Ask(kQuitQuestion, [this, alive = alive_](bool yes) {
+  environment_.person.Ask(kQuitQuestion, [this, closed = std::move(closed), alive = alive_](bool yes) {
     if (!*alive) return;
     if (!yes)
       quitAsked_ = false;
     else if (UpdatingServices().empty())
-      Quit();
+      Quit(closed);
     else
-      AskWhetherToWait();
+      AskWhetherToWait(closed);
   });
 }
 
-void frmMain::AskWhetherToWait() {
-  environment_.person.Ask(kWaitQuestion, [this, alive = alive_](bool yes) {
+void frmMain::AskWhetherToWait(const std::function<void()>& closed) {
+  environment_.person.Ask(kWaitQuestion, [this, closed, alive = alive_](bool yes) {
     if (!*alive) return;
     quitAsked_ = yes;
     if (!yes) return;
     if (display.splash) display.splash("Updates in progress..", "Waiting to exit");
-    Quit();
+    environment_.loop.Start("wait for the updates", [this, closed, alive] {
+      environment_.loop.WaitUntil([this, alive] { return !*alive || UpdatingServices().empty(); }, kNoLimit);
+      if (*alive) Quit(closed);
+    });
   });
 }
 
-void frmMain::Quit() {
-  quitting_ = true;
-  // Every window closes now, so that no new update begins; one that is updating is closed when it is done.
+void frmMain::Quit(std::function<void()> closed) {
+  if (std::exchange(quitting_, true)) return;
+  closed_ = std::move(closed);
   for (const auto& window : windows_) window->Close();
   if (AllClosed()) return ServiceFinished();
   environment_.loop.Start("quit", [this, alive = alive_] {

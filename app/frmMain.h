@@ -43,9 +43,11 @@ class frmMain {
   void Reload();
 
   // Asks whether to quit, and whether to wait while updates run; asking again before the answer changes
-  // nothing. When the answer is Yes, `closed` is called once every service has finished its update and is
-  // closed (perhaps before this returns).
+  // nothing. When the answer is yes, everything is closed once no service is updating.
   void RequestQuit(std::function<void()> closed);
+  // Closes every service, without a question: what is under way is given up after a moment, so that `closed` is
+  // called within a few seconds (perhaps before this returns).
+  void Quit(std::function<void()> closed);
   // A service window has closed. When it was the last one to wait for, quitting goes on.
   void ServiceFinished();
 
@@ -62,8 +64,7 @@ class frmMain {
   void RemoveWindow(const std::shared_ptr<frmService>& window);
   bool StoreWithout(int number);
   void ShrinkTo(int count);
-  void AskWhetherToWait();
-  void Quit();
+  void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;
   void ReloadLater(const std::string& reason);
 
