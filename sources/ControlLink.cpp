@@ -78,7 +78,7 @@ ControlLink::ControlLink(ItemIntake& intake, CartStore& carts) : intake_(intake)
 
 void ControlLink::MessageFromController(int connectionIndex, std::string_view line) {
   const MessageTrace trace(connectionIndex, line);
-  Relay(line);
+  Relay(connectionIndex, line);
   try {
     const Words words = CutFirstWord(line);
     Dispatch(UpperCaseAscii(words.first), words.rest);
@@ -87,9 +87,9 @@ void ControlLink::MessageFromController(int connectionIndex, std::string_view li
   }
 }
 
-void ControlLink::Relay(std::string_view line) {
+void ControlLink::Relay(int connectionIndex, std::string_view line) {
   try {
-    if (relay && relay(line)) DebugLine("Bouncing to Client ZEB");
+    if (relay && relay(connectionIndex, line)) DebugLine("Bouncing to Client ZEB");
   } catch (const std::exception&) {
     ReportException("bouncing a message", true);
   }

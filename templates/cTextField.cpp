@@ -1,5 +1,6 @@
 #include "templates/cTextField.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
@@ -13,7 +14,7 @@ namespace {
 constexpr auto kNone = std::string_view::npos;
 
 // The content of the n-th table cell; empty when there is none. A cell that is not closed ends where the next
-// one begins.
+// one begins, or with its row.
 std::string_view TableCell(std::string_view text, std::int32_t number) {
   std::size_t at = 0;
   for (std::int32_t i = 1;; ++i) {
@@ -25,10 +26,10 @@ std::string_view TableCell(std::string_view text, std::int32_t number) {
   const std::size_t begin = text.find('>', at);
   if (begin == kNone) return {};
   text.remove_prefix(begin + 1);
-  const std::size_t end = FindIgnoringAsciiCase(text, "</td");
-  const std::size_t next = FindIgnoringAsciiCase(text.substr(0, end), "<td");
-  if (end == kNone && next == kNone) return {};
-  return text.substr(0, next == kNone ? end : next);
+  std::size_t end = kNone;
+  for (const std::string_view mark : {"</td", "<td", "</tr", "<tr", "</table"})
+    end = std::min(end, FindIgnoringAsciiCase(text.substr(0, end), mark));
+  return end == kNone ? std::string_view() : text.substr(0, end);
 }
 
 std::string ReplaceByBlank(std::string_view text, std::string_view what) {
