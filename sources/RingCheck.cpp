@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -74,17 +75,14 @@ std::optional<std::string> RingCheck::LineToPassOn(std::string_view line) {
 }
 
 std::optional<std::string> RingCheck::PassCheckOn(std::string_view line) {
-  const std::string_view rest = line.substr(kCheck.size());
-  const std::size_t blank = rest.find(' ');
-  const std::string_view id = rest.substr(0, blank);
-  if (id == id_) {
+  const FirstWord words = CutFirstWord(line.substr(kCheck.size()));
+  if (words.word == id_) {
     CameBack();
     return std::nullopt;
   }
-  const std::int32_t hops =
-      blank == std::string_view::npos ? kMostHops : LeadingInteger(rest.substr(blank + 1));
+  const std::int32_t hops = LeadingInteger(words.rest);
   if (hops < 1 || hops >= kMostHops) return std::nullopt;
-  return std::string(kCheck) + std::string(id) + " " + std::to_string(hops + 1);
+  return std::string(kCheck) + std::string(words.word) + " " + std::to_string(hops + 1);
 }
 
 void RingCheck::CameBack() {

@@ -12,6 +12,7 @@
 #include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
 
@@ -238,11 +239,8 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
 
   void HandleLine(const ClientPtr& client, std::string_view line) {
     client->heard = environment.loop.Monotonic();
-    const std::size_t blank = line.find(' ');
-    if (EqualIgnoringAsciiCase(line.substr(0, blank), kLogon)) {
-      LogOn(client, blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1));
-      return;
-    }
+    const FirstWord words = CutFirstWord(line);
+    if (EqualIgnoringAsciiCase(words.word, kLogon)) return LogOn(client, words.rest);
     if (client == newcomer) return TurnAwayNewcomer();
     if (HandleQuestion(client, line)) return;
     if (client != controller) {

@@ -6,6 +6,7 @@
 #include "diagnostics/hxGeneral.h"
 #include "templates/ConfigFile.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -38,16 +39,6 @@ std::string ReplaceByBlank(std::string_view text, std::string_view what) {
   for (std::size_t at; (at = FindIgnoringCase(text, what, from, &end)) != kNone; from = end)
     result.append(text.substr(from, at - from)) += ' ';
   return result.append(text.substr(from));
-}
-
-std::vector<std::string> SplitAtCommas(std::string_view list) {
-  std::vector<std::string> entries;
-  while (true) {
-    const std::size_t comma = list.find(',');
-    entries.emplace_back(list.substr(0, comma));
-    if (comma == kNone) return entries;
-    list.remove_prefix(comma + 1);
-  }
 }
 
 struct IntegerKey {
@@ -160,8 +151,10 @@ void cTextField::ReadFromConfig(const IniFile& file, std::string_view section, s
       this->*integer.field = value;
   if (auto text = file.Text(section, start + ".Prefix"); text && !text->empty()) SetRawPrefix(*text);
   if (auto text = file.Text(section, start + ".Suffix"); text && !text->empty()) SetRawSuffix(*text);
-  if (auto text = file.Text(section, start + ".ReplaceWithSpaces"); text && !text->empty())
-    ReplaceWithSpaces = SplitAtCommas(*text);
+  if (auto text = file.Text(section, start + ".ReplaceWithSpaces"); text && !text->empty()) {
+    const auto entries = SplitAt(',', *text);
+    ReplaceWithSpaces.assign(entries.begin(), entries.end());
+  }
 }
 
 Outcome cTextField::ReadFromConfigFile(FileSystem& files, const std::string& fileName,
