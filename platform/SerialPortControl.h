@@ -2,7 +2,9 @@
 // line settings as text, handshaking, an open flag, output, an output-buffer count and communication events.
 //
 // Made by SerialPorts, owned by the output that it is handed to. Output never blocks: what the line does not
-// take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call.
+// take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call. Those of
+// the line (breaks, errors, changes of its signals) come where the device tells of them, within a second, one
+// of a kind however many there were; pseudo-terminals and the network have none.
 #pragma once
 
 #include <cstddef>
