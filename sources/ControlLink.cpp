@@ -9,6 +9,7 @@
 #include "text/Encodings.h"
 #include "text/HexEscapes.h"
 #include "text/LetterCase.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 

@@ -5,12 +5,12 @@
 #include <exception>
 #include <utility>
 
+#include "diagnostics/RepeatedNote.h"
 #include "diagnostics/hxGeneral.h"
-#include "sources/LineSplitter.h"
 #include "sources/PeerRanges.h"
-#include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/LineSplitter.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
 

@@ -10,6 +10,7 @@
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -39,23 +40,6 @@ std::string BlanksEncoded(std::string_view text) {
       encoded += "%20";
     else
       encoded += c;
-  }
-  return encoded;
-}
-
-std::string PercentEncoded(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  constexpr std::string_view kKept = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
-  std::string encoded;
-  for (const char byte : bytes) {
-    if (kKept.find(byte) != std::string_view::npos) {
-      encoded += byte;
-      continue;
-    }
-    const auto value = static_cast<unsigned char>(byte);
-    encoded += '%';
-    encoded += kDigits[value >> 4];
-    encoded += kDigits[value & 15u];
   }
   return encoded;
 }

@@ -1,7 +1,7 @@
 // The DAB output: its state table on a scripted control, and its conversation over the label protocol.
 #include "outputs/OutputTable.h"
-#include "outputs/dab/LabelClient.h"
 #include "outputs/dab/clsZEBDABOutput.h"
+#include "outputs/labels/LabelClient.h"
 #include "tests/outputs/WireFixture.h"
 
 namespace zeb {
@@ -21,7 +21,11 @@ class ScriptedClient : public DABClientControl {
     calls.push_back("log on " + service + " " + password);
     state = afterLogOn;
   }
-  void SendLabel(const std::string& label) override { calls.push_back("label " + label); }
+  void SendLabel(const std::string& label) override {
+    calls.push_back("label " + label);
+    if (!answersLabels) ++unanswered;
+  }
+  std::size_t UnansweredLabels() const override { return unanswered; }
   void Close() override { calls.emplace_back("close"); }
   std::string LastError() const override { return error; }
   std::string Server() const override { return server; }
@@ -29,7 +33,8 @@ class ScriptedClient : public DABClientControl {
   std::string Service() const override { return "Demo FM"; }
 
   std::int32_t state = 0, afterConnect = 0, afterLogOn = 80;
-  bool canConnect = true;
+  bool canConnect = true, answersLabels = true;
+  std::size_t unanswered = 0;
   std::string error, server = "mux";
   std::vector<std::string> calls;
 };

@@ -42,7 +42,4 @@ class LabelServer {
   std::shared_ptr<State> state_;
 };
 
-// The bytes that a label takes on the air: EBU Latin when it has all the characters, else UTF-8.
-std::size_t LabelBytes(std::string_view label);
-
 }  // namespace zeb
