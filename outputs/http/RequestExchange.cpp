@@ -33,14 +33,16 @@ class ReplyReader {
 
 // What is neither open nor closed (an attempt that hangs, an error) must be closed as well before the control
 // can be used again.
-bool CloseAndWait(EventLoop& loop, TcpClientControl& control) {
-  if (control.CurrentState() == TcpClientControl::kClosed) return true;
+bool CloseAndWait(EventLoop& loop, TcpClientControl& control, const Epoch::Mark& mine) {
+  const auto closed = [&control] { return control.CurrentState() == TcpClientControl::kClosed; };
+  if (closed()) return true;
   control.Close();
-  return loop.WaitUntil([&control] { return control.CurrentState() == TcpClientControl::kClosed; },
-                        kSocketLimit);
+  loop.WaitUntil([&] { return closed() || !mine.Holds(); }, kSocketLimit);
+  return closed();
 }
 
-bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTarget& target) {
+bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
+                    const Epoch::Mark& mine) {
   std::string host = target.host;
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   const auto port = static_cast<std::uint16_t>(target.port);
@@ -49,9 +51,9 @@ bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTar
   else
     control.Connect(host, port);
   loop.WaitUntil(
-      [&control] {
+      [&] {
         const TcpClientControl::State state = control.CurrentState();
-        return state == TcpClientControl::kConnected || state == TcpClientControl::kError ||
+        return !mine.Holds() || state == TcpClientControl::kConnected || state == TcpClientControl::kError ||
                state == TcpClientControl::kClosed;
       },
       kSocketLimit);
@@ -81,14 +83,14 @@ int ExchangeResult::StatusCode() const {
 }
 
 ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
-                           std::string_view request) {
-  if (!CloseAndWait(loop, control))
+                           std::string_view request, const Epoch::Mark& mine) {
+  if (!CloseAndWait(loop, control, mine))
     return Failed(ExchangeResult::kNotClosed, "the last connection to " + ServerText(target) +
                                                   " does not close; the server takes no bytes");
   if (target.port < 1 || target.port > 65535)
     return Failed(ExchangeResult::kNotConnected, "there is no port " + std::to_string(target.port) +
                                                      " to reach '" + target.host + "' on; set 1 to 65535");
-  if (!ConnectAndWait(loop, control, target)) {
+  if (!ConnectAndWait(loop, control, target, mine)) {
     std::string why = control.LastError();
     if (why.empty()) why = ServerText(target) + " does not answer";
     return Failed(ExchangeResult::kNotConnected, std::move(why));
@@ -97,11 +99,11 @@ ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const Req
   {
     const ReplyReader reader(control);
     control.SendData(request);
-    loop.Wait(kAnswerTime);
+    loop.WaitUntil([&] { return !mine.Holds(); }, kAnswerTime);
     result.reply = reader.Reply();
     result.connectionLost = control.CurrentState() != TcpClientControl::kConnected;
   }
-  CloseAndWait(loop, control);
+  if (mine.Holds()) CloseAndWait(loop, control, mine);
   return result;
 }
 

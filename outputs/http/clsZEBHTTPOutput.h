@@ -9,6 +9,8 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
+#include "outputs/http/RequestSeries.h"
+#include "platform/Epoch.h"
 #include "text/Encodings.h"
 
 namespace zeb {
@@ -23,10 +25,11 @@ enum RunStatus : std::int32_t {
 // The texts of "Starting" to "Stopped"; null for any other status.
 const char* RunStatusText(std::int32_t status);
 
-enum class HTTPRequestType { kGet = 0, kPost = 1 };
+// The codes in the settings; any other number is GET.
+enum HTTPRequestType : std::int32_t { kGetRequest = 0, kPostRequest = 1 };
 
 struct HTTPSettings {
-  HTTPRequestType RequestType = HTTPRequestType::kGet;
+  std::int32_t RequestType = kGetRequest;
   std::string URL;  // the path on the server
   std::string SimpleTextFormat =
       "?a=<ZEB_NOW_ARTISTS>&t=<ZEB_NOW_ITEMNAME>&l=<ZEB_NOW_CARTARTISTSHREF>&p=<ZEB_NOW_PICTUREFILENAME>";
@@ -45,14 +48,15 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
   // A server that failed at the last update may be back: the status is OK again until it fails.
-  bool PrepareOutput(clsZEBService& service) override;
-  bool UpdateOutput(clsZEBService& service) override;
+  bool PrepareOutput(const SnapshotPtr& snapshot) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "HTTP"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::string GetInformationString() const override;
-  std::string ProblemText() const override { return problem_; }
+  std::string SettingsText() const override;
+  bool MayPass() const override { return mayPass_; }
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -63,16 +67,17 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   HTTPSettings settings;
 
  private:
-  void SendRequests(const clsZEBService& service);
-  std::string Send(TcpClientControl& control, const std::string& requestText);
+  Verdict Send(TcpClientControl& control, const std::string& requestText);
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
   RequestTarget Target() const;
 
   bool started_ = false;
+  RequestSeries requests_;
+  Epoch run_;  // from a start to the stop
+  bool mayPass_ = true;
   std::string lastWarning_;
   std::string lastReply_;
-  std::string problem_;
 };
 
 }  // namespace zeb

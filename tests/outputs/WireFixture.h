@@ -31,12 +31,17 @@ class WireTest : public testing::Test {
     item.Edit().ItemType = 7;
     service.SetCurrentItem(item);
   }
-  void Update(clsZEBTemplate& output) {
-    ASSERT_TRUE(t.loop.RunTask([&] {
-      output.PrepareOutput(service);
-      output.UpdateOutput(service);
-      output.FinishOutput(service);
+  SnapshotPtr Snapshot() { return service.TakeSnapshot(); }
+  // Whether something was sent.
+  bool Update(clsZEBTemplate& output) {
+    bool sent = false;
+    EXPECT_TRUE(t.loop.RunTask([&] {
+      const SnapshotPtr snapshot = Snapshot();
+      output.PrepareOutput(snapshot);
+      sent = output.UpdateOutput(snapshot);
+      output.FinishOutput(snapshot);
     }));
+    return sent;
   }
   // The debug lines since the last call, without their times and indents.
   Lines Log() {
