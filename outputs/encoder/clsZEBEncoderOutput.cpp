@@ -261,7 +261,6 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
-  SetTally({commands_.Taken() > 0 ? 1 : 0, commands_.Failed() > 0 ? 1 : 0});
   return commands_.Taken() > 0;
 }
 

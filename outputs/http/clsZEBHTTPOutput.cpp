@@ -117,6 +117,7 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   }
   mayPass_ = true;
+  counted_ = false;
   const std::shared_ptr<Control> held = control_;  // it may be taken away while we wait
   auto* client = dynamic_cast<TcpClientControl*>(held.get());
   if (!client) {
@@ -134,8 +135,12 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = requests_.Problem();
   mayPass_ = requests_.MayPass();
-  SetTally({requests_.Taken(), requests_.Failed()});
+  counted_ = true;
   return requests_.Taken() > 0;
+}
+
+clsZEBTemplate::Tally clsZEBHTTPOutput::LastTally() const {
+  return counted_ ? Tally{requests_.Taken(), requests_.Failed()} : clsZEBTemplate::LastTally();
 }
 
 std::string clsZEBHTTPOutput::GetStatusString(std::uint32_t& colour) {

@@ -57,6 +57,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string GetInformationString() const override;
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
+  Tally LastTally() const override;
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -76,6 +77,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   RequestSeries requests_;
   Epoch run_;  // from a start to the stop
   bool mayPass_ = true;
+  bool counted_ = false;  // the last run was not cut short, so the requests' counts are its tally
   std::string lastWarning_;
   std::string lastReply_;
 };

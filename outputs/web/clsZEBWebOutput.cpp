@@ -61,10 +61,10 @@ bool clsZEBWebOutput::StopOutput() {
   return true;
 }
 
-bool clsZEBWebOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const Trace trace("Web.UpdateOutput");
   try {
-    Update(service);
+    Update(*snapshot);
   } catch (const std::exception& error) {
     SetStatus(kStatusError);
     KeepProblem(0, std::string("publishing by FTP failed: ") + error.what());
@@ -73,7 +73,7 @@ bool clsZEBWebOutput::UpdateOutput(clsZEBService& service) {
   return Status() == kStatusOK;
 }
 
-bool clsZEBWebOutput::FinishOutput(clsZEBService&) {
+bool clsZEBWebOutput::FinishOutput(const SnapshotPtr&) {
   const Trace trace("Web.FinishOutput");
   try {
     const std::vector<std::string> names = std::exchange(deleteFiles_, {});
@@ -104,10 +104,11 @@ std::string clsZEBWebOutput::GetStatusString(std::uint32_t& colour) {
   }
 }
 
-std::string clsZEBWebOutput::ProblemText() const {
-  if (abandoned_) return OneLine(lastError_, kMaxFtpResponseCharacters + 200);
-  const std::string pairs = PairOutput::ProblemText();
-  return pairs.empty() ? additionalProblem_ : pairs;
+std::vector<clsZEBTemplate::Problem> clsZEBWebOutput::Problems() const {
+  if (abandoned_) return {{"", OneLine(lastError_, kMaxFtpResponseCharacters + 200)}};
+  std::vector<Problem> problems = PairOutput::Problems();
+  if (problems.empty() && !additionalProblem_.empty()) problems.push_back({"", additionalProblem_});
+  return problems;
 }
 
 void clsZEBWebOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
@@ -150,7 +151,7 @@ void clsZEBWebOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
 
 // ---- An update
 
-void clsZEBWebOutput::Update(const clsZEBService& service) {
+void clsZEBWebOutput::Update(const ServiceSnapshot& snapshot) {
   const std::vector<clsFileParameters> pairs = Pairs();
   generation_ = PairsGeneration();
   sent_.clear();
@@ -158,12 +159,12 @@ void clsZEBWebOutput::Update(const clsZEBService& service) {
   deleteFiles_.assign(pairs.size(), {});
   reconnected_ = abandoned_ = false;
   const bool due = std::any_of(pairs.begin(), pairs.end(),
-                               [&](const clsFileParameters& pair) { return pair.IsDue(service); });
+                               [&](const clsFileParameters& pair) { return pair.IsDue(snapshot); });
   if (!due || !Connect()) return;
   additionalProblem_.clear();
 
   for (std::size_t pair = 0; pair < pairs.size() && !abandoned_ && !*cancel_; ++pair)
-    ProcessPair(pair, pairs[pair], service);
+    ProcessPair(pair, pairs[pair], snapshot);
   if (*cancel_) return;
   if (CopyAdditionalFiles && !sent_.empty())
     for (const std::string& path : UploadFilesList().Paths())
@@ -176,10 +177,10 @@ void clsZEBWebOutput::Update(const clsZEBService& service) {
 }
 
 bool clsZEBWebOutput::ProcessPair(std::size_t pair, const clsFileParameters& parameters,
-                                  const clsZEBService& service) {
+                                  const ServiceSnapshot& snapshot) {
   const std::string& name = parameters.SourceFileName();
   DebugLine("Processing file - ", name);
-  if (!parameters.IsDue(service)) return false;
+  if (!parameters.IsDue(snapshot)) return false;
   SetStatus(kStatusOK);
   DebugLine("Information has changed, so must process and upload");
 
@@ -202,7 +203,7 @@ bool clsZEBWebOutput::ProcessPair(std::size_t pair, const clsFileParameters& par
   DebugLine("Inserting Meta Tags if nescessary");
   DebugLine("Processing Tags");
   UploadFileList named;
-  const std::string page = BuildPage(std::move(loaded.Value().text), parameters, service, named);
+  const std::string page = BuildPage(std::move(loaded.Value().text), parameters, snapshot, named);
   DebugLine("Adding any additional files");
   if (CopyAdditionalFiles)
     for (const std::string& path : named.Paths()) NoteAdditional(path, parameters.DestinationFolder());

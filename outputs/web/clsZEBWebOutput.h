@@ -37,14 +37,14 @@ class clsZEBWebOutput : public PairOutput {
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;  // an upload under way is cancelled
-  bool UpdateOutput(clsZEBService& service) override;
-  bool FinishOutput(clsZEBService& service) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
+  bool FinishOutput(const SnapshotPtr& snapshot) override;
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "WEB"; }
   std::string GetStatusString(std::uint32_t& colour) override;
-  std::string ProblemText() const override;
+  std::vector<Problem> Problems() const override;
 
   // In a task; false also while there is no connection.
   bool DestinationFileExists(const std::string& serverPath);
@@ -68,8 +68,8 @@ class clsZEBWebOutput : public PairOutput {
   };
   using Step = std::function<bool(FtpSession& session)>;
 
-  void Update(const clsZEBService& service);
-  bool ProcessPair(std::size_t pair, const clsFileParameters& parameters, const clsZEBService& service);
+  void Update(const ServiceSnapshot& snapshot);
+  bool ProcessPair(std::size_t pair, const clsFileParameters& parameters, const ServiceSnapshot& snapshot);
   bool SendPage(std::size_t pair, const clsFileParameters& parameters, const std::string& temp);
   void NoteAdditional(const std::string& local, const std::string& serverFolder);
   void SendAdditional(const Additional& file);
