@@ -58,6 +58,7 @@ class DABOutputTest : public WireTest {
   Lines UpdateLog() {
     Log();
     EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(Snapshot()); }));
+    t.loop.RunPosted();  // the wire log
     return Log();
   }
 
@@ -165,7 +166,7 @@ TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
   output->settings.characterSet = CharacterSet::kEbuLatin;
   EXPECT_EQ(label("Łódź 日"), "label Łódź ?!Rai");
 
-  static_cast<WireFormats\&>(output->settings) = {"", "", "", true};
+  static_cast<WireFormats&>(output->settings) = {"", "", "", true};
   client->calls.clear();
   EXPECT_TRUE(Has(UpdateLog(), "Exit as no strings to choose from"));
   EXPECT_TRUE(client->calls.empty());
@@ -223,7 +224,7 @@ TEST_F(DABOutputTest, SettingsComeBackAsTheyWere) {
   EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kUtf8);
   output->settings.DefaultText = "d";
   output->settings.MaxNumberChars = "64";
-  static_cast<WireFormats\&>(output->settings) = {"m", "a", "b|c", false};
+  static_cast<WireFormats&>(output->settings) = {"m", "a", "b|c", false};
   output->StoreOutputInformation(7, 2);
   fresh->GetOutputInformation(7, 2);
   EXPECT_EQ(fresh->GetInformationString(), "mux (Demo_FM)");

@@ -331,7 +331,7 @@ TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
   EXPECT_EQ(fresh->settings.TravelActivateFormat, "TA=1{0D}{0A}");
   EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kWindows1252);
   output->settings.Handshaking = 3;
-  static_cast<WireFormats\&>(output->settings) = {"m", "a", "b|c", false};
+  static_cast<WireFormats&>(output->settings) = {"m", "a", "b|c", false};
   output->settings.MaxNumberChars = 64;
   output->settings.UseSlowSend = true;
   output->settings.characterSet = CharacterSet::kRds;

@@ -41,6 +41,7 @@ class WireTest : public testing::Test {
       sent = output.UpdateOutput(snapshot);
       output.FinishOutput(snapshot);
     }));
+    t.loop.RunPosted();  // what it has started, such as its log
     return sent;
   }
   // The debug lines since the last call, without their times and indents.
