@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "text/Encodings.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -70,8 +71,8 @@ ExchangeResult Failed(ExchangeResult::End end, std::string problem) {
 }  // namespace
 
 std::string ExchangeResult::StatusLine() const {
-  return DecodeLenient(
-      std::string_view(reply).substr(0, std::min(reply.find_first_of("\r\n"), reply.size())));
+  std::string_view rest = reply;
+  return DecodeLenient(TakeLine(rest));
 }
 
 int ExchangeResult::StatusCode() const {
@@ -108,14 +109,9 @@ ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const Req
 }
 
 std::vector<std::string> SplitPieces(std::string_view text) {
-  std::vector<std::string> pieces;
   if (text.substr(0, kSeparator.size()) == kSeparator) text.remove_prefix(kSeparator.size());
-  for (;;) {
-    const std::size_t end = text.find(kSeparator);
-    pieces.emplace_back(text.substr(0, end));
-    if (end == std::string_view::npos) return pieces;
-    text.remove_prefix(end + kSeparator.size());
-  }
+  const std::vector<std::string_view> pieces = SplitAt(text, kSeparator);
+  return {pieces.begin(), pieces.end()};
 }
 
 std::string HostForHeader(const std::string& host) {

@@ -8,6 +8,7 @@
 #include "platform/WorkLane.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
 
@@ -16,17 +17,6 @@ namespace zeb {
 namespace {
 
 constexpr std::string_view kFilePrefix = "FILE:";
-
-std::vector<std::string_view> Split(std::string_view alternates) {
-  std::vector<std::string_view> parts;
-  while (!alternates.empty()) {
-    const std::size_t bar = alternates.find('|');
-    parts.push_back(alternates.substr(0, bar));
-    if (bar == std::string_view::npos) break;
-    alternates.remove_prefix(bar + 1);
-  }
-  return parts;
-}
 
 std::string LineNumbers(const std::vector<int>& lines) {
   std::string text = lines.size() == 1 ? "line " : "lines ";
@@ -103,7 +93,7 @@ Result<std::vector<std::string>> CandidateChooser::Candidates(const WireFormats&
 
   add(asked.simpleText);
   if (!candidates.empty() && asked.alternatesWhenEmpty) return candidates;
-  const std::vector<std::string_view> alternates = Split(asked.alternates);
+  const std::vector<std::string_view> alternates = SplitAt(asked.alternates, "|");
   const Result<Schedules> schedules = ReadSchedules(alternates);
   if (!schedules) return Failure{schedules.Reason()};
   const WallTime now = environment_.loop.Now();

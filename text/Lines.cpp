@@ -1,0 +1,25 @@
+#include "text/Lines.h"
+
+namespace zeb {
+
+std::string_view TakeLine(std::string_view& rest) {
+  const std::size_t end = rest.find_first_of("\r\n");
+  const std::string_view line = rest.substr(0, end);
+  if (end == std::string_view::npos)
+    rest = {};
+  else
+    rest.remove_prefix(end + (rest.substr(end, 2) == "\r\n" ? 2 : 1));
+  return line;
+}
+
+std::vector<std::string_view> SplitAt(std::string_view text, std::string_view separator) {
+  std::vector<std::string_view> parts;
+  for (;;) {
+    const std::size_t end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return parts;
+    text.remove_prefix(end + separator.size());
+  }
+}
+
+}  // namespace zeb
