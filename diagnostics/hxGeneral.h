@@ -6,11 +6,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
+#include "platform/LineWriter.h"
 #include "platform/Operator.h"
 #include "platform/SettingsHive.h"
 #include "text/Numbers.h"
@@ -19,12 +22,17 @@ namespace zeb {
 
 enum class LineKind { kPlain = 0, kStarted = 1, kFinished = 2, kReset = 3 };
 
-// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored.
+// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored, but for a
+// folder that cannot be made: the operator is shown that once.
 class DebugLog {
  public:
+  // Makes what brings the lines to the file; the sink touches files only.
+  using WriterMaker = std::function<std::unique_ptr<LineWriter>(LineSink)>;
+
   // `level`: 0 off, -1 everything, else lines up to it. `alsoToOperator` writes each line to the journal too.
+  // Without `makeWriter` each line is in the file when the call returns, or the disk has refused it.
   DebugLog(EventLoop& loop, FileSystem& files, Operator& person, std::string programName, std::string folder,
-           std::int32_t level, bool alsoToOperator = false);
+           std::int32_t level, bool alsoToOperator = false, const WriterMaker& makeWriter = {});
   ~DebugLog();  // uninstalls itself
   void Install();
   void WriteLine(std::string_view message, LineKind kind);
@@ -36,17 +44,17 @@ class DebugLog {
   static std::string StartUpFolder(SettingsHive& hive, const std::string& dataFolder);
 
  private:
-  bool FolderIsReady();
+  struct Folder;
+  void TellFolderProblem();
 
   EventLoop& loop_;
-  FileSystem& files_;
   Operator& person_;
   std::string programName_;
-  std::string folder_;
   std::int32_t level_;
-  bool folderReady_ = false;
-  bool folderFailed_ = false;
   bool alsoToOperator_;
+  bool folderProblemShown_ = false;
+  std::shared_ptr<Folder> folder_;  // shared with the writer's sink
+  std::unique_ptr<LineWriter> writer_;
   int depth_ = 0;
 };
 
