@@ -45,8 +45,8 @@ class frmMain {
   // Asks whether to quit, and whether to wait while updates run; asking again before the answer changes
   // nothing. When the answer is yes, everything is closed once no service is updating.
   void RequestQuit(std::function<void()> closed);
-  // Closes every service, without a question: what is under way is given up after a moment, so that `closed` is
-  // called within a few seconds (perhaps before this returns).
+  // Closes every service, without a question: what is under way is given up after a moment, so that `closed`
+  // is called within a few seconds (perhaps before this returns).
   void Quit(std::function<void()> closed);
   // A service window has closed. When it was the last one to wait for, quitting goes on.
   void ServiceFinished();

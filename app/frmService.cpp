@@ -8,7 +8,7 @@
 
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
-#include "outputs/dab/LabelClient.h"
+#include "outputs/labels/LabelClient.h"
 #include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "app/ConsoleOperator.h"
-#include "app/LabelServer.h"
+#include "outputs/labels/LabelServer.h"
 #include "platform/ThreadedLineWriter.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"

@@ -48,6 +48,9 @@ class SerialPortControl : public Control {
   enum Handshaking { kNoHandshaking = 0, kXOnXOff = 1, kRtsCts = 2, kRtsXOn = 3 };
 
   std::function<void(std::int32_t event, std::string_view data)> onComm;  // data: with kCommReceive only
+  // The port has gone while it was open: an adapter was pulled out, the encoder on the network closed or
+  // broke. LastError says why. Not after Close.
+  std::function<void()> onLost;
 
   // What the next Open uses. `device` is a device name, or "tcp:host:port" for an encoder on the network.
   struct Line {

@@ -10,6 +10,7 @@
 #include "text/HexEscapes.h"
 #include "text/LetterCase.h"
 #include "text/Lines.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 
@@ -150,7 +151,7 @@ void ControlLink::HandleShow(std::string_view arguments) {
 void ControlLink::HandleBulkLoad(std::string_view arguments) {
   const FirstWord log = CutFirstWord(arguments);
   if (!EqualIgnoringAsciiCase(log.word, "LOG") || log.rest.empty()) return;
-  const std::vector<std::string_view> elements = SplitAt(',', log.rest);
+  const std::vector<std::string_view> elements = SplitAt(log.rest, ",");
   if (!EqualIgnoringAsciiCase(elements[0], "CURRENTITEMS")) return;
   const int count = static_cast<int>(elements.size()) - 1;
   const bool escaped = count > 0 && elements[1].find("Reference={22}") != std::string_view::npos;

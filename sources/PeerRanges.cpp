@@ -134,7 +134,7 @@ PeerRanges PeerRanges::Default() {
 PeerRanges PeerRanges::Parse(std::string_view list, std::vector<std::string>& badEntries) {
   PeerRanges peers;
   bool any = false;
-  for (const std::string_view piece : SplitAt(',', list)) {
+  for (const std::string_view piece : SplitAt(list, ",")) {
     const std::string_view entry = TrimBlanks(piece);
     if (entry.empty()) continue;
     any = true;

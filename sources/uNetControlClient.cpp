@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
-#include "sources/LineSplitter.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/LineSplitter.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"

@@ -5,13 +5,13 @@
 #include <exception>
 #include <utility>
 
+#include "diagnostics/RepeatedNote.h"
 #include "diagnostics/hxGeneral.h"
 #include "sources/ControlNotes.h"
-#include "sources/LineSplitter.h"
 #include "sources/PeerRanges.h"
-#include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/LineSplitter.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"

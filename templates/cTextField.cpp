@@ -152,7 +152,7 @@ void cTextField::ReadFromConfig(const IniFile& file, std::string_view section, s
   if (auto text = file.Text(section, start + ".Prefix"); text && !text->empty()) SetRawPrefix(*text);
   if (auto text = file.Text(section, start + ".Suffix"); text && !text->empty()) SetRawSuffix(*text);
   if (auto text = file.Text(section, start + ".ReplaceWithSpaces"); text && !text->empty()) {
-    const auto entries = SplitAt(',', *text);
+    const auto entries = SplitAt(*text, ",");
     ReplaceWithSpaces.assign(entries.begin(), entries.end());
   }
 }

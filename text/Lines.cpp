@@ -2,13 +2,23 @@
 
 namespace zeb {
 
-std::vector<std::string_view> SplitAt(char separator, std::string_view text) {
-  std::vector<std::string_view> pieces;
-  while (true) {
+std::string_view TakeLine(std::string_view& rest) {
+  const std::size_t end = rest.find_first_of("\r\n");
+  const std::string_view line = rest.substr(0, end);
+  if (end == std::string_view::npos)
+    rest = {};
+  else
+    rest.remove_prefix(end + (rest.substr(end, 2) == "\r\n" ? 2 : 1));
+  return line;
+}
+
+std::vector<std::string_view> SplitAt(std::string_view text, std::string_view separator) {
+  std::vector<std::string_view> parts;
+  for (;;) {
     const std::size_t end = text.find(separator);
-    pieces.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return pieces;
-    text.remove_prefix(end + 1);
+    parts.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return parts;
+    text.remove_prefix(end + separator.size());
   }
 }
 

@@ -1,4 +1,5 @@
-// Lines and words of a text. Nothing is copied: what is given are parts of the text.
+// Text cut apart into lines, parts and words. Nothing is copied: what is given are parts of the text. For
+// bytes that arrive in pieces there is LineSplitter.
 #pragma once
 
 #include <string_view>
@@ -6,19 +7,22 @@
 
 namespace zeb {
 
-// Calls `take` with each piece of the text between CR LF, LF or CR, also with the last and an empty one.
+// Takes the first line off `rest` and gives it without its end: CR LF, CR or LF.
+std::string_view TakeLine(std::string_view& rest);
+
+// Calls `take` with each piece of the text between line ends, also with the last one and with empty ones.
 template <class Take>
 void ForEachLine(std::string_view text, const Take& take) {
-  while (true) {
-    const std::size_t end = text.find_first_of("\r\n");
-    take(text.substr(0, end));
-    if (end == std::string_view::npos) return;
-    text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
+  for (bool ended = true; ended;) {
+    const std::size_t before = text.size();
+    const std::string_view line = TakeLine(text);
+    ended = line.size() < before;
+    take(line);
   }
 }
 
-// The pieces between the separators, empty ones too; of an empty text one that is empty.
-std::vector<std::string_view> SplitAt(char separator, std::string_view text);
+// What lies between the separators, empty parts too: one more than there are separators.
+std::vector<std::string_view> SplitAt(std::string_view text, std::string_view separator);
 
 // The text before the first blank, and that behind it.
 struct FirstWord {

@@ -159,6 +159,9 @@ QtSerialPortControl::QtSerialPortControl(EventLoop& loop, Network& network) : lo
   remote_.onComm = [this](std::int32_t event, std::string_view data) {
     if (const auto tell = onComm) tell(event, data);
   };
+  remote_.onLost = [this] {
+    if (const auto tell = onLost) tell();
+  };
 }
 
 QtSerialPortControl::~QtSerialPortControl() {
@@ -206,7 +209,7 @@ Outcome QtSerialPortControl::Open() {
     loop_.Post([this, alive = std::weak_ptr<bool>(alive_)] {
       if (alive.expired() || lostError_.empty()) return;
       Drop();
-      if (const auto tell = onComm) tell(0, {});
+      if (const auto tell = onLost) tell();
     });
   });
   local_ = std::move(local);

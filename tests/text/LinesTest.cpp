@@ -25,9 +25,9 @@ TEST(Lines, EndInAnyOfThreeWays) {
 }
 
 TEST(Lines, AreSplitAndCut) {
-  EXPECT_EQ(SplitAt(',', ""), Pieces{""});
-  EXPECT_EQ(SplitAt(',', ",a b,"), (Pieces{"", "a b", ""}));
-  EXPECT_EQ(SplitAt(';', "a,b"), Pieces{"a,b"});
+  EXPECT_EQ(SplitAt("", ","), Pieces{""});
+  EXPECT_EQ(SplitAt(",a b,", ","), (Pieces{"", "a b", ""}));
+  EXPECT_EQ(SplitAt("a,b", ";"), Pieces{"a,b"});
   const auto cut = [](std::string_view text) {
     const FirstWord first = CutFirstWord(text);
     return Pieces{first.word, first.rest};
@@ -35,6 +35,23 @@ TEST(Lines, AreSplitAndCut) {
   EXPECT_EQ(cut("UPDATE"), (Pieces{"UPDATE", ""}));
   EXPECT_EQ(cut("SET  LOG x"), (Pieces{"SET", " LOG x"}));
   EXPECT_EQ(cut(" a"), (Pieces{"", "a"}));
+}
+
+TEST(Lines, EveryKindOfEndIsTaken) {
+  std::string_view rest = "one\r\n\r\rtwo\n\nthree";
+  Pieces lines;
+  while (!rest.empty()) lines.push_back(TakeLine(rest));
+  EXPECT_EQ(lines, (Pieces{"one", "", "", "two", "", "three"}));
+  EXPECT_EQ(TakeLine(rest), "");
+  rest = "x\r";
+  EXPECT_EQ(TakeLine(rest), "x");
+  EXPECT_TRUE(rest.empty());
+}
+
+TEST(Lines, PiecesLieBetweenSeparators) {
+  EXPECT_EQ(SplitAt("a||b|", "|"), (Pieces{"a", "", "b", ""}));
+  EXPECT_EQ(SplitAt("", "|"), (Pieces{""}));
+  EXPECT_EQ(SplitAt("a####b#####c", "####"), (Pieces{"a", "b", "#c"}));
 }
 
 }  // namespace
