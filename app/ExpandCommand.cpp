@@ -116,7 +116,7 @@ void RunExpandCommand(Environment& environment, const ExpandOptions& options, st
   if (options.page) {
     const FileEncoding encoding = DetectFileEncoding(templateBytes);
     const std::string page = UndoEscapedTags(DecodeFile(templateBytes, encoding));
-    bytes = EncodeFile(ExpandPage(page, service, options.simpleText, files), encoding);
+    bytes = EncodeFile(ExpandPage(page, *service.TakeSnapshot(), options.simpleText, files), encoding);
   } else {
     bytes = ExpandTemplate(DecodeLenient(templateBytes), service, options.simpleText, files,
                            ValueEncoding{options.urlEncode, CharacterSet::kUtf8});

@@ -1,8 +1,9 @@
 #include "app/OutputJournal.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 #include "text/OneLine.h"
 
@@ -10,31 +11,63 @@ namespace zeb {
 
 namespace {
 
-struct Counted {
-  OutputType type;
-  std::string_view one, many;
-};
-constexpr std::array<Counted, 7> kCounted = {{
-    {OutputType::kDAB, "DAB label", "DAB labels"},
-    {OutputType::kEncoder, "encoder", "encoders"},
-    {OutputType::kFile, "file output", "file outputs"},
-    {OutputType::kRDS, "RDS output", "RDS outputs"},
-    {OutputType::kSerial, "serial output", "serial outputs"},
-    {OutputType::kHTTP, "HTTP request", "HTTP requests"},
-    {OutputType::kWeb, "web output", "web outputs"},
-}};
+using Problem = clsZEBTemplate::Problem;
 
-// "" while nothing fails.
-std::string ProblemOf(clsZEBTemplate& output) {
-  std::string problem = output.ProblemText();
-  if (!problem.empty() || output.Status() != kStatusError) return problem;
+constexpr std::size_t kMaxReasonCharacters = 500;
+
+std::vector<Problem> ProblemsOf(clsZEBTemplate& output) {
+  std::vector<Problem> problems = output.Problems();
+  if (!problems.empty() || output.Status() != kStatusError) return problems;
   std::uint32_t colour = 0;
-  return output.GetStatusString(colour);
+  return {{"", output.GetStatusString(colour)}};
 }
 
-std::string Milliseconds(Duration took) {
+const Problem* FindThing(const std::vector<Problem>& problems, const std::string& thing) {
+  const auto found =
+      std::find_if(problems.begin(), problems.end(), [&](const Problem& one) { return one.thing == thing; });
+  return found == problems.end() ? nullptr : &*found;
+}
+
+std::string PlaceText(OutputType type, int index) {
+  return std::string(NameOf(type)) + " " + std::to_string(index);
+}
+
+std::string TimeText(Duration took) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.1f ms", std::chrono::duration<double, std::milli>(took).count());
+  if (took < std::chrono::seconds(10))
+    std::snprintf(text, sizeof text, "%.1f ms", std::chrono::duration<double, std::milli>(took).count());
+  else
+    std::snprintf(text, sizeof text, "%.1f s", std::chrono::duration<double>(took).count());
+  return text;
+}
+
+std::string ItemText(const ServiceSnapshot& snapshot) {
+  const ItemFields& item = snapshot.currentItem.Fields();
+  return "'" + OneLine(item.ItemName) + "' by '" + OneLine(item.Artists) + "'";
+}
+
+// "updated 19 files, 1 web page, 1 failing".
+std::string CountsText(const UpdateRecord& record) {
+  std::string text;
+  int failing = 0;
+  for (std::int32_t code = 1; code <= kNumberOutputTypes; ++code) {
+    const OutputTypeInfo* info = FindOutputType(code);
+    if (!info) continue;
+    int published = 0;
+    for (const UpdateRecord::Run& run : record.runs) {
+      if (run.type != info->type) continue;
+      published += run.tally.published;
+      failing += run.tally.failed;
+    }
+    if (published == 0) continue;
+    text += (text.empty() ? "updated " : ", ") + std::to_string(published) + " ";
+    text += published == 1 ? info->one : info->many;
+  }
+  if (text.empty()) text = record.runs.empty() ? "no outputs to update" : "updated nothing";
+  if (record.runs.empty() && record.postponed + record.delayed > 0) text = "updated nothing yet";
+  if (failing > 0) text += ", " + std::to_string(failing) + " failing";
+  if (record.postponed > 0) text += ", " + std::to_string(record.postponed) + " still busy";
+  if (record.delayed > 0) text += ", " + std::to_string(record.delayed) + " delayed";
   return text;
 }
 
@@ -47,43 +80,41 @@ void OutputJournal::Note(const std::string& text) const {
 void OutputJournal::Check(OutputType type, int index) {
   const OutputPtr output = service_.Output(type, index);
   if (!output) return;
-  std::erase_if(problems_, [](const auto& entry) { return entry.second.output.expired(); });
-  std::string problem = ProblemOf(*output);
-  const auto known = problems_.find(output.get());
-  const std::string before = known == problems_.end() ? std::string() : known->second.text;
-  if (problem == before) return;
-  const std::string name =
-      std::string(FindOutputType(static_cast<std::int32_t>(type))->name) + " " + std::to_string(index);
-  if (problem.empty()) {
-    problems_.erase(known);
-    Note(name + " works again");
-  } else {
-    Note(name + ": " + OneLine(problem, 500));
-    problems_[output.get()] = {output, std::move(problem)};
-  }
+  std::erase_if(known_, [](const auto& entry) { return entry.second.output.expired(); });
+  const auto known = known_.find(output.get());
+  std::vector<Problem> now = ProblemsOf(*output);
+  if (known == known_.end() && now.empty()) return;
+  NoteChanges(PlaceText(type, index), known == known_.end() ? std::vector<Problem>() : known->second.problems,
+              now);
+  if (now.empty())
+    known_.erase(known);
+  else
+    known_[output.get()] = {output, std::move(now)};
 }
 
-std::string OutputJournal::CountsText() const {
-  std::string text;
-  int failing = 0;
-  for (const Counted& kind : kCounted) {
-    int working = 0;
-    const int count = service_.OutputCount(static_cast<std::int32_t>(kind.type));
-    for (int i = 1; i <= count; ++i)
-      ++(problems_.contains(service_.Output(kind.type, i).get()) ? failing : working);
-    if (working == 0) continue;
-    text += (text.empty() ? "updated " : ", ") + std::to_string(working) + " ";
-    text += working == 1 ? kind.one : kind.many;
+void OutputJournal::NoteChanges(const std::string& name, const std::vector<Problem>& before,
+                                const std::vector<Problem>& now) const {
+  for (const Problem& problem : now) {
+    const Problem* known = FindThing(before, problem.thing);
+    if (!known || known->reason != problem.reason)
+      Note(name + ": " + OneLine(problem.reason, kMaxReasonCharacters));
   }
-  if (text.empty()) text = failing == 0 ? "no outputs to update" : "updated nothing";
-  if (failing > 0) text += ", " + std::to_string(failing) + " failing";
-  return text;
+  if (now.empty()) return Note(name + " works again");
+  for (const Problem& problem : before)
+    if (!problem.thing.empty() && !FindThing(now, problem.thing))
+      Note(name + ": '" + OneLine(problem.thing) + "' works again");
 }
 
-void OutputJournal::NoteUpdate(Duration took) {
-  const clsZEBItemInfo& item = service_.CurrentItem();
-  Note(CountsText() + " in " + Milliseconds(took) + ": '" + OneLine(item->ItemName) + "' by '" +
-       OneLine(item->Artists) + "'");
+void OutputJournal::NoteUpdate(const UpdateRecord& record) {
+  const Duration took = service_.environment().loop.Monotonic() - record.began;
+  Note(CountsText(record) + " in " + TimeText(took) + ": " + ItemText(*record.snapshot));
+}
+
+void OutputJournal::NoteWaiting(const UpdateRecord& record) const {
+  std::string outputs;
+  for (const UpdateRecord::Run& run : record.runs)
+    if (!run.ended) outputs += (outputs.empty() ? "" : ", ") + PlaceText(run.type, run.index);
+  Note(ItemText(*record.snapshot) + " still waits for " + outputs);
 }
 
 }  // namespace zeb

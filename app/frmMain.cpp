@@ -22,6 +22,7 @@ constexpr char kWaitQuestion[] =
     "Do you want it to close when it has finished?";
 
 // There is no limit to how long an update may take; whoever runs the program has the last word.
+constexpr std::chrono::seconds kReloadRetry(10);
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
@@ -157,6 +158,7 @@ bool frmMain::StoreWithout(int number) {
 }
 
 void frmMain::Reload() {
+  reloadRetry_.Stop();
   if (quitting_) return;
   try {
     const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
@@ -164,20 +166,23 @@ void frmMain::Reload() {
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
     ShrinkTo(count);
-    for (int number = 1; number <= NumberServices(); ++number) {
-      try {
-        Window(number)->Reload();
-      } catch (const std::exception&) {
-        ReportException("reading the settings of service " + std::to_string(number), true);
-      }
-    }
+    Outcome outcome;
+    for (int number = 1; number <= NumberServices() && outcome; ++number) outcome = Window(number)->Reload();
+    if (!outcome) return ReloadLater(outcome.Reason());
     LoadServices();
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
   } catch (const std::exception& error) {
     ReportException("reading the settings again", true);
-    environment_.person.Note(std::string("The settings stay as they were: ") + error.what());
+    ReloadLater(std::string("the settings stay as they were: ") + error.what());
   }
+}
+
+// Whoever holds the store (an import, a backup) will let go of it.
+void frmMain::ReloadLater(const std::string& reason) {
+  environment_.person.Note("Cannot read the settings again: " + reason + "; trying again in " +
+                           std::to_string(kReloadRetry.count()) + " s");
+  reloadRetry_ = environment_.loop.After(kReloadRetry, [this] { Reload(); });
 }
 
 void frmMain::ShrinkTo(int count) {

@@ -61,12 +61,14 @@ class frmMain {
   bool StoreWithout(int number);
   void ShrinkTo(int count);
   bool AllClosed() const;
+  void ReloadLater(const std::string& reason);
 
   Environment& environment_;
   OutputFactory makeOutput_;
   StartUpOptions options_;
   std::vector<std::shared_ptr<frmService>> windows_;
   bool quitting_ = false;
+  Timer reloadRetry_;
   std::function<void()> closed_;  // once, at the end of quitting
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };

@@ -5,10 +5,8 @@
 #include <exception>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "app/OutputJournal.h"
-#include "core/Counted.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/dab/LabelClient.h"
 #include "sources/BounceRelay.h"
@@ -21,10 +19,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration kTickInterval = 1000ms;
-constexpr Duration kUpdateDelay = 1500ms;  // after the last information
+constexpr Duration kUpdateDelay = 1500ms;          // after the last information
+constexpr Duration kLongestUpdateDelay = 10000ms;  // after the first that is not published
 constexpr Duration kListenRetry = 30s;
-// So long a restart or a close waits for what is under way; outputs end their waits long before.
-constexpr Duration kLongestWait = std::chrono::hours(1);
+// How long a service that closes lets its outputs go on, and then how long they may take to give up.
+constexpr Duration kClosePatience = 2s;
 constexpr std::int32_t kFirstControlPort = 6900;
 constexpr std::int32_t kHighestPort = 65535;
 constexpr std::int32_t kSourceControlLink = 0;
@@ -33,18 +32,7 @@ constexpr const char* kNoController = "No controller connected";
 constexpr const char* kWaiting = "Information Update received, waiting..";
 constexpr const char* kUpdating = "Information Update received, updating..";
 constexpr const char* kForcing = "Forcing Information Update, waiting..";
-
-// Sets a flag until the end of the scope, on whatever way that is reached.
-class FlagHeld {
- public:
-  explicit FlagHeld(bool& flag) : flag_(flag) { flag_ = true; }
-  ~FlagHeld() { flag_ = false; }
-  FlagHeld(const FlagHeld&) = delete;
-  FlagHeld& operator=(const FlagHeld&) = delete;
-
- private:
-  bool& flag_;
-};
+constexpr const char* kTravelFlagActive = "TravelFlagActive";
 
 }  // namespace
 
@@ -74,14 +62,15 @@ struct frmService::State {
   Timer tmrUpdateOutputs;
   Timer delayedUpdate;  // the tick at exactly the moment at which a delayed update falls due
   Timer listenRetry;
-  std::optional<MonotonicTime> lastInformation;
-  bool pending = false;        // information that no update has taken up yet
-  bool outputsInHand = false;  // they are being started, updated or restarted
-  bool reloadWaiting = false;
-  bool nearEndRunning = false;
-  bool opened = false, closing = false, closed = false;
-  int tasks = 0;  // those that use the outputs, but for the one that closes
+  enum class Stage { kNew, kOpen, kClosing, kClosed } stage = Stage::kNew;
+  // Information that no update has taken up yet: when the first and the last of it came.
+  struct Unpublished {
+    MonotonicTime first, last;
+    MonotonicTime Due() const { return std::min(last + kUpdateDelay, first + kLongestUpdateDelay); }
+  };
+  std::optional<Unpublished> unpublished;
   std::uint16_t controlPort = 0;
+  std::string noSourceNoted;  // what was said about a service that hears nothing
 };
 
 std::shared_ptr<frmService> frmService::Create(Environment& environment, OutputFactory makeOutput) {
@@ -101,8 +90,8 @@ frmService::~frmService() = default;
 
 void frmService::Open(int number) {
   State& state = *state_;
-  if (state.opened || state.closing) return;
-  state.opened = true;
+  if (state.stage != State::Stage::kNew) return;
+  state.stage = State::Stage::kOpen;
   SetPanel(Panel::kNetControl, kNoController);
   state.service.SetItemCount(kMaxNextItems);
   state.service.SetServiceNumber(number);
@@ -110,69 +99,56 @@ void frmService::Open(int number) {
   state.tmrUpdateOutputs = state.environment.loop.Every(kTickInterval, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->Tick();
   });
-  StartTask("start of the outputs", [this] {
-    {
-      const FlagHeld inHand(state_->outputsInHand);
-      StartOutputs();
-    }
-    ArmDelayedUpdate();
-  });
+  for (const OutputTypeInfo& info : kOutputTypes)
+    for (int i = 1; i <= state.service.OutputCount(static_cast<std::int32_t>(info.type)); ++i)
+      StartOutput(info.type, i);
+  // The flag was on when the program ended: whoever saw it go on must see it end.
+  if (state.service.settings.TravelFlagActive) state.service.SetTravelFlagCleared();
 }
 
+// What is under way may end by itself, then is given up, then is left behind: closing never waits for a
+// worker or a server that hangs.
 void frmService::Close() {
   State& state = *state_;
-  if (state.closing) return;
-  state.closing = true;
+  if (state.stage >= State::Stage::kClosing) return;
+  state.stage = State::Stage::kClosing;
   state.tmrUpdateOutputs.Stop();
   state.delayedUpdate.Stop();
   state.listenRetry.Stop();
   state.server.Close();
   state.infoFile->Close();
   state.bounce.Close();
+  state.service.StopRetrying();
+  state.intake.EndTravelFlag();
   state.environment.loop.Start("close", [self = shared_from_this()] {
     State& closing = *self->state_;
-    closing.environment.loop.WaitUntil([&closing] { return closing.tasks == 0; }, kLongestWait);
+    const auto idle = [&closing] { return !closing.service.UpdateInProgress(); };
+    if (!closing.environment.loop.WaitUntil(idle, kClosePatience)) {
+      closing.service.CancelOutputs();
+      closing.environment.loop.WaitUntil(idle, kClosePatience);
+    }
+    self->RememberTravelFlag();
     closing.service.ClearService();
-    closing.closed = true;
+    closing.stage = State::Stage::kClosed;
   });
 }
 
-void frmService::Reload() {
+Outcome frmService::Reload() {
   State& state = *state_;
-  if (!state.opened || state.closing || state.reloadWaiting) return;
-  state.reloadWaiting = true;
-  StartTask("reload", [this] {
-    State& waiting = *state_;
-    waiting.environment.loop.WaitUntil([&waiting] { return waiting.closing || waiting.tasks == 1; },
-                                       kLongestWait);
-    waiting.reloadWaiting = false;
-    if (waiting.closing) return;
-    RunReload();
-  });
-}
-
-void frmService::RunReload() {
-  State& state = *state_;
-  {
-    const FlagHeld inHand(state.outputsInHand);
-    clsZEBService& service = state.service;
-    // Where the updates have got to is not written to the store each time.
-    const std::int32_t lastIndex = service.settings.LastUpdateOnServerIndex;
-    service.ClearService();
-    service.SetServiceNumber(service.ServiceNumber());
-    service.settings.LastUpdateOnServerIndex = std::min(lastIndex, service.settings.NumberUpdatesOnServer);
-    if (state.closing) return;
-    OpenSource();
-    StartOutputs();
+  if (state.stage != State::Stage::kOpen) return {};
+  const std::string name = state.service.settings.ServiceName;
+  const Result<clsZEBService::Changes> changes = state.service.ReadAgain();
+  if (!changes) return Failure{"the settings of '" + name + "' stay as they were: " + changes.Reason()};
+  OpenSource();
+  for (const auto& [type, index] : changes.Value().added) {
+    StartOutput(type, index);
+    state.service.ShowPresentTo(type, index);
   }
-  if (state.lastInformation) InformationReceived();  // so that new outputs show what the others do
+  return {};
 }
 
-void frmService::StartTask(const std::string& name, std::function<void()> work) {
-  state_->environment.loop.Start(name, [self = shared_from_this(), work = std::move(work)] {
-    const Counted counted(self->state_->tasks);
-    work();
-  });
+void frmService::StartOutput(OutputType type, int index) {
+  state_->service.StartOutput(type, index, MakeControl(type));
 }
 
 std::shared_ptr<Control> frmService::MakeControl(OutputType type) {
@@ -182,22 +158,6 @@ std::shared_ptr<Control> frmService::MakeControl(OutputType type) {
   if (type == OutputType::kSerial && state_->environment.serialPorts)
     return state_->environment.serialPorts->MakePort();
   return nullptr;
-}
-
-void frmService::StartOutputs() {
-  State& state = *state_;
-  for (const OutputTypeInfo& info : kOutputTypes) {
-    const auto typeCode = static_cast<std::int32_t>(info.type);
-    for (int i = 1; i <= state.service.OutputCount(typeCode) && !state.closing; ++i) {
-      const OutputPtr output = state.service.Output(info.type, i);
-      try {
-        output->StartOutput(MakeControl(info.type));
-        state.journal.Check(info.type, i);
-      } catch (const std::exception&) {
-        ReportException("starting an output", true);
-      }
-    }
-  }
 }
 
 // ---- The information source
@@ -218,13 +178,32 @@ void frmService::OpenSource() {
   else
     state.infoFile->Close();
   state.bounce.ApplySettings();
+  NoteWithoutSource();
+}
+
+// A service that can hear nothing will never publish anything; its operator should know why.
+void frmService::NoteWithoutSource() {
+  State& state = *state_;
+  const ServiceSettings& settings = state.service.settings;
+  std::string note;
+  if (settings.InfoSourceType == kSourceControlLink && state.controlPort == 0)
+    note = "it has no control port (TolvanTCPControlPort is " +
+           std::to_string(settings.TolvanTCPControlPort) + "), so nothing will be received";
+  else if (settings.InfoSourceType != kSourceControlLink && !InfoFileSource::Polls(settings.InfoSourceType))
+    note = "its source type " + std::to_string(settings.InfoSourceType) +
+           " is none that this program has, so nothing will be received";
+  else if (InfoFileSource::Polls(settings.InfoSourceType) && settings.InfoSourceFileName.empty())
+    note = "it has no information file (InfoSourceFileName is empty), so nothing will be received";
+  if (!note.empty() && note != state.noSourceNoted) state.journal.Note(note);
+  state.noSourceNoted = note;
 }
 
 // A port that is taken may come free (a program that is being replaced ends), so it is tried again.
 void frmService::Listen() {
   State& state = *state_;
   state.listenRetry.Stop();
-  if (state.closing || state.controlPort == 0 || state.server.Listen(state.controlPort)) return;
+  if (state.stage != State::Stage::kOpen || state.controlPort == 0 || state.server.Listen(state.controlPort))
+    return;
   state.listenRetry = state.environment.loop.After(kListenRetry, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->Listen();
   });
@@ -251,7 +230,7 @@ uNetControlServer::Events frmService::ServerEvents() {
 }
 
 void frmService::SetZEBInformation(std::string_view message) {
-  if (!state_->opened || state_->closing) return;
+  if (state_->stage != State::Stage::kOpen) return;
   state_->link.MessageFromController(0, message);
 }
 
@@ -259,62 +238,67 @@ void frmService::SetZEBInformation(std::string_view message) {
 
 void frmService::Tick() {
   State& state = *state_;
-  if (state.closing) return;
+  if (state.stage != State::Stage::kOpen) return;
   state.intake.CheckTravelFlag();
-  if (state.outputsInHand) return;
-  const MonotonicTime now = state.environment.loop.Monotonic();
-  if (state.pending && now - *state.lastInformation >= kUpdateDelay)
+  RememberTravelFlag();
+  if (state.unpublished && state.environment.loop.Monotonic() >= state.unpublished->Due())
     UpdateOutputs(true);
   else if (state.service.PeriodicUpdateDue())
     UpdateOutputs(false);
 }
 
 void frmService::InformationReceived() {
-  state_->lastInformation = state_->environment.loop.Monotonic();
-  state_->pending = true;
-  ArmDelayedUpdate();
-}
-
-void frmService::ArmDelayedUpdate() {
   State& state = *state_;
-  if (!state.pending || state.closing) return;
-  const Duration elapsed = state.environment.loop.Monotonic() - *state.lastInformation;
-  state.delayedUpdate = state.environment.loop.After(std::max(Duration::zero(), kUpdateDelay - elapsed),
-                                                     [weak = weak_from_this()] {
-                                                       if (const auto self = weak.lock()) self->Tick();
-                                                     });
+  const MonotonicTime now = state.environment.loop.Monotonic();
+  state.unpublished = {state.unpublished ? state.unpublished->first : now, now};
+  if (state.stage != State::Stage::kOpen) return;
+  state.delayedUpdate =
+      state.environment.loop.After(state.unpublished->Due() - now, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->Tick();
+      });
 }
 
 void frmService::UpdateOutputs(bool full) {
   State& state = *state_;
-  if (state.outputsInHand || state.closing || !state.opened) return;
-  state.outputsInHand = true;  // from here on, since the task may begin later
+  if (state.stage != State::Stage::kOpen) return;
+  const auto self = shared_from_this();
   if (full) {
-    state.pending = false;
+    state.unpublished.reset();
     state.delayedUpdate.Stop();
   }
   state.intake.CheckTravelFlag();
   SetPanel(Panel::kInformation, kUpdating);
-  StartTask("update of service " + std::to_string(state.service.ServiceNumber()), [this, full] {
-    {
-      const FlagHeld inHand(state_->outputsInHand);
-      RunUpdate(full);
-    }
-    SetPanel(Panel::kInformation, state_->pending ? kWaiting : "");
-    RefreshItemList();
-    ArmDelayedUpdate();
-  });
+  state.service.UpdateOutputs(full);
+  ShowUpdateState();
 }
 
-void frmService::RunUpdate(bool full) {
-  State& state = *state_;
-  if (state.closing) return;
-  const MonotonicTime started = state.environment.loop.Monotonic();
-  state.service.UpdateOutputs(full);
-  if (full) state.journal.NoteUpdate(state.environment.loop.Monotonic() - started);
+// What the panel says once an update, or a part of it, is through.
+void frmService::ShowUpdateState() {
+  const State& state = *state_;
+  SetPanel(Panel::kInformation, state.unpublished                  ? kWaiting
+                                : state.service.UpdateInProgress() ? kUpdating
+                                                                   : "");
+  RefreshItemList();
+}
+
+void frmService::UpdateThrough(const UpdateRecord& record) {
+  if (record.full) state_->journal.NoteUpdate(record);
+  ShowUpdateState();
+}
+
+void frmService::UpdateFinished() {
+  ShowUpdateState();
+}
+
+void frmService::UpdateWaits(const UpdateRecord& record) {
+  if (record.full) state_->journal.NoteWaiting(record);
 }
 
 void frmService::OutputUpdateFinished(int index, OutputType type) {
+  state_->journal.Check(type, index);
+}
+
+void frmService::OutputStarted(int index, OutputType type) {
   state_->journal.Check(type, index);
 }
 
@@ -325,22 +309,37 @@ void frmService::ForceUpdate() {
 // ---- Cues
 
 void frmService::SendTravelFlag(bool active) {
-  StartTask("travel flag", [this, active] {
-    if (active)
-      state_->service.SetTravelFlagActivated();
-    else
-      state_->service.SetTravelFlagCleared();
-  });
+  State& state = *state_;
+  if (active) {
+    state.service.SetTravelFlagActivated();
+    StoreTravelFlag(true);
+  } else {
+    state.service.SetTravelFlagCleared();
+  }
+}
+
+// The store says that the flag is on until its end has left every output, whatever happens meanwhile.
+void frmService::RememberTravelFlag() {
+  const State& state = *state_;
+  if (state.service.settings.TravelFlagActive && !state.intake.TravelFlagActive() &&
+      !state.service.TravelCueOwed())
+    StoreTravelFlag(false);
+}
+
+void frmService::StoreTravelFlag(bool active) {
+  State& state = *state_;
+  if (state.service.settings.TravelFlagActive == active) return;
+  try {
+    state.environment.hive.WriteNumber(state.environment.ServiceKey(state.service.ServiceNumber()),
+                                       kTravelFlagActive, active ? 1 : 0);
+    state.service.settings.TravelFlagActive = active;
+  } catch (const std::exception&) {
+    ReportException("storing the travel flag", true);
+  }
 }
 
 void frmService::SendNearEnd() {
-  // The end of an item that is told of again while its cue is on the way is the same end.
-  if (state_->nearEndRunning || state_->closing) return;
-  state_->nearEndRunning = true;
-  StartTask("near end", [this] {
-    const FlagHeld running(state_->nearEndRunning);
-    state_->service.CurrentItemNearEnd();
-  });
+  if (state_->stage == State::Stage::kOpen) state_->service.CurrentItemNearEnd();
 }
 
 // ---- What the window shows
@@ -350,7 +349,7 @@ clsZEBService& frmService::service() {
 }
 
 bool frmService::Closed() const {
-  return state_->closed;
+  return state_->stage == State::Stage::kClosed;
 }
 
 const std::string& frmService::PanelText(Panel panel) const {
@@ -377,8 +376,9 @@ void frmService::UpdateOutputsNow() {
   UpdateOutputs(true);
 }
 
+// Outputs that are free may be updated at any time; one that is busy shows the newest items when it is free.
 bool frmService::UpdateRunning() const {
-  return state_->outputsInHand;
+  return state_->stage != State::Stage::kOpen;
 }
 
 }  // namespace zeb

@@ -1,12 +1,9 @@
 // frmService: a service's window without the drawing: it owns the service, its intake, its control link and
 // its timers, gives each output its control, and decides when to update.
 //
-// Owned by frmMain through shared_ptr; its tasks hold it too, so closing it while an update waits is safe.
-// What it shows (panels, item list, outputs) it keeps as plain values that a desktop window draws.
-//
-// One thing at a time is done with the outputs as a whole: starting them, an update, or a restart after
-// settings changed. What falls due meanwhile is done afterwards. Cues (near end, travel flag) do not wait for
-// that; the service keeps them and updates of the same output type apart.
+// Owned by frmMain through shared_ptr. What it shows (panels, item list, outputs) it keeps as plain values
+// that a desktop window draws. Its outputs run each for itself: nothing here waits for one of them, but
+// closing, which waits for a few seconds at most.
 #pragma once
 
 #include <array>
@@ -31,9 +28,11 @@ class frmService : public std::enable_shared_from_this<frmService>,
 
   // Loads service `number`, starts its outputs and opens its information source.
   void Open(int number);
-  // Reads the settings again and restarts what changed, keeping the items. For SIGHUP.
-  void Reload();
-  // Stops the source, the timers and the outputs. An update in progress finishes by itself first.
+  // Reads the settings again and restarts the outputs whose settings changed, keeping the items. For SIGHUP.
+  // When they cannot be read, everything goes on as it is, and the reason says so.
+  Outcome Reload();
+  // Stops the source, the timers and the outputs. What is under way may end by itself for two seconds, and is
+  // then given up; a travel flag that is on is ended first.
   void Close();
   bool Closed() const;
 
@@ -53,18 +52,18 @@ class frmService : public std::enable_shared_from_this<frmService>,
 
   uNetControlServer::Events ServerEvents();
   std::shared_ptr<Control> MakeControl(OutputType type);
-  // Runs `work` in a task that keeps the window alive.
-  void StartTask(const std::string& name, std::function<void()> work);
+  void StartOutput(OutputType type, int index);
   // tmrUpdateOutputs.
   void Tick();
-  void ArmDelayedUpdate();
   void UpdateOutputs(bool full);
-  void RunUpdate(bool full);
-  void StartOutputs();
+  void ShowUpdateState();
   // Opens, keeps or closes the information source, as the settings say.
   void OpenSource();
   void Listen();
-  void RunReload();
+  void NoteWithoutSource();
+  void RememberTravelFlag();
+  void StoreTravelFlag(bool active);
+  void SendNearEnd();
 
   void SetPanel(Panel panel, const std::string& text) override;
   void RefreshItemList() override;
@@ -72,8 +71,11 @@ class frmService : public std::enable_shared_from_this<frmService>,
   bool UpdateRunning() const override;
   void InformationReceived() override;
   void SendTravelFlag(bool active) override;
-  void SendNearEnd();
+  void OutputStarted(int index, OutputType type) override;
   void OutputUpdateFinished(int index, OutputType type) override;
+  void UpdateFinished() override;
+  void UpdateThrough(const UpdateRecord& record) override;
+  void UpdateWaits(const UpdateRecord& record) override;
 };
 
 }  // namespace zeb

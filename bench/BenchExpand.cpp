@@ -46,7 +46,8 @@ void Expand(benchmark::State& state, const std::string& text) {
 
 void ExpandAsPage(benchmark::State& state, const std::string& text) {
   Station station;
-  for (auto _ : state) benchmark::DoNotOptimize(ExpandPage(text, station.service, "", station.uploads));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(ExpandPage(text, *station.service.TakeSnapshot(), "", station.uploads));
   Report(state, text.size());
 }
 

@@ -1,19 +1,17 @@
 #include "core/clsZEBService.h"
 
 #include <algorithm>
-#include <iterator>
-#include <numeric>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
-#include "text/LetterCase.h"
-#include "text/SharedTime.h"
-#include "text/Utf8.h"
 
 namespace zeb {
 
 clsZEBService::clsZEBService(Environment& environment, OutputFactory makeOutput, ServiceEvents& events)
-    : environment_(environment), makeOutput_(std::move(makeOutput)), events_(events) {
+    : environment_(environment),
+      makeOutput_(std::move(makeOutput)),
+      events_(events),
+      cycle_(environment, events) {
   for (std::size_t i = 0; i < kMaxNextItems; ++i) {
     nextItems_[i].ItemIndexNumber = static_cast<std::int16_t>(i + 1);
     previousItems_[i].ItemIndexNumber = static_cast<std::int16_t>(i + 1);
@@ -60,59 +58,53 @@ void clsZEBService::SetPreviousItem(int index, const clsZEBItemInfo& item) {
 
 // ---- Outputs
 
-const clsZEBService::TypeState* clsZEBService::FindState(std::int32_t typeCode) const {
-  return IsTypeCode(typeCode) ? &types_[static_cast<std::size_t>(typeCode)] : nullptr;
-}
-
-clsZEBService::TypeState* clsZEBService::FindState(std::int32_t typeCode) {
-  return IsTypeCode(typeCode) ? &types_[static_cast<std::size_t>(typeCode)] : nullptr;
-}
-
 int clsZEBService::AddOutput(OutputType type, OutputPtr output) {
-  TypeState* state = FindState(static_cast<std::int32_t>(type));
-  if (!state || !output) return 0;
-  state->outputs.push_back(std::move(output));
-  return static_cast<int>(state->outputs.size());
+  const auto typeCode = static_cast<std::int32_t>(type);
+  if (!IsTypeCode(typeCode) || !output) return 0;
+  SetOutput(type, OutputCount(typeCode) + 1, std::move(output));
+  return OutputCount(typeCode);
 }
 
 void clsZEBService::RemoveOutput(OutputType type, int index) {
   if (!Output(type, index)) return;
-  std::vector<OutputPtr>& outputs = StateOf(type).outputs;
-  outputs.erase(outputs.begin() + (index - 1));
+  std::vector<RunnerPtr> runners = cycle_.Runners(type);
+  runners.erase(runners.begin() + (index - 1));
+  cycle_.SetRunners(type, std::move(runners));
 }
 
 OutputPtr clsZEBService::Output(OutputType type, int index) const {
-  const auto typeCode = static_cast<std::int32_t>(type);
-  if (index < 1 || index > OutputCount(typeCode)) return nullptr;
-  return StateOf(type).outputs[static_cast<std::size_t>(index) - 1];
+  if (index < 1 || index > OutputCount(static_cast<std::int32_t>(type))) return nullptr;
+  return cycle_.Runners(type)[static_cast<std::size_t>(index) - 1]->output;
 }
 
 void clsZEBService::SetOutput(OutputType type, int index, OutputPtr output) {
   if (index < 1 || !output) return;
-  if (Output(type, index))
-    StateOf(type).outputs[static_cast<std::size_t>(index) - 1] = std::move(output);
+  std::vector<RunnerPtr> runners = cycle_.Runners(type);
+  RunnerPtr runner = cycle_.MakeRunner(type, std::move(output));
+  if (index <= std::ssize(runners))
+    runners[static_cast<std::size_t>(index) - 1] = std::move(runner);
   else
-    AddOutput(type, std::move(output));
+    runners.push_back(std::move(runner));
+  cycle_.SetRunners(type, std::move(runners));
 }
 
 int clsZEBService::OutputCount(std::int32_t typeCode) const {
-  const TypeState* state = FindState(typeCode);
-  return state ? static_cast<int>(state->outputs.size()) : 0;
+  return IsTypeCode(typeCode) ? static_cast<int>(cycle_.Runners(static_cast<OutputType>(typeCode)).size())
+                              : 0;
 }
 
 int clsZEBService::TotalNumberOutputs() const {
-  return std::accumulate(types_.begin(), types_.end(), 0, [](int sum, const TypeState& state) {
-    return sum + static_cast<int>(state.outputs.size());
-  });
+  int total = 0;
+  for (std::int32_t typeCode = 1; typeCode <= kNumberOutputTypes; ++typeCode) total += OutputCount(typeCode);
+  return total;
 }
 
 std::int32_t clsZEBService::OutputUpdateInterval(std::int32_t typeCode) const {
-  const TypeState* state = FindState(typeCode);
-  return state ? state->interval : 0;
+  return IsTypeCode(typeCode) ? cycle_.Interval(static_cast<OutputType>(typeCode)) : 0;
 }
 
 void clsZEBService::SetOutputUpdateInterval(std::int32_t typeCode, std::int32_t seconds) {
-  if (TypeState* state = FindState(typeCode)) state->interval = seconds;
+  if (IsTypeCode(typeCode)) cycle_.SetInterval(static_cast<OutputType>(typeCode), seconds);
 }
 
 void clsZEBService::ClearService() {
@@ -122,44 +114,40 @@ void clsZEBService::ClearService() {
       trace.ExitAs("no Service Number");
       return;
     }
-    ++generation_;  // tells what is running or waiting that its outputs are gone
-    for (const OutputType type : {OutputType::kWeb, OutputType::kEncoder, OutputType::kHTTP,
-                                  OutputType::kSerial, OutputType::kFile, OutputType::kDAB, OutputType::kRDS})
-      ClearOutputs(type);
+    cycle_.EndAll();
+    for (const OutputType type : kClearingOrder) {
+      int index = 0;
+      for (const OutputPtr& output : cycle_.Clear(type)) {
+        DebugLine("Clearing ", NameOf(type), " Output ", ++index);
+        Guarded("stopping an output", [&] { output->StopOutput(); });
+      }
+    }
   }
   Guarded("telling that the service is closed", [this] { events_.ServiceClosed(); });
 }
 
-void clsZEBService::ClearOutputs(OutputType type) {
-  TypeState& state = StateOf(type);
-  const std::vector<OutputPtr> outputs = std::exchange(state.outputs, {});
-  state.waiting.clear();
-  state.busy = false;  // the outputs that come next need not wait for those that go
-  state.lastUpdate.reset();
-  const std::string_view name = FindOutputType(static_cast<std::int32_t>(type))->name;
-  int index = 0;
-  for (const OutputPtr& output : outputs) {
-    DebugLine("Clearing ", name, " Output ", ++index);
-    Guarded("stopping an output", [&] { output->StopOutput(); });
-  }
+// ---- What is published
+
+SnapshotPtr clsZEBService::TakeSnapshot() const {
+  const auto snapshot = std::make_shared<ServiceSnapshot>();
+  snapshot->moment = environment_.loop.Now();
+  snapshot->serviceNumber = serviceNumber_;
+  snapshot->ServiceName = settings.ServiceName;
+  snapshot->NoPictureFileName = settings.NoPictureFileName;
+  snapshot->LoggingPath = settings.LoggingPath;
+  snapshot->PresenterReference = PresenterReference;
+  snapshot->PresenterFullName = PresenterFullName;
+  snapshot->ShowReference = ShowReference;
+  snapshot->ShowTitle = ShowTitle;
+  snapshot->currentItem = currentItem_;
+  snapshot->comingSoonItem = comingSoonItem_;
+  snapshot->nextItems.assign(nextItems_.begin(), nextItems_.begin() + std::ptrdiff_t{itemCount_});
+  snapshot->previousItems.assign(previousItems_.begin(), previousItems_.begin() + std::ptrdiff_t{itemCount_});
+  return snapshot;
 }
 
-// ---- Special elements
-
 std::string clsZEBService::GetSpecialElementByName(std::string_view name) const {
-  constexpr std::size_t kNowAndSeparator = 4;  // characters
-  const std::string upper = UpperCase(name);
-  if (upper == "PRESENTERFULLNAME") return PresenterFullName;
-  if (upper == "PRESENTERREFERENCE") return PresenterReference;
-  if (upper == "SHOWREFERENCE") return ShowReference;
-  if (upper == "SHOWTITLE") return ShowTitle;
-  if (upper == "SERVICENAME") return settings.ServiceName;
-  if (upper == "NOPICTUREFILENAME") return settings.NoPictureFileName;
-  if (upper == "CURRENTDATETIME") return GeneralDate(environment_.loop.Now());
-  if (upper == "CURRENTDATETIMEXML") return XmlDateTime(environment_.loop.Now());
-  if (upper.compare(0, 3, "NOW") == 0)  // the pattern as written, so that its literal letters keep their case
-    return FormatDateTime(environment_.loop.Now(), name.substr(SkipCharacters(name, 0, kNowAndSeparator)));
-  return std::string("Unknown tag ").append(name);
+  return TakeSnapshot()->GetSpecialElementByName(name);
 }
 
 }  // namespace zeb

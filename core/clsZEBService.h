@@ -2,9 +2,8 @@
 // outputs by type, and the update cycle that pushes the items through the outputs.
 //
 // Owned by the service's window (app/frmService), which feeds it and decides when to update. It knows outputs
-// only through clsZEBTemplate and makes them through the factory that it is given. UpdateOutputs,
-// UpdateOutputType and the cue operations must be called inside a task, since outputs may wait; the service
-// must stay alive until they return (the window sees to it).
+// only through clsZEBTemplate and makes them through the factory that it is given. Nothing here waits:
+// updates and cues begin runs of the outputs, which go on by themselves.
 #pragma once
 
 #include <array>
@@ -19,26 +18,15 @@
 
 #include "core/Environment.h"
 #include "core/OutputTypes.h"
+#include "core/ServiceEvents.h"
+#include "core/ServiceSnapshot.h"
+#include "core/UpdateCycle.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"
 
 namespace zeb {
 
 inline constexpr int kMaxNextItems = 50;  // and previous items
-
-// What the owning window is told. All on the loop's thread; 3 to 6 come from inside an update's task.
-class ServiceEvents {
- public:
-  virtual ~ServiceEvents() = default;
-  virtual void ServiceOpened() {}
-  virtual void ServiceClosed() {}
-  virtual void OutputUpdateStarting(int /*index*/, OutputType) {}
-  virtual void OutputUpdateUpdating(int /*index*/, OutputType) {}
-  virtual void OutputUpdateUpdated(int /*index*/, OutputType) {}
-  virtual void OutputUpdateFinished(int /*index*/, OutputType) {}
-  virtual void UpdateStarted() {}
-  virtual void UpdateFinished() {}
-};
 
 // The service-level settings, named as in the store; defaults are those of a service never saved.
 struct ServiceSettings {
@@ -61,11 +49,11 @@ struct ServiceSettings {
   bool UseBounce = false;
   std::string BounceServer;
   std::int32_t BouncePort = 1;
+  bool TravelFlagActive = false;  // the flag was on and has not been seen to end
 };
 
 // Makes an output of a type; null for a type that is not built. Settings of such types are kept as they are.
-using OutputFactory = std::function<std::shared_ptr<clsZEBTemplate>(OutputType)>;
-using OutputPtr = std::shared_ptr<clsZEBTemplate>;
+using OutputFactory = std::function<OutputPtr(OutputType)>;
 
 class clsZEBService {
  public:
@@ -73,6 +61,18 @@ class clsZEBService {
   ~clsZEBService();
   clsZEBService(const clsZEBService&) = delete;
   clsZEBService& operator=(const clsZEBService&) = delete;
+
+  // What reading the settings again has changed. Outputs that are set as before go on running.
+  struct Changes {
+    struct Place {
+      OutputType type;
+      int index;
+    };
+    std::vector<Place> added;  // to be started
+    bool any = false;
+  };
+  // Reads the settings again, all of them or (with the reason) none.
+  Result<Changes> ReadAgain();
 
   // Setting the number loads the service's settings and outputs. They are not started.
   int ServiceNumber() const { return serviceNumber_; }
@@ -111,19 +111,31 @@ class clsZEBService {
   void SetOutputUpdateInterval(std::int32_t typeCode, std::int32_t seconds);
   static constexpr int NumberOutputTypes() { return kNumberOutputTypes; }
 
-  // The update cycle (tasks only). A type whose outputs are busy with a cue is waited for, and the reverse,
-  // so that no output is ever used twice at a time; other types go on. One that waits for five minutes, and a
-  // cue for which 16 are waiting already, is dropped. An output that is removed meanwhile is not called
-  // again.
+  // Starts the output with the control through which it works. It takes part in updates once it is started.
+  void StartOutput(OutputType type, int index, const std::shared_ptr<Control>& control) {
+    if (Output(type, index)) cycle_.Start(type, index, control);
+  }
+
+  // The update cycle (core/UpdateCycle.h). A full update is for new information; else the types are updated
+  // whose interval has passed. Types run side by side, begun in ascending order.
   void UpdateOutputs(bool full);
   void UpdateOutputType(std::int32_t typeCode);
-  bool UpdateInProgress() const { return updatesInProgress_ > 0; }
+  bool UpdateInProgress() const { return cycle_.UpdateInProgress(); }
   // Whether a periodic pass would update anything now; so an idle service needs no task.
   bool PeriodicUpdateDue() const;
+  // Shows an output that has just been started what the others show; nothing when there was no update yet.
+  void ShowPresentTo(OutputType type, int index);
+  // What the last update published; null before the first.
+  const SnapshotPtr& LastSnapshot() const { return lastSnapshot_; }
+  SnapshotPtr TakeSnapshot() const;  // of this moment
 
   void CurrentItemNearEnd();
   void SetTravelFlagActivated();
   void SetTravelFlagCleared();
+  bool TravelCueOwed() const { return cycle_.TravelCueOwed(); }  // it has not left on every output
+  // For a service that stops: what is under way is given up; what failed is not tried again.
+  void CancelOutputs() { cycle_.CancelAll(); }
+  void StopRetrying() { cycle_.StopRetrying(); }
 
   // Presenter, show, service name, dates; "Unknown tag " and the name for anything else.
   std::string GetSpecialElementByName(std::string_view name) const;
@@ -131,47 +143,17 @@ class clsZEBService {
   Environment& environment() const { return environment_; }
 
  private:
-  struct TypeState {
-    std::vector<OutputPtr> outputs;
-    std::int32_t interval = 0;
-    std::optional<MonotonicTime> lastUpdate;
-    bool busy = false;                   // an update or cue is running over these outputs
-    std::vector<std::uint64_t> waiting;  // tickets of those that wait for it, in the order they came
-  };
-
-  class Turn;
-  using OutputWork = std::function<void(clsZEBTemplate&)>;
-  using OutputEvent = void (ServiceEvents::*)(int, OutputType);
-  struct Phase {
-    std::string_view verb;  // in log lines
-    OutputWork work;
-    OutputEvent before, after;  // null: not told
-  };
-
   static constexpr bool IsTypeCode(std::int32_t code) { return code >= 1 && code <= kNumberOutputTypes; }
   bool HasSlot(int index) const { return index >= 1 && index <= itemCount_; }
-  const TypeState* FindState(std::int32_t typeCode) const;  // null for a code outside the range
-  TypeState* FindState(std::int32_t typeCode);
-
-  TypeState& StateOf(OutputType type) { return types_[static_cast<std::size_t>(type)]; }
-  const TypeState& StateOf(OutputType type) const { return types_[static_cast<std::size_t>(type)]; }
-  bool TypeIsDue(const TypeState& state) const;
-  void UpdateInTurn(OutputType type, TypeState& state);
-  void SendCue(OutputType type, std::string_view logName, bool updateEvents, const OutputWork& send);
-  // Prepare all, `update` all, finish all, with log lines that begin with `logName`. Events 4 and 5 are told
-  // when asked for, 3 and 6 always.
-  void RunThreePhases(OutputType type, std::string_view logName, const OutputWork& update, bool updateEvents);
-  void RunPhase(OutputType type, std::string_view logName, const Phase& phase, const OutputPtr& output,
-                std::size_t formerPlace);
-  void Tell(OutputEvent event, int index, OutputType type) const;
-  // Where the output stands now; 0 when it was removed.
-  int IndexOf(OutputType type, const OutputPtr& output, std::size_t formerPlace) const;
-  void ClearOutputs(OutputType type);
+  void SendCue(OutputType type, Cue::Kind kind);
+  void Publish(const std::vector<OutputType>& types, bool full);
   // False when the work threw; reported then.
-  bool Guarded(std::string_view what, const std::function<void()>& work) const;
-  void NoteGivenUp(std::string_view what, OutputType type) const;
-  void LoadSettings(const std::string& key);
-  void LoadOutputs(const std::string& key);
+  static bool Guarded(std::string_view what, const std::function<void()>& work);
+  struct Stored;
+  // `allOrNothing`: throws when something cannot be read; else that has its default, and it is reported.
+  Stored ReadStored(bool allOrNothing) const;
+  void TakeOver(OutputType type, std::vector<OutputPtr> stored, Changes& changes);
+  int StoredOutputCount(const OutputTypeInfo& info, const std::string& typeKey) const;
   void WriteAll(const std::string& key);
 
   Environment& environment_;
@@ -181,10 +163,8 @@ class clsZEBService {
   clsZEBItemInfo currentItem_, comingSoonItem_;
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
-  std::array<TypeState, kNumberOutputTypes + 1> types_;
-  int updatesInProgress_ = 0;
-  std::uint64_t generation_ = 0;  // of the outputs; a new one begins when they are cleared
-  std::uint64_t lastTicket_ = 0;
+  UpdateCycle cycle_;
+  SnapshotPtr lastSnapshot_;
 };
 
 }  // namespace zeb

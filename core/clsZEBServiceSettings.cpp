@@ -1,11 +1,12 @@
 // The part of clsZEBService that loads and saves its settings and outputs.
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 
+#include "core/SettingFields.h"
 #include "core/SettingsTree.h"
 #include "core/clsZEBService.h"
 #include "diagnostics/hxGeneral.h"
@@ -18,21 +19,9 @@ namespace {
 // More outputs of a type than any station has; a damaged count must not make the program build millions.
 constexpr std::int32_t kMaxOutputsOfType = 1000;
 
-using Member =
-    std::variant<std::string ServiceSettings::*, std::int32_t ServiceSettings::*, bool ServiceSettings::*>;
-
-// Whether a number is stored as a number or as its decimal text. The two kinds grew over the years, and other
-// programs of the station read the values, so each keeps its own.
-enum class StoredAs { kText, kNumber };
-
-struct SettingLine {
-  std::string_view name;
-  Member member;
-  StoredAs storedAs;
-};
-
 using S = ServiceSettings;
-constexpr std::array<SettingLine, 21> kSettingLines = {{
+using Row = SettingRow<ServiceSettings>;
+constexpr auto kRows = std::to_array<Row>({
     {"ServiceName", &S::ServiceName, StoredAs::kText},
     {"NoPictureFileName", &S::NoPictureFileName, StoredAs::kText},
     {"LoggingPath", &S::LoggingPath, StoredAs::kText},
@@ -54,45 +43,12 @@ constexpr std::array<SettingLine, 21> kSettingLines = {{
     {"UseBounce", &S::UseBounce, StoredAs::kNumber},
     {"BounceServer", &S::BounceServer, StoredAs::kText},
     {"BouncePort", &S::BouncePort, StoredAs::kNumber},
-}};
+    {"TravelFlagActive", &S::TravelFlagActive, StoredAs::kNumber},
+});
+constexpr SettingTable<ServiceSettings> kTable{kRows};
 
-// Hands the hive's value to the member; the member's present value is the default.
-struct Reader {
-  SettingsHive& hive;
-  const std::string& key;
-  std::string name;
-  ServiceSettings& settings;
-
-  void operator()(std::string S::*member) const {
-    settings.*member = hive.ReadText(key, name, settings.*member);
-  }
-  void operator()(std::int32_t S::*member) const {
-    settings.*member = hive.ReadNumber(key, name, settings.*member);
-  }
-  void operator()(bool S::*member) const {
-    // As text, since some tools write the word.
-    const std::string text = hive.ReadText(key, name, settings.*member ? "1" : "0");
-    settings.*member = LeadingInteger(text) != 0 || EqualIgnoringAsciiCase(TrimBlanks(text), "true");
-  }
-};
-
-struct Writer {
-  SettingsHive& hive;
-  const std::string& key;
-  std::string name;
-  StoredAs storedAs;
-  const ServiceSettings& settings;
-
-  void operator()(std::string S::*member) const { hive.WriteText(key, name, settings.*member); }
-  void operator()(std::int32_t S::*member) const { WriteNumber(settings.*member); }
-  void operator()(bool S::*member) const { WriteNumber(settings.*member ? 1 : 0); }
-  void WriteNumber(std::int32_t number) const {
-    if (storedAs == StoredAs::kNumber)
-      hive.WriteNumber(key, name, number);
-    else
-      hive.WriteText(key, name, PlainNumber(std::int64_t{number}));
-  }
-};
+constexpr const char* kDelaySeconds = "DelaySeconds";  // of every output
+constexpr std::int32_t kLongestDelay = 3600;
 
 const OutputTypeInfo* FindTypeOfKey(std::string_view settingsKey) {
   for (const OutputTypeInfo& info : kOutputTypes)
@@ -106,15 +62,53 @@ std::string TypeKey(const std::string& serviceKey, const OutputTypeInfo& info) {
 
 }  // namespace
 
+// ---- Loading
+
+// A service as it is stored.
+struct clsZEBService::Stored {
+  struct Type {
+    const OutputTypeInfo* info = nullptr;
+    std::vector<OutputPtr> outputs;
+    std::int32_t interval = 0;
+  };
+  ServiceSettings settings;
+  std::int32_t retrySeconds = 5;  // for all services
+  std::vector<Type> types;
+};
+
+namespace {
+
+// How a value that cannot be read is taken: at a start as if it were not there, else as a failure of all.
+enum class Missing { kDefault, kThrow };
+
+void Try(Missing missing, const std::string& what, const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::exception&) {
+    if (missing == Missing::kThrow) throw;
+    ReportException(what, true);
+  }
+}
+
+std::string OutputsOf(const OutputTypeInfo& info, int serviceNumber) {
+  return std::string(info.name) + " outputs of service " + std::to_string(serviceNumber);
+}
+
+}  // namespace
+
 void clsZEBService::SetServiceNumber(int number) {
   if (DebugLevelAllows(5))
     WriteDebugLine("Started ZEBService.ServiceNumber=" + std::to_string(number), 5, LineKind::kStarted);
   if (TotalNumberOutputs() > 0) ClearService();
   serviceNumber_ = number;
   if (number > 0) {
-    const std::string key = environment_.ServiceKey(number);
-    LoadSettings(key);
-    LoadOutputs(key);
+    Stored stored = ReadStored(false);
+    settings = std::move(stored.settings);
+    cycle_.SetRetrySeconds(stored.retrySeconds);
+    for (Stored::Type& type : stored.types) {
+      for (OutputPtr& output : type.outputs) AddOutput(type.info->type, std::move(output));
+      cycle_.SetInterval(type.info->type, type.interval);
+    }
     Guarded("opening the service", [this] { events_.ServiceOpened(); });
   } else {
     WriteDebugLine("Exit as no ServiceNumber");
@@ -122,47 +116,112 @@ void clsZEBService::SetServiceNumber(int number) {
   WriteDebugLine("Finished ZEBService.ServiceNumber", 5, LineKind::kFinished);
 }
 
-void clsZEBService::LoadSettings(const std::string& key) {
-  const std::int32_t heldPort = settings.TolvanTCPControlPort;
-  settings = ServiceSettings();
-  settings.TolvanTCPControlPort = heldPort;
-  for (const SettingLine& line : kSettingLines)
-    Guarded("reading the setting " + std::string(line.name), [&] {
-      std::visit(Reader{environment_.hive, key, std::string(line.name), settings}, line.member);
-    });
+Result<clsZEBService::Changes> clsZEBService::ReadAgain() {
+  Stored stored;
+  try {
+    environment_.hive.ReadTransaction([&] { stored = ReadStored(true); });
+  } catch (const std::exception& error) {
+    return Failure{error.what()};
+  }
+  Changes changes;
+  // Where the updates have got to is not written to the store each time.
+  stored.settings.LastUpdateOnServerIndex =
+      std::min(settings.LastUpdateOnServerIndex, stored.settings.NumberUpdatesOnServer);
+  stored.settings.TravelFlagActive = settings.TravelFlagActive;
+  changes.any = SettingsText(kTable, settings) != SettingsText(kTable, stored.settings);
+  settings = std::move(stored.settings);
+  cycle_.SetRetrySeconds(stored.retrySeconds);
+  for (Stored::Type& type : stored.types) {
+    changes.any = changes.any || cycle_.Interval(type.info->type) != type.interval;
+    cycle_.SetInterval(type.info->type, type.interval);
+    TakeOver(type.info->type, std::move(type.outputs), changes);
+  }
+  return changes;
 }
 
-void clsZEBService::LoadOutputs(const std::string& key) {
+// Puts the outputs as they are stored now in the place of those that run, but for those that are set as
+// before, wherever in the list they stand now.
+void clsZEBService::TakeOver(OutputType type, std::vector<OutputPtr> stored, Changes& changes) {
+  const auto isAs = [](const OutputPtr& output) {
+    return [&output](const RunnerPtr& runner) {
+      return runner && runner->output->DelaySeconds == output->DelaySeconds &&
+             runner->output->SettingsText() == output->SettingsText();
+    };
+  };
+  std::vector<RunnerPtr> former = cycle_.Runners(type), runners;
+  for (OutputPtr& output : stored) {
+    const auto same = std::find_if(former.begin(), former.end(), isAs(output));
+    if (same != former.end()) {
+      runners.push_back(std::exchange(*same, nullptr));
+    } else {
+      runners.push_back(cycle_.MakeRunner(type, std::move(output)));
+      changes.added.push_back({type, static_cast<int>(runners.size())});
+    }
+  }
+  cycle_.SetRunners(type, std::move(runners));
+  for (const RunnerPtr& gone : former)
+    if (gone) Guarded("stopping an output", [&] { gone->output->StopOutput(); });
+  changes.any =
+      changes.any || !changes.added.empty() ||
+      std::any_of(former.begin(), former.end(), [](const RunnerPtr& runner) { return runner != nullptr; });
+}
+
+clsZEBService::Stored clsZEBService::ReadStored(bool allOrNothing) const {
+  const Missing missing = allOrNothing ? Missing::kThrow : Missing::kDefault;
   SettingsHive& hive = environment_.hive;
+  const std::string key = environment_.ServiceKey(serviceNumber_);
+  Stored stored;
+  for (const Row& row : kRows)
+    Try(missing, "reading the setting " + std::string(row.name),
+        [&] { ReadSetting(hive, key, "", row, stored.settings); });
+  // Kept when the store has no value.
+  Try(missing, "reading the control port", [&] {
+    stored.settings.TolvanTCPControlPort =
+        hive.ReadNumber(key, "TolvanTCPControlPort", settings.TolvanTCPControlPort);
+  });
+  Try(missing, "reading RetrySeconds", [&] {
+    stored.retrySeconds = hive.ReadNumber(environment_.settingsRoot, "RetrySeconds", stored.retrySeconds);
+  });
   for (const OutputTypeInfo& info : kOutputTypes) {
     const std::string typeKey = TypeKey(key, info);
-    const std::string what = std::string(info.name) + " outputs of service " + std::to_string(serviceNumber_);
-    std::int32_t count = 0;
-    Guarded("reading the number of " + what,
-            [&] { count = LeadingInteger(hive.ReadText(typeKey, "NumberOutputs", "0")); });
-    if (count > kMaxOutputsOfType) {
-      environment_.person.Note("The settings hold " + std::to_string(count) + " " + what +
-                               "; only the first " + std::to_string(kMaxOutputsOfType) + " are loaded");
-      count = kMaxOutputsOfType;
-    }
+    Stored::Type& type = stored.types.emplace_back();
+    type.info = &info;
+    int count = 0;
+    Try(missing, "reading the number of " + OutputsOf(info, serviceNumber_),
+        [&] { count = StoredOutputCount(info, typeKey); });
     for (int i = 1; i <= count; ++i) {
       OutputPtr output;
-      Guarded("making the " + what, [&] { output = makeOutput_(info.type); });
+      Try(missing, "making the " + OutputsOf(info, serviceNumber_), [&] { output = makeOutput_(info.type); });
       if (output == nullptr) {
-        environment_.person.Note("This program has no " + std::string(info.name) + " outputs: the " + what +
+        environment_.person.Note("This program has no " + std::string(info.name) + " outputs: the " +
+                                 OutputsOf(info, serviceNumber_) +
                                  " are kept in the settings, and do not run");
         break;
       }
-      // An output whose settings cannot be read is added all the same, so that the others keep their numbers.
-      Guarded("reading the " + what, [&] { output->GetOutputInformation(serviceNumber_, i); });
-      AddOutput(info.type, std::move(output));
+      // An output whose settings cannot be read is there all the same, so that the others keep their numbers.
+      Try(missing, "reading the " + OutputsOf(info, serviceNumber_), [&] {
+        output->GetOutputInformation(serviceNumber_, i);
+        output->DelaySeconds =
+            std::clamp(hive.ReadNumber(typeKey, kDelaySeconds + std::to_string(i), 0), 0, kLongestDelay);
+      });
+      type.outputs.push_back(std::move(output));
     }
-    Guarded("reading the update interval of the " + what, [&] {
-      const std::string interval = hive.ReadText(typeKey, "UpdateInterval", "0");
-      SetOutputUpdateInterval(static_cast<std::int32_t>(info.type), LeadingInteger(interval));
-    });
+    Try(missing, "reading the update interval of the " + OutputsOf(info, serviceNumber_),
+        [&] { type.interval = LeadingInteger(hive.ReadText(typeKey, "UpdateInterval", "0")); });
   }
+  return stored;
 }
+
+int clsZEBService::StoredOutputCount(const OutputTypeInfo& info, const std::string& typeKey) const {
+  const std::int32_t count = LeadingInteger(environment_.hive.ReadText(typeKey, "NumberOutputs", "0"));
+  if (count <= kMaxOutputsOfType) return count;
+  environment_.person.Note("The settings hold " + std::to_string(count) + " " +
+                           OutputsOf(info, serviceNumber_) + "; only the first " +
+                           std::to_string(kMaxOutputsOfType) + " are loaded");
+  return kMaxOutputsOfType;
+}
+
+// ---- Storing
 
 bool clsZEBService::StoreServiceInformation() {
   const Trace trace("ZEBService.StoreServiceInformation");
@@ -217,22 +276,26 @@ void clsZEBService::WriteAll(const std::string& key) {
   std::vector<std::pair<std::string, SettingsTree>> kept;
   for (const std::string& name : hive.SubKeys(key)) {
     const OutputTypeInfo* info = FindTypeOfKey(name);
-    if (info == nullptr || (StateOf(info->type).outputs.empty() && makeOutput_(info->type) == nullptr))
+    if (info == nullptr ||
+        (OutputCount(static_cast<std::int32_t>(info->type)) == 0 && makeOutput_(info->type) == nullptr))
       kept.emplace_back(below + name, ReadSettingsTree(hive, below + name));
   }
   hive.DeleteKey(key);
   for (const auto& [keptKey, tree] : kept) WriteSettingsTree(hive, keptKey, tree);
 
-  for (const SettingLine& line : kSettingLines)
-    std::visit(Writer{hive, key, std::string(line.name), line.storedAs, settings}, line.member);
+  WriteSettings(hive, key, "", kTable, settings);
   for (const OutputTypeInfo& info : kOutputTypes) {
     const std::string typeKey = TypeKey(key, info);
     if (hive.KeyExists(typeKey)) continue;  // kept
-    const TypeState& state = StateOf(info.type);
-    hive.WriteText(typeKey, "NumberOutputs", std::to_string(state.outputs.size()));
-    for (std::size_t i = 0; i < state.outputs.size(); ++i)
-      state.outputs[i]->StoreOutputInformation(serviceNumber_, static_cast<int>(i) + 1);
-    hive.WriteText(typeKey, "UpdateInterval", std::to_string(state.interval));
+    const auto& runners = cycle_.Runners(info.type);
+    hive.WriteText(typeKey, "NumberOutputs", std::to_string(runners.size()));
+    for (int i = 1; i <= std::ssize(runners); ++i) {
+      const OutputPtr& output = runners[static_cast<std::size_t>(i) - 1]->output;
+      output->StoreOutputInformation(serviceNumber_, i);
+      if (output->DelaySeconds != 0)
+        hive.WriteNumber(typeKey, kDelaySeconds + std::to_string(i), output->DelaySeconds);
+    }
+    hive.WriteText(typeKey, "UpdateInterval", std::to_string(cycle_.Interval(info.type)));
   }
 }
 

@@ -46,16 +46,16 @@ bool clsZEBTemplate::StopOutput() {
   return true;
 }
 
-bool clsZEBTemplate::PrepareOutput(clsZEBService&) {
+bool clsZEBTemplate::PrepareOutput(const SnapshotPtr&) {
   return false;
 }
 
-bool clsZEBTemplate::UpdateOutput(clsZEBService&) {
+bool clsZEBTemplate::UpdateOutput(const SnapshotPtr&) {
   SetStatus(kStatusOK);
   return false;
 }
 
-bool clsZEBTemplate::FinishOutput(clsZEBService&) {
+bool clsZEBTemplate::FinishOutput(const SnapshotPtr&) {
   return false;
 }
 
@@ -69,6 +69,25 @@ void clsZEBTemplate::GetOutputInformation(int serviceNumber, int outputIndex) {
                                                  kSimpleTextFormat + std::to_string(outputIndex),
                                                  std::string(kDefaultSimpleTextFormat));
   SetStatus(kStatusOK);
+}
+
+std::vector<clsZEBTemplate::Problem> clsZEBTemplate::Problems() const {
+  if (problem_.empty()) return {};
+  return {{"", problem_}};
+}
+
+std::string clsZEBTemplate::ProblemText() const {
+  const std::vector<Problem> problems = Problems();
+  if (problems.empty()) return {};
+  std::string text = problems.front().reason;
+  const std::size_t more = problems.size() - 1;
+  if (more > 0) text += " (and " + std::to_string(more) + " more)";
+  return text;
+}
+
+void clsZEBTemplate::NoteFault(const std::string& what) {
+  problem_ = what;
+  SetStatus(kStatusError);
 }
 
 std::string clsZEBTemplate::GetStatusString(std::uint32_t& colour) {

@@ -53,6 +53,8 @@ class SettingsHive {
   // Runs `changes` so that all of them are stored or, when it throws, none. May be nested; the outermost
   // call decides.
   virtual void Transaction(const std::function<void()>& changes) = 0;
+  // Runs `reads` on one state of the store, whatever others write meanwhile.
+  virtual void ReadTransaction(const std::function<void()>& reads) { Transaction(reads); }
 };
 
 // What a hive holds at most; a write above it throws SettingsError.

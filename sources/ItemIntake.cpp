@@ -125,6 +125,10 @@ void ItemIntake::ClearTravelFlag() {
   window_.SendTravelFlag(false);
 }
 
+void ItemIntake::EndTravelFlag() {
+  if (travelFlagSince_) ClearTravelFlag();
+}
+
 void ItemIntake::CheckTravelFlag() {
   if (!travelFlagSince_) return;
   const auto active = service_.environment().loop.Monotonic() - *travelFlagSince_;

@@ -45,6 +45,8 @@ class ItemIntake {
   void NoteInformation(const std::string& panelText);
   // Clears the travel flag when its time is over. Called each second.
   void CheckTravelFlag();
+  // Clears the travel flag now, if it is on: the service stops.
+  void EndTravelFlag();
   bool TravelFlagActive() const { return travelFlagSince_.has_value(); }
 
   clsZEBService& service() { return service_; }

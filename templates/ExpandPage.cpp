@@ -4,11 +4,11 @@
 
 namespace zeb {
 
-std::string ExpandPage(std::string_view page, const clsZEBService& service, std::string_view simpleText,
+std::string ExpandPage(std::string_view page, const ServiceSnapshot& snapshot, std::string_view simpleText,
                        UploadFileList& uploadFiles) {
   std::string expanded;
   expanded.reserve(page.size() + page.size() / 8);
-  TemplateExpander expander(service, simpleText, uploadFiles, {});
+  TemplateExpander expander(snapshot, simpleText, uploadFiles, {});
   for (std::size_t from = 0; from < page.size();) {
     const std::size_t end = ChunkEnd(page, from);
     expander.Append(page.substr(from, end - from), expanded);

@@ -1,15 +1,21 @@
+#include "core/clsZEBService.h"
 #include "templates/TemplateExpander.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
 
 namespace zeb {
 
-std::string ExpandTemplate(std::string_view templateText, const clsZEBService& service,
+std::string ExpandTemplate(std::string_view templateText, const ServiceSnapshot& snapshot,
                            std::string_view simpleText, UploadFileList& uploadFiles, ValueEncoding values) {
   std::string expanded;
   expanded.reserve(templateText.size() + 64);
-  TemplateExpander(service, simpleText, uploadFiles, values).Append(templateText, expanded);
+  TemplateExpander(snapshot, simpleText, uploadFiles, values).Append(templateText, expanded);
   return expanded;
+}
+
+std::string ExpandTemplate(std::string_view templateText, const clsZEBService& service,
+                           std::string_view simpleText, UploadFileList& uploadFiles, ValueEncoding values) {
+  return ExpandTemplate(templateText, *service.TakeSnapshot(), simpleText, uploadFiles, values);
 }
 
 std::string JoinArtistNames(const clsZEBItemInfo& item) {

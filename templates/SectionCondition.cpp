@@ -58,32 +58,32 @@ bool HoldsForItem(const Condition& condition, const clsZEBItemInfo& item) {
   return (item.GetElementByName(element, true) == condition.operand) == condition.wantsEqual;
 }
 
-bool HoldsForSpecial(const Condition& condition, const clsZEBService& service) {
+bool HoldsForSpecial(const Condition& condition, const ServiceSnapshot& snapshot) {
   static constexpr struct {
     std::string_view element;
-    std::string clsZEBService::*value;
-  } kElements[] = {{"PRESENTERFULLNAME", &clsZEBService::PresenterFullName},
-                   {"PRESENTERREFERENCE", &clsZEBService::PresenterReference},
-                   {"SHOWREFERENCE", &clsZEBService::ShowReference},
-                   {"SHOWTITLE", &clsZEBService::ShowTitle}};
+    std::string ServiceSnapshot::*value;
+  } kElements[] = {{"PRESENTERFULLNAME", &ServiceSnapshot::PresenterFullName},
+                   {"PRESENTERREFERENCE", &ServiceSnapshot::PresenterReference},
+                   {"SHOWREFERENCE", &ServiceSnapshot::ShowReference},
+                   {"SHOWTITLE", &ServiceSnapshot::ShowTitle}};
   const std::string element = UpperCase(condition.tag.element);
   for (const auto& entry : kElements)
     // Small letters against capitals: only values without letters can be equal.
     if (entry.element == element)
-      return (LowerCase(service.*entry.value) == condition.operand) == condition.wantsEqual;
+      return (LowerCase(snapshot.*entry.value) == condition.operand) == condition.wantsEqual;
   return false;
 }
 
 }  // namespace
 
-std::string_view ShownPart(std::string_view content, const clsZEBService& service) {
+std::string_view ShownPart(std::string_view content, const ServiceSnapshot& snapshot) {
   if (!content.starts_with(kConditionStart)) return content;
   const Condition condition = ParseCondition(content);
   bool holds = false;
-  if (const clsZEBItemInfo* item = ItemOfSlot(service, condition.tag.slot))
+  if (const clsZEBItemInfo* item = ItemOfSlot(snapshot, condition.tag.slot))
     holds = HoldsForItem(condition, *item);
   else if (condition.tag.slot == "SPECIAL")
-    holds = HoldsForSpecial(condition, service);
+    holds = HoldsForSpecial(condition, snapshot);
   else
     return content;  // the condition stays in the text, for its author to see
   return holds ? condition.body : std::string_view();

@@ -41,12 +41,12 @@ TagName SplitTagName(std::string_view name) {
   return tag;
 }
 
-const clsZEBItemInfo* ItemOfSlot(const clsZEBService& service, std::string_view slot) {
+const clsZEBItemInfo* ItemOfSlot(const ServiceSnapshot& snapshot, std::string_view slot) {
   const std::string_view word = slot.substr(0, 3);
-  if (word == "NOW") return &service.CurrentItem();
-  if (word == "NEX") return service.NextItem(SlotNumber(slot));
-  if (word == "PRE") return service.PreviousItem(SlotNumber(slot));
-  if (word == "COM") return &service.ComingSoonItem();
+  if (word == "NOW") return &snapshot.currentItem;
+  if (word == "NEX") return snapshot.NextItem(SlotNumber(slot));
+  if (word == "PRE") return snapshot.PreviousItem(SlotNumber(slot));
+  if (word == "COM") return &snapshot.comingSoonItem;
   return nullptr;
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "core/clsZEBService.h"
+#include "core/ServiceSnapshot.h"
 
 namespace zeb {
 
@@ -23,6 +23,6 @@ struct TagName {
 TagName SplitTagName(std::string_view name);
 
 // The item that a slot word names by its first three letters (and its number); null when there is none.
-const clsZEBItemInfo* ItemOfSlot(const clsZEBService& service, std::string_view slot);
+const clsZEBItemInfo* ItemOfSlot(const ServiceSnapshot& snapshot, std::string_view slot);
 
 }  // namespace zeb

@@ -14,9 +14,9 @@ namespace {
 constexpr std::size_t kNone = std::string_view::npos;
 }
 
-TemplateExpander::TemplateExpander(const clsZEBService& service, std::string_view simpleText,
+TemplateExpander::TemplateExpander(const ServiceSnapshot& snapshot, std::string_view simpleText,
                                    UploadFileList& uploadFiles, ValueEncoding values)
-    : service_(service), simpleText_(simpleText), uploadFiles_(uploadFiles), values_(values) {}
+    : snapshot_(snapshot), simpleText_(simpleText), uploadFiles_(uploadFiles), values_(values) {}
 
 void TemplateExpander::Append(std::string_view text, std::string& to) {
   ExpandTags(ExpandSections(text), to);
@@ -36,7 +36,7 @@ std::string_view TemplateExpander::ExpandSections(std::string_view text) {
     // A section that is never closed runs to the end.
     const std::size_t close = std::min(text.find(']', open + 1), text.size());
     // What is put in is not searched again: sections inside sections are not evaluated.
-    sections_ += ShownPart(text.substr(open + 1, close - open - 1), service_);
+    sections_ += ShownPart(text.substr(open + 1, close - open - 1), snapshot_);
     search = copied = std::min(close + 1, text.size());
   }
   if (copied == 0) return text;  // the usual page has no sections: no copy
@@ -76,13 +76,13 @@ void TemplateExpander::AppendUnclosedTag(std::string_view tag, std::size_t start
 
 void TemplateExpander::AppendTag(std::string_view name, std::string& to) {
   const TagName tag = SplitTagName(name);
-  if (const clsZEBItemInfo* item = ItemOfSlot(service_, tag.slot)) {
+  if (const clsZEBItemInfo* item = ItemOfSlot(snapshot_, tag.slot)) {
     AppendItemValue(*item, tag, to);
   } else if (tag.slot == "SIMPLETEXT") {
     to += SimpleTextExpansion();
   } else if (tag.slot == "SPECIAL") {
     const std::size_t start = to.size();
-    to += service_.GetSpecialElementByName(tag.rest);
+    to += snapshot_.GetSpecialElementByName(tag.rest);
     FinishValue(to, start);
   } else {
     to += name;  // without its brackets, for its author to see
@@ -100,7 +100,7 @@ void TemplateExpander::AppendItemValue(const clsZEBItemInfo& item, const TagName
 void TemplateExpander::AppendPictureName(const clsZEBItemInfo& item, std::int32_t index, std::string& to) {
   if (index == 0) index = 1;
   if (index < 0 || item.PictureFileName(index).empty()) {
-    to += service_.settings.NoPictureFileName;
+    to += snapshot_.NoPictureFileName;
     return;
   }
   const std::string& picture = item.PictureFileName(index);
@@ -134,7 +134,7 @@ const std::string& TemplateExpander::SimpleTextExpansion() {
   if (!simpleTextExpansion_) {
     simpleTextExpansion_.emplace();
     // Its own simple text is empty, so that it cannot contain itself.
-    TemplateExpander(service_, {}, uploadFiles_, values_).Append(simpleText_, *simpleTextExpansion_);
+    TemplateExpander(snapshot_, {}, uploadFiles_, values_).Append(simpleText_, *simpleTextExpansion_);
   }
   return *simpleTextExpansion_;
 }

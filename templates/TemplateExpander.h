@@ -1,4 +1,4 @@
-// TemplateExpander: one expansion against one service, of a template as a whole or of a page piece by piece.
+// TemplateExpander: one expansion against one snapshot, of a template as a whole or of a page piece by piece.
 //
 // Lives for one call of ExpandTemplate or ExpandPage; the service must not change meanwhile. Linear in text
 // plus result: each pass copies into one buffer, and what every tag would repeat (the simple text, an item's
@@ -18,7 +18,7 @@ namespace zeb {
 class TemplateExpander {
  public:
   // All are kept by reference.
-  TemplateExpander(const clsZEBService& service, std::string_view simpleText, UploadFileList& uploadFiles,
+  TemplateExpander(const ServiceSnapshot& snapshot, std::string_view simpleText, UploadFileList& uploadFiles,
                    ValueEncoding values);
 
   // Appends the expansion of `text`, a template of its own, to `to`.
@@ -35,7 +35,7 @@ class TemplateExpander {
   void AddAdditionalFiles(const clsZEBItemInfo& item);
   const std::string& SimpleTextExpansion();
 
-  const clsZEBService& service_;
+  const ServiceSnapshot& snapshot_;
   std::string_view simpleText_;
   UploadFileList& uploadFiles_;
   ValueEncoding values_;

@@ -9,10 +9,12 @@
 #include <unordered_set>
 #include <vector>
 
-#include "core/clsZEBService.h"
+#include "core/ServiceSnapshot.h"
 #include "text/Encodings.h"
 
 namespace zeb {
+
+class clsZEBService;
 
 // The files that a generated text refers to, or that its items say must travel with it: full paths in the
 // order found, unique without regard to case.
@@ -36,6 +38,10 @@ struct ValueEncoding {
 // Expands optional sections, then tags, each in one pass from left to right with one output buffer: linear in
 // template plus result. Never fails; malformed input degrades as the language says. `simpleText` is the
 // template behind <ZEB_SIMPLETEXT>.
+std::string ExpandTemplate(std::string_view templateText, const ServiceSnapshot& snapshot,
+                           std::string_view simpleText, UploadFileList& uploadFiles,
+                           ValueEncoding values = {});
+// Against the service as it stands now.
 std::string ExpandTemplate(std::string_view templateText, const clsZEBService& service,
                            std::string_view simpleText, UploadFileList& uploadFiles,
                            ValueEncoding values = {});
@@ -49,7 +55,7 @@ std::string UndoEscapedTags(std::string_view page);
 
 // Expands a page piece by piece of at most 2000 characters, as the file and web outputs do. No tag or
 // conditional section is ever split between two pieces.
-std::string ExpandPage(std::string_view page, const clsZEBService& service, std::string_view simpleText,
+std::string ExpandPage(std::string_view page, const ServiceSnapshot& snapshot, std::string_view simpleText,
                        UploadFileList& uploadFiles);
 
 // Puts the generator comment, and the refresh and no-cache tags when asked for, on the line after the page's

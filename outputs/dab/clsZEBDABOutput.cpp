@@ -89,9 +89,9 @@ std::int32_t clsZEBDABOutput::Status() {
   return status == kStatusOK && client_ && !client_->LastError().empty() ? kStatusError : status;
 }
 
-std::string clsZEBDABOutput::ProblemText() const {
-  if (client_ && !client_->LastError().empty()) return client_->LastError();
-  return problem_;
+std::vector<clsZEBTemplate::Problem> clsZEBDABOutput::Problems() const {
+  if (client_ && !client_->LastError().empty()) return {{"", client_->LastError()}};
+  return clsZEBTemplate::Problems();
 }
 
 bool clsZEBDABOutput::StartOutput(std::shared_ptr<Control> control) {
@@ -141,9 +141,9 @@ bool clsZEBDABOutput::WaitForState(std::int32_t state, Duration limit) {
   return client_ != nullptr;
 }
 
-bool clsZEBDABOutput::PrepareOutput(clsZEBService& service) {
+bool clsZEBDABOutput::PrepareOutput(const SnapshotPtr&) {
   try {
-    return Prepare(service);
+    return Prepare();
   } catch (const std::exception& error) {
     problem_ = error.what();
     SetStatus(kStatusError);
@@ -152,7 +152,7 @@ bool clsZEBDABOutput::PrepareOutput(clsZEBService& service) {
   }
 }
 
-bool clsZEBDABOutput::Prepare(clsZEBService&) {
+bool clsZEBDABOutput::Prepare() {
   const Trace trace("DAB.PrepareOutput");
   const auto noControl = [&trace] {
     trace.ExitAs(kNoControlObject);
@@ -204,9 +204,9 @@ void clsZEBDABOutput::LoginToDABServer() {
 
 // ---- Sending
 
-bool clsZEBDABOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   try {
-    Update(service);
+    Update(*snapshot);
   } catch (const std::exception& error) {
     problem_ = error.what();
     SetStatus(kStatusError);
@@ -215,7 +215,7 @@ bool clsZEBDABOutput::UpdateOutput(clsZEBService& service) {
   return Status() == kStatusOK;
 }
 
-void clsZEBDABOutput::Update(clsZEBService& service) {
+void clsZEBDABOutput::Update(const ServiceSnapshot& snapshot) {
   const Trace trace("DAB.UpdateOutput");
   if (!client_ || client_->CurrentState() != Client::kLoggedOn) {
     const std::int32_t state = client_ ? client_->CurrentState() : std::int32_t{Client::kClosed};
@@ -230,26 +230,26 @@ void clsZEBDABOutput::Update(clsZEBService& service) {
   }
   problem_.clear();
   SetStatus(kStatusOK);
-  std::vector<std::string> candidates = chooser_.Candidates(formats, service, true);
+  std::vector<std::string> candidates = chooser_.Candidates(formats, snapshot, true);
   UploadFileList unused;
   if (candidates.empty()) {
-    std::string text = WithoutLineBreaks(ExpandTemplate(DefaultText, service, formats.simpleText, unused));
+    std::string text = WithoutLineBreaks(ExpandTemplate(DefaultText, snapshot, formats.simpleText, unused));
     if (!text.empty()) candidates.push_back(std::move(text));
   }
   if (candidates.empty()) return trace.ExitAs("no strings to choose from");
   std::string label = chooser_.Pick(candidates);
   if (label.empty()) return trace.ExitAs("nothing to send");
-  label += ExpandTemplate(ConvertHexEscapes(formats.append), service, formats.simpleText, unused);
+  label += ExpandTemplate(ConvertHexEscapes(formats.append), snapshot, formats.simpleText, unused);
   label = WithoutLineBreaks(KeepToSet(label, characterSet));
   if (const std::int32_t most = LeadingInteger(MaxNumberChars); most > 0)
     label = std::string(CutInSet(label, characterSet, static_cast<std::size_t>(most)));
-  SendLabel(service, label);
+  SendLabel(snapshot, label);
 }
 
-void clsZEBDABOutput::SendLabel(clsZEBService& service, const std::string& label) {
-  if (!service.settings.LoggingPath.empty()) {
+void clsZEBDABOutput::SendLabel(const ServiceSnapshot& snapshot, const std::string& label) {
+  if (!snapshot.LoggingPath.empty()) {
     DebugLine("Adding to Log File");
-    static_cast<void>(AppendToWireLog(service, "-DAB-(" + Detail() + ")", label));
+    static_cast<void>(AppendToWireLog(environment_, snapshot, "-DAB-(" + Detail() + ")", label));
   }
   const auto client = client_;  // StopOutput may have come during the wait
   if (!client) return;
@@ -258,7 +258,7 @@ void clsZEBDABOutput::SendLabel(clsZEBService& service, const std::string& label
   DebugLine("Finished DLS send");
 }
 
-bool clsZEBDABOutput::FinishOutput(clsZEBService&) {
+bool clsZEBDABOutput::FinishOutput(const SnapshotPtr&) {
   const Trace trace("DAB.FinishOutput");
   return false;
 }

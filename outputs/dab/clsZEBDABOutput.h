@@ -18,14 +18,14 @@ class clsZEBDABOutput : public clsZEBTemplate {
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
-  bool PrepareOutput(clsZEBService& service) override;
-  bool UpdateOutput(clsZEBService& service) override;
-  bool FinishOutput(clsZEBService& service) override;
+  bool PrepareOutput(const SnapshotPtr& snapshot) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
+  bool FinishOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "DAB"; }
   std::string GetInformationString() const override;
-  std::string ProblemText() const override;
+  std::vector<Problem> Problems() const override;
   std::int32_t Status() override;
 
   void ConnectToDABServer();
@@ -45,13 +45,12 @@ class clsZEBDABOutput : public clsZEBTemplate {
   std::uint16_t PortNumber() const;
   // Waits until the state has got so far; false when the control disappeared.
   bool WaitForState(std::int32_t state, Duration limit);
-  bool Prepare(clsZEBService& service);
-  void Update(clsZEBService& service);
-  void SendLabel(clsZEBService& service, const std::string& label);
+  bool Prepare();
+  void Update(const ServiceSnapshot& snapshot);
+  void SendLabel(const ServiceSnapshot& snapshot, const std::string& label);
 
   std::shared_ptr<DABClientControl> client_;
   CandidateChooser chooser_;
-  std::string problem_;
 };
 
 // ---- The property dialog, without the drawing

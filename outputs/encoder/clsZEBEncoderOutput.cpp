@@ -252,14 +252,14 @@ void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputInde
 
 // ---- Commands
 
-bool clsZEBEncoderOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const Trace trace("Encoder.UpdateOutput");
   if (settings.EncoderType != kShoutcast && Status() != kStatusOK) {
     trace.ExitAs("the encoder is not running");
     return false;
   }
   try {
-    SendCommands(service);
+    SendCommands(*snapshot);
   } catch (const std::exception& error) {
     SetStatus(kStatusError);
     problem_ = std::string("sending to the encoder failed: ") + error.what();
@@ -268,10 +268,10 @@ bool clsZEBEncoderOutput::UpdateOutput(clsZEBService& service) {
   return Status() == kStatusOK;
 }
 
-void clsZEBEncoderOutput::SendCommands(const clsZEBService& service) {
+void clsZEBEncoderOutput::SendCommands(const ServiceSnapshot& snapshot) {
   UploadFileList unused;
   const std::string text =
-      ExpandTemplate(settings.SimpleTextFormat, service, settings.SimpleTextFormat, unused);
+      ExpandTemplate(settings.SimpleTextFormat, snapshot, settings.SimpleTextFormat, unused);
   const std::uint64_t start = starts_;
   std::string firstProblem;
   bool sent = false;

@@ -50,7 +50,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
-  bool UpdateOutput(clsZEBService& service) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
   void SendScriptCommand(const std::string& commandType, const std::string& text) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
@@ -58,7 +58,6 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::string GetShortTypeDescription() const override { return "Encoder"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::string GetInformationString() const override;
-  std::string ProblemText() const override { return problem_; }
 
   // The bytes that bring one title to a streaming server.
   std::string BuildRequest(const std::string& text) const;
@@ -70,7 +69,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
  private:
   Outcome StartEncoder();
   Outcome FindMediaEncoder(EncoderAutomation& automation);
-  void SendCommands(const clsZEBService& service);
+  void SendCommands(const ServiceSnapshot& snapshot);
   std::string Send(const std::string& commandType, const std::string& text);
   std::string SendToServer(const std::string& text);
   RequestTarget Target() const;
@@ -79,7 +78,6 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::unique_ptr<AsfEncoder> asfEncoder_;
   std::unique_ptr<WindowsMediaEncoder> mediaEncoder_;
   std::uint64_t starts_ = 0;  // tells a command that waits that it was stopped
-  std::string problem_;
 };
 
 }  // namespace zeb

@@ -11,11 +11,10 @@ Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) 
   return loaded;
 }
 
-std::string BuildPage(std::string text, const clsFileParameters& pair, const clsZEBService& service,
+std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
                       UploadFileList& uploadFiles) {
-  InsertRefreshHeader(text, pair.RefreshTagSeconds, pair.AddNoCache, service.environment().loop.Now(),
-                      ZEB_VERSION);
-  return ExpandPage(text, service, pair.SimpleTextFormat, uploadFiles);
+  InsertRefreshHeader(text, pair.RefreshTagSeconds, pair.AddNoCache, snapshot.moment, ZEB_VERSION);
+  return ExpandPage(text, snapshot, pair.SimpleTextFormat, uploadFiles);
 }
 
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding) {

@@ -24,7 +24,7 @@ struct LoadedTemplate {
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
 
 // The finished page of a template's text. Files that it names are added to `uploadFiles`.
-std::string BuildPage(std::string text, const clsFileParameters& pair, const clsZEBService& service,
+std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
                       UploadFileList& uploadFiles);
 
 // A new temporary file that holds the page, in its template's encoding; the caller deletes it.

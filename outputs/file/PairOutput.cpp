@@ -49,12 +49,11 @@ void PairOutput::KeepProblem(std::size_t pair, const std::string& reason) {
     problems_[pair] = reason;
 }
 
-std::string PairOutput::ProblemText() const {
-  if (problems_.empty()) return {};
-  std::string text = problems_.begin()->second;
-  std::size_t more = problems_.size() - 1;
-  if (more > 0) text += " (and " + std::to_string(more) + (more == 1 ? " more file)" : " more files)");
-  return text;
+std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
+  std::vector<Problem> problems = clsZEBTemplate::Problems();
+  for (const auto& [pair, reason] : problems_)
+    problems.push_back({pair < pairs_.size() ? pairs_[pair].DestinationFileName() : std::string(), reason});
+  return problems;
 }
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {

@@ -35,9 +35,8 @@ class PairOutput : public clsZEBTemplate {
   const UploadFileList& UploadFilesList() const { return uploadFiles_; }
 
   std::string GetInformationString() const override;
-  // The first failing pair in one line, and how many more fail. A pair's failure is kept until that pair has
-  // been published again.
-  std::string ProblemText() const override;
+  // Each failing pair by its destination. A pair's failure is kept until that pair has been published again.
+  std::vector<Problem> Problems() const override;
 
  protected:
   const std::vector<clsFileParameters>& Pairs() const { return pairs_; }

@@ -81,21 +81,21 @@ void clsFileParameters::Allow(UpdateFlag flag) {
   if (UseUpdateRules) UpdateRulesFlags |= flag;
 }
 
-bool clsFileParameters::IsDue(const clsZEBService& service) const {
+bool clsFileParameters::IsDue(const ServiceSnapshot& snapshot) const {
   if (!UseUpdateRules) return true;
   const clsZEBItemInfo* item = nullptr;
   switch (UpdateRulesUsingItem) {
     case kNextItem:
-      item = service.NextItem(1);
+      item = snapshot.NextItem(1);
       break;
     case kPreviousItem:
-      item = service.PreviousItem(1);
+      item = snapshot.PreviousItem(1);
       break;
     case kComingSoonItem:
-      item = &service.ComingSoonItem();
+      item = &snapshot.comingSoonItem;
       break;
     default:
-      item = &service.CurrentItem();
+      item = &snapshot.currentItem;
       break;
   }
   return item == nullptr || HoldsNothing(*item) || AllowsType((*item)->ItemType);

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/OutputTypes.h"
-#include "core/clsZEBService.h"
+#include "core/ServiceSnapshot.h"
 #include "platform/SettingsHive.h"
 
 namespace zeb {
@@ -60,7 +60,7 @@ class clsFileParameters {
 
   // Whether the pair is to be rewritten for the items that the service has now. Without an item to look at
   // it is.
-  bool IsDue(const clsZEBService& service) const;
+  bool IsDue(const ServiceSnapshot& snapshot) const;
 
  private:
   bool Allows(UpdateFlag flag) const { return !UseUpdateRules || (UpdateRulesFlags & flag) != 0; }

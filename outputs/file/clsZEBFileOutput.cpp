@@ -60,10 +60,10 @@ void clsZEBFileOutput::GetOutputInformation(int serviceNumber, int outputIndex) 
   SetStatus(kStatusOK);
 }
 
-bool clsZEBFileOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBFileOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   Trace trace("File.UpdateOutput");
   try {
-    UpdatePairs(service);
+    UpdatePairs(*snapshot);
   } catch (const std::exception& error) {
     SetStatus(kStatusError);
     KeepProblem(0, std::string("updating the files failed: ") + error.what());
@@ -72,13 +72,13 @@ bool clsZEBFileOutput::UpdateOutput(clsZEBService& service) {
   return Status() == kStatusOK;
 }
 
-void clsZEBFileOutput::UpdatePairs(const clsZEBService& service) {
-  Jobs jobs = DueJobs(service);
+void clsZEBFileOutput::UpdatePairs(const ServiceSnapshot& snapshot) {
+  Jobs jobs = DueJobs(snapshot);
   const int generation = PairsGeneration();
   std::set<std::string> failedCopies;
   for (std::size_t next = 0; next < jobs.size();) {
     Jobs batch = LoadBatch(jobs, next);
-    ExpandBatch(batch, service);
+    ExpandBatch(batch, snapshot);
     WriteBatch(batch, failedCopies);
     KeepResults(batch, generation);
   }
@@ -86,11 +86,11 @@ void clsZEBFileOutput::UpdatePairs(const clsZEBService& service) {
   if (!jobs.empty()) NoteFailedCopies(std::move(failedCopies));
 }
 
-clsZEBFileOutput::Jobs clsZEBFileOutput::DueJobs(const clsZEBService& service) const {
+clsZEBFileOutput::Jobs clsZEBFileOutput::DueJobs(const ServiceSnapshot& snapshot) const {
   Jobs jobs;
   for (std::size_t pair = 0; pair < Pairs().size(); ++pair) {
     const clsFileParameters& parameters = Pairs()[pair];
-    if (!parameters.IsDue(service)) continue;
+    if (!parameters.IsDue(snapshot)) continue;
     FileJob job;
     job.pair = pair;
     job.parameters = parameters;
@@ -121,7 +121,7 @@ clsZEBFileOutput::Jobs clsZEBFileOutput::LoadBatch(Jobs& jobs, std::size_t& next
   return batch;
 }
 
-void clsZEBFileOutput::ExpandBatch(Jobs& batch, const clsZEBService& service) {
+void clsZEBFileOutput::ExpandBatch(Jobs& batch, const ServiceSnapshot& snapshot) {
   for (FileJob& job : batch) {
     if (!job.ready) continue;
     if (std::string why = WhyNoDestination(job); !why.empty()) {
@@ -130,11 +130,11 @@ void clsZEBFileOutput::ExpandBatch(Jobs& batch, const clsZEBService& service) {
       continue;
     }
     // The items may have changed while the templates were read.
-    job.skipped = !job.parameters.IsDue(service);
+    job.skipped = !job.parameters.IsDue(snapshot);
     job.ready = !job.skipped;
     if (!job.ready) continue;
     UploadFileList named;
-    job.page = BuildPage(std::move(job.loaded.text), job.parameters, service, named);
+    job.page = BuildPage(std::move(job.loaded.text), job.parameters, snapshot, named);
     if (!CopyAdditionalFiles) continue;
     for (const std::string& path : named.Paths()) AddToUploadFilesList(path);
   }
@@ -210,7 +210,7 @@ void clsZEBFileOutput::NoteFailedCopies(std::set<std::string> reasons) {
   failedCopies_ = std::move(reasons);
 }
 
-bool clsZEBFileOutput::FinishOutput(clsZEBService&) {
+bool clsZEBFileOutput::FinishOutput(const SnapshotPtr&) {
   Trace trace("File.FinishOutput");
   const std::vector<std::string> destinations = std::exchange(leftOvers_, {});
   if (destinations.empty()) return false;

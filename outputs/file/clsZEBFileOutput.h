@@ -21,9 +21,9 @@ class clsZEBFileOutput : public PairOutput {
   // `destinations` is shared by all file outputs of the program.
   clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations);
 
-  bool UpdateOutput(clsZEBService& service) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
   // Deletes the work files that the update could not put in place.
-  bool FinishOutput(clsZEBService& service) override;
+  bool FinishOutput(const SnapshotPtr& snapshot) override;
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
@@ -32,10 +32,10 @@ class clsZEBFileOutput : public PairOutput {
 
  private:
   using Jobs = std::vector<FileJob>;
-  void UpdatePairs(const clsZEBService& service);
-  Jobs DueJobs(const clsZEBService& service) const;
+  void UpdatePairs(const ServiceSnapshot& snapshot);
+  Jobs DueJobs(const ServiceSnapshot& snapshot) const;
   Jobs LoadBatch(Jobs& jobs, std::size_t& next);
-  void ExpandBatch(Jobs& batch, const clsZEBService& service);
+  void ExpandBatch(Jobs& batch, const ServiceSnapshot& snapshot);
   void WriteBatch(Jobs& batch, std::set<std::string>& failedCopies);
   std::vector<AdditionalCopy> AdditionalCopies(const Jobs& batch) const;
   void KeepResults(const Jobs& batch, int generation);

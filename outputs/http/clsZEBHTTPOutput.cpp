@@ -86,19 +86,19 @@ bool clsZEBHTTPOutput::StopOutput() {
   return true;
 }
 
-bool clsZEBHTTPOutput::PrepareOutput(clsZEBService&) {
+bool clsZEBHTTPOutput::PrepareOutput(const SnapshotPtr&) {
   if (started_ && (Status() == kStatusConnecting || Status() == kStatusError)) SetStatus(kStatusOK);
   return false;
 }
 
-bool clsZEBHTTPOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const Trace trace("HTTP.UpdateOutput");
   if (Status() != kStatusOK) {
     trace.ExitAs("the output is not running");
     return false;
   }
   try {
-    SendRequests(service);
+    SendRequests(*snapshot);
   } catch (const std::exception& error) {
     SetStatus(kStatusError);
     problem_ = std::string("sending the request failed: ") + error.what();
@@ -170,7 +170,7 @@ RequestTarget clsZEBHTTPOutput::Target() const {
   return {settings.ServerName, usualTlsPort ? kHttpsPort : settings.ServerPort, settings.UseTLS};
 }
 
-void clsZEBHTTPOutput::SendRequests(const clsZEBService& service) {
+void clsZEBHTTPOutput::SendRequests(const ServiceSnapshot& snapshot) {
   const std::shared_ptr<Control> held = control_;  // it may be taken away while we wait
   auto* client = dynamic_cast<TcpClientControl*>(held.get());
   if (!client) {
@@ -179,7 +179,7 @@ void clsZEBHTTPOutput::SendRequests(const clsZEBService& service) {
     return;
   }
   UploadFileList unused;
-  const std::string text = ExpandTemplate(settings.SimpleTextFormat, service, settings.SimpleTextFormat,
+  const std::string text = ExpandTemplate(settings.SimpleTextFormat, snapshot, settings.SimpleTextFormat,
                                           unused, {true, settings.characterSet});
   std::string firstProblem;
   bool first = true;

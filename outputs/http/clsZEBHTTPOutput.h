@@ -45,14 +45,13 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
   // A server that failed at the last update may be back: the status is OK again until it fails.
-  bool PrepareOutput(clsZEBService& service) override;
-  bool UpdateOutput(clsZEBService& service) override;
+  bool PrepareOutput(const SnapshotPtr& snapshot) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "HTTP"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::string GetInformationString() const override;
-  std::string ProblemText() const override { return problem_; }
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -63,7 +62,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   HTTPSettings settings;
 
  private:
-  void SendRequests(const clsZEBService& service);
+  void SendRequests(const ServiceSnapshot& snapshot);
   std::string Send(TcpClientControl& control, const std::string& requestText);
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
@@ -72,7 +71,6 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool started_ = false;
   std::string lastWarning_;
   std::string lastReply_;
-  std::string problem_;
 };
 
 }  // namespace zeb

@@ -151,7 +151,7 @@ void clsZEBSerialOutput::OnComm(std::int32_t event, std::string_view data) const
     DebugLine("RaiseEvent CommError:Serial: ", CommEventText(event));
 }
 
-bool clsZEBSerialOutput::PrepareOutput(clsZEBService&) {
+bool clsZEBSerialOutput::PrepareOutput(const SnapshotPtr&) {
   const Trace trace("Serial.PrepareOutput");
   try {
     if (!port_ || port_->PortOpen()) return false;
@@ -165,16 +165,16 @@ bool clsZEBSerialOutput::PrepareOutput(clsZEBService&) {
   return false;
 }
 
-bool clsZEBSerialOutput::FinishOutput(clsZEBService&) {
+bool clsZEBSerialOutput::FinishOutput(const SnapshotPtr&) {
   const Trace trace("Serial.FinishOutput");
   return false;
 }
 
 // ---- Sending
 
-bool clsZEBSerialOutput::UpdateOutput(clsZEBService& service) {
+bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   try {
-    Update(service);
+    Update(*snapshot);
   } catch (const std::exception& error) {
     Fail(error.what());
     ReportException("updating the serial output", true);
@@ -182,10 +182,10 @@ bool clsZEBSerialOutput::UpdateOutput(clsZEBService& service) {
   return Status() == kStatusOK;
 }
 
-void clsZEBSerialOutput::Update(clsZEBService& service) {
+void clsZEBSerialOutput::Update(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.UpdateOutput");
   if (!port_ || !port_->PortOpen()) return trace.ExitAs("Port closed");
-  const std::vector<std::string> candidates = chooser_.Candidates(formats, service, false);
+  const std::vector<std::string> candidates = chooser_.Candidates(formats, snapshot, false);
   if (candidates.empty()) return trace.ExitAs("no strings to choose from");
   std::string text = chooser_.Pick(candidates);
   if (text.empty()) return trace.ExitAs("nothing to send");
@@ -195,45 +195,43 @@ void clsZEBSerialOutput::Update(clsZEBService& service) {
     const std::size_t taken = std::min(most, CountInSet(appended, characterSet));
     text = std::string(CutInSet(text, characterSet, most - taken));
   }
-  Send(service, text + appended);
+  Send(snapshot, text + appended);
 }
 
-void clsZEBSerialOutput::SendString(clsZEBService& service, const std::string& text) {
-  try {
-    Send(service, text);
-  } catch (const std::exception& error) {
-    Fail(error.what());
-    ReportException("sending a serial string", true);
-  }
+bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {
+  return Send(snapshot, text);
 }
 
-void clsZEBSerialOutput::Send(clsZEBService& service, const std::string& text) {
+bool clsZEBSerialOutput::Send(const ServiceSnapshot& snapshot, const std::string& text) {
   const Trace trace("Serial.SendString");
   const PortPtr port = port_;  // StopOutput may come during a wait
-  if (service.ServiceNumber() < 0) return trace.ExitAs("no ParentService");
-  if (!port) return trace.ExitAs("no CommControl");
-  if (!port->PortOpen()) return trace.ExitAs("Port Closed");
-  if (!service.settings.LoggingPath.empty()) {
+  const auto exitAs = [&trace](const char* reason) {
+    trace.ExitAs(reason);
+    return false;
+  };
+  if (snapshot.serviceNumber < 0) return exitAs("no ParentService");
+  if (!port) return exitAs("no CommControl");
+  if (!port->PortOpen()) return exitAs("Port Closed");
+  if (!snapshot.LoggingPath.empty()) {
     DebugLine("Adding to Log File");
-    static_cast<void>(AppendToWireLog(service, "-Serial-" + PaddedNumber(CommPort, 2), text));
+    static_cast<void>(AppendToWireLog(environment_, snapshot, "-Serial-" + PaddedNumber(CommPort, 2), text));
   }
   const std::string bytes = EncodeForWire(text, characterSet);
   if (UseSlowSend) {
     DebugLine("Slow sending Serial '", text, "'");
-    SendSlowly(port, bytes, text);
-    return;
+    return SendSlowly(port, bytes, text);
   }
   DebugLine("Sending serial '", text, "'");
   if (const Outcome sent = port->Output(bytes); !sent) {
     DebugLine("Problem sending string: ", sent.Reason());
     Fail(sent.Reason());
-    return;
+    return false;
   }
   DebugLine("Finished serial send.");
-  Drain(port);
+  return Drain(port);
 }
 
-void clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text) {
+bool clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text) {
   EventLoop& loop = environment_.loop;
   const bool utf8 = characterSet == CharacterSet::kUtf8;
   for (std::size_t at = 0; at < bytes.size();) {
@@ -242,13 +240,14 @@ void clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& byte
     if (const Outcome sent = port->Output(std::string_view(bytes).substr(at, next - at)); !sent) {
       DebugLine("Problem sending string: ", sent.Reason());
       if (port == port_) Fail(sent.Reason());
-      return;
+      return false;
     }
-    if (!Drain(port)) return;
+    if (!Drain(port)) return false;
     const Duration left = queued + kSlowSendPace - loop.Monotonic();
     if (left > Duration::zero()) loop.Wait(left);
     at = next;
   }
+  return true;
 }
 
 bool clsZEBSerialOutput::Drain(const PortPtr& port) {
@@ -269,21 +268,24 @@ bool clsZEBSerialOutput::Drain(const PortPtr& port) {
   return false;
 }
 
-void clsZEBSerialOutput::SetTravelFlagActivated(clsZEBService& service) {
+bool clsZEBSerialOutput::SetTravelFlagActivated(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.SetTravelFlagActivated");
-  if (!port_) return trace.ExitAs("no CommControl");
-  SendTravelFormat(service, TravelActivateFormat);
+  if (port_) return SendTravelFormat(snapshot, TravelActivateFormat);
+  trace.ExitAs("no CommControl");
+  return false;
 }
 
-void clsZEBSerialOutput::SetTravelFlagCleared(clsZEBService& service) {
+bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.SetTravelFlagCleared");
-  if (!port_) return trace.ExitAs("no CommControl");
-  SendTravelFormat(service, TravelDeactivateFormat);
+  if (port_) return SendTravelFormat(snapshot, TravelDeactivateFormat);
+  trace.ExitAs("no CommControl");
+  return false;
 }
 
-void clsZEBSerialOutput::SendTravelFormat(clsZEBService& service, const std::string& format) {
+bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format) {
   UploadFileList unused;
-  SendString(service, ExpandTemplate(ConvertHexEscapes(format), service, formats.simpleText, unused));
+  return SendString(snapshot,
+                    ExpandTemplate(ConvertHexEscapes(format), snapshot, formats.simpleText, unused));
 }
 
 // ---- The property dialog

@@ -22,18 +22,17 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
-  bool PrepareOutput(clsZEBService& service) override;
-  bool UpdateOutput(clsZEBService& service) override;
-  bool FinishOutput(clsZEBService& service) override;
+  bool PrepareOutput(const SnapshotPtr& snapshot) override;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override;
+  bool FinishOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "Serial"; }
   std::string GetInformationString() const override { return "Port: " + std::to_string(CommPort); }
-  std::string ProblemText() const override { return problem_; }
 
-  void SendString(clsZEBService& service, const std::string& text) override;
-  void SetTravelFlagActivated(clsZEBService& service) override;
-  void SetTravelFlagCleared(clsZEBService& service) override;
+  bool SendString(const ServiceSnapshot& snapshot, const std::string& text) override;
+  bool SetTravelFlagActivated(const ServiceSnapshot& snapshot) override;
+  bool SetTravelFlagCleared(const ServiceSnapshot& snapshot) override;
 
   std::int32_t CommPort = 1;
   std::string Settings = "9600,n,8,1";
@@ -47,10 +46,10 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
  private:
   using PortPtr = std::shared_ptr<SerialPortControl>;
   Outcome OpenPort();
-  void Update(clsZEBService& service);
-  void Send(clsZEBService& service, const std::string& text);
-  void SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
-  void SendTravelFormat(clsZEBService& service, const std::string& format);
+  void Update(const ServiceSnapshot& snapshot);
+  bool Send(const ServiceSnapshot& snapshot, const std::string& text);
+  bool SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
+  bool SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format);
   // Waits until everything has left; false when the line takes nothing, or the port was closed meanwhile.
   bool Drain(const PortPtr& port);
   void Fail(std::string problem);
@@ -58,7 +57,6 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
 
   PortPtr port_;
   CandidateChooser chooser_;
-  std::string problem_;
 };
 
 // ---- The property dialog, without the drawing

@@ -93,11 +93,11 @@ CandidateChooser::Schedules CandidateChooser::ReadSchedules(const std::vector<st
 }
 
 std::vector<std::string> CandidateChooser::Candidates(const WireFormats& formats,
-                                                      const clsZEBService& service, bool oneLine) {
+                                                      const ServiceSnapshot& snapshot, bool oneLine) {
   std::vector<std::string> candidates;
   const auto expand = [&](std::string_view format) {
     UploadFileList unused;
-    std::string text = ExpandTemplate(format, service, formats.simpleText, unused);
+    std::string text = ExpandTemplate(format, snapshot, formats.simpleText, unused);
     return oneLine ? WithoutLineBreaks(std::move(text)) : text;
   };
   const auto add = [&](std::string text) {

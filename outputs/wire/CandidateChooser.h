@@ -8,7 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/clsZEBService.h"
+#include "core/Environment.h"
+#include "core/ServiceSnapshot.h"
 #include "outputs/wire/ScheduleFile.h"
 
 namespace zeb {
@@ -27,7 +28,8 @@ class CandidateChooser {
 
   // Every text that may be sent now. Waits while schedule files are read. With `oneLine`, line breaks are
   // taken out before a text is looked at.
-  std::vector<std::string> Candidates(const WireFormats& formats, const clsZEBService& service, bool oneLine);
+  std::vector<std::string> Candidates(const WireFormats& formats, const ServiceSnapshot& snapshot,
+                                      bool oneLine);
   // One of them by chance; "" from none.
   std::string Pick(const std::vector<std::string>& candidates);
 

@@ -16,18 +16,18 @@ constexpr const char* kLineEnd = "\n";
 #endif
 }  // namespace
 
-std::string WireLogPath(const clsZEBService& service, std::string_view suffix) {
-  const Environment& environment = service.environment();
-  const std::string folder = JoinPath(JoinPath(environment.dataFolder, service.settings.LoggingPath),
-                                      "Service " + PaddedNumber(service.ServiceNumber(), 2));
+std::string WireLogPath(const Environment& environment, const ServiceSnapshot& snapshot,
+                        std::string_view suffix) {
+  const std::string folder = JoinPath(JoinPath(environment.dataFolder, snapshot.LoggingPath),
+                                      "Service " + PaddedNumber(snapshot.serviceNumber, 2));
   std::string name = FormatDateTime(environment.loop.Now(), "yyyy-mm-dd");
   name.append(suffix).append(".log");
   return JoinPath(folder, name);
 }
 
-Outcome AppendToWireLog(const clsZEBService& service, std::string_view suffix, std::string_view text) {
-  Environment& environment = service.environment();
-  const std::string path = WireLogPath(service, suffix);
+Outcome AppendToWireLog(Environment& environment, const ServiceSnapshot& snapshot, std::string_view suffix,
+                        std::string_view text) {
+  const std::string path = WireLogPath(environment, snapshot, suffix);
   const std::string line = std::string(text) + kLineEnd;
   const auto appended = environment.loop.RunBlocking(
       [&files = environment.files, path, line] {

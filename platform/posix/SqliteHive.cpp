@@ -177,12 +177,24 @@ void SqliteHive::DeleteValue(const std::string& key, const std::string& name) {
 }
 
 void SqliteHive::Transaction(const std::function<void()>& changes) {
+  RunTransaction(Statement::kBegin, changes);
+}
+
+void SqliteHive::ReadTransaction(const std::function<void()>& reads) {
+  RunTransaction(Statement::kBeginReading, reads);
+}
+
+void SqliteHive::SetPatience(std::chrono::milliseconds patience) {
+  store_->SetPatience(patience);
+}
+
+void SqliteHive::RunTransaction(Statement begin, const std::function<void()>& work) {
   CheckTransaction();
-  if (inTransaction_) return changes();
-  Run(Statement::kBegin);
+  if (inTransaction_) return work();
+  Run(begin);
   inTransaction_ = true;
   try {
-    changes();
+    work();
     CheckTransaction();
     Run(Statement::kCommit);
     inTransaction_ = false;

@@ -51,6 +51,9 @@ class SqliteHive : public SettingsHive {
   void DeleteKey(const std::string& key) override;
   void DeleteValue(const std::string& key, const std::string& name) override;
   void Transaction(const std::function<void()>& changes) override;
+  void ReadTransaction(const std::function<void()>& reads) override;
+  // From now on a locked file is waited for this long.
+  void SetPatience(std::chrono::milliseconds patience);
 
  private:
   explicit SqliteHive(std::unique_ptr<SqliteStore> store);
@@ -59,6 +62,7 @@ class SqliteHive : public SettingsHive {
   void CheckTransaction() const;
   std::optional<SettingsData> Read(const std::string& key, const std::string& name) const;
   void Write(const std::string& key, const std::string& name, const SettingsData& data);
+  void RunTransaction(Statement begin, const std::function<void()>& work);
   // Makes the key and those above it.
   void EnsureKey(const std::string& key);
   void Run(Statement statement);

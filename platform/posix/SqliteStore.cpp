@@ -30,6 +30,7 @@ constexpr char kSchema[] =
 constexpr std::array<const char*, static_cast<std::size_t>(Statement::kCount)> kStatements = {
     // A writing transaction from the start: one that began by reading could not wait for another writer.
     "BEGIN IMMEDIATE",
+    "BEGIN",
     "COMMIT",
     "ROLLBACK",
     "SELECT 1 FROM keys WHERE path = ?1",
@@ -103,11 +104,16 @@ Outcome SqliteStore::Connect() {
   if (sqlite3_open_v2(path_.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
     return Failure{Problem()};
   sqlite3_extended_result_codes(database_, 1);
-  sqlite3_busy_timeout(database_, static_cast<int>(patience_.count()));
+  SetPatience(patience_);
   if (!Ask("PRAGMA journal_mode = DELETE") || !Execute("PRAGMA synchronous = FULL") ||
       !Execute("PRAGMA trusted_schema = OFF"))
     return Failure{Problem()};
   return {};
+}
+
+void SqliteStore::SetPatience(std::chrono::milliseconds patience) {
+  patience_ = patience;
+  sqlite3_busy_timeout(database_, static_cast<int>(patience_.count()));
 }
 
 Outcome SqliteStore::Verify(bool& damaged) {

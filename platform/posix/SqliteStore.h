@@ -21,6 +21,7 @@ namespace zeb {
 
 enum class Statement {
   kBegin,
+  kBeginReading,
   kCommit,
   kRollback,
   kFindKey,
@@ -52,6 +53,7 @@ class SqliteStore {
   bool TransactionOpen() const { return sqlite3_get_autocommit(database_) == 0; }
   // What went wrong with the last call, as one line that names the file.
   std::string Problem() const;
+  void SetPatience(std::chrono::milliseconds patience);
   const std::string& path() const { return path_; }
 
  private:

@@ -15,7 +15,7 @@ class SlowOutput : public clsZEBTemplate {
  public:
   SlowOutput(Environment& environment, bool& released, int& stopped)
       : clsZEBTemplate(environment), released_(released), stopped_(stopped) {}
-  bool UpdateOutput(clsZEBService&) override {
+  bool UpdateOutput(const SnapshotPtr&) override {
     return environment_.loop.WaitUntil([this] { return released_; }, 24h);
   }
   bool StopOutput() override {

@@ -32,19 +32,24 @@ class FakeOutput : public clsZEBTemplate, public StringOutput, public ScriptComm
     return Write(control ? "start with control" : "start");
   }
   bool StopOutput() override { return Write("stop"); }
-  bool UpdateOutput(clsZEBService& service) override {
-    const std::string title = service.CurrentItem()->ItemName;
+  bool UpdateOutput(const SnapshotPtr& snapshot) override {
+    const std::string title = snapshot->currentItem->ItemName;
     Wait(script_.updateTime);
     Write("'" + title + "'");
     if (script_.throws) throw std::runtime_error("cannot");
     SetStatus(script_.problem.empty() ? kStatusOK : kStatusError);
     return true;
   }
-  std::string ProblemText() const override { return script_.problem; }
+  std::vector<Problem> Problems() const override {
+    if (!script_.problem.empty()) return {{"", script_.problem}};
+    return clsZEBTemplate::Problems();
+  }
   void SendScriptCommand(const std::string&, const std::string& text) override { Write("command " + text); }
-  void SendString(clsZEBService&, const std::string& text) override { Write("string " + text); }
-  void SetTravelFlagActivated(clsZEBService&) override { Write("travel on"); }
-  void SetTravelFlagCleared(clsZEBService&) override { Write("travel off"); }
+  bool SendString(const ServiceSnapshot&, const std::string& text) override {
+    return Write("string " + text);
+  }
+  bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Write("travel on"); }
+  bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Write("travel off"); }
 
  private:
   void Wait(Duration time) {
@@ -220,11 +225,11 @@ TEST_F(frmServiceTest, TheControllerIsGreetedAndShown) {
   EXPECT_EQ(received, "NET_CONTROL_GRANTED\r\nGET_INFORMATION\r\n");
   EXPECT_EQ(window->PanelText(Panel::kNetControl), "Desk 1 has Control");
   EXPECT_EQ(window->service().CurrentItem()->ItemName, "net");
-  window->Reload();  // the port is the same, so the controller stays
+  EXPECT_TRUE(window->Reload());  // the port is the same, so the controller stays
   ports.loop.RunPosted();
   EXPECT_EQ(window->PanelText(Panel::kNetControl), "Desk 1 has Control");
   ports.hive.WriteNumber(Key(), "TolvanTCPControlPort", 2);
-  window->Reload();
+  EXPECT_TRUE(window->Reload());
   ports.loop.RunPosted();
   EXPECT_EQ(window->PanelText(Panel::kNetControl), "No controller connected");
   EXPECT_EQ(socket->CurrentState(), TcpClientControl::kClosed);
@@ -261,11 +266,11 @@ TEST_F(frmServiceTest, RelaysWhatItsControllerSends) {
   ports.loop.RunPosted();
   EXPECT_EQ(window->PanelText(Panel::kBounceControl), "Bounce Disconnected..");
   ASSERT_TRUE(remote.Listen(6907));
-  window->Reload();
+  EXPECT_TRUE(window->Reload());
   ports.loop.RunPosted();
   EXPECT_EQ(received, "GET_INFORMATION\r\n") << "so that the remote hears everything again";
   ports.hive.WriteNumber(Key(), "UseBounce", 0);
-  window->Reload();
+  EXPECT_TRUE(window->Reload());
   ports.loop.RunPosted();
   EXPECT_FALSE(window->PanelVisible(Panel::kBounceControl));
   EXPECT_TRUE(window->PanelVisible(Panel::kNetControl));
@@ -350,8 +355,8 @@ TEST_F(frmServiceTest, ReloadWaitsForTheUpdateAndKeepsTheItems) {
   At(2s);
   ports.hive.WriteText(Key(), "ServiceName", "Demo Two");
   Outputs("File", 2);
-  window->Reload();
-  window->Reload();
+  EXPECT_TRUE(window->Reload());
+  EXPECT_TRUE(window->Reload());
   At(6s);
   EXPECT_EQ(window->service().settings.ServiceName, "Demo FM");
   EXPECT_EQ(Take(), Lines{});
@@ -369,7 +374,7 @@ TEST_F(frmServiceTest, CloseWaitsForTheUpdate) {
   Open();
   Say("SET_CURRENT_ITEM ITitle=a");
   At(2s);
-  window->Reload();
+  EXPECT_TRUE(window->Reload());
   window->Close();
   EXPECT_FALSE(window->Closed());
   Say("SET_CURRENT_ITEM ITitle=too-late");
@@ -389,7 +394,7 @@ TEST_F(frmServiceTest, ALoopThatEndsLeavesNothingBehind) {
     });
     opened->Open(1);
     opened->SetZEBInformation("SET LOG CURRENTITEMS,ITitle=a");
-    opened->Reload();
+    EXPECT_TRUE(opened->Reload());
     opened->Close();
     short_lived.loop.RunFor(1s);
   }

@@ -22,9 +22,9 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
         : clsZEBTemplate(test.ports_.environment), test_(test), name_(std::move(name)) {}
 
     bool StopOutput() override { return Do("stop"); }
-    bool PrepareOutput(clsZEBService&) override { return Do("prepare"); }
-    bool UpdateOutput(clsZEBService&) override { return Do("update"); }
-    bool FinishOutput(clsZEBService&) override { return Do("finish"); }
+    bool PrepareOutput(const SnapshotPtr&) override { return Do("prepare"); }
+    bool UpdateOutput(const SnapshotPtr&) override { return Do("update"); }
+    bool FinishOutput(const SnapshotPtr&) override { return Do("finish"); }
 
     std::map<std::string, std::function<void()>> during;  // by operation
 
@@ -51,9 +51,11 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
   class RecordingSerial : public RecordingOutput, public StringOutput {
    public:
     using RecordingOutput::RecordingOutput;
-    void SendString(clsZEBService&, const std::string& text) override { Do("string " + text + "to"); }
-    void SetTravelFlagActivated(clsZEBService&) override { Do("travel on"); }
-    void SetTravelFlagCleared(clsZEBService&) override { Do("travel off"); }
+    bool SendString(const ServiceSnapshot&, const std::string& text) override {
+      return Do("string " + text + "to");
+    }
+    bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Do("travel on"); }
+    bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Do("travel off"); }
   };
 
   template <class Kind = RecordingOutput>

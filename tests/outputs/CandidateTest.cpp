@@ -68,7 +68,7 @@ class CandidateTest : public WireTest {
  protected:
   Lines Candidates(const WireFormats& formats, bool oneLine = false) {
     Lines all;
-    EXPECT_TRUE(t.loop.RunTask([&] { all = chooser.Candidates(formats, service, oneLine); }));
+    EXPECT_TRUE(t.loop.RunTask([&] { all = chooser.Candidates(formats, *service.TakeSnapshot(), oneLine); }));
     return all;
   }
   CandidateChooser chooser{t.environment};

@@ -44,7 +44,7 @@ class DABOutputTest : public WireTest {
   }
   Lines Prepare() {
     Log();
-    EXPECT_TRUE(t.loop.RunTask([&] { output->PrepareOutput(service); }));
+    EXPECT_TRUE(t.loop.RunTask([&] { output->PrepareOutput(service.TakeSnapshot()); }));
     Lines lines = Log();
     EXPECT_EQ(lines.front(), "Started DAB.PrepareOutput");
     EXPECT_EQ(lines.back(), "Finished DAB.PrepareOutput");
@@ -52,7 +52,7 @@ class DABOutputTest : public WireTest {
   }
   Lines UpdateLog() {
     Log();
-    EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service); }));
+    EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); }));
     return Log();
   }
 
@@ -307,8 +307,8 @@ TEST_F(LabelClientTest, ADayOfTwoLabelsASecondLeavesNothingBehind) {
   ASSERT_TRUE(t.loop.RunTask(
       [&] {
         while (t.loop.Monotonic() < end) {
-          output->PrepareOutput(service);
-          output->UpdateOutput(service);
+          output->PrepareOutput(service.TakeSnapshot());
+          output->UpdateOutput(service.TakeSnapshot());
           got.clear();
           t.loop.Wait(500ms);
           ASSERT_EQ(label->LastError(), "");

@@ -38,7 +38,7 @@ class ExampleTemplatesTest : public testing::Test {
     }
   }
   std::string Publish(const std::string& name) {
-    t.loop.RunTask([&] { output->UpdateOutput(service); });
+    t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); });
     EXPECT_EQ(output->ProblemText(), "");
     std::string page = t.files.Contents("/w/" + name);
     EXPECT_EQ(page.find("ZEB_"), std::string::npos) << name;

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "core/clsZEBService.h"
 #include "outputs/OutputTable.h"
 #include "outputs/file/NumberedVersions.h"
 #include "outputs/file/clsZEBFileOutput.h"
@@ -40,9 +41,9 @@ class FileOutputTest : public testing::Test {
   }
   void Update(clsZEBFileOutput& which) {
     ASSERT_TRUE(t.loop.RunTask([&] {
-      which.PrepareOutput(service);
-      which.UpdateOutput(service);
-      which.FinishOutput(service);
+      which.PrepareOutput(service.TakeSnapshot());
+      which.UpdateOutput(service.TakeSnapshot());
+      which.FinishOutput(service.TakeSnapshot());
     }));
   }
   void Update() { Update(*output); }
@@ -208,7 +209,7 @@ TEST_F(FileOutputTest, PagesOfOneUpdateShowOneMoment) {
   output->AddUpdateFile(Pair("/t/a", "/w/1"));
   output->AddUpdateFile(Pair("/t/a", "/w/2"));
   output->AddUpdateFile(songsOnly);
-  t.loop.Start("update", [&] { output->UpdateOutput(service); });
+  t.loop.Start("update", [&] { output->UpdateOutput(service.TakeSnapshot()); });
   t.loop.RunFor(4s);
   clsZEBItemInfo advert = Song("Ad");
   advert.Edit().ItemType = 4;
@@ -238,8 +239,8 @@ TEST_F(FileOutputTest, TwoOutputsTakeTurnsAtOneDestination) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
   other->AddUpdateFile(Pair("/t/b", "/w//./a"));
   t.loop.SetBlockingTime(1s);
-  t.loop.Start("1", [&] { output->UpdateOutput(service); });
-  t.loop.Start("2", [&] { other->UpdateOutput(service); });
+  t.loop.Start("1", [&] { output->UpdateOutput(service.TakeSnapshot()); });
+  t.loop.Start("2", [&] { other->UpdateOutput(service.TakeSnapshot()); });
   t.loop.RunFor(2500ms);  // read and written by the first, read by the second
   EXPECT_EQ(t.files.Contents("/w/a"), "One!");
   t.loop.RunFor(400ms);
@@ -255,10 +256,10 @@ TEST_F(FileOutputTest, AnOutputThatHangsHoldsUpItsOwnDestinationOnly) {
   other->AddUpdateFile(Pair("/t/a", "/w/a"));
   other->AddUpdateFile(Pair("/t/a", "/w/b"));
   t.loop.SetBlockingTime(1h);
-  t.loop.Start("1", [&] { output->UpdateOutput(service); });
+  t.loop.Start("1", [&] { output->UpdateOutput(service.TakeSnapshot()); });
   t.loop.RunFor(1h);  // its templates are read; now it writes, for an hour
   t.loop.SetBlockingTime(1s);
-  t.loop.Start("2", [&] { other->UpdateOutput(service); });
+  t.loop.Start("2", [&] { other->UpdateOutput(service.TakeSnapshot()); });
   t.loop.RunFor(30s);
   EXPECT_FALSE(t.files.Exists("/w/b"));
   t.loop.RunFor(3s);
@@ -433,12 +434,12 @@ TEST_F(FileOutputTest, AdditionalFilesGoBesideEveryPageBeforeIt) {
 TEST_F(FileOutputTest, WorkFilesAreDeletedAfterwards) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
   FailOn("Rename", "/w/a");
-  t.loop.RunTask([&] { output->UpdateOutput(service); });
+  t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); });
   EXPECT_EQ(Names("/w"), (std::vector<std::string>{"a.tmp"}));
-  t.loop.RunTask([&] { output->FinishOutput(service); });
+  t.loop.RunTask([&] { output->FinishOutput(service.TakeSnapshot()); });
   EXPECT_TRUE(Names("/w").empty());
   t.files.operations = 0;
-  t.loop.RunTask([&] { output->FinishOutput(service); });
+  t.loop.RunTask([&] { output->FinishOutput(service.TakeSnapshot()); });
   EXPECT_EQ(t.files.operations, 0);
 
   t.files.fail = nullptr;

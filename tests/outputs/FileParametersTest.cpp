@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/clsZEBService.h"
 #include "outputs/file/FileParametersDialog.h"
 #include "outputs/file/clsFileParameters.h"
 #include "platform/simulated/TestEnvironment.h"
@@ -66,12 +67,12 @@ TEST_F(RulesTest, EachTypeAsksItsSwitch) {
     item.Edit().ItemType = c.type;
     service.SetCurrentItem(item);
     clsFileParameters pair;
-    EXPECT_TRUE(pair.IsDue(service)) << c.type;
+    EXPECT_TRUE(pair.IsDue(*service.TakeSnapshot())) << c.type;
     pair.UseUpdateRules = true;
     pair.UpdateRulesFlags = c.flag;
-    EXPECT_TRUE(pair.IsDue(service)) << c.type;
+    EXPECT_TRUE(pair.IsDue(*service.TakeSnapshot())) << c.type;
     pair.UpdateRulesFlags = 63 & ~c.flag;
-    EXPECT_FALSE(pair.IsDue(service)) << c.type;
+    EXPECT_FALSE(pair.IsDue(*service.TakeSnapshot())) << c.type;
   }
 }
 
@@ -81,7 +82,7 @@ TEST_F(RulesTest, TheChosenItemDecidesAndItsAbsenceIsAReason) {
   for (std::int16_t which = 0; which <= 3; ++which) {
     service.ClearService();
     pair.UpdateRulesUsingItem = which;
-    EXPECT_TRUE(pair.IsDue(service)) << which;
+    EXPECT_TRUE(pair.IsDue(*service.TakeSnapshot())) << which;
     clsZEBItemInfo item;
     item.ItemIndexNumber = 1;
     auto set = [&] {
@@ -91,18 +92,18 @@ TEST_F(RulesTest, TheChosenItemDecidesAndItsAbsenceIsAReason) {
       if (which == 3) service.SetComingSoonItem(item);
     };
     set();
-    EXPECT_TRUE(pair.IsDue(service)) << "nothing but a number, " << which;
+    EXPECT_TRUE(pair.IsDue(*service.TakeSnapshot())) << "nothing but a number, " << which;
     clsZEBItemInfo pictured = item;
     pictured.AddPictureFile("a.jpg");
     std::swap(item, pictured);
     set();
-    EXPECT_FALSE(pair.IsDue(service)) << "a picture makes an item, " << which;
+    EXPECT_FALSE(pair.IsDue(*service.TakeSnapshot())) << "a picture makes an item, " << which;
     item.Edit().ItemType = 7;
     set();
     pair.UpdateRulesFlags = clsFileParameters::kSong;
-    EXPECT_TRUE(pair.IsDue(service)) << which;
+    EXPECT_TRUE(pair.IsDue(*service.TakeSnapshot())) << which;
     pair.UpdateRulesFlags = 0;
-    EXPECT_FALSE(pair.IsDue(service)) << which;
+    EXPECT_FALSE(pair.IsDue(*service.TakeSnapshot())) << which;
   }
 }
 

@@ -88,7 +88,7 @@ TEST_F(HTTPOutputTest, AServerThatDoesNotConnectShowsConnectingAndIsTriedAgain) 
   }
   // A status that nobody has cleared keeps a request from being sent.
   t.network.SetHost("127.0.0.1", Behaviour::kNormal);
-  EXPECT_TRUE(t.loop.RunTask([&] { output.UpdateOutput(service); }));
+  EXPECT_TRUE(t.loop.RunTask([&] { output.UpdateOutput(service.TakeSnapshot()); }));
   EXPECT_TRUE(server.requests.empty());
   Update();
   EXPECT_EQ(server.requests.size(), 1u);

@@ -76,9 +76,9 @@ class NetworkOutputTest : public testing::Test {
     const MonotonicTime begin = t.loop.Monotonic();
     MonotonicTime end = begin;
     EXPECT_TRUE(t.loop.RunTask([&] {
-      output.PrepareOutput(service);
-      output.UpdateOutput(service);
-      output.FinishOutput(service);
+      output.PrepareOutput(service.TakeSnapshot());
+      output.UpdateOutput(service.TakeSnapshot());
+      output.FinishOutput(service.TakeSnapshot());
       end = t.loop.Monotonic();
     }));
     t.loop.RunPosted();  // the server hears of the last close

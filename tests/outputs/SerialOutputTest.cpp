@@ -21,7 +21,7 @@ class SerialOutputTest : public WireTest {
     Log();
   }
   void Send(const std::string& text) {
-    ASSERT_TRUE(t.loop.RunTask([&] { output->SendString(service, text); }));
+    ASSERT_TRUE(t.loop.RunTask([&] { output->SendString(*service.TakeSnapshot(), text); }));
   }
 
   std::shared_ptr<SimulatedSerialPort> port = std::make_shared<SimulatedSerialPort>(t.loop);
@@ -178,22 +178,26 @@ TEST_F(SerialOutputTest, EarlyEndsAndPortEventsAreLogged) {
     EXPECT_TRUE(t.loop.RunTask(work));
     return Log();
   };
-  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Exit as no CommControl"));
-  EXPECT_TRUE(Has(logOf([&] { output->SetTravelFlagActivated(service); }), "Exit as no CommControl"));
+  EXPECT_TRUE(
+      Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }), "Exit as no CommControl"));
+  EXPECT_TRUE(
+      Has(logOf([&] { output->SetTravelFlagActivated(*service.TakeSnapshot()); }), "Exit as no CommControl"));
   EXPECT_FALSE(output->StartOutput(nullptr));
   Start();
   port->Close();
-  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Exit as Port Closed"));
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }), "Exit as Port Closed"));
   Start();
   Play("");
-  EXPECT_TRUE(Has(logOf([&] { output->UpdateOutput(service); }), "Exit as no strings to choose from"));
+  EXPECT_TRUE(
+      Has(logOf([&] { output->UpdateOutput(service.TakeSnapshot()); }), "Exit as no strings to choose from"));
   EXPECT_TRUE(
       Has(logOf([&] { port->onComm(kCommFrame, {}); }), "RaiseEvent CommError:Serial: Framing Error"));
   EXPECT_TRUE(
       Has(logOf([&] { port->onComm(77, {}); }), "RaiseEvent CommError:Serial: Unknown error or event"));
   EXPECT_TRUE(Has(logOf([&] { port->onComm(kCommReceive, "+\xE9"); }), "Serial.Datareceived: +é"));
   port->outputFailure = "no power";
-  EXPECT_TRUE(Has(logOf([&] { output->SendString(service, "x"); }), "Problem sending string: no power"));
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }),
+                  "Problem sending string: no power"));
 }
 
 TEST_F(SerialOutputTest, TravelFlagAndNearEndGoOutThroughTheService) {
@@ -296,8 +300,8 @@ TEST_F(SerialOutputTest, ADayOfTwoLinesASecondLeavesNothingBehind) {
   ASSERT_TRUE(t.loop.RunTask(
       [&] {
         while (t.loop.Monotonic() < end) {
-          output->PrepareOutput(service);
-          output->UpdateOutput(service);
+          output->PrepareOutput(service.TakeSnapshot());
+          output->UpdateOutput(service.TakeSnapshot());
           EXPECT_EQ(port->OutBufferCount(), 0u);
           ++sent;
           port->all.clear();

@@ -35,9 +35,9 @@ class WebOutputTest : public testing::Test {
   }
   void Update() {
     ASSERT_TRUE(t.loop.RunTask([&] {
-      output->PrepareOutput(service);
-      output->UpdateOutput(service);
-      output->FinishOutput(service);
+      output->PrepareOutput(service.TakeSnapshot());
+      output->UpdateOutput(service.TakeSnapshot());
+      output->FinishOutput(service.TakeSnapshot());
     }));
   }
   std::string StatusText() {
@@ -138,13 +138,13 @@ TEST_F(WebOutputTest, AFailedRenameDoesNotStopTheOthers) {
   ftp.fail = [](const std::string& operation, const std::string& path) {
     return operation == "Rename" && path == "/w/a.htm.tmp" ? "553 No." : "";
   };
-  ASSERT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service); }));
+  ASSERT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); }));
   EXPECT_EQ(ftp.files["/w/b.htm"], "One!");
   ASSERT_EQ(output->NumberDeleteFiles(), 2);
   EXPECT_EQ(output->DeleteFileName(1), "a.htm.tmp");
   EXPECT_EQ(output->DeleteFileName(2), "");
   ftp.fail = nullptr;
-  ASSERT_TRUE(t.loop.RunTask([&] { output->FinishOutput(service); }));
+  ASSERT_TRUE(t.loop.RunTask([&] { output->FinishOutput(service.TakeSnapshot()); }));
   EXPECT_EQ(ftp.files.count("/w/a.htm.tmp"), 0u);
   EXPECT_GE(Count("Rename /w/a.htm.tmp /w/ZEB"), 1);
 }

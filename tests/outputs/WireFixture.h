@@ -33,9 +33,9 @@ class WireTest : public testing::Test {
   }
   void Update(clsZEBTemplate& output) {
     ASSERT_TRUE(t.loop.RunTask([&] {
-      output.PrepareOutput(service);
-      output.UpdateOutput(service);
-      output.FinishOutput(service);
+      output.PrepareOutput(service.TakeSnapshot());
+      output.UpdateOutput(service.TakeSnapshot());
+      output.FinishOutput(service.TakeSnapshot());
     }));
   }
   // The debug lines since the last call, without their times and indents.

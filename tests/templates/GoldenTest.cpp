@@ -29,7 +29,7 @@ TEST(Golden, Templates) {
     if (path.filename().string().starts_with("page-")) {
       text = UndoEscapedTags(text);
       InsertRefreshHeader(text, 60, true, station.environment.loop.Now(), "3.0.0");
-      text = ExpandPage(text, station.service, kDefaultSimpleTextFormat, station.uploads);
+      text = ExpandPage(text, *station.service.TakeSnapshot(), kDefaultSimpleTextFormat, station.uploads);
     } else {
       text = station.Expand(text, kDefaultSimpleTextFormat);
     }

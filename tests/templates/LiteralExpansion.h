@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/clsZEBService.h"
 #include "templates/ZEB_Class_Functions.h"
 
 namespace zeb::literal {

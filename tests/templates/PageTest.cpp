@@ -10,7 +10,7 @@ namespace {
 
 std::string Page(Station& station, const std::string& page) {
   UploadFileList files;
-  return ExpandPage(page, station.service, "", files);
+  return ExpandPage(page, *station.service.TakeSnapshot(), "", files);
 }
 
 TEST(ExpandPage, ConstructsAtEveryPlaceAroundTheCut) {

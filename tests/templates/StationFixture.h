@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/clsZEBService.h"
 #include "platform/simulated/TestEnvironment.h"
 #include "templates/ZEB_Class_Functions.h"
 

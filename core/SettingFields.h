@@ -1,0 +1,106 @@
+// SettingFields: settings as tables: each is named once, and loading, saving and comparing all read its row.
+//
+// A thing keeps its settings in a plain struct whose initial values are the defaults; its table names the
+// struct's members. Numbers of outputs (and pairs) are put behind the names ("ServerPort2"). What the hive
+// cannot do throws SettingsError.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "platform/SettingsHive.h"
+#include "text/Encodings.h"
+
+namespace zeb {
+
+// Whether a number is stored as a number or as its decimal text. The two kinds grew over the years, and other
+// programs of the station read the values, so each keeps its own.
+enum class StoredAs { kText, kNumber };
+
+template <class S>
+struct SettingRow {
+  std::string_view name;
+  std::variant<std::string S::*, std::int32_t S::*, bool S::*, CharacterSet S::*> member;
+  StoredAs storedAs = StoredAs::kText;
+  bool secret = false;  // a password: never shown
+  // A number outside these is brought to the nearer one when it is read.
+  std::int32_t least = std::numeric_limits<std::int32_t>::min();
+  std::int32_t most = std::numeric_limits<std::int32_t>::max();
+};
+
+template <class S>
+using SettingTable = std::span<const SettingRow<S>>;
+
+namespace detail {
+// `value` is the default and becomes what is stored.
+void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, std::string& value);
+void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, std::int32_t& value);
+void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, bool& value);
+void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, CharacterSet& value);
+std::string SettingText(const std::string& value);
+std::string SettingText(std::int32_t value);
+std::string SettingText(bool value);
+std::string SettingText(CharacterSet value);
+inline std::int32_t SettingNumber(std::int32_t value) {
+  return value;
+}
+inline std::int32_t SettingNumber(bool value) {
+  return value ? 1 : 0;
+}
+}  // namespace detail
+
+// Reads every row; what is not stored gets the struct's initial value.
+template <class S>
+void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& suffix,
+                 const SettingRow<S>& row, S& to) {
+  std::visit(
+      [&](auto member) {
+        to.*member = S().*member;
+        detail::ReadSetting(hive, key, std::string(row.name) + suffix, to.*member);
+      },
+      row.member);
+  if (const auto* member = std::get_if<std::int32_t S::*>(&row.member))
+    to.** member = std::min(std::max(to.**member, row.least), row.most);
+}
+
+template <class S>
+void ReadSettings(SettingsHive& hive, const std::string& key, const std::string& suffix,
+                  SettingTable<S> table, S& to) {
+  for (const SettingRow<S>& row : table) ReadSetting(hive, key, suffix, row, to);
+}
+
+template <class S>
+void WriteSettings(SettingsHive& hive, const std::string& key, const std::string& suffix,
+                   SettingTable<S> table, const S& from) {
+  for (const SettingRow<S>& row : table) {
+    const std::string name = std::string(row.name) + suffix;
+    std::visit(
+        [&](auto member) {
+          if constexpr (requires { detail::SettingNumber(from.*member); }) {
+            if (row.storedAs == StoredAs::kNumber)
+              return hive.WriteNumber(key, name, detail::SettingNumber(from.*member));
+          }
+          hive.WriteText(key, name, detail::SettingText(from.*member));
+        },
+        row.member);
+  }
+}
+
+// "name=value" lines, for telling whether two are set alike.
+template <class S>
+std::string SettingsText(SettingTable<S> table, const S& from) {
+  std::string text;
+  for (const SettingRow<S>& row : table) {
+    text.append(row.name).append("=");
+    std::visit([&](auto member) { text += detail::SettingText(from.*member); }, row.member);
+    text += '\n';
+  }
+  return text;
+}
+
+}  // namespace zeb

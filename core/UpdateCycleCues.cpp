@@ -1,0 +1,63 @@
+// The cues of UpdateCycle.
+#include <algorithm>
+#include <utility>
+
+#include "core/UpdateCycle.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr const char* kCueCommand = "CMD";
+constexpr const char* kNearEndText = "SAE\r\n";
+
+}  // namespace
+
+void UpdateCycle::SendCue(OutputType type, const Cue& cue) {
+  std::vector<RunnerPtr> wave;
+  for (const RunnerPtr& runner : StateOf(type).runners) {
+    if (runner->output->DelaySeconds > 0) {
+      Delay(runner, {environment_.loop.Monotonic() + std::chrono::seconds(runner->output->DelaySeconds), cue,
+                     cue.snapshot});
+      continue;
+    }
+    if (cue.IsTravel()) runner->owedTravel.reset();  // this one takes its place
+    if (runner->Free())
+      wave.push_back(runner);
+    else
+      QueueCue(*runner, cue);
+  }
+  BeginCueWave(type, std::move(wave), cue);
+}
+
+// A second near end while one waits is the same end; of travel cues the last one tells how things stand.
+void UpdateCycle::QueueCue(OutputRunner& runner, const Cue& cue) {
+  std::erase_if(runner.cues, [&](const Cue& waiting) { return waiting.IsTravel() == cue.IsTravel(); });
+  runner.cues.push_back(cue);
+}
+
+void UpdateCycle::BeginCueWave(OutputType type, std::vector<RunnerPtr> runners, const Cue& cue) {
+  if (runners.empty()) return;
+  const bool travel = cue.IsTravel();
+  BeginWave(type, std::move(runners), {cue.snapshot, cue, travel ? "Update" : "PreCue", !travel, nullptr});
+}
+
+// In the runner's task.
+void UpdateCycle::SendCueTo(OutputRunner& runner, const Cue& cue) {
+  const OutputPtr output = runner.output;
+  auto* encoder = dynamic_cast<ScriptCommandOutput*>(output.get());
+  auto* serial = dynamic_cast<StringOutput*>(output.get());
+  if (cue.kind == Cue::kNearEnd) {
+    if (encoder) encoder->SendScriptCommand(kCueCommand, kNearEndText);
+    if (!encoder && serial) static_cast<void>(serial->SendString(*cue.snapshot, kNearEndText));
+    return;
+  }
+  if (!serial) return;
+  // Owed until it is known to have left, also when this run throws or never comes back.
+  runner.owedTravel = cue;
+  const bool left = cue.kind == Cue::kTravelOn ? serial->SetTravelFlagActivated(*cue.snapshot)
+                                               : serial->SetTravelFlagCleared(*cue.snapshot);
+  if (left) runner.owedTravel.reset();
+}
+
+}  // namespace zeb

@@ -1,0 +1,33 @@
+// UpdateRecord: one update as the journal tells of it: what was published, and which outputs took part.
+//
+// Made by the update cycle and shared by the runs that belong to it; complete when the last of them has
+// ended.
+#pragma once
+
+#include <vector>
+
+#include "core/clsZEBTemplate.h"
+#include "platform/Time.h"
+
+namespace zeb {
+
+struct UpdateRecord {
+  struct Run {
+    OutputType type;
+    int index;  // when it began
+    OutputPtr output;
+    bool ended = false;
+    clsZEBTemplate::Tally tally;  // once ended
+  };
+
+  SnapshotPtr snapshot;
+  bool full = false;  // new information; else what falls due by an interval, or is done again
+  MonotonicTime began{};
+  std::vector<Run> runs;
+  int delayed = 0;    // outputs that show it later, as they are set
+  int postponed = 0;  // outputs that are busy and show it, or something newer, when they are free
+  Timer slow;         // for telling that it takes long
+  int left = 0;       // runs that have not ended, and one for whoever still adds some
+};
+
+}  // namespace zeb
