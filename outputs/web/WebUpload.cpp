@@ -77,11 +77,15 @@ void WebUpload::Cancel() {
   server_.Cancel();
 }
 
-// The pages that were sent and will not be put in place.
+// What was sent and will not be put in place. An upload that stood still took the connection with it.
 void WebUpload::RemoveUnfinished() {
+  std::vector<std::string> paths;
   for (const WebOrder::Page* page : std::exchange(sent_, {}))
-    if (server_.Connected())
-      static_cast<void>(server_.Delete(WorkPath(page->parameters.DestinationFileName())));
+    paths.push_back(WorkPath(page->parameters.DestinationFileName()));
+  if (!uploading_.empty()) paths.push_back(uploading_);
+  if (paths.empty() || (!server_.Connected() && !server_.Connect(order_.target))) return;
+  for (const std::string& path : paths)
+    if (server_.Connected()) static_cast<void>(server_.Delete(path));
 }
 
 // ---- Pages
@@ -173,14 +177,21 @@ void WebUpload::SendPage(const WebOrder::Page& page, const Prepared& prepared) {
   }
   if (environment_.preserveTempFiles) return;
   DebugLine("Deleting the Temp File");
+  DeleteTemp(temp);
+}
+
+// Also while the upload hangs: the temporary folder is no server's.
+void WebUpload::DeleteTemp(const std::string& temp) {
+  const auto work = [&files = environment_.files, temp] { return files.Delete(temp); };
   const std::optional<Outcome> deleted =
-      lane_.Run([&files = environment_.files, temp] { return files.Delete(temp); }, kFileWorkLimit);
+      lane_.Hangs() ? environment_.loop.RunBlocking(work, kFileWorkLimit) : lane_.Run(work, kFileWorkLimit);
   if (deleted && *deleted) return;
   DebugLine("Error Deleting the Temp File: ", deleted ? deleted->Reason() : HangText());
-  if (!deleted)
-    GiveUp(kStatusSourceProblem, "the temporary file '" + temp + "'" + HangText());
-  else if (OnGoing())
+  if (!OnGoing()) return;
+  if (deleted)
     SetStatus(kStatusSourceProblem);
+  else
+    GiveUp(kStatusSourceProblem, "the temporary file '" + temp + "'" + HangText());
 }
 
 void WebUpload::PlacePage(const WebOrder::Page& page) {
@@ -240,7 +251,7 @@ bool WebUpload::SendAdditional(const AdditionalFile& file) {
                               kFileWorkLimit);
   if (!info) return GiveUp(kStatusUploadProblem, "the additional file '" + file.local + "'" + HangText());
   const std::uint64_t size = *info ? (*info)->size : 0;
-  if (!TryStep([&](bool) { return server_.Upload(file.local, size, work, order_.onProgress); }))
+  if (!Upload(file.local, size, work))
     return AdditionalFails(file, "Couldn't upload additional files to temp files");
   DebugLine("Renaming uploading Temp File : ", work, " to ", file.server);
   MovedPage old;
@@ -268,6 +279,13 @@ void WebUpload::PutBackMovedPages() {
   for (const MovedPage& old : std::exchange(movedPages, {}))
     if (!server_.Connected() || !files_.PutBack(old)) left.push_back(old);
   movedPages = std::move(left);
+}
+
+bool WebUpload::Upload(const std::string& local, std::uint64_t size, const std::string& path) {
+  uploading_ = path;
+  const bool sent = TryStep([&](bool) { return server_.Upload(local, size, path, order_.onProgress); });
+  if (sent || server_.Connected()) uploading_.clear();  // a part of it has been removed
+  return sent;
 }
 
 // A step that finds the connection lost is done once more on a new one, once a run: a server that hangs must

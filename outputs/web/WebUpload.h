@@ -71,10 +71,12 @@ class WebUpload {
   void ProcessPage(const WebOrder::Page& page);
   Prepared Prepare(const clsFileParameters& pair) const;
   void SendPage(const WebOrder::Page& page, const Prepared& prepared);
+  void DeleteTemp(const std::string& temp);
   void NoteAdditional(const std::string& local, const std::string& serverFolder);
   bool SendAdditional(const AdditionalFile& file);
   bool AdditionalFails(const AdditionalFile& file, const std::string& text);
   void PlacePage(const WebOrder::Page& page);
+  bool Upload(const std::string& local, std::uint64_t size, const std::string& path);
   bool TryStep(const Step& step);
   void RemoveUnfinished();
   bool OnGoing() const { return problem.empty() && !cancelled_; }
@@ -93,6 +95,7 @@ class WebUpload {
   std::string reason_;                       // of the last step that failed
   std::string lastError_;                    // the status text
   std::vector<const WebOrder::Page*> sent_;  // under their ".tmp" names
+  std::string uploading_;                    // the server file of which a part may be there
   std::vector<AdditionalFile> toSend_;
 };
 

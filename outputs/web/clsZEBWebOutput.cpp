@@ -80,7 +80,10 @@ bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const auto run = std::make_shared<WebUpload>(environment_, lane_, server_, order);
   run_ = run;
   run->Run();
-  if (!run->Cancelled()) lastSnapshot_ = snapshot;
+  if (run->Cancelled())
+    server_.Close();  // the end of the update may not be called any more
+  else
+    lastSnapshot_ = snapshot;
   KeepResults(*run, order);
   return LastTally().published > 0;
 }
@@ -215,6 +218,8 @@ void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
   if (!run.problem.empty()) return;
   additionalProblems_.clear();
   for (const auto& [server, reason] : run.additional) additionalProblems_.push_back({server, reason});
+  // A page sets the status itself.
+  if (tally.published + tally.failed == 0 && Problems().empty()) SetStatus(kStatusOK);
 }
 
 void clsZEBWebOutput::KeepMovedPages(const std::vector<MovedPage>& moved) {

@@ -112,8 +112,9 @@ class Session : public FtpSession {
       return Failure{"'" + path + to + "' is no name of a server file"};
     server_.log.push_back(operation + (path.empty() ? "" : " " + path) + (to.empty() ? "" : " " + to));
     std::string reply = Ask(operation, path);
-    const bool isLost = reply == "LOST";
+    bool isLost = reply == "LOST";
     if (reply.empty() || isLost) reply = work();
+    isLost = isLost || reply == "LOST";  // in the middle of an upload
     if (isLost || reply.rfind("421", 0) == 0) connected_ = false;
     if (isLost) return Failure{"cannot " + operation + " '" + path + "': the connection was lost"};
     if (reply.empty()) return {};
