@@ -5,7 +5,9 @@
 // UTF-8; both separators are the platform's business (FileNamePart and FolderPart in text/Paths.h).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +24,15 @@ struct FileInfo {
   bool isRegular = true;  // false for folders, pipes, devices
 };
 
+// A file that is open for reading, for those that are too large to be held. Used on one thread at a time.
+class FileReader {
+ public:
+  virtual ~FileReader() = default;
+  virtual std::uint64_t Size() const = 0;  // when it was opened
+  // The next bytes, at most `most`; 0 at the end, wherever that is by now.
+  virtual Result<std::size_t> Read(char* to, std::size_t most) = 0;
+};
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -29,6 +40,8 @@ class FileSystem {
   virtual std::optional<FileInfo> Stat(const std::string& path) = 0;  // nothing: missing or unreachable
   // The whole file. Fails on anything but a regular file (never blocks on a pipe) and above `limit` bytes.
   virtual Result<std::string> Read(const std::string& path, std::uint64_t limit) = 0;
+  // Fails on anything but a regular file, as Read does.
+  virtual Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) = 0;
   // Creates or empties the file, then writes it whole. A failure part way removes what was written.
   virtual Outcome Write(const std::string& path, std::string_view bytes) = 0;
   // Appends in one piece, creating the file when missing.

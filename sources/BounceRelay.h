@@ -16,7 +16,7 @@
 
 #include "core/clsZEBService.h"
 #include "sources/ItemIntake.h"
-#include "sources/RepeatedNote.h"
+#include "diagnostics/RepeatedNote.h"
 #include "sources/RingCheck.h"
 #include "sources/uNetControlClient.h"
 

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "platform/EventLoop.h"
-#include "sources/RepeatedNote.h"
+#include "diagnostics/RepeatedNote.h"
 
 namespace zeb {
 

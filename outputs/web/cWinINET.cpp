@@ -17,72 +17,116 @@ constexpr std::array<std::string_view, 6> kDescriptions = {
 
 }  // namespace
 
+std::string WhyFtpFailed(const FtpSession& session, const std::string& reason) {
+  const std::string reply = session.LastResponse();
+  return !reply.empty() && reply[0] >= '4' ? reply : reason;
+}
+
 std::string cWinINET::GetUploadResultDescription(std::int32_t code) {
   if (code < 0 || code >= static_cast<std::int32_t>(kDescriptions.size())) return {};
   return std::string(kDescriptions.at(static_cast<std::size_t>(code)));
 }
 
+std::int32_t cWinINET::Fail(UploadResult result, std::string why) {
+  problem_ = std::move(why);
+  return result;
+}
+
 std::int32_t cWinINET::UploadFile(FtpSession& session, const std::string& local, std::string serverPath,
-                                  bool throughTempName, const Progress& progress) {
-  if (!session.Connected()) return kUnableToConnect;
-  if (serverPath.empty()) return kUnableToWrite;
+                                  bool throughTempName, const Watch& watch) {
+  problem_.clear();
+  if (!session.Connected()) return Fail(kUnableToConnect, "there is no connection");
+  if (serverPath.empty()) return Fail(kUnableToWrite, "the server file has no name");
   if (serverPath.find('/') == std::string::npos) serverPath.insert(0, "/");
-  const Result<std::string> bytes = files_.Read(local, kMaxTransferBytes);
-  if (!bytes || bytes.Value().empty()) return kUnableToRead;
+  const std::string unreadable = GetUploadResultDescription(kUnableToRead) + " - ";
+  const Result<std::unique_ptr<FileReader>> file = files_.OpenForReading(local);
+  if (!file) return Fail(kUnableToRead, unreadable + file.Reason());
+  if (file.Value()->Size() < 1) return Fail(kUnableToRead, unreadable + "'" + local + "' is empty");
 
   std::string uploadName = serverPath;
   if (throughTempName) {
     const Result<std::string> temp = files_.MakeTempFile("ZEB");
-    if (!temp) return kUnableToWrite;
+    if (!temp) return Fail(kUnableToWrite, temp.Reason());
     static_cast<void>(files_.Delete(temp.Value()));  // only its name is wanted
     uploadName = std::string(FolderPart(serverPath)) + std::string(FileNamePart(temp.Value()));
   }
-  const std::size_t length = bytes.Value().size();
-  int told = -1;
-  bool cancelled = false;
-  const Outcome sent = session.Upload(uploadName, bytes.Value(), [&](std::size_t count) {
-    const int percent = static_cast<int>((count * 200 + length) / (2 * length));
-    if (percent == told || !progress) return true;
-    told = percent;
-    cancelled = !progress(percent) && count < length;
-    return !cancelled;
-  });
-  if (!sent && throughTempName && session.Connected()) static_cast<void>(session.Delete(uploadName));
-  if (cancelled) return kCancelled;
-  if (!sent) return kUnableToWrite;
+  const std::int32_t result = Send(session, *file.Value(), uploadName, watch);
+  if (result != kUploadSuccessful) return result;
   return throughTempName ? PutInPlace(session, uploadName, serverPath) : kUploadSuccessful;
+}
+
+// A part of a file is not left on the server.
+std::int32_t cWinINET::Send(FtpSession& session, FileReader& file, const std::string& name,
+                            const Watch& watch) {
+  const std::uint64_t length = file.Size();
+  std::uint64_t read = 0;
+  int told = -1;
+  const auto tell = [&] {
+    const auto percent = static_cast<int>((read * 200 + length) / (2 * length));
+    if (read > 0 && percent != told && watch.percent) watch.percent(percent);
+    told = percent;
+  };
+  bool begun = false, cancelled = false;
+  std::string unreadable;
+  FtpSource source{length, nullptr};
+  source.read = [&](char* to, std::size_t most) -> std::optional<std::size_t> {
+    begun = true;
+    tell();
+    cancelled = watch.cancelled && watch.cancelled();
+    if (cancelled) return std::nullopt;
+    const Result<std::size_t> got = file.Read(to, most);
+    if (!got) unreadable = got.Reason();
+    if (got && got.Value() == 0) unreadable = "it became shorter while it was read";
+    if (!unreadable.empty()) return std::nullopt;
+    read += got.Value();
+    return got.Value();
+  };
+  const Outcome sent = session.Upload(name, source);
+  if (sent) {
+    tell();
+    return kUploadSuccessful;
+  }
+  const std::string why = WhyFtpFailed(session, sent.Reason());
+  if (session.Connected() && begun) static_cast<void>(session.Delete(name));
+  if (cancelled) return Fail(kCancelled, GetUploadResultDescription(kCancelled));
+  if (unreadable.empty()) return Fail(kUnableToWrite, why);
+  return Fail(kUnableToRead, GetUploadResultDescription(kUnableToRead) + " - " + unreadable);
 }
 
 std::int32_t cWinINET::PutInPlace(FtpSession& session, const std::string& temp, const std::string& target) {
   const std::string old = target + ".old";
-  const Result<bool> exists = session.Exists(target);
-  if (!exists) return kUnableToWrite;
-  if (exists.Value() && !session.Rename(target, old)) {
+  const auto fails = [&](const std::string& reason) {
+    const std::string why = WhyFtpFailed(session, reason);
     static_cast<void>(session.Delete(temp));
-    return kUnableToWrite;
-  }
-  if (!session.Rename(temp, target)) {
+    return Fail(kUnableToWrite, why);
+  };
+  const Result<bool> exists = session.Exists(target);
+  if (!exists) return fails(exists.Reason());
+  if (exists.Value())
+    if (const Outcome moved = session.Rename(target, old); !moved) return fails(moved.Reason());
+  if (const Outcome renamed = session.Rename(temp, target); !renamed) {
+    const std::string why = WhyFtpFailed(session, renamed.Reason());
     if (exists.Value()) static_cast<void>(session.Rename(old, target));
     static_cast<void>(session.Delete(temp));
-    return kUnableToWrite;
+    return Fail(kUnableToWrite, why);
   }
   if (exists.Value()) static_cast<void>(session.Delete(old));
   return kUploadSuccessful;
 }
 
 std::int32_t cWinINET::UploadFile(FtpSessions& sessions, const FtpTarget& target, const std::string& local,
-                                  const std::string& serverPath, bool throughTempName,
-                                  const Progress& progress) {
+                                  const std::string& serverPath, bool throughTempName, const Watch& watch) {
   const std::unique_ptr<FtpSession> session = sessions.Make();
-  if (!session->Open()) return kNoInternetConnection;
-  if (!session->Connect(target)) return kUnableToConnect;
-  const std::int32_t result = UploadFile(*session, local, serverPath, throughTempName, progress);
+  if (const Outcome opened = session->Open(); !opened) return Fail(kNoInternetConnection, opened.Reason());
+  if (const Outcome connected = session->Connect(target); !connected)
+    return Fail(kUnableToConnect, WhyFtpFailed(*session, connected.Reason()));
+  const std::int32_t result = UploadFile(*session, local, serverPath, throughTempName, watch);
   session->Close();
   return result;
 }
 
 Outcome cWinINET::DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local) {
-  Result<std::string> bytes = session.Download(serverPath, kMaxTransferBytes);
+  Result<std::string> bytes = session.Download(serverPath, kMaxDownloadBytes);
   if (!bytes) return Failure{bytes.Reason()};
   const std::string work = local + ".tmp";
   Outcome written = files_.Write(work, bytes.Value());

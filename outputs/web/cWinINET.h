@@ -23,18 +23,25 @@ class cWinINET {
     kUnableToRead = 4,
     kCancelled = 5
   };
-  // Told whole percents, each once; false cancels.
-  using Progress = std::function<bool(int percent)>;
+  // Both may be empty, and are called on the thread that uploads.
+  struct Watch {
+    std::function<void(int percent)> percent;  // whole ones, each once
+    std::function<bool()> cancelled;           // asked before each block
+  };
 
   explicit cWinINET(FileSystem& files) : files_(files) {}
 
-  // Over a session that is connected. With `throughTempName` the file is sent under another name of its
-  // folder and then put in place; when that fails, the server's previous file stays.
+  // Over a session that is connected. The file is sent block by block, whatever its size. With
+  // `throughTempName` it goes under another name of its folder and is then put in place; when that fails, the
+  // server's previous file stays.
   std::int32_t UploadFile(FtpSession& session, const std::string& local, std::string serverPath,
-                          bool throughTempName, const Progress& progress = {});
+                          bool throughTempName, const Watch& watch = {});
   // Over a session of its own.
   std::int32_t UploadFile(FtpSessions& sessions, const FtpTarget& target, const std::string& local,
-                          const std::string& serverPath, bool throughTempName, const Progress& progress = {});
+                          const std::string& serverPath, bool throughTempName, const Watch& watch = {});
+  // Why the last upload failed, in one line: the server's words, or what went wrong here.
+  const std::string& Problem() const { return problem_; }
+
   Outcome DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local);
 
   // Whether the computer answers an echo request; `ping` is the platform's (platform/posix/Ping.h).
@@ -51,11 +58,19 @@ class cWinINET {
   static std::string URLDecodeB2(std::string_view text) { return UrlDecode(text); }
 
  private:
+  std::int32_t Fail(UploadResult result, std::string why);
+  std::int32_t Send(FtpSession& session, FileReader& file, const std::string& name, const Watch& watch);
   std::int32_t PutInPlace(FtpSession& session, const std::string& temp, const std::string& target);
+
   FileSystem& files_;
+  std::string problem_;
 };
 
-// More than any picture for a page.
-inline constexpr std::uint64_t kMaxTransferBytes = 64u * 1024 * 1024;
+// What a failed operation of a session has to say: the server's own words, else ours. A reply that agrees to
+// something does not tell why it failed.
+std::string WhyFtpFailed(const FtpSession& session, const std::string& reason);
+
+// A download is held in memory.
+inline constexpr std::uint64_t kMaxDownloadBytes = 64u * 1024 * 1024;
 
 }  // namespace zeb

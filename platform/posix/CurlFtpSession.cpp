@@ -1,9 +1,11 @@
 #include "platform/posix/CurlFtpSession.h"
 
 #include <curl/curl.h>
+#include <sys/socket.h>
 
 #include <algorithm>
-#include <cstring>
+#include <optional>
+#include <utility>
 
 #include "text/Encodings.h"
 #include "text/Numbers.h"
@@ -16,60 +18,38 @@ namespace {
 // More than any server has to say; one that talks on for ever must not hold an update.
 constexpr std::size_t kMaxReplyBytes = 64 * 1024;
 constexpr std::size_t kMaxListBytes = 4u * 1024 * 1024;
-// What a line must carry at least, for the time that a large picture may take.
-constexpr std::size_t kSlowestBytesPerMillisecond = 1;
 
 bool HasControlCharacter(std::string_view text) {
   return std::any_of(text.begin(), text.end(),
                      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
 }
 
-std::string UrlOf(const FtpTarget& target, std::string_view path) {
+// The address of a server file; nothing when libcurl cannot make one of it. A path begins behind the address'
+// own "/", so that a leading one is part of it.
+CURLU* UrlOf(const FtpTarget& target, const std::string& path) {
   const bool ipv6 = target.server.find(':') != std::string::npos;
-  std::string url =
-      "ftp://" + (ipv6 ? "[" + target.server + "]" : target.server) + ":" + std::to_string(target.port) + "/";
-  constexpr char kHex[] = "0123456789ABCDEF";
-  for (const char c : path) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool plain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
-                       (byte >= 'a' && byte <= 'z') || std::strchr("/-_.~", c) != nullptr;
-    if (plain) {
-      url += c;
-    } else {
-      url += '%';
-      url += kHex[byte >> 4];
-      url += kHex[byte & 15];
-    }
-  }
-  return url;
+  CURLU* url = curl_url();
+  const bool made =
+      url != nullptr && curl_url_set(url, CURLUPART_SCHEME, "ftp", 0) == CURLUE_OK &&
+      curl_url_set(url, CURLUPART_HOST, (ipv6 ? "[" + target.server + "]" : target.server).c_str(), 0) ==
+          CURLUE_OK &&
+      curl_url_set(url, CURLUPART_PORT, std::to_string(target.port).c_str(), 0) == CURLUE_OK &&
+      curl_url_set(url, CURLUPART_PATH, ("/" + path).c_str(), CURLU_URLENCODE) == CURLUE_OK;
+  if (made) return url;
+  curl_url_cleanup(url);
+  return nullptr;
 }
 
-struct Source {
-  std::string_view bytes;
-  const FtpProgress* progress;
-  std::size_t sent = 0;
+struct Feed {
+  const FtpSource* source;
+  std::uint64_t sent = 0;
+  bool ended = false;  // by the source
 };
-
-std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* data) {
-  auto& source = *static_cast<Source*>(data);
-  if (source.sent > 0 && *source.progress && !(*source.progress)(source.sent)) return CURL_READFUNC_ABORT;
-  const std::size_t block = std::min({size * count, kFtpBlockBytes, source.bytes.size() - source.sent});
-  std::memcpy(buffer, source.bytes.data() + source.sent, block);
-  source.sent += block;
-  return block;
-}
 
 struct Sink {
   std::string bytes;
   std::size_t limit;
 };
-
-std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* to) {
-  auto& sink = *static_cast<Sink*>(to);
-  if (size * count > sink.limit - sink.bytes.size()) return 0;
-  sink.bytes.append(data, size * count);
-  return size * count;
-}
 
 // The server answered, and goes on listening.
 bool StaysConnected(CURLcode code) {
@@ -88,6 +68,39 @@ bool StaysConnected(CURLcode code) {
 
 }  // namespace
 
+// What libcurl calls.
+struct CurlCallbacks {
+  // An upload that is ended early is given an early end of file: an abort would end the connection too.
+  static std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* data) {
+    auto& feed = *static_cast<Feed*>(data);
+    const std::uint64_t left = feed.source->size - feed.sent;
+    const auto most = static_cast<std::size_t>(std::min<std::uint64_t>({size * count, kFtpBlockBytes, left}));
+    if (most == 0 || feed.ended) return 0;
+    const std::optional<std::size_t> got = feed.source->read(buffer, most);
+    feed.ended = !got || *got == 0;
+    if (feed.ended) return 0;
+    feed.sent += *got;
+    return *got;
+  }
+
+  static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* to) {
+    auto& sink = *static_cast<Sink*>(to);
+    if (size * count > sink.limit - sink.bytes.size()) return 0;
+    sink.bytes.append(data, size * count);
+    return size * count;
+  }
+
+  static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self) {
+    const std::size_t bytes = size * count;
+    return static_cast<CurlFtpSession*>(self)->TakeReplyLine({data, bytes}) ? bytes : 0;
+  }
+
+  // Called at least about once a second, whatever is waited for.
+  static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    return static_cast<const CurlFtpSession*>(self)->Patient() ? 0 : 1;
+  }
+};
+
 CurlFtpSession::~CurlFtpSession() {
   CurlFtpSession::Close();
 }
@@ -98,13 +111,40 @@ Outcome CurlFtpSession::Open() {
   return {};
 }
 
+// Takes its leave, but not for long. libcurl would do so again, and wait two minutes for a server that hangs:
+// a socket that is shut keeps it from that.
 void CurlFtpSession::Close() {
-  if (handle_ != nullptr) curl_easy_cleanup(handle_);
-  handle_ = nullptr;
-  connected_ = false;
+  if (handle_ != nullptr) {
+    if (connected_) {
+      target_.timeLimit = std::min<std::chrono::milliseconds>(target_.timeLimit, kFtpCancelPatience);
+      begun_ = Clock::now();
+      static_cast<void>(Command("QUIT", ""));
+    }
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    curl_easy_getinfo(static_cast<CURL*>(handle_), CURLINFO_ACTIVESOCKET, &socket);
+    if (socket != CURL_SOCKET_BAD) ::shutdown(socket, SHUT_RDWR);
+    curl_easy_cleanup(handle_);
+  }
+  curl_url_cleanup(static_cast<CURLU*>(url_));
+  handle_ = url_ = nullptr;
+  connected_ = binary_ = false;
 }
 
-Outcome CurlFtpSession::Refuse(const std::string& path) const {
+void CurlFtpSession::Cancel() {
+  Clock::rep never = 0;
+  cancelledAt_.compare_exchange_strong(never, Clock::now().time_since_epoch().count());
+}
+
+bool CurlFtpSession::Patient() const {
+  const Clock::rep cancelled = cancelledAt_;
+  if (cancelled == 0) return true;
+  return Clock::now() - std::max(begun_, Clock::time_point(Clock::duration(cancelled))) < kFtpCancelPatience;
+}
+
+// Each operation begins with it.
+Outcome CurlFtpSession::Begin(const std::string& path) {
+  lastResponse_.clear();
+  begun_ = Clock::now();
   if (!connected_) return Failure{"not connected to '" + target_.server + "'"};
   if (path.empty() || HasControlCharacter(path)) return Failure{"'" + path + "' is no name of a server file"};
   return {};
@@ -114,6 +154,7 @@ Outcome CurlFtpSession::Connect(const FtpTarget& target) {
   Close();
   target_ = target;
   lastResponse_.clear();
+  begun_ = Clock::now();
   if (target.server.empty() || target.server.find_first_of("/\\ @?#%[]") != std::string::npos ||
       HasControlCharacter(target.server))
     return Failure{"'" + target.server + "' is no name of a server"};
@@ -123,8 +164,12 @@ Outcome CurlFtpSession::Connect(const FtpTarget& target) {
     return Failure{"the user name or the password holds a control character"};
   if (Outcome opened = Open(); !opened) return opened;
   connected_ = true;
-  Outcome done = Commands({}, "cannot connect to '" + target.server + "'");
-  if (!done) Close();
+  SetUp("");
+  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_NOBODY, 1L);
+  Outcome done = Perform("cannot connect to '" + target.server + "'");
+  if (done) return done;
+  connected_ = false;
+  Close();
   return done;
 }
 
@@ -132,8 +177,13 @@ Outcome CurlFtpSession::Connect(const FtpTarget& target) {
 void CurlFtpSession::SetUp(const std::string& path) {
   CURL* curl = handle_;
   curl_easy_reset(curl);
-  const auto limit = static_cast<long>(target_.timeLimit.count());
-  curl_easy_setopt(curl, CURLOPT_URL, UrlOf(target_, path).c_str());
+  // What the operation has left of its time; 0 would mean any time.
+  const auto left =
+      target_.timeLimit - std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begun_);
+  const long limit = std::max(1L, static_cast<long>(left.count()));
+  curl_url_cleanup(static_cast<CURLU*>(url_));
+  url_ = UrlOf(target_, path);
+  curl_easy_setopt(curl, CURLOPT_CURLU, static_cast<CURLU*>(url_));
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "ftp");
   curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
@@ -154,13 +204,11 @@ void CurlFtpSession::SetUp(const std::string& path) {
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, limit);
   curl_easy_setopt(curl, CURLOPT_ACCEPTTIMEOUT_MS, limit);
   curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, std::max(1L, limit / 1000));
-  curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, &CurlFtpSession::OnHeader);
+  curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, &CurlCallbacks::OnHeader);
   curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
-}
-
-std::size_t CurlFtpSession::OnHeader(char* data, std::size_t size, std::size_t count, void* self) {
-  const std::size_t bytes = size * count;
-  return static_cast<CurlFtpSession*>(self)->TakeReplyLine({data, bytes}) ? bytes : 0;
+  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &CurlCallbacks::OnProgress);
+  curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
 }
 
 bool CurlFtpSession::TakeReplyLine(std::string_view line) {
@@ -184,8 +232,14 @@ int CurlFtpSession::ReplyCode() const {
 
 Outcome CurlFtpSession::Perform(const std::string& what) {
   reply_.clear();
+  lastResponse_.clear();
   replyBytes_ = 0;
+  if (url_ == nullptr) return Failure{what + ": its name is none that the FTP library takes"};
   const CURLcode code = curl_easy_perform(handle_);
+  long connections = 0;
+  curl_easy_getinfo(static_cast<CURL*>(handle_), CURLINFO_NUM_CONNECTS, &connections);
+  isAnew_ = connections > 0;  // for a transfer its data connection counts
+  if (isAnew_) binary_ = false;
   if (code == CURLE_OK) return {};
   if (!StaysConnected(code) || ReplyCode() == 421) connected_ = false;
   std::string reason = what + ": " + curl_easy_strerror(code);
@@ -193,42 +247,59 @@ Outcome CurlFtpSession::Perform(const std::string& what) {
   return Failure{std::move(reason)};
 }
 
-Outcome CurlFtpSession::Commands(const std::vector<std::string>& commands, const std::string& what) {
+// One command to the server. The mark in front lets it be refused without the connection being dropped.
+Outcome CurlFtpSession::Command(const std::string& command, const std::string& what) {
   SetUp("");
-  curl_slist* list = nullptr;
-  for (const std::string& command : commands) list = curl_slist_append(list, command.c_str());
-  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_QUOTE, list);
-  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_NOBODY, 1L);
+  CURL* curl = handle_;
+  curl_slist* list = curl_slist_append(nullptr, ("*" + command).c_str());
+  curl_easy_setopt(curl, CURLOPT_QUOTE, list);
+  curl_easy_setopt(curl, CURLOPT_NOBODY, 1L);
   Outcome done = Perform(what);
-  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_QUOTE, nullptr);
+  curl_easy_setopt(curl, CURLOPT_QUOTE, nullptr);
   curl_slist_free_all(list);
-  return done;
+  if (!done) return done;
+  const std::int64_t code = LeadingDigits(lastResponse_);
+  if (code >= 100 && code < 400) return {};
+  if (code == 421) connected_ = false;
+  return Failure{what + ": " + (lastResponse_.empty() ? "no answer" : lastResponse_)};
 }
 
-Outcome CurlFtpSession::Upload(const std::string& path, std::string_view bytes, const FtpProgress& progress) {
-  if (Outcome refused = Refuse(path); !refused) return refused;
+Outcome CurlFtpSession::Probe() {
+  if (Outcome refused = Begin("/"); !refused) return refused;
+  const Outcome answered = Command("NOOP", "'" + target_.server + "' does not answer");
+  return connected_ ? Outcome() : answered;
+}
+
+Outcome CurlFtpSession::Upload(const std::string& path, const FtpSource& source) {
+  if (Outcome refused = Begin(path); !refused) return refused;
   SetUp(path);
   CURL* curl = handle_;
-  Source source{bytes, &progress};
+  Feed feed{&source};
   const auto limit = target_.timeLimit.count();
+  const auto slowest = source.size / kFtpSlowestBytesPerSecond * 1000;
   curl_easy_setopt(curl, CURLOPT_UPLOAD, 1L);
-  curl_easy_setopt(curl, CURLOPT_READFUNCTION, &OnRead);
-  curl_easy_setopt(curl, CURLOPT_READDATA, &source);
-  curl_easy_setopt(curl, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(bytes.size()));
+  curl_easy_setopt(curl, CURLOPT_READFUNCTION, &CurlCallbacks::OnRead);
+  curl_easy_setopt(curl, CURLOPT_READDATA, &feed);
+  curl_easy_setopt(curl, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(source.size));
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, std::max(1L, static_cast<long>(limit / 1000)));
-  curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS,
-                   static_cast<long>(limit) + static_cast<long>(bytes.size() / kSlowestBytesPerMillisecond));
-  Outcome done = Perform("cannot upload '" + path + "'");
-  if (done && progress) progress(bytes.size());
+  curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(limit) + static_cast<long>(slowest));
+  const std::string what = "cannot upload '" + path + "'";
+  Outcome done = Perform(what);
+  binary_ = done.Ok();
+  if (feed.ended) return Failure{what + ": it was ended"};
   return done;
 }
 
 Result<bool> CurlFtpSession::Exists(const std::string& path) {
-  if (Outcome refused = Refuse(path); !refused) return Failure{refused.Reason()};
-  // Sizes are told in binary mode only.
+  if (Outcome refused = Begin(path); !refused) return Failure{refused.Reason()};
   const std::string what = "cannot look for '" + path + "'";
-  const Outcome asked = Commands({"TYPE I", "SIZE " + path}, what);
+  if (!binary_) {
+    const Outcome set = Command("TYPE I", what);
+    if (!connected_) return Failure{set.Reason()};
+    binary_ = set.Ok();
+  }
+  const Outcome asked = Command("SIZE " + path, what);
   if (asked) return true;
   if (!connected_) return Failure{asked.Reason()};
   if (LeadingDigits(lastResponse_) == 550) return false;
@@ -240,7 +311,7 @@ Result<bool> CurlFtpSession::ListHas(const std::string& path) {
   CURL* curl = handle_;
   Sink sink{{}, kMaxListBytes};
   curl_easy_setopt(curl, CURLOPT_DIRLISTONLY, 1L);
-  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &OnWrite);
+  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &CurlCallbacks::OnWrite);
   curl_easy_setopt(curl, CURLOPT_WRITEDATA, &sink);
   const Outcome listed = Perform("cannot list the folder of '" + path + "'");
   if (!listed) {
@@ -260,21 +331,26 @@ Result<bool> CurlFtpSession::ListHas(const std::string& path) {
 }
 
 Outcome CurlFtpSession::Rename(const std::string& from, const std::string& to) {
-  if (Outcome refused = Refuse(from); !refused) return refused;
-  if (Outcome refused = Refuse(to); !refused) return refused;
-  return Commands({"RNFR " + from, "RNTO " + to}, "cannot rename '" + from + "' to '" + to + "'");
+  if (Outcome refused = Begin(from); !refused) return refused;
+  if (Outcome refused = Begin(to); !refused) return refused;
+  const std::string what = "cannot rename '" + from + "' to '" + to + "'";
+  if (Outcome found = Command("RNFR " + from, what); !found) return found;
+  Outcome renamed = Command("RNTO " + to, what);
+  // A new connection knows nothing of the command before.
+  if (!renamed && isAnew_) connected_ = false;
+  return renamed;
 }
 
 Outcome CurlFtpSession::Delete(const std::string& path) {
-  if (Outcome refused = Refuse(path); !refused) return refused;
-  return Commands({"DELE " + path}, "cannot delete '" + path + "'");
+  if (Outcome refused = Begin(path); !refused) return refused;
+  return Command("DELE " + path, "cannot delete '" + path + "'");
 }
 
 Result<std::string> CurlFtpSession::Download(const std::string& path, std::size_t limit) {
-  if (Outcome refused = Refuse(path); !refused) return Failure{refused.Reason()};
+  if (Outcome refused = Begin(path); !refused) return Failure{refused.Reason()};
   SetUp(path);
   Sink sink{{}, limit};
-  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_WRITEFUNCTION, &OnWrite);
+  curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_WRITEFUNCTION, &CurlCallbacks::OnWrite);
   curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_WRITEDATA, &sink);
   const Outcome done = Perform("cannot download '" + path + "'");
   if (!done) return Failure{done.Reason()};

@@ -1,9 +1,13 @@
 // CurlFtpSession: an FtpSession on libcurl. One easy handle keeps one connection for all operations.
+//
+// libcurl drops the connection when a command is refused, unless the command is marked as one that may fail;
+// so all are, and what the server thinks of them is read from its replies.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/FtpSession.h"
 
@@ -17,29 +21,40 @@ class CurlFtpSession : public FtpSession {
   Outcome Open() override;
   Outcome Connect(const FtpTarget& target) override;
   bool Connected() const override { return connected_; }
-  Outcome Upload(const std::string& path, std::string_view bytes, const FtpProgress& progress) override;
+  Outcome Probe() override;
+  Outcome Upload(const std::string& path, const FtpSource& source) override;
   Result<bool> Exists(const std::string& path) override;
   Outcome Rename(const std::string& from, const std::string& to) override;
   Outcome Delete(const std::string& path) override;
   Result<std::string> Download(const std::string& path, std::size_t limit) override;
   std::string LastResponse() const override { return lastResponse_; }
   void Close() override;
+  void Cancel() override;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  Outcome Begin(const std::string& path);
   void SetUp(const std::string& path);
-  Outcome Commands(const std::vector<std::string>& commands, const std::string& what);
   Outcome Perform(const std::string& what);
-  Outcome Refuse(const std::string& path) const;
+  Outcome Command(const std::string& command, const std::string& what);
   Result<bool> ListHas(const std::string& path);
+  bool Patient() const;
   int ReplyCode() const;
   bool TakeReplyLine(std::string_view line);
-  static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self);
 
   void* handle_ = nullptr;
+  void* url_ = nullptr;
   bool connected_ = false;
+  bool binary_ = false;  // sizes are told in binary mode only
+  bool isAnew_ = false;  // the last operation had to make a connection
   FtpTarget target_;
-  std::string reply_, lastResponse_;  // the reply that is arriving; the last complete one
-  std::size_t replyBytes_ = 0;        // of one operation
+  std::string reply_, lastResponse_;        // the reply that is arriving; the last complete one
+  std::size_t replyBytes_ = 0;              // of one operation
+  Clock::time_point begun_;                 // the operation
+  std::atomic<Clock::rep> cancelledAt_{0};  // 0: it is not
+
+  friend struct CurlCallbacks;
 };
 
 class CurlFtpSessions : public FtpSessions {

@@ -107,6 +107,31 @@ bool CopyContents(const Descriptor& from, const Descriptor& to, std::uint64_t si
   return true;
 }
 
+class Reader : public FileReader {
+ public:
+  Reader(std::string path, int number) : path_(std::move(path)), file_(number) {}
+
+  // Why it cannot be read; "" when it can.
+  std::string Begin() {
+    if (!file_.IsOpen()) return ErrorText(errno);
+    struct stat status = {};
+    std::string why = WhyNotRegular(file_, status);
+    size_ = static_cast<std::uint64_t>(status.st_size);
+    return why;
+  }
+  std::uint64_t Size() const override { return size_; }
+  Result<std::size_t> Read(char* to, std::size_t most) override {
+    const ssize_t got = ReadSome(file_, to, most);
+    if (got < 0) return Cannot("read", path_, ErrorText(errno));
+    return static_cast<std::size_t>(got);
+  }
+
+ private:
+  const std::string path_;
+  Descriptor file_;
+  std::uint64_t size_ = 0;
+};
+
 // What people set on a published file outlives its replacement. Not being allowed to is no failure.
 void TakeOverModeAndOwner(const std::string& from, const std::string& to) {
   struct stat old = {}, fresh = {};
@@ -160,6 +185,12 @@ Result<std::string> PosixFiles::Read(const std::string& path, std::uint64_t limi
   if (size > limit) return Cannot("read", path, "it is larger than " + std::to_string(limit) + " bytes");
   bytes.resize(length);
   return bytes;
+}
+
+Result<std::unique_ptr<FileReader>> PosixFiles::OpenForReading(const std::string& path) {
+  auto reader = std::make_unique<Reader>(path, Open(path, O_RDONLY));
+  if (std::string why = reader->Begin(); !why.empty()) return Cannot("read", path, why);
+  return std::unique_ptr<FileReader>(std::move(reader));
 }
 
 Outcome PosixFiles::Write(const std::string& path, std::string_view bytes) {

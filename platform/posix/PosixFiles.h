@@ -16,6 +16,7 @@ class PosixFiles : public FileSystem {
 
   std::optional<FileInfo> Stat(const std::string& path) override;
   Result<std::string> Read(const std::string& path, std::uint64_t limit) override;
+  Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) override;
   Outcome Write(const std::string& path, std::string_view bytes) override;
   Outcome Append(const std::string& path, std::string_view bytes) override;
   Outcome Delete(const std::string& path) override;

@@ -1,6 +1,8 @@
 #include "platform/simulated/SimulatedFiles.h"
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 #include <utility>
 
 namespace zeb {
@@ -30,7 +32,30 @@ Failure Cannot(const std::string& verb, const std::string& path, const std::stri
   return {"cannot " + verb + " '" + path + "': " + why};
 }
 
+bool IsBelow(const std::string& path, const std::string& folder) {
+  return path.size() > folder.size() && path[folder.size()] == '/' && path.rfind(folder, 0) == 0;
+}
+
 }  // namespace
+
+// An open file outlives its name, so it has the bytes of its own.
+class SimulatedFiles::Reader : public FileReader {
+ public:
+  Reader(SimulatedFiles& files, std::string path, std::string bytes)
+      : files_(files), path_(std::move(path)), bytes_(std::move(bytes)) {}
+  std::uint64_t Size() const override { return bytes_.size(); }
+  Result<std::size_t> Read(char* to, std::size_t most) override {
+    if (std::string why = files_.Refusal("Read", path_); !why.empty()) return Cannot("read", path_, why);
+    const std::size_t got = bytes_.copy(to, most, at_);
+    at_ += got;
+    return got;
+  }
+
+ private:
+  SimulatedFiles& files_;
+  const std::string path_, bytes_;
+  std::size_t at_ = 0;
+};
 
 std::string SimulatedFiles::Refusal(const char* operation, const std::string& path) {
   ++operations;
@@ -39,11 +64,24 @@ std::string SimulatedFiles::Refusal(const char* operation, const std::string& pa
 
 std::string SimulatedFiles::CannotHoldFile(const std::string& path) const {
   auto folder = files_.find(ParentOf(path));
-  if (folder == files_.end()) return kMissing;
+  if (folder == files_.end()) return WhyMissing(path);
   if (!folder->second.isFolder) return "Not a directory";
   auto file = files_.find(path);
   if (file != files_.end() && file->second.isFolder) return "Is a directory";
   return {};
+}
+
+std::string SimulatedFiles::WhyMissing(const std::string& path) const {
+  for (std::string above = ParentOf(path); !above.empty(); above = ParentOf(above)) {
+    const auto found = files_.find(above);
+    if (found != files_.end()) return found->second.isFolder ? kMissing : "Not a directory";
+  }
+  return kMissing;
+}
+
+bool SimulatedFiles::HoldsFiles(const std::string& folder) const {
+  return std::any_of(files_.begin(), files_.end(),
+                     [&](const auto& one) { return IsBelow(one.first, folder); });
 }
 
 void SimulatedFiles::Observe(const char* operation, const std::string& path) const {
@@ -82,12 +120,18 @@ std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
 Result<std::string> SimulatedFiles::Read(const std::string& path, std::uint64_t limit) {
   if (std::string why = Refusal("Read", path); !why.empty()) return Cannot("read", path, why);
   auto found = files_.find(Normal(path));
-  if (found == files_.end()) return Cannot("read", path, kMissing);
+  if (found == files_.end()) return Cannot("read", path, WhyMissing(Normal(path)));
   if (found->second.isFolder) return Cannot("read", path, "Is a directory");
   if (found->second.isSpecial) return Cannot("read", path, "it is not a regular file");
   if (found->second.bytes.size() > limit)
     return Cannot("read", path, "it is larger than " + std::to_string(limit) + " bytes");
   return found->second.bytes;
+}
+
+Result<std::unique_ptr<FileReader>> SimulatedFiles::OpenForReading(const std::string& path) {
+  Result<std::string> bytes = Read(path, std::numeric_limits<std::uint64_t>::max());
+  if (!bytes) return Failure{bytes.Reason()};
+  return std::unique_ptr<FileReader>(std::make_unique<Reader>(*this, path, std::move(bytes.Value())));
 }
 
 Outcome SimulatedFiles::Write(const std::string& path, std::string_view bytes) {
@@ -113,23 +157,40 @@ Outcome SimulatedFiles::Append(const std::string& path, std::string_view bytes) 
 Outcome SimulatedFiles::Delete(const std::string& path) {
   if (std::string why = Refusal("Delete", path); !why.empty()) return Cannot("delete", path, why);
   auto found = files_.find(Normal(path));
-  if (found == files_.end()) return {};
+  if (found == files_.end()) {
+    const std::string why = path.empty() ? kMissing : WhyMissing(Normal(path));
+    return why == kMissing ? Outcome() : Cannot("delete", path, why);
+  }
   if (found->second.isFolder) return Cannot("delete", path, "Is a directory");
   files_.erase(found);
   Observe("Delete", Normal(path));
   return {};
 }
 
+// A file replaces a file, and a folder an empty folder.
+std::string SimulatedFiles::CannotRename(const std::string& from, const std::string& to) const {
+  const auto source = files_.find(from), target = files_.find(to);
+  if (source == files_.end()) return WhyMissing(from);
+  if (!source->second.isFolder) return CannotHoldFile(to);
+  if (IsBelow(to, from)) return "Invalid argument";
+  if (target == files_.end()) return CannotHoldFile(to);
+  if (!target->second.isFolder) return "Not a directory";
+  return from != to && HoldsFiles(to) ? "Directory not empty" : std::string();
+}
+
 Outcome SimulatedFiles::Rename(const std::string& from, const std::string& to) {
   std::string verb = "rename '" + from + "' to";
   if (std::string why = Refusal("Rename", to); !why.empty()) return Cannot(verb, to, why);
   std::string source = Normal(from), target = Normal(to);
-  if (files_.count(source) == 0) return Cannot(verb, to, kMissing);
-  if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
-  if (source != target) {
-    files_[target] = files_[source];
-    files_.erase(source);
+  if (std::string why = CannotRename(source, target); !why.empty()) return Cannot(verb, to, why);
+  if (source == target) return {};
+  std::map<std::string, File> moved;
+  for (auto at = files_.begin(); at != files_.end();) {
+    const bool moves = at->first == source || IsBelow(at->first, source);
+    if (moves) moved[target + at->first.substr(source.size())] = std::move(at->second);
+    at = moves ? files_.erase(at) : std::next(at);
   }
+  for (auto& [path, file] : moved) files_[path] = std::move(file);
   Observe("Rename", target);
   return {};
 }
@@ -139,7 +200,7 @@ Outcome SimulatedFiles::Copy(const std::string& from, const std::string& to) {
   if (std::string why = Refusal("Copy", to); !why.empty()) return Cannot(verb, to, why);
   std::string source = Normal(from), target = Normal(to);
   auto found = files_.find(source);
-  if (found == files_.end()) return Cannot(verb, to, kMissing);
+  if (found == files_.end()) return Cannot(verb, to, WhyMissing(source));
   if (found->second.isFolder || found->second.isSpecial) return Cannot(verb, to, "it is not a regular file");
   if (source == target) return Cannot(verb, to, "they are the same file");
   if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
@@ -168,7 +229,7 @@ Result<std::vector<std::string>> SimulatedFiles::List(const std::string& folder)
   if (std::string why = Refusal("List", folder); !why.empty()) return Cannot("list", folder, why);
   std::string normal = Normal(folder);
   auto found = files_.find(normal);
-  if (found == files_.end()) return Cannot("list", folder, kMissing);
+  if (found == files_.end()) return Cannot("list", folder, WhyMissing(normal));
   if (!found->second.isFolder) return Cannot("list", folder, "Not a directory");
   std::vector<std::string> names;
   for (const auto& [path, file] : files_)

@@ -14,6 +14,7 @@ class SimulatedFiles : public FileSystem {
  public:
   std::optional<FileInfo> Stat(const std::string& path) override;
   Result<std::string> Read(const std::string& path, std::uint64_t limit) override;
+  Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) override;
   Outcome Write(const std::string& path, std::string_view bytes) override;
   Outcome Append(const std::string& path, std::string_view bytes) override;
   Outcome Delete(const std::string& path) override;
@@ -23,9 +24,10 @@ class SimulatedFiles : public FileSystem {
   Result<std::vector<std::string>> List(const std::string& folder) override;
   Result<std::string> MakeTempFile(const std::string& prefix) override;
 
-  // Asked before each operation ("Read", "Write", "Append", "Delete", "Rename", "Copy", "CreateFolders",
-  // "List", "MakeTempFile"), with the path that it changes or reads (the target of a rename or copy; the
-  // prefix of a temporary file). A non-empty answer is the reason it fails: "cannot write '/x': " + answer.
+  // Asked before each operation ("Read" (also before each block of an open file), "Write", "Append",
+  // "Delete", "Rename", "Copy", "CreateFolders", "List", "MakeTempFile"), with the path that it changes or
+  // reads (the target of a rename or copy; the prefix of a temporary file). A non-empty answer is the reason
+  // it fails: "cannot write '/x': " + answer.
   std::function<std::string(const std::string& operation, const std::string& path)> fail;
 
   // Told of each state that another process could find while an operation that changes something runs: a file
@@ -41,6 +43,7 @@ class SimulatedFiles : public FileSystem {
   int operations = 0;                        // how many were asked for
 
  private:
+  class Reader;
   struct File {
     std::string bytes;
     std::int64_t modified = 0;
@@ -49,6 +52,9 @@ class SimulatedFiles : public FileSystem {
   };
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
+  std::string WhyMissing(const std::string& path) const;      // of a path where nothing is
+  std::string CannotRename(const std::string& from, const std::string& to) const;
+  bool HoldsFiles(const std::string& folder) const;
   void Observe(const char* operation, const std::string& path) const;
   void FillInSteps(const char* operation, const std::string& path, std::string bytes);
   void Touch(File& file);

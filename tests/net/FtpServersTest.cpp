@@ -1,15 +1,14 @@
-// The web output of a running zebd against real FTP servers, and the FTP session against one that breaks off
-// at every step.
+// The web output of a running zebd against real FTP servers.
 
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <thread>
 
-#include "platform/posix/CurlFtpSession.h"
-#include "tests/net/Sockets.h"
+#include "tests/net/FtpRelay.h"
+#include "tests/net/FtpServers.h"
 #include "tests/net/Station.h"
 
 namespace zeb {
@@ -38,48 +37,17 @@ class FtpServersTest : public Station {
   void Set(const std::string& name, const std::string& data) {
     ASSERT_EQ(Zebctl({"settings", "set", "Service1\\Web", name, data}).status, 0);
   }
-  void StartVsftpd(bool tls) {
-    std::filesystem::create_directories(folder / "empty");
-    std::string config =
-        "listen=YES\nlisten_address=127.0.0.1\nbackground=NO\nlisten_port=" + std::to_string(port) +
-        "\nanonymous_enable=YES\nno_anon_password=YES\nwrite_enable=YES\nanon_upload_enable=YES\n"
-        "anon_mkdir_write_enable=YES\nanon_other_write_enable=YES\nanon_world_readable_only=NO\n"
-        "anon_umask=022\nconnect_from_port_20=NO\nseccomp_sandbox=NO\npasv_address=127.0.0.1\nanon_root=" +
-        Path("site") + "\nsecure_chroot_dir=" + Path("empty") + "\n";
-    const std::string certificate = std::string(ZEB_TEST_DATA) + "/qt/certificates/localhost.";
-    if (tls)
-      config +=
-          "ssl_enable=YES\nallow_anon_ssl=YES\nforce_anon_logins_ssl=YES\nforce_anon_data_ssl=YES\n"
-          "require_ssl_reuse=NO\nrsa_cert_file=" +
-          certificate + "pem\nrsa_private_key_file=" + certificate + "key\n";
-    WriteFile(Path("vsftpd.conf"), config);
+  void UseVsftpd(bool tls = false, const std::string& more = "") {
     Set("FTPUsername1", "anonymous");
     Set("FTPPassword1", "radio");
-    StartServer({"/usr/sbin/vsftpd", Path("vsftpd.conf")});
+    server = StartVsftpd(folder, port, tls, more);
+    ASSERT_TRUE(server);
   }
-  void StartPureFtpd() {
-    const std::string programs = std::string(ZEB_SOURCE_DIR) + "/build/peers/pure-ftpd/usr/";
-    // The password "secret", hashed beforehand: the server's own tool takes seconds and much memory for it.
-    WriteFile(Path("users"),
-              "radio:$6$radiosalt$1lD1qJ5ZjxqmEh90exrmm/"
-              "tqpbOaxaWGTJtNYUJPtwyoUthKKdqxDlEo8yIGAbokW9qu0LAfEZS7GqtPbdxaE/:65534:65534::" +
-                  Path("site") + "/./::::::::::::\n");
-    const Finished user =
-        RunProgram({programs + "bin/pure-pw", "mkdb", Path("users.pdb"), "-f", Path("users")});
-    ASSERT_EQ(user.status, 0) << user.error;
+  void UsePureFtpd() {
     Set("FTPUsername1", "radio");
     Set("FTPPassword1", "secret");
-    StartServer({programs + "sbin/pure-ftpd", "-S", "127.0.0.1," + std::to_string(port), "-l",
-                 "puredb:" + Path("users.pdb"), "-E", "-H", "-u", "1", "-g", Path("ftpd.pid")});
-  }
-  void StartServer(const std::vector<std::string>& command) {
-    server = std::make_unique<Process>(command);
-    for (int tries = 0; tries < 200; ++tries) {
-      if (Socket::Connect(port).Valid()) return;
-      ::poll(nullptr, 0, 50);  // its start tells us nothing to wait for
-    }
-    const int status = server->Wait(Seconds(1));
-    FAIL() << "the FTP server does not start (" << status << "): " << server->error << server->output;
+    server = StartPureFtpd(folder, port);
+    ASSERT_TRUE(server);
   }
   void Play(const std::string& title) {
     ASSERT_EQ(Send({"SET_CURRENT_ITEM ITitle=\"" + title + "\" PicFName=" + Path("cover.jpg")}).status, 0);
@@ -99,8 +67,19 @@ class FtpServersTest : public Station {
     std::sort(names.begin(), names.end());
     return names;
   }
-  // Published, replaced, the picture sent once, nothing left over.
-  void PublishTwice() {
+  // What zebd says and hears goes through a relay.
+  FtpRelay& UseRelay() {
+    relay = std::make_unique<FtpRelay>(port);
+    Set("FTPServerPort1", std::to_string(relay->Port()));
+    return *relay;
+  }
+  void Stop() {
+    zebd->Signal(SIGTERM);
+    EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
+  }
+  // Published, replaced, the picture sent once, one login an update, nothing left over.
+  void PublishTwice(bool counts = true) {
+    if (counts) UseRelay();
     Start();
     Play("Zoë");
     EXPECT_EQ(AwaitOnServer("Zoë"), "<p>Zoë cover.jpg</p>") << zebd->error;
@@ -108,8 +87,10 @@ class FtpServersTest : public Station {
     WriteFile(Path("cover.jpg"), "another");
     Play("Second");
     EXPECT_EQ(AwaitOnServer("Second"), "<p>Second cover.jpg</p>") << zebd->error;
-    zebd->Signal(SIGTERM);
-    EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
+    Stop();
+    if (counts) {
+      EXPECT_EQ(relay->Connections(), 2);
+    }
     EXPECT_EQ(std::filesystem::last_write_time(site / "cover.jpg"), sent);
     EXPECT_EQ(ReadFile((site / "cover.jpg").string()), "picture") << "it was there already";
     EXPECT_EQ(OnServer(), (std::vector<std::string>{"cover.jpg", "now.html"}));
@@ -118,32 +99,33 @@ class FtpServersTest : public Station {
   int port = 0;
   std::filesystem::path site;
   std::unique_ptr<Process> server;
+  std::unique_ptr<FtpRelay> relay;
 };
 
 TEST_F(FtpServersTest, VsftpdPassive) {
-  StartVsftpd(false);
+  UseVsftpd();
   PublishTwice();
 }
 
 TEST_F(FtpServersTest, VsftpdActive) {
-  StartVsftpd(false);
+  UseVsftpd();
   ASSERT_EQ(Zebctl({"settings", "set", "Service1\\Web", "FTPPassiveMode1", "0", "--number"}).status, 0);
   PublishTwice();
 }
 
 TEST_F(FtpServersTest, PureFtpdPassive) {
-  StartPureFtpd();
+  UsePureFtpd();
   PublishTwice();
 }
 
 TEST_F(FtpServersTest, PureFtpdActive) {
-  StartPureFtpd();
+  UsePureFtpd();
   ASSERT_EQ(Zebctl({"settings", "set", "Service1\\Web", "FTPPassiveMode1", "0", "--number"}).status, 0);
   PublishTwice();
 }
 
 TEST_F(FtpServersTest, AWrongPasswordIsToldInTheServersWords) {
-  StartPureFtpd();
+  UsePureFtpd();
   Set("FTPPassword1", "wrong");
   Set("FTPTimeoutSeconds1", "30");  // the server makes who guesses wait
   WriteFile((site / "now.html").string(), "the page before");
@@ -154,7 +136,7 @@ TEST_F(FtpServersTest, AWrongPasswordIsToldInTheServersWords) {
 }
 
 TEST_F(FtpServersTest, TlsIsTrustedByItsAuthorityOnly) {
-  StartVsftpd(true);
+  UseVsftpd(true);
   ASSERT_EQ(Zebctl({"settings", "set", "Service1\\Web", "FTPUseTLS1", "1", "--number"}).status, 0);
   Start();
   Play("Untrusted");
@@ -164,76 +146,109 @@ TEST_F(FtpServersTest, TlsIsTrustedByItsAuthorityOnly) {
   EXPECT_EQ(zebd->Wait(), 0);
 
   Set("FTPCaFile1", std::string(ZEB_TEST_DATA) + "/qt/certificates/localhost.pem");
-  PublishTwice();
+  PublishTwice(false);  // what is encrypted cannot be counted
 }
 
-// Answers as an FTP server would, and breaks off in place of the reply number `replies`.
-class BreakingServer {
- public:
-  explicit BreakingServer(int replies) : left_(replies), thread_([this] { Serve(); }) {}
-  ~BreakingServer() { thread_.join(); }
-  int Port() const { return port_; }
-
- private:
-  bool Reply(Socket& peer, const std::string& text) { return left_-- > 0 && peer.Send(text + "\r\n"); }
-  void Serve() {
-    Socket peer = listener_.Accept(1500);
-    if (!peer.Valid() || !Reply(peer, "220 ready")) return;
-    std::string received;
-    while (peer.ReceiveUntil(received, "\r\n", 3000)) {
-      const std::size_t end = received.find("\r\n");
-      const std::string command = received.substr(0, std::min<std::size_t>(4, end));
-      received.erase(0, end + 2);
-      std::string answer = "200 fine";
-      if (command == "USER") answer = "331 password";
-      if (command == "PASS") answer = "230 welcome";
-      if (command == "PWD") answer = "257 \"/\" it is";
-      if (command == "RNFR") answer = "350 to where";
-      if (command == "RNTO") answer = "250 moved";
-      if (command == "EPSV") answer = "229 here (|||" + std::to_string(data_.Port()) + "|)";
-      if (command == "STOR") {
-        const Socket sender = data_.Accept(1500);
-        if (!Reply(peer, "150 go on")) return;
-        std::string bytes;
-        while (sender.Receive(bytes, 3000)) continue;
-        answer = "226 stored";
-      }
-      if (!Reply(peer, answer)) return;
+TEST_F(FtpServersTest, TenNewPagesCostOneLogin) {
+  for (const bool pure : {false, true}) {
+    pure ? UsePureFtpd() : UseVsftpd();
+    Set("Output1.NumberFiles", "10");
+    for (int page = 2; page <= 10; ++page) {
+      Set("Output1.SourceFileName" + std::to_string(page), Path("page.html"));
+      Set("Output1.DestinationFileName" + std::to_string(page), "/www/" + std::to_string(page) + ".html");
     }
+    UseRelay();
+    Start();
+    Play("One");
+    EXPECT_EQ(AwaitPage("site/www/10.html", "One"), "<p>One cover.jpg</p>") << zebd->error;
+    Stop();
+    EXPECT_EQ(relay->Connections(), 1);
+    EXPECT_EQ(OnServer().size(), 11u);
+    for (const std::string& name : OnServer()) std::filesystem::remove(site / name);
+    server.reset();
+    port = FreePortPair();
   }
+}
 
-  Socket listener_ = Socket::Listen(), data_ = Socket::Listen();
-  const int port_ = listener_.Port();
-  int left_;
-  std::thread thread_;
-};
-
-TEST(FtpSessionTest, AServerThatBreaksOffAtAnyStepIsAFailureAndNoMore) {
-  int worked = 0;
-  std::string lastReason;
-  constexpr int kSteps = 14;
-  for (int replies = 0; replies <= kSteps; ++replies) {
-    BreakingServer server(replies);
-    CurlFtpSessions sessions;
-    const auto session = sessions.Make();
-    FtpTarget target;
-    target.server = "127.0.0.1";
-    target.port = server.Port();
-    target.user = "u";
-    target.password = "p";
-    target.timeLimit = std::chrono::milliseconds(2000);
-    Outcome done = session->Connect(target);
-    if (done) done = session->Upload("/a.tmp", "page", {});
-    if (done) done = session->Rename("/a.tmp", "/a");
-    if (done)
-      ++worked;
-    else
-      EXPECT_FALSE(session->Connected()) << "after " << replies << " replies";
-    session->Close();
-    lastReason = done.Reason();
+TEST_F(FtpServersTest, AKeptConnectionServesTheNextUpdate) {
+  UseVsftpd();
+  ASSERT_EQ(
+      Zebctl({"settings", "set", "Service1\\Web", "FTPKeepConnectionSeconds1", "600", "--number"}).status, 0);
+  UseRelay();
+  Start();
+  for (const std::string title : {"One", "Two", "Three"}) {
+    Play(title);
+    EXPECT_EQ(AwaitOnServer(title), "<p>" + title + " cover.jpg</p>") << zebd->error;
   }
-  EXPECT_GT(worked, 0) << "the last rounds do not break off: " << lastReason;
-  EXPECT_LT(worked, kSteps / 2);
+  Stop();
+  EXPECT_EQ(relay->Connections(), 1);
+}
+
+TEST_F(FtpServersTest, APageThatIsReplacedIsNeverMissing) {
+  UseVsftpd();
+  WriteFile((site / "now.html").string(), "the page before");
+  std::atomic<bool> ends = false;
+  int looks = 0, missing = 0;
+  std::thread reader([&, page = (site / "now.html").string()] {
+    for (; !ends; ++looks) missing += ::access(page.c_str(), R_OK) == 0 ? 0 : 1;
+  });
+  Start();
+  for (const std::string title : {"One", "Two", "Three", "Four"}) {
+    Play(title);
+    EXPECT_EQ(AwaitOnServer(title), "<p>" + title + " cover.jpg</p>") << zebd->error;
+  }
+  ends = true;
+  reader.join();
+  EXPECT_GT(looks, 100);
+  EXPECT_EQ(missing, 0);
+}
+
+TEST_F(FtpServersTest, ALostAnswerToTheLastRenameIsUnderstood) {
+  UseVsftpd();
+  UseRelay().answerTo = [left = 1](const std::string& command) mutable {
+    return command == "RNTO /www/now.html" && left-- > 0 ? FtpRelay::Manner::kBreakOff
+                                                         : FtpRelay::Manner::kPassOn;
+  };
+  Start();
+  Play("One");
+  EXPECT_EQ(AwaitOnServer("One"), "<p>One cover.jpg</p>") << zebd->error;
+  AwaitNote("web page");
+  Stop();
+  EXPECT_EQ(relay->Connections(), 2);
+  EXPECT_EQ(OnServer(), (std::vector<std::string>{"cover.jpg", "now.html"}));
+  EXPECT_EQ(zebd->error.find("Web 1:"), std::string::npos) << zebd->error;
+}
+
+// So slow that the picture would take minutes.
+TEST_F(FtpServersTest, AnUploadThatIsCutShortByTheEndLeavesNoPart) {
+  UseVsftpd(false, "anon_max_rate=20000\n");
+  WriteFile(Path("cover.jpg"), std::string(20u << 20, 'x'));
+  Start();
+  Play("One");
+  const std::filesystem::path part = site / "cover.jpg.tmp";
+  std::error_code none;
+  for (int tries = 0; tries < 2000 && !(std::filesystem::file_size(part, none) + 1 > 1); ++tries)
+    ::poll(nullptr, 0, 10);  // the server tells nobody that it has begun
+  ASSERT_TRUE(std::filesystem::exists(part)) << zebd->error;
+  Stop();
+  EXPECT_TRUE(OnServer().empty()) << OnServer().front();
+}
+
+TEST_F(FtpServersTest, AServerThatFallsSilentDoesNotHoldTheEndUp) {
+  UseVsftpd();
+  Set("FTPTimeoutSeconds1", "600");
+  UseRelay().answerTo = [](const std::string& command) {
+    return command.rfind("STOR", 0) == 0 ? FtpRelay::Manner::kFallSilent : FtpRelay::Manner::kPassOn;
+  };
+  Start();
+  Play("One");
+  const auto begun = [&] {
+    const std::vector<std::string> commands = relay->Commands();
+    return !commands.empty() && commands.back().rfind("STOR", 0) == 0;
+  };
+  for (int tries = 0; tries < 2000 && !begun(); ++tries) ::poll(nullptr, 0, 10);
+  ASSERT_TRUE(begun());
+  Stop();
 }
 
 }  // namespace

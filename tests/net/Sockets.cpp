@@ -86,6 +86,11 @@ bool Socket::Receive(std::string& received, int milliseconds) const {
   return true;
 }
 
+bool Socket::Ended() const {
+  char byte = 0;
+  return Readable(0) && ::recv(handle_, &byte, 1, MSG_PEEK) <= 0;
+}
+
 bool Socket::ReceiveUntil(std::string& received, const std::string& text, int milliseconds) const {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   while (received.find(text) == std::string::npos) {

@@ -23,6 +23,7 @@ class Socket {
   bool Send(const std::string& bytes) const;
   // Appends what arrives within the time to `received`; false when nothing did, or the peer has closed.
   bool Receive(std::string& received, int milliseconds) const;
+  bool Ended() const;  // the peer has closed, and all that it sent was received
   // Reads on until what was received holds `text`; false at the deadline.
   bool ReceiveUntil(std::string& received, const std::string& text, int milliseconds = 20000) const;
 

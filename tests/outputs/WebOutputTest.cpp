@@ -1,76 +1,19 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "core/clsZEBService.h"
+#include "outputs/web/WebOutputDialog.h"
 #include "outputs/web/cWinINET.h"
-#include "outputs/web/clsZEBWebOutput.h"
-#include "platform/simulated/SimulatedFtp.h"
-#include "platform/simulated/TestEnvironment.h"
+#include "tests/outputs/WebFixture.h"
 
 namespace zeb {
 namespace {
 
-class WebOutputTest : public testing::Test {
- protected:
-  WebOutputTest() {
-    t.environment.ftp = &ftp;
-    t.files.Put("/t/a", "<ZEB_NOW_ITEMNAME>!");
-    Play("One");
-    output->settings.FTPServerName = "www";
-    output->AddUpdateFile(Pair("/t/a", "/w/a.htm"));
-    output->StartOutput(nullptr);
-  }
-  void Play(const std::string& title) {
-    clsZEBItemInfo item;
-    item.Edit().ItemName = title;
-    item.Edit().ItemType = 7;
-    service.SetCurrentItem(item);
-  }
-  static clsFileParameters Pair(const std::string& source, const std::string& destination) {
-    clsFileParameters pair;
-    pair.SetSourceFileName(source);
-    pair.SetDestinationFileName(destination);
-    return pair;
-  }
-  void Update() {
-    ASSERT_TRUE(t.loop.RunTask([&] {
-      output->PrepareOutput(service.TakeSnapshot());
-      output->UpdateOutput(service.TakeSnapshot());
-      output->FinishOutput(service.TakeSnapshot());
-    }));
-  }
-  std::string StatusText() {
-    std::uint32_t colour = 0;
-    return output->GetStatusString(colour);
-  }
-  int Count(const std::string& logStart) const {
-    return static_cast<int>(std::count_if(ftp.log.begin(), ftp.log.end(), [&](const std::string& line) {
-      return line.rfind(logStart, 0) == 0;
-    }));
-  }
-
-  TestEnvironment t;
-  SimulatedFtp ftp;
-  ServiceEvents events;
-  clsZEBService service{t.environment, nullptr, events};
-  std::shared_ptr<clsZEBWebOutput> output = std::make_shared<clsZEBWebOutput>(t.environment);
-};
-
-TEST_F(WebOutputTest, PublishesOverOneConnectionAndReplacesThroughAFreeName) {
+TEST_F(WebOutputTest, PublishesOverOneConnectionAndReplacesInOneStep) {
   output->AddUpdateFile(Pair("/t/a", "b.htm"));
   ftp.files["/w/a.htm"] = "old";
-  Update();
+  EXPECT_TRUE(Update());
   EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/w/a.htm", "One!"}, {"/b.htm", "One!"}}));
-  EXPECT_EQ(ftp.connections, 1);
-  EXPECT_EQ(ftp.log.back(), "Close");
+  EXPECT_EQ(ftp.log,
+            (std::vector<std::string>{"Open", "Connect", "Upload /w/a.htm.tmp", "Upload /b.htm.tmp",
+                                      "Rename /w/a.htm.tmp /w/a.htm", "Rename /b.htm.tmp /b.htm", "Close"}));
   EXPECT_EQ(StatusText(), "OK");
-  EXPECT_TRUE(std::any_of(ftp.log.begin(), ftp.log.end(), [](const std::string& line) {
-    constexpr std::string_view kStart = "Rename /w/a.htm /w/ZEB", kEnd = ".TMP";
-    return line.size() == kStart.size() + 5 + kEnd.size() && line.rfind(kStart, 0) == 0 &&
-           line.substr(kStart.size() + 5) == kEnd &&
-           line.find_first_not_of("0123456789", kStart.size()) == kStart.size() + 5;
-  }));
   EXPECT_TRUE(t.files.List("/tmp").Value().empty());
 }
 
@@ -85,51 +28,59 @@ TEST_F(WebOutputTest, WhateverStepFailsThePreviousPageStays) {
       {"Open", "", 8, "Couldn't connect to Internet - no Internet Connection available"},
       {"Connect", "", 8, "Couldn't connect To Server : \n\n"},
       {"Upload", "/w/a.htm.tmp", 7, "Couldn't upload file to temp file : \n\n"},
+      {"Block", "/w/a.htm.tmp", 7, "Couldn't upload file to temp file : \n\n"},
       {"Exists", "/w/a.htm", 7, "Couldn't rename temp file to final name - /w/a.htm\n\n"},
       {"Rename", "/w/a.htm", 7, "Couldn't rename temp file to final name - /w/a.htm\n\n"},
       {"Rename", "/w/a.htm.tmp", 7, "Couldn't rename temp file to final name - /w/a.htm\n\n"},
   };
+  ftp.replaces = false;
   for (const Case& c : cases) {
     for (const std::string reply : {"530 Not now.", "421 Bye."}) {
+      SCOPED_TRACE(std::string(c.operation) + " " + c.path + " " + reply);
       ftp.files = {{"/w/a.htm", "old"}};
       ftp.connections = 0;
       ftp.fail = [&](const std::string& operation, const std::string& path) {
         return operation == c.operation && path == c.path ? reply : "";
       };
-      Update();
+      EXPECT_FALSE(Update());
       EXPECT_LE(ftp.connections, 2);
+      EXPECT_EQ(output->LastTally().failed, 1);
       if (reply[0] == '5') {
-        EXPECT_EQ(output->Status(), c.status) << c.operation;
+        EXPECT_EQ(output->Status(), c.status);
         EXPECT_EQ(StatusText().rfind(c.text, 0), 0u) << StatusText();
-        EXPECT_EQ(ftp.files["/w/a.htm"], "old") << c.operation;
-        if (c.status != 8) {
+        EXPECT_EQ(ftp.files["/w/a.htm"], "old");
+        if (c.operation != std::string("Open")) {
           EXPECT_NE(StatusText().find("530 Not now."), std::string::npos) << StatusText();
         }
       } else {
-        EXPECT_EQ(output->Status(), 8) << c.operation;
+        EXPECT_EQ(output->Status(), 8);
       }
-      EXPECT_FALSE(output->ProblemText().empty());
+      ASSERT_EQ(output->Problems().size(), 1u);
+      EXPECT_EQ(output->Problems()[0].thing, reply[0] == '5' && c.status == 7 ? "/w/a.htm" : "");
       EXPECT_EQ(output->ProblemText().find('\n'), std::string::npos);
+      ftp.fail = nullptr;
+      EXPECT_TRUE(Update());
+      EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/w/a.htm", "One!"}}));
+      EXPECT_EQ(output->ProblemText(), "");
     }
   }
-  ftp.fail = nullptr;
-  Update();
-  EXPECT_EQ(ftp.files["/w/a.htm"], "One!");
-  EXPECT_EQ(output->ProblemText(), "");
 }
 
 TEST_F(WebOutputTest, AConnectionLostOnceIsMadeAnew) {
-  for (const std::string lost : {"Upload", "Exists", "Rename"}) {
-    ftp.files = {{"/w/a.htm", "old"}};
-    ftp.connections = 0;
-    bool failed = false;
-    ftp.fail = [&](const std::string& operation, const std::string&) {
-      return operation == lost && !std::exchange(failed, true) ? "421 Bye." : "";
-    };
-    Update();
-    EXPECT_EQ(ftp.connections, 2) << lost;
-    EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/w/a.htm", "One!"}})) << lost;
-    EXPECT_EQ(output->Status(), kStatusOK);
+  for (const bool replaces : {true, false}) {
+    ftp.replaces = replaces;
+    for (const std::string lost : {"Upload", "Block", "Rename", replaces ? "Upload" : "Exists"}) {
+      ftp.files = {{"/w/a.htm", "old"}};
+      ftp.connections = 0;
+      bool failed = false;
+      ftp.fail = [&](const std::string& operation, const std::string&) {
+        return operation == lost && !std::exchange(failed, true) ? "421 Bye." : "";
+      };
+      EXPECT_TRUE(Update());
+      EXPECT_EQ(ftp.connections, 2) << lost;
+      EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/w/a.htm", "One!"}})) << lost;
+      EXPECT_EQ(output->Status(), kStatusOK);
+    }
   }
 }
 
@@ -167,7 +118,11 @@ TEST_F(WebOutputTest, SendsAPictureOnceUnlessAlways) {
   output->AddToUploadFilesList("/pics/gone.jpg");
   Update();
   EXPECT_EQ(Count("Upload /w/x.jpg.tmp"), 2);
-  EXPECT_EQ(StatusText(), "Couldn't upload additional files to temp files : \n\nUnable to read source file");
+  EXPECT_EQ(StatusText(),
+            "Couldn't upload additional files to temp files : \n\nUnable to read source file - cannot read "
+            "'/pics/gone.jpg': No such file or directory");
+  EXPECT_EQ(output->Problems(),
+            (std::vector<clsZEBTemplate::Problem>{{"/w/gone.jpg", output->Problems().at(0).reason}}));
   EXPECT_EQ(ftp.files["/w/a.htm"], "One!");
 }
 
@@ -179,7 +134,7 @@ TEST_F(WebOutputTest, AMissingTemplateIsASourceProblem) {
 }
 
 TEST_F(WebOutputTest, SettingsComeBack) {
-  output->settings = {"ftp.example", 2121, "u", "p", true, "proxy", 3128, false, 7, true, "ca.pem"};
+  output->settings = {"ftp.example", 2121, "u", "p", true, "proxy", 3128, false, 7, true, "ca.pem", 20};
   output->StoreOutputInformation(1, 2);
   clsZEBWebOutput other(t.environment);
   other.GetOutputInformation(1, 2);
@@ -188,6 +143,7 @@ TEST_F(WebOutputTest, SettingsComeBack) {
   EXPECT_EQ(other.settings.FTPProxyPort, 3128);
   EXPECT_TRUE(other.settings.FTPUseProxy && other.settings.FTPUseTLS && !other.settings.FTPPassiveMode);
   EXPECT_EQ(other.settings.FTPTimeoutSeconds, 7);
+  EXPECT_EQ(other.settings.FTPKeepConnectionSeconds, 20);
   EXPECT_EQ(other.settings.FTPCaFile, "ca.pem");
   const std::string key = t.environment.ServiceKey(1) + "\\Web";
   EXPECT_EQ(std::get<std::string>(t.hive.Values(key)[0].data), "0");  // AlwaysCopyFiles2, as text
@@ -215,9 +171,14 @@ TEST_F(WebOutputTest, TransferThroughATemporaryNameRollsBack) {
   };
   EXPECT_EQ(client.UploadFile(*session, "/x", "/s", true), cWinINET::kUnableToWrite);
   EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/s", "old"}}));
+  EXPECT_EQ(client.Problem(), "553 No.");
   t.files.Put("/x", std::string(9000, 'x'));
-  EXPECT_EQ(client.UploadFile(*session, "/x", "/s", true, [](int percent) { return percent < 40; }),
-            cWinINET::kCancelled);
+  int percent = 0;
+  cWinINET::Watch watch;
+  watch.percent = [&](int value) { percent = value; };
+  watch.cancelled = [&] { return percent > 40; };
+  EXPECT_EQ(client.UploadFile(*session, "/x", "/s", true, watch), cWinINET::kCancelled);
+  EXPECT_EQ(percent, 46) << "not a block more";
   EXPECT_EQ(ftp.files, (std::map<std::string, std::string>{{"/s", "old"}}));
   EXPECT_EQ(cWinINET::GetUploadResultDescription(5), "The user cancelled the operation");
   EXPECT_EQ(cWinINET::GetUploadResultDescription(6), "");

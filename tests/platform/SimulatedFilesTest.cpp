@@ -1,0 +1,15 @@
+#include "platform/simulated/SimulatedFiles.h"
+#include "tests/platform/FileSystemContract.h"
+
+namespace zeb {
+namespace {
+
+struct SimulatedFolder : testing::Test {
+  SimulatedFolder() { EXPECT_TRUE(files.CreateFolders(folder)); }
+  SimulatedFiles files;
+  const std::string folder = "/work/here";
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Simulated, FileSystemContract, SimulatedFolder);
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,21 @@
+#include <filesystem>
+
+#include "platform/posix/PosixFiles.h"
+#include "tests/platform/FileSystemContract.h"
+
+namespace zeb {
+namespace {
+
+struct PosixFolder : testing::Test {
+  PosixFolder() {
+    std::string pattern = testing::TempDir() + "zeb-contract-XXXXXX";
+    folder = ::mkdtemp(pattern.data());
+  }
+  ~PosixFolder() override { std::filesystem::remove_all(folder); }
+  PosixFiles files;
+  std::string folder;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixFolder);
+
+}  // namespace
+}  // namespace zeb
