@@ -1,8 +1,8 @@
 // SettingFields: settings as tables: each is named once, and loading, saving and comparing all read its row.
 //
 // A thing keeps its settings in a plain struct whose initial values are the defaults; its table names the
-// struct's members. Numbers of outputs are put behind the names ("ServerPort2"); a pair's values have its output
-// before them too ("Output2.AddNoCache1"). What the hive cannot do throws SettingsError.
+// struct's members. Numbers of outputs are put behind the names ("ServerPort2"); a pair's values have its
+// output before them too ("Output2.AddNoCache1"). What the hive cannot do throws SettingsError.
 #pragma once
 
 #include <algorithm>

@@ -115,8 +115,8 @@ void ReportException(std::string_view what, bool quiet);
 // pieces that begin with "{" are removed; a produced "{" is examined again.
 std::string ConvertHexEscapes(std::string_view text);
 
-// A new temporary file (it exists, empty). For worker threads, which must not write to the log: its steps, and
-// the report when it fails, are added to `trace` for WriteDebugLines.
+// A new temporary file (it exists, empty). For worker threads, which must not write to the log: its steps,
+// and the report when it fails, are added to `trace` for WriteDebugLines.
 Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix,
                                 std::vector<std::string>* trace = nullptr);
 // Plain lines at level 5, on the loop's thread.

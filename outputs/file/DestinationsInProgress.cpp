@@ -31,7 +31,7 @@ DestinationsInProgress::ClaimPtr DestinationsInProgress::Take(EventLoop& loop,
   for (const std::string& path : paths) wanted.insert(KeyOf(path));
   bool all = false;
   const auto ready = [&] { return (all = TakeAll(wanted)) || (enough && enough()); };
-  static_cast<void>(loop.WaitUntil(ready, limit));
+  if (!ready()) static_cast<void>(loop.WaitUntil(ready, limit));
   if (!all) std::erase_if(wanted, [this](const std::string& key) { return !TakeOne(key); });
   return std::make_unique<Claim>(shared_from_this(), std::move(wanted));
 }

@@ -69,7 +69,8 @@ std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools) {
 
 void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding) {
   tools.place.At("the temporary folder");
-  const Result<std::string> temp = WriteTempPage(tools.files, page, encoding, tools.trace ? &job.trace : nullptr);
+  const Result<std::string> temp =
+      WriteTempPage(tools.files, page, encoding, tools.trace ? &job.trace : nullptr);
   if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
 
   const bool staged = Stage(job, tools, temp.Value(), job.destination);

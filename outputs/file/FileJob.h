@@ -25,9 +25,9 @@ struct FileJob {
   std::string source, destination;  // full paths
 
   std::int32_t status = kStatusOK;
-  std::string problem;      // one line; "" when all is well
-  bool published = false;   // the page is in place
-  bool leftOver = false;    // the work file could not be renamed
+  std::string problem;             // one line; "" when all is well
+  bool published = false;          // the page is in place
+  bool leftOver = false;           // the work file could not be renamed
   std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);

@@ -57,6 +57,11 @@ void clsZEBFileOutput::Cancel() {
   if (work_) work_->GiveUp();
 }
 
+bool clsZEBFileOutput::StopOutput() {
+  Cancel();
+  return PairOutput::StopOutput();
+}
+
 // ---- An update
 
 bool clsZEBFileOutput::UpdateOutput(const SnapshotPtr& snapshot) {
@@ -190,7 +195,7 @@ bool clsZEBFileOutput::FinishOutput(const SnapshotPtr&) {
       destinations_->Take(environment_.loop, names, kDestinationLimit);
   const auto place = std::make_shared<WorkPlace>();
   auto work = [&files = environment_.files, names = std::move(names), claim = std::move(claim),
-                     place]() mutable {
+               place]() mutable {
     for (const std::string& name : names) {
       // Whoever else writes it makes its work file anew.
       if (!claim->Holds(name)) continue;

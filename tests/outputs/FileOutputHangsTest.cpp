@@ -21,10 +21,11 @@ class FileOutputHangsTest : public FileOutputTest {
     t.files.fail = [this](const std::string& operation, const std::string& path) {
       ++asked[operation + " " + path];
       order.push_back(operation);
-      if (const auto takes = slow.find(operation + " " + path); takes != slow.end()) t.loop.Wait(takes->second);
+      if (const auto takes = slow.find(operation + " " + path); takes != slow.end())
+        t.loop.Wait(takes->second);
       if (dead && path.rfind("/share/", 0) == 0) t.loop.WaitUntil([this] { return !dead; }, 24h);
       if (faults.count(operation + " " + path) != 0) throw std::runtime_error("out of luck");
-      return std::string();
+      return std::string(operation + " " + path == refused ? "disk on fire" : "");
     };
   }
   std::shared_ptr<clsZEBFileOutput> Add(const clsFileParameters& pair) {
@@ -49,7 +50,8 @@ class FileOutputHangsTest : public FileOutputTest {
   }
   void TearDown() override { EXPECT_EQ(t.loop.TaskCount(), 0u); }
 
-  bool dead = false;  // the share
+  bool dead = false;    // the share
+  std::string refused;  // an operation on a path
   std::map<std::string, Duration> slow;
   std::map<std::string, int> asked, faults;
   std::vector<std::string> order, tallies;
@@ -153,8 +155,9 @@ TEST_F(FileOutputHangsTest, ASlowDiskIsCalledSlowAndTheRestFollows) {
   Publish("One");
   t.loop.RunFor(30s);
   EXPECT_EQ(output->Problems(),
-            (Problems{{"", "the files take longer than 30 s, the last one is '/w/3'; check how fast the disk "
-                           "or share is that they are on"}}));
+            (Problems{{"",
+                       "the files take longer than 30 s, the last one is '/w/3'; check how fast the disk "
+                       "or share is that they are on"}}));
   t.loop.RunFor(6s);
   EXPECT_TRUE(t.files.Exists("/w/3"));
   EXPECT_FALSE(t.files.Exists("/w/4"));
@@ -279,7 +282,7 @@ TEST_F(FileOutputHangsTest, AFaultIsNamedAndTriedAgain) {
 
 TEST_F(FileOutputHangsTest, DeletingAWorkFileMayHangToo) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
-  ASSERT_TRUE(t.files.CreateFolders("/w/a"));  // no page can go there
+  refused = "Rename /w/a";
   slow["Delete /w/a.tmp"] = 45s;
   Publish("One");
   t.loop.RunFor(30s);
@@ -288,12 +291,26 @@ TEST_F(FileOutputHangsTest, DeletingAWorkFileMayHangToo) {
             "'/w/a' has not answered for 30 s; check the disk or share that it is on");
   EXPECT_TRUE(output->Hangs());
   slow.clear();
-  ASSERT_TRUE(t.files.Delete("/w/a"));
+  refused.clear();
   t.loop.RunFor(15s - 1ms);
   EXPECT_TRUE(output->Hangs());
   t.loop.RunFor(1ms);
   EXPECT_EQ(t.files.Contents("/w/a"), "One!");
   EXPECT_EQ(output->Problems(), Problems());
+}
+
+// One that was removed: its pages are no longer wanted.
+TEST_F(FileOutputHangsTest, AnOutputThatIsStoppedWritesNoFurtherPage) {
+  output->AddUpdateFile(Pair("/t/a", "/share/a"));
+  output->AddUpdateFile(Pair("/t/a", "/w/b"));
+  dead = true;
+  Publish("One");
+  t.loop.RunFor(5s);
+  service.RemoveOutput(OutputType::kFile, 1);
+  output->StopOutput();
+  Revive();
+  EXPECT_TRUE(t.files.Exists("/share/a"));
+  EXPECT_FALSE(t.files.Exists("/w/b"));
 }
 
 TEST_F(FileOutputHangsTest, AnUpdateThatIsCancelledEndsWithThePageItIsAt) {
