@@ -2,7 +2,7 @@
 //
 // The debug log is process-wide, as it is one file per program and day: the main program (or a test) makes a
 // DebugLog and installs it; without one, or at level 0, every call here costs a comparison. Messages are put
-// together only when they will be written. All on the loop's thread.
+// together only when they will be written. All on the loop's thread, but for GetTempFile.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
@@ -122,7 +123,11 @@ void ReportException(std::string_view what, bool quiet);
 // pieces that begin with "{" are removed; a produced "{" is examined again.
 std::string ConvertHexEscapes(std::string_view text);
 
-// A new temporary file (it exists, empty). Fails with the reason, which it has reported.
-Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix = "ZEB");
+// A new temporary file (it exists, empty). For worker threads, which must not write to the log: its steps,
+// and the report when it fails, are added to `trace` for WriteDebugLines.
+Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix,
+                                std::vector<std::string>* trace = nullptr);
+// Plain lines at level 5, on the loop's thread.
+void WriteDebugLines(const std::vector<std::string>& lines);
 
 }  // namespace zeb
