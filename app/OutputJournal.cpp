@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "platform/Operator.h"
 #include "text/OneLine.h"
 
 namespace zeb {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/clsZEBService.h"
+#include "platform/Time.h"
 
 namespace zeb {
 

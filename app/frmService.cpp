@@ -11,6 +11,7 @@
 #include "core/Counted.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/dab/LabelClient.h"
+#include "platform/SerialPortControl.h"
 #include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 

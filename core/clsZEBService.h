@@ -17,10 +17,11 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Environment.h"
 #include "core/OutputTypes.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"
+#include "platform/Environment.h"
+#include "platform/Time.h"
 
 namespace zeb {
 

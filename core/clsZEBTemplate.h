@@ -11,9 +11,9 @@
 #include <memory>
 #include <string>
 
-#include "core/Environment.h"
 #include "core/OutputTypes.h"
 #include "platform/Control.h"
+#include "platform/Environment.h"
 
 namespace zeb {
 

@@ -13,7 +13,8 @@
 #include <optional>
 #include <string>
 
-#include "core/Environment.h"
+#include "platform/Environment.h"
+#include "platform/EventLoop.h"
 #include "sources/ItemIntake.h"
 #include "sources/ZEB_FN.h"
 

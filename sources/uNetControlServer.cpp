@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/Tcp.h"
 #include "sources/LineSplitter.h"
 #include "sources/PeerRanges.h"
 #include "sources/RepeatedNote.h"

@@ -1,5 +1,7 @@
 #include "outputs/file/PageWork.h"
 
+#include "platform/EventLoop.h"
+
 namespace zeb {
 
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) {

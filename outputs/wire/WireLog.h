@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "core/clsZEBService.h"
+#include "platform/Result.h"
 
 namespace zeb {
 
