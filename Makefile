@@ -6,7 +6,7 @@
 # make fuzz                each fuzz target for 30 seconds (SECONDS_EACH=n)
 # make bench               the benchmarks, on a release build
 # make format, make tidy   clang-format, clang-tidy
-# make check               what must pass before a change goes in: format, tests, sanitizers
+# make check               what must pass before a change goes in: format, includes, tests, sanitizers
 # make install             builds a release and installs it below PREFIX (/usr/local)
 # make help                this list
 

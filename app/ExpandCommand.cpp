@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "platform/FileSystem.h"
 #include "sources/ControlLink.h"
 #include "sources/ItemIntake.h"
 #include "sources/SilentWindow.h"

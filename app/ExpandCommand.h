@@ -8,8 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Environment.h"
+#include "platform/Environment.h"
 #include "platform/Result.h"
+#include "platform/Time.h"
 
 namespace zeb {
 

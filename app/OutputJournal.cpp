@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/Operator.h"
 #include "text/OneLine.h"
 
 namespace zeb {

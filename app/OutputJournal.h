@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/clsZEBService.h"
+#include "platform/Time.h"
 
 namespace zeb {
 

@@ -9,6 +9,7 @@
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/labels/LabelClient.h"
+#include "platform/SerialPortControl.h"
 #include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 

@@ -16,13 +16,15 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Environment.h"
 #include "core/OutputTypes.h"
 #include "core/ServiceEvents.h"
 #include "core/ServiceSnapshot.h"
 #include "core/UpdateCycle.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"
+#include "platform/Environment.h"
+#include "platform/Result.h"
+#include "platform/Time.h"
 
 namespace zeb {
 

@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/SettingsHive.h"
+
 namespace zeb {
 
 namespace {

@@ -15,10 +15,10 @@
 #include <string>
 #include <vector>
 
-#include "core/Environment.h"
 #include "core/OutputTypes.h"
 #include "core/ServiceSnapshot.h"
 #include "platform/Control.h"
+#include "platform/Environment.h"
 #include "platform/WorkLane.h"
 
 namespace zeb {

@@ -15,8 +15,8 @@
 #include <string_view>
 
 #include "core/clsZEBService.h"
-#include "sources/ItemIntake.h"
 #include "diagnostics/RepeatedNote.h"
+#include "sources/ItemIntake.h"
 #include "sources/RingCheck.h"
 #include "sources/uNetControlClient.h"
 

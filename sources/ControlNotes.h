@@ -9,8 +9,8 @@
 #include <map>
 #include <string>
 
-#include "platform/EventLoop.h"
 #include "diagnostics/RepeatedNote.h"
+#include "platform/EventLoop.h"
 
 namespace zeb {
 

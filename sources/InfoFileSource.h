@@ -14,7 +14,8 @@
 #include <optional>
 #include <string>
 
-#include "core/Environment.h"
+#include "platform/Environment.h"
+#include "platform/EventLoop.h"
 #include "platform/WorkLane.h"
 #include "sources/FilePoller.h"
 #include "sources/ItemIntake.h"

@@ -7,6 +7,7 @@
 
 #include "diagnostics/RepeatedNote.h"
 #include "diagnostics/hxGeneral.h"
+#include "platform/Tcp.h"
 #include "sources/ControlNotes.h"
 #include "sources/PeerRanges.h"
 #include "text/Encodings.h"

@@ -17,7 +17,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Environment.h"
+#include "platform/Environment.h"
+#include "platform/Result.h"
 
 namespace zeb {
 

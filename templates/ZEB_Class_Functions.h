@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/ServiceSnapshot.h"
+#include "platform/Time.h"
 #include "text/Encodings.h"
 
 namespace zeb {

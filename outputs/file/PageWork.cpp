@@ -1,6 +1,7 @@
 #include "outputs/file/PageWork.h"
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/EventLoop.h"
 
 namespace zeb {
 

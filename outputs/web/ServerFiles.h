@@ -5,6 +5,7 @@
 #include <string>
 
 #include "outputs/web/WebServer.h"
+#include "platform/Result.h"
 
 namespace zeb {
 

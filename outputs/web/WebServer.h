@@ -11,7 +11,9 @@
 #include <memory>
 #include <string>
 
-#include "core/Environment.h"
+#include "platform/Environment.h"
+#include "platform/FtpSession.h"
+#include "platform/Result.h"
 #include "platform/WorkLane.h"
 
 namespace zeb {

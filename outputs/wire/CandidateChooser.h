@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Environment.h"
 #include "core/OutputTypes.h"
 #include "core/ServiceSnapshot.h"
 #include "outputs/wire/ScheduleFile.h"
+#include "platform/Environment.h"
 #include "platform/Result.h"
 #include "platform/WorkLane.h"
 

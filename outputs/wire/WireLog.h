@@ -11,8 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include "core/Environment.h"
 #include "core/ServiceSnapshot.h"
+#include "platform/Environment.h"
+#include "platform/Result.h"
 
 namespace zeb {
 

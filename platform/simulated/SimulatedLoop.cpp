@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/Result.h"
 #include "platform/TimerQueue.h"
 
 namespace zeb {

@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "core/Environment.h"
+#include "platform/CartStore.h"
+#include "platform/Environment.h"
+#include "platform/Operator.h"
 #include "platform/simulated/MemoryHive.h"
 #include "platform/simulated/SimulatedFiles.h"
 #include "platform/simulated/SimulatedLoop.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "platform/FileSystem.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"

@@ -1,21 +1,22 @@
 // Environment: the ports and places that the engine works with, put together once by the main program or a
-// test and passed by reference. Owns nothing; outlives everything that holds it.
+// test and passed by reference. Owns nothing; outlives everything that holds it. Who uses a port includes its
+// header.
 #pragma once
 
 #include <string>
 
-#include "platform/CartStore.h"
-#include "platform/EncoderAutomation.h"
-#include "platform/EventLoop.h"
-#include "platform/FileSystem.h"
-#include "platform/FtpSession.h"
-#include "platform/Markup.h"
-#include "platform/Operator.h"
-#include "platform/SerialPortControl.h"
-#include "platform/SettingsHive.h"
-#include "platform/Tcp.h"
-
 namespace zeb {
+
+class CartStore;
+class EncoderAutomation;
+class EventLoop;
+class FileSystem;
+class FtpSessions;
+class Markup;
+class Network;
+class Operator;
+class SerialPorts;
+class SettingsHive;
 
 struct Environment {
   EventLoop& loop;
