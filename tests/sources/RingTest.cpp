@@ -50,10 +50,13 @@ class Site : public ServiceEvents {
 
  private:
   void Take(int index, std::string_view line) {
-    relay_->Relay(line, !old_ && index > 0);
     handled_.emplace_back(line);
-    ++handledEver;
+    if (++handledEver < kFarTooMany)
+      relay_->Relay(line, !old_ && index > 0);
+    else
+      ADD_FAILURE() << "goes round for ever: " << line;  // and would keep the simulated moment from ending
   }
+  static constexpr std::size_t kFarTooMany = 500;
   bool old_;
   SilentWindow window_;
   Lines handled_;
@@ -75,7 +78,6 @@ struct Ring : testing::Test {
       Settle();
     }
   }
-  // What goes round for ever would be seen going round; a second is enough for many rounds.
   void Settle() {
     for (int turns = 0; turns < 200; ++turns) ports.loop.RunPosted();
   }
@@ -145,7 +147,7 @@ TEST_F(Ring, ThreeInARing) {
   // One of them gets another remote: that is a chain.
   sites[2]->RelayTo(0);
   ports.loop.RunFor(3min);
-  EXPECT_GE(Notes("no longer comes back: it relays all again") + 1, 1);
+  EXPECT_GE(Notes("no longer comes back: it relays all again"), 1);
   sites[0]->Say("UPDATE");
   ExpectQuiet();
   EXPECT_EQ(Handled(), (Lines{"UPDATE", "UPDATE", "UPDATE"}));
