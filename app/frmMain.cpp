@@ -120,16 +120,27 @@ int frmMain::AddService() {
   return number;
 }
 
-bool frmMain::RemoveService(int number) {
-  if (number < 1 || number > NumberServices()) return false;
-  const std::shared_ptr<frmService> window = Window(number);
-  if (!environment_.person.Ask("Are you sure you want to remove the Service \"" +
-                               window->service().settings.ServiceName + "\"?"))
-    return false;
-  if (!StoreWithout(number)) return false;
+void frmMain::RemoveService(int number) {
+  if (removeAsked_ || quitting_ || number < 1 || number > NumberServices()) return;
+  removeAsked_ = true;
+  const std::shared_ptr<frmService>& window = Window(number);
+  environment_.person.Ask(
+      "Are you sure you want to remove the Service \"" + window->service().settings.ServiceName + "\"?",
+      [this, alive = alive_, asked = std::weak_ptr(window)](bool yes) {
+        if (!*alive) return;
+        removeAsked_ = false;
+        if (yes && !quitting_) RemoveWindow(asked.lock());
+      });
+}
+
+// While the question was open the service may have got another number, or may have gone.
+void frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
+  const auto found = std::find(windows_.begin(), windows_.end(), window);
+  if (found == windows_.end()) return;
+  const auto at = found - windows_.begin();
+  if (!StoreWithout(static_cast<int>(at) + 1)) return;
   window->Close();
-  windows_.erase(windows_.begin() + (number - 1));
-  return true;
+  windows_.erase(windows_.begin() + at);
 }
 
 // All in one transaction: a failure in the middle must not leave two services under one number. The services
@@ -204,26 +215,41 @@ bool frmMain::AllClosed() const {
   return std::all_of(windows_.begin(), windows_.end(), [](const auto& window) { return window->Closed(); });
 }
 
-bool frmMain::RequestQuit(std::function<void()> closed) {
-  if (quitting_) return true;
-  if (!environment_.person.Ask(kQuitQuestion)) return false;
-  if (!UpdatingServices().empty()) {
-    if (!environment_.person.Ask(kWaitQuestion)) return false;
+void frmMain::RequestQuit(std::function<void()> closed) {
+  if (quitting_ || std::exchange(quitAsked_, true)) return;
+  environment_.person.Ask(kQuitQuestion, [this, closed = std::move(closed), alive = alive_](bool yes) {
+    if (!*alive) return;
+    if (!yes)
+      quitAsked_ = false;
+    else if (UpdatingServices().empty())
+      Quit(closed);
+    else
+      AskWhetherToWait(closed);
+  });
+}
+
+void frmMain::AskWhetherToWait(const std::function<void()>& closed) {
+  environment_.person.Ask(kWaitQuestion, [this, closed, alive = alive_](bool yes) {
+    if (!*alive) return;
+    quitAsked_ = yes;
+    if (!yes) return;
     if (display.splash) display.splash("Updates in progress..", "Waiting to exit");
-  }
-  quitting_ = true;
+    environment_.loop.Start("wait for the updates", [this, closed, alive] {
+      environment_.loop.WaitUntil([this, alive] { return !*alive || UpdatingServices().empty(); }, kNoLimit);
+      if (*alive) Quit(closed);
+    });
+  });
+}
+
+void frmMain::Quit(std::function<void()> closed) {
+  if (std::exchange(quitting_, true)) return;
   closed_ = std::move(closed);
-  // Every window closes now, so that no new update begins; one that is updating is closed when it is done.
   for (const auto& window : windows_) window->Close();
-  if (AllClosed()) {
-    ServiceFinished();
-    return true;
-  }
+  if (AllClosed()) return ServiceFinished();
   environment_.loop.Start("quit", [this, alive = alive_] {
     environment_.loop.WaitUntil([this, alive] { return !*alive || AllClosed(); }, kNoLimit);
     if (*alive) ServiceFinished();
   });
-  return true;
 }
 
 void frmMain::ServiceFinished() {

@@ -36,15 +36,18 @@ class frmMain {
   void LoadServices();
   // A new service after the last; its number, or 0 when it cannot be stored (the operator has been told).
   int AddService();
-  // Asks first; false when the answer is No, or when the change cannot be stored. Later services move down
-  // one number.
-  bool RemoveService(int number);
+  // Asks first. When the answer is Yes and the change can be stored, the service goes and later ones move
+  // down one number. Only one such question is open at a time.
+  void RemoveService(int number);
   // Reads the number of services and all settings again. For SIGHUP.
   void Reload();
 
-  // Asks whether to quit, and whether to wait while updates run. When the answer is yes, `closed` is called
-  // once every service has finished its update and is closed (perhaps before this returns).
-  bool RequestQuit(std::function<void()> closed);
+  // Asks whether to quit, and whether to wait while updates run; asking again before the answer changes
+  // nothing. When the answer is yes, everything is closed once no service is updating.
+  void RequestQuit(std::function<void()> closed);
+  // Closes every service, without a question: what is under way is given up after a moment, so that `closed`
+  // is called within a few seconds (perhaps before this returns).
+  void Quit(std::function<void()> closed);
   // A service window has closed. When it was the last one to wait for, quitting goes on.
   void ServiceFinished();
 
@@ -58,8 +61,10 @@ class frmMain {
  private:
   Outcome ImportSettings();
   void OpenWindow(int number);
+  void RemoveWindow(const std::shared_ptr<frmService>& window);
   bool StoreWithout(int number);
   void ShrinkTo(int count);
+  void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;
   void ReloadLater(const std::string& reason);
 
@@ -67,6 +72,7 @@ class frmMain {
   OutputFactory makeOutput_;
   StartUpOptions options_;
   std::vector<std::shared_ptr<frmService>> windows_;
+  bool removeAsked_ = false, quitAsked_ = false;  // a question is open
   bool quitting_ = false;
   Timer reloadRetry_;
   std::function<void()> closed_;  // once, at the end of quitting

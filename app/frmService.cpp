@@ -8,7 +8,7 @@
 
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
-#include "outputs/dab/LabelClient.h"
+#include "outputs/labels/LabelClient.h"
 #include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 
@@ -81,7 +81,10 @@ frmService::frmService(Environment& environment, OutputFactory makeOutput)
     : state_(std::make_unique<State>(environment, std::move(makeOutput), static_cast<ServiceEvents&>(*this),
                                      static_cast<IntakeWindow&>(*this), ServerEvents())) {
   state_->link.currentItemNearEnd = [this] { SendNearEnd(); };
-  state_->link.relay = [this](std::string_view line) { return state_->bounce.Relay(line); };
+  state_->link.relay = [this](int index, std::string_view line) {
+    return state_->bounce.Relay(line, index > 0);
+  };
+  state_->bounce.controllerName = [this] { return state_->server.ControllerName(); };
 }
 
 frmService::~frmService() = default;
@@ -214,6 +217,7 @@ uNetControlServer::Events frmService::ServerEvents() {
   events.ControllerTookControl = [this](const std::string& controller) {
     const auto self = shared_from_this();
     SetPanel(Panel::kNetControl, controller + " has Control");
+    state_->bounce.ControllerTookControl();
     state_->server.SendToController("GET_INFORMATION");
   };
   events.ControlEnded = [this] { SetPanel(Panel::kNetControl, kNoController); };

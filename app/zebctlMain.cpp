@@ -18,9 +18,11 @@
 #include "app/SettingsCommands.h"
 #include "core/CsvCartStore.h"
 #include "core/SettingsPaths.h"
+#include "platform/DirectLineWriter.h"
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/SqliteHive.h"
+#include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
@@ -183,13 +185,14 @@ int Expand(const CommandLine& line, const std::string& folder, int argc, char** 
   const auto hive = OpenHive(files, folder, false);
   if (!hive) return Fail(hive.Reason());
 
-  InstallLocale(ReadSystemLocale());
+  InstallLocale(ReadSystemLocale().formats);
   const QCoreApplication application(argc, argv);
   // Time stands still, at the moment asked for, and nothing is sent anywhere.
   SimulatedLoop loop;
   loop.SetWallClock(options.now ? *options.now : QtLoop().Now());
   SimulatedNetwork network(loop);
-  ConsoleOperator person(std::cerr);
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
   CsvCartStore carts(files, person, folder + "/Carts.csv");
   Environment environment{loop, *hive.Value(), files, network, person, carts, folder, ""};
   environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;

@@ -16,6 +16,7 @@
 #include "core/CsvCartStore.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
+#include "platform/ThreadedLineWriter.h"
 #include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/LibxmlMarkup.h"
@@ -23,8 +24,10 @@
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SqliteHive.h"
+#include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
 #include "platform/qt/QtLoop.h"
+#include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
 #include "platform/qt/QtSerialPortControl.h"
 #include "platform/qt/QtSignals.h"
@@ -37,8 +40,13 @@ namespace {
 
 constexpr int kCannotStart = 1;
 constexpr int kAlreadyRunning = 3;
-// An update that hangs (a dead share, a server that never answers) must not keep the machine from going down.
-constexpr Duration kQuitLimit = std::chrono::seconds(60);
+// Whatever hangs, the program is gone within five seconds. Services close within four.
+// How long the running loop may wait for a store that somebody else has locked.
+constexpr std::chrono::milliseconds kStorePatience(100);
+constexpr Duration kQuitLimit = std::chrono::milliseconds(4300);
+
+// Debug lines come in bursts, with each item a hundred or more.
+constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
 
 constexpr char kHelp[] =
     "zebd: publishes a radio station's now-playing information\n"
@@ -53,36 +61,32 @@ constexpr char kHelp[] =
     "  /NOPREVCHECK          do not check whether another zebd runs on the data folder\n"
     "  /SILENT, /SCHEDULE, /MINIMISED   for the desktop program; taken and without effect here\n"
     "\n"
-    "SIGHUP reads the settings again; SIGTERM and SIGINT end zebd once updates in progress are done, a "
+    "SIGHUP reads the settings again; SIGTERM and SIGINT end zebd within five seconds, a "
     "second\n"
     "one at once. Exit status: 0 ended on request, 1 cannot start, 3 another zebd runs on the data folder.\n";
 
-int Fail(const std::string& reason) {
-  std::cerr << "zebd: " << reason << std::endl;
+int Fail(LineWriter& journal, const std::string& reason) {
+  journal.Write({"", "", "zebd: " + reason});
   return kCannotStart;
-}
-
-// Nothing is destroyed: a worker thread may hang in a call to the system, and must not be waited for.
-// Settings are on the disk already, the lock on the data folder goes with the process.
-[[noreturn]] void EndAtOnce(int status) {
-  std::cerr.flush();
-  std::_Exit(status);
 }
 
 // Everything that runs, in the order in which it is made.
 class Publisher {
  public:
-  Publisher(StartUpOptions options, std::string programName, std::string folder)
-      : options_(std::move(options)), programName_(std::move(programName)), folder_(std::move(folder)) {}
+  Publisher(ThreadedLineWriter& journal, StartUpOptions options, std::string programName, std::string folder)
+      : journal_(journal),
+        options_(std::move(options)),
+        programName_(std::move(programName)),
+        folder_(std::move(folder)) {}
 
   int Run() {
     loop_.OnTaskFailure([this](const std::string& task, const std::string& what) {
       person_.Note("Internal error in " + task + ": " + what);
       ReportError("in " + task, what, 0, true);
     });
-    if (const Outcome made = files_.CreateFolders(folder_); !made) return Fail(made.Reason());
+    if (const Outcome made = files_.CreateFolders(folder_); !made) return Fail(journal_, made.Reason());
     Result<std::unique_ptr<SingleInstance>> instance = SingleInstance::Claim(folder_);
-    if (!instance) return Fail(instance.Reason());
+    if (!instance) return Fail(journal_, instance.Reason());
     const bool alreadyRunning = instance.Value() == nullptr && !options_.noPreviousCheck;
     // A second instance reads the settings for its debug level only, and moves no damaged file of the first.
     const std::string path = folder_ + "/settings.db";
@@ -90,16 +94,26 @@ class Publisher {
         alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
     if (hive) StartDebugLog(*hive.Value());
     if (alreadyRunning) return ExitAsAlreadyRunning();
-    if (!hive) return Fail(hive.Reason());
+    if (!hive) return Fail(journal_, hive.Reason());
     return Publish(*hive.Value());
   }
 
  private:
+  // Nothing is destroyed: a worker thread may hang in a call to the system, and must not be waited for.
+  // Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
+  // a moment for what still waits to be written.
+  [[noreturn]] void EndAtOnce(int status) {
+    log_.reset();
+    journal_.Flush(ThreadedLineWriter::kGrace);
+    std::_Exit(status);
+  }
+
   void StartDebugLog(SettingsHive& hive) {
     const bool onCommandLine = FindIgnoringAsciiCase(options_.commandLine, "/DEBUG") != std::string::npos;
-    log_ = std::make_unique<DebugLog>(loop_, files_, person_, programName_,
-                                      DebugLog::StartUpFolder(hive, folder_),
-                                      DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine);
+    log_ = std::make_unique<DebugLog>(
+        loop_, files_, person_, programName_, DebugLog::StartUpFolder(hive, folder_),
+        DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine,
+        [](LineSink sink) { return std::make_unique<ThreadedLineWriter>(std::move(sink), kMostDebugBytes); });
     log_->Install();
     WriteDebugLine("Started InitialiseTool", 5, LineKind::kStarted);
     if (!options_.noPreviousCheck) WriteDebugLine("Check if already running");
@@ -107,13 +121,15 @@ class Publisher {
 
   int ExitAsAlreadyRunning() {
     WriteDebugLine("Exit as App already running");
-    std::cerr << "zebd: another zebd runs on the data folder '" << folder_ << "'" << std::endl;
+    Fail(journal_, "another zebd runs on the data folder '" + folder_ + "'");
     return kAlreadyRunning;
   }
 
-  int Publish(SettingsHive& hive) {
+  int Publish(SqliteHive& hive) {
     WriteDebugLine("Read StartupOptions");
-    InstallLocale(ReadSystemLocale());
+    const SystemLocale locale = ReadSystemLocale();
+    InstallLocale(locale.formats);
+    if (!locale.problem.empty()) person_.Note(locale.problem);
     WriteDebugLine("Initialising Tool");
     WriteDebugLine("Finished InitialiseTool", 5, LineKind::kFinished);
 
@@ -125,8 +141,9 @@ class Publisher {
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
-    if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+    if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
+    hive.SetPatience(kStorePatience);
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -154,15 +171,16 @@ class Publisher {
     NotifyServiceManager("STOPPING=1");
     person_.Note(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
     quitLimit_ = loop_.After(kQuitLimit, [this] {
-      person_.Note("Ending without waiting longer for the updates of: " + main_->UpdatingServices());
-      EndAtOnce(1);
+      person_.Note("Stopped without waiting longer for the outputs of: " + main_->UpdatingServices());
+      EndAtOnce(0);
     });
-    main_->RequestQuit([this] {
+    main_->Quit([this] {
       person_.Note("Stopped");
       EndAtOnce(0);
     });
   }
 
+  ThreadedLineWriter& journal_;
   StartUpOptions options_;
   std::string programName_;
   std::string folder_;
@@ -172,7 +190,7 @@ class Publisher {
   PosixFiles files_;
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
-  ConsoleOperator person_{std::cerr, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
   bool stopping_ = false;
@@ -180,21 +198,23 @@ class Publisher {
   Timer watchdog_;
 };
 
-int Run(int argc, char** argv) {
+int Run(ThreadedLineWriter& journal, int argc, char** argv) {
   Result<StartUpOptions> options = ReadStartUpOptions({argv + 1, argv + argc});
-  if (!options) return Fail(options.Reason() + " (zebd --help)");
+  if (!options) return Fail(journal, options.Reason() + " (zebd --help)");
   if (options.Value().showHelp)
     std::cout << kHelp;
   else if (options.Value().showVersion)
     std::cout << "zebd " << ZEB_VERSION << '\n';
   if (options.Value().showHelp || options.Value().showVersion) return 0;
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.Value().home));
-  if (!folder) return Fail(folder.Reason());
+  if (!folder) return Fail(journal, folder.Reason());
 
   std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
+  SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
-  Publisher publisher(std::move(options.Value()), std::string(FileNamePart(argv[0])), folder.Value());
+  Publisher publisher(journal, std::move(options.Value()), std::string(FileNamePart(argv[0])),
+                      folder.Value());
   return publisher.Run();
 }
 
@@ -202,9 +222,10 @@ int Run(int argc, char** argv) {
 }  // namespace zeb
 
 int main(int argc, char** argv) {
+  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError);
   try {
-    return zeb::Run(argc, argv);
+    return zeb::Run(journal, argc, argv);
   } catch (const std::exception& error) {
-    return zeb::Fail(error.what());
+    return zeb::Fail(journal, error.what());
   }
 }

@@ -11,10 +11,13 @@
 #include <vector>
 
 #include "app/ConsoleOperator.h"
-#include "app/LabelServer.h"
+#include "outputs/labels/LabelServer.h"
+#include "platform/ThreadedLineWriter.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
+#include "platform/posix/StandardError.h"
 #include "platform/qt/QtLoop.h"
+#include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
 #include "platform/qt/QtSignals.h"
 
@@ -38,8 +41,8 @@ constexpr char kHelp[] =
     "\n"
     "Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.\n";
 
-int Fail(const std::string& reason, int status = kCannotStart) {
-  std::cerr << "zeb-labelserver: " << reason << std::endl;
+int Fail(LineWriter& journal, const std::string& reason, int status = kCannotStart) {
+  journal.Write({"", "", "zeb-labelserver: " + reason});
   return status;
 }
 
@@ -75,19 +78,19 @@ Result<Options> ReadOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
-int Serve(const Options& options) {
+int Serve(LineWriter& journal, const Options& options) {
   QtLoop loop;
   QtNetwork network(loop);
   PosixFiles files;
-  ConsoleOperator person(std::cerr, isatty(STDERR_FILENO) != 0 ? &loop : nullptr);
+  ConsoleOperator person(journal, isatty(STDERR_FILENO) != 0 ? &loop : nullptr);
   const Result<std::string> ini = files.Read(options.config, kMaxConfigBytes);
-  if (!ini) return Fail(ini.Reason());
+  if (!ini) return Fail(journal, ini.Reason());
   Result<std::vector<LabelService>> services = ReadLabelServices(ini.Value());
-  if (!services) return Fail("'" + options.config + "': " + services.Reason());
+  if (!services) return Fail(journal, "'" + options.config + "': " + services.Reason());
   const std::size_t count = services.Value().size();
   LabelServer server(loop, network, files, person, std::move(services.Value()));
   if (const Outcome listening = server.Listen(options.address, options.port); !listening)
-    return Fail(listening.Reason());
+    return Fail(journal, listening.Reason());
   const UnixSignals unixSignals(loop, [&](int signal) {
     if (signal == SIGHUP) return;
     person.Note("Stopping");
@@ -100,25 +103,27 @@ int Serve(const Options& options) {
   return loop.Run();
 }
 
-int Run(int argc, char** argv) {
+int Run(LineWriter& journal, int argc, char** argv) {
   const Result<Options> options = ReadOptions({argv + 1, argv + argc});
-  if (!options) return Fail(options.Reason() + " (zeb-labelserver --help)", kWrongUsage);
+  if (!options) return Fail(journal, options.Reason() + " (zeb-labelserver --help)", kWrongUsage);
   if (options.Value().help) std::cout << kHelp;
   if (options.Value().version) std::cout << "zeb-labelserver " << ZEB_VERSION << '\n';
   if (options.Value().help || options.Value().version) return 0;
   std::signal(SIGPIPE, SIG_IGN);
+  SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
-  return Serve(options.Value());
+  return Serve(journal, options.Value());
 }
 
 }  // namespace
 }  // namespace zeb
 
 int main(int argc, char** argv) {
+  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError);
   try {
-    return zeb::Run(argc, argv);
+    return zeb::Run(journal, argc, argv);
   } catch (const std::exception& error) {
-    return zeb::Fail(error.what());
+    return zeb::Fail(journal, error.what());
   }
 }

@@ -33,7 +33,7 @@ struct OutputRunner {
   // Newest wins: what the output is to show, and why it does not show it yet.
   SnapshotPtr target;
   enum class Wanted { kNo, kRepair, kNews } wanted = Wanted::kNo;
-  std::deque<Cue> cues;           // to be sent before the next update; at most one of travel, one near end
+  std::deque<Cue> cues;           // to be sent before the next update
   std::optional<Cue> owedTravel;  // a travel cue that did not leave
 
   // What a delayed output shows later, in the order of time.

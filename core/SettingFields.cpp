@@ -23,6 +23,11 @@ void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& 
   value = CharacterSetByName(hive.ReadText(key, name, ""), value);
 }
 
+std::string SettingName(std::string_view prefix, std::string_view name, std::string_view suffix) {
+  std::string whole(prefix);
+  return whole.append(name).append(suffix);
+}
+
 std::string SettingText(const std::string& value) {
   return value;
 }

@@ -1,8 +1,8 @@
 // SettingFields: settings as tables: each is named once, and loading, saving and comparing all read its row.
 //
 // A thing keeps its settings in a plain struct whose initial values are the defaults; its table names the
-// struct's members. Numbers of outputs (and pairs) are put behind the names ("ServerPort2"). What the hive
-// cannot do throws SettingsError.
+// struct's members. Numbers of outputs are put behind the names ("ServerPort2"); a pair's values have its
+// output before them too ("Output2.AddNoCache1"). What the hive cannot do throws SettingsError.
 #pragma once
 
 #include <algorithm>
@@ -42,6 +42,7 @@ void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& 
 void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, std::int32_t& value);
 void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, bool& value);
 void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& name, CharacterSet& value);
+std::string SettingName(std::string_view prefix, std::string_view name, std::string_view suffix);
 std::string SettingText(const std::string& value);
 std::string SettingText(std::int32_t value);
 std::string SettingText(bool value);
@@ -57,11 +58,11 @@ inline std::int32_t SettingNumber(bool value) {
 // Reads every row; what is not stored gets the struct's initial value.
 template <class S>
 void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& suffix,
-                 const SettingRow<S>& row, S& to) {
+                 const SettingRow<S>& row, S& to, std::string_view prefix = {}) {
   std::visit(
       [&](auto member) {
         to.*member = S().*member;
-        detail::ReadSetting(hive, key, std::string(row.name) + suffix, to.*member);
+        detail::ReadSetting(hive, key, detail::SettingName(prefix, row.name, suffix), to.*member);
       },
       row.member);
   if (const auto* member = std::get_if<std::int32_t S::*>(&row.member))
@@ -70,15 +71,15 @@ void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& 
 
 template <class S>
 void ReadSettings(SettingsHive& hive, const std::string& key, const std::string& suffix,
-                  SettingTable<S> table, S& to) {
-  for (const SettingRow<S>& row : table) ReadSetting(hive, key, suffix, row, to);
+                  SettingTable<S> table, S& to, std::string_view prefix = {}) {
+  for (const SettingRow<S>& row : table) ReadSetting(hive, key, suffix, row, to, prefix);
 }
 
 template <class S>
 void WriteSettings(SettingsHive& hive, const std::string& key, const std::string& suffix,
-                   SettingTable<S> table, const S& from) {
+                   SettingTable<S> table, const S& from, std::string_view prefix = {}) {
   for (const SettingRow<S>& row : table) {
-    const std::string name = std::string(row.name) + suffix;
+    const std::string name = detail::SettingName(prefix, row.name, suffix);
     std::visit(
         [&](auto member) {
           if constexpr (requires { detail::SettingNumber(from.*member); }) {

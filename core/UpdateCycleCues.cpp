@@ -10,6 +10,7 @@ namespace {
 
 constexpr const char* kCueCommand = "CMD";
 constexpr const char* kNearEndText = "SAE\r\n";
+constexpr std::size_t kMostCues = 16;  // that wait for one output
 
 }  // namespace
 
@@ -30,9 +31,11 @@ void UpdateCycle::SendCue(OutputType type, const Cue& cue) {
   BeginCueWave(type, std::move(wave), cue);
 }
 
-// A second near end while one waits is the same end; of travel cues the last one tells how things stand.
+// A second near end while one waits is the same end. Of travel cues nothing is lost when far too many wait:
+// the last one tells how things stand.
 void UpdateCycle::QueueCue(OutputRunner& runner, const Cue& cue) {
-  std::erase_if(runner.cues, [&](const Cue& waiting) { return waiting.IsTravel() == cue.IsTravel(); });
+  if (!cue.IsTravel() || runner.cues.size() >= kMostCues)
+    std::erase_if(runner.cues, [&](const Cue& waiting) { return waiting.IsTravel() == cue.IsTravel(); });
   runner.cues.push_back(cue);
 }
 
@@ -45,14 +48,17 @@ void UpdateCycle::BeginCueWave(OutputType type, std::vector<RunnerPtr> runners, 
 // In the runner's task.
 void UpdateCycle::SendCueTo(OutputRunner& runner, const Cue& cue) {
   const OutputPtr output = runner.output;
-  auto* encoder = dynamic_cast<ScriptCommandOutput*>(output.get());
-  auto* serial = dynamic_cast<StringOutput*>(output.get());
-  if (cue.kind == Cue::kNearEnd) {
+  if (runner.type == OutputType::kEncoder) {
+    auto* encoder = dynamic_cast<ScriptCommandOutput*>(output.get());
     if (encoder) encoder->SendScriptCommand(kCueCommand, kNearEndText);
-    if (!encoder && serial) static_cast<void>(serial->SendString(*cue.snapshot, kNearEndText));
     return;
   }
+  auto* serial = dynamic_cast<StringOutput*>(output.get());
   if (!serial) return;
+  if (cue.kind == Cue::kNearEnd) {
+    serial->SendString(*cue.snapshot, kNearEndText);
+    return;
+  }
   // Owed until it is known to have left, also when this run throws or never comes back.
   runner.owedTravel = cue;
   const bool left = cue.kind == Cue::kTravelOn ? serial->SetTravelFlagActivated(*cue.snapshot)

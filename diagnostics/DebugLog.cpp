@@ -1,8 +1,11 @@
 // The debug log of diagnostics/hxGeneral.h.
 #include <algorithm>
+#include <atomic>
+#include <exception>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/DirectLineWriter.h"
 #include "text/LetterCase.h"
 #include "text/Paths.h"
 #include "text/SharedTime.h"
@@ -47,17 +50,43 @@ void ShowInstalled(const std::string& text) {
 
 }  // namespace detail
 
+// The folder and what goes into it: the sink's side, which may be a thread's.
+struct DebugLog::Folder {
+  Folder(FileSystem& fileSystem, std::string folder) : files(fileSystem), path(std::move(folder)) {
+    if (!path.empty() && path.back() != kPathSeparator && path.back() != '/') path += kPathSeparator;
+  }
+
+  FileSystem& files;
+  std::string path;
+  bool ready = false;  // the sink's only
+  std::atomic<bool> failed = false;
+
+  bool IsReady() {
+    if (ready || failed) return ready;
+    const auto info = files.Stat(path);
+    ready = path.empty() || (info && info->isFolder) || files.CreateFolders(path);
+    failed = !ready;
+    return ready;
+  }
+
+  bool Append(const LogLine& line) {
+    if (!IsReady()) return false;
+    // The folder may have been removed while the program runs: the next line makes it again.
+    ready = files.Append(line.file, line.time + line.text + kLineEnd).Ok();
+    return ready;
+  }
+};
+
 DebugLog::DebugLog(EventLoop& loop, FileSystem& files, Operator& person, std::string programName,
-                   std::string folder, std::int32_t level, bool alsoToOperator)
+                   std::string folder, std::int32_t level, bool alsoToOperator, const WriterMaker& makeWriter)
     : loop_(loop),
-      files_(files),
       person_(person),
       programName_(std::move(programName)),
-      folder_(std::move(folder)),
       level_(level),
-      alsoToOperator_(alsoToOperator) {
-  if (!folder_.empty() && folder_.back() != kPathSeparator && folder_.back() != '/')
-    folder_ += kPathSeparator;
+      alsoToOperator_(alsoToOperator),
+      folder_(std::make_shared<Folder>(files, std::move(folder))) {
+  LineSink sink = [into = folder_](const LogLine& line) { return into->Append(line); };
+  writer_ = makeWriter ? makeWriter(std::move(sink)) : std::make_unique<DirectLineWriter>(std::move(sink));
 }
 
 DebugLog::~DebugLog() {
@@ -83,31 +112,21 @@ void DebugLog::WriteLine(std::string_view message, LineKind kind) {
   // Whatever goes wrong with a log line, the program goes on.
   try {
     const WallTime now = loop_.Now();
-    std::string line = FormatDateTime(now, "hh:nn:ss");
-    line.append(4 * depth + 1, ' ');
-    line += message;
-    if (alsoToOperator_) person_.Note(line);
-    if (!FolderIsReady()) return;
-    line += kLineEnd;
-    const std::string file = folder_ + programName_ + '.' + FormatDateTime(now, "yyyymmdd") + ".log";
-    // The folder may have been removed while the program runs: the next line makes it again.
-    if (!files_.Append(file, line)) folderReady_ = false;
-  } catch (...) {
+    LogLine line = {"", FormatDateTime(now, "hh:nn:ss "), std::string(4 * depth, ' ')};
+    line.text += message;
+    if (alsoToOperator_) person_.Note(line.time + line.text);
+    if (folder_->failed) return TellFolderProblem();
+    line.file = folder_->path + programName_ + '.' + FormatDateTime(now, "yyyymmdd") + ".log";
+    writer_->Write(std::move(line));
+    if (folder_->failed) TellFolderProblem();
+  } catch (const std::exception&) {
   }
 }
 
-bool DebugLog::FolderIsReady() {
-  if (folderReady_) return true;
-  if (folderFailed_) return false;
-  const auto info = files_.Stat(folder_);
-  if (folder_.empty() || (info && info->isFolder) || files_.CreateFolders(folder_)) {
-    folderReady_ = true;
-    return true;
-  }
-  folderFailed_ = true;
+void DebugLog::TellFolderProblem() {
+  if (std::exchange(folderProblemShown_, true)) return;
   person_.Show(MessageIcon::kExclamation,
-               "The Debug Files folder could not be created in '" + folder_ + "'!");
-  return false;
+               "The Debug Files folder could not be created in '" + folder_->path + "'!");
 }
 
 std::int32_t DebugLog::StartUpLevel(std::string_view commandLine, SettingsHive& hive) {

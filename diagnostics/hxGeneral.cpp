@@ -107,17 +107,24 @@ std::string ConvertHexEscapes(std::string_view text) {
   return result;
 }
 
-Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix) {
-  WriteDebugLine("Start GetTempFile");
+Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix, std::vector<std::string>* trace) {
+  const auto step = [trace](std::string line) {
+    if (trace) trace->push_back(std::move(line));
+  };
+  step("Start GetTempFile");
   std::string name = LettersAndDigits(prefix);
   if (name.empty()) name = "ZEB";
-  WriteDebugLine("Get the user's temp path");
-  WriteDebugLine("Call GetTempFilename");
+  step("Get the user's temp path");
+  step("Call GetTempFilename");
   Result<std::string> file = files.MakeTempFile(name);
-  WriteDebugLine("Process the return");
-  if (!file) ShowProblem("Error getting a temporary file name : " + file.Reason(), "", true);
-  WriteDebugLine("End GetTempFile");
+  step("Process the return");
+  if (!file) step(ProblemText("Error getting a temporary file name : " + file.Reason(), ""));
+  step("End GetTempFile");
   return file;
+}
+
+void WriteDebugLines(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) WriteDebugLine(line);
 }
 
 }  // namespace zeb

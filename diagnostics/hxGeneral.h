@@ -2,15 +2,19 @@
 //
 // The debug log is process-wide, as it is one file per program and day: the main program (or a test) makes a
 // DebugLog and installs it; without one, or at level 0, every call here costs a comparison. Messages are put
-// together only when they will be written. All on the loop's thread.
+// together only when they will be written. All on the loop's thread, but for GetTempFile.
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
+#include "platform/LineWriter.h"
 #include "platform/Operator.h"
 #include "platform/SettingsHive.h"
 #include "text/Numbers.h"
@@ -19,12 +23,17 @@ namespace zeb {
 
 enum class LineKind { kPlain = 0, kStarted = 1, kFinished = 2, kReset = 3 };
 
-// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored.
+// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored, but for a
+// folder that cannot be made: the operator is shown that once.
 class DebugLog {
  public:
+  // Makes what brings the lines to the file; the sink touches files only.
+  using WriterMaker = std::function<std::unique_ptr<LineWriter>(LineSink)>;
+
   // `level`: 0 off, -1 everything, else lines up to it. `alsoToOperator` writes each line to the journal too.
+  // Without `makeWriter` each line is in the file when the call returns, or the disk has refused it.
   DebugLog(EventLoop& loop, FileSystem& files, Operator& person, std::string programName, std::string folder,
-           std::int32_t level, bool alsoToOperator = false);
+           std::int32_t level, bool alsoToOperator = false, const WriterMaker& makeWriter = {});
   ~DebugLog();  // uninstalls itself
   void Install();
   void WriteLine(std::string_view message, LineKind kind);
@@ -36,17 +45,17 @@ class DebugLog {
   static std::string StartUpFolder(SettingsHive& hive, const std::string& dataFolder);
 
  private:
-  bool FolderIsReady();
+  struct Folder;
+  void TellFolderProblem();
 
   EventLoop& loop_;
-  FileSystem& files_;
   Operator& person_;
   std::string programName_;
-  std::string folder_;
   std::int32_t level_;
-  bool folderReady_ = false;
-  bool folderFailed_ = false;
   bool alsoToOperator_;
+  bool folderProblemShown_ = false;
+  std::shared_ptr<Folder> folder_;  // shared with the writer's sink
+  std::unique_ptr<LineWriter> writer_;
   int depth_ = 0;
 };
 
@@ -114,7 +123,11 @@ void ReportException(std::string_view what, bool quiet);
 // pieces that begin with "{" are removed; a produced "{" is examined again.
 std::string ConvertHexEscapes(std::string_view text);
 
-// A new temporary file (it exists, empty). Fails with the reason, which it has reported.
-Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix = "ZEB");
+// A new temporary file (it exists, empty). For worker threads, which must not write to the log: its steps,
+// and the report when it fails, are added to `trace` for WriteDebugLines.
+Result<std::string> GetTempFile(FileSystem& files, std::string_view prefix,
+                                std::vector<std::string>* trace = nullptr);
+// Plain lines at level 5, on the loop's thread.
+void WriteDebugLines(const std::vector<std::string>& lines);
 
 }  // namespace zeb

@@ -7,6 +7,7 @@
 #include "platform/simulated/TestEnvironment.h"
 #include "sources/ItemMessage.h"
 #include "sources/SilentWindow.h"
+#include "text/Parameters.h"
 #include "text/Utf8.h"
 
 namespace {

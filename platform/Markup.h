@@ -37,7 +37,8 @@ class Markup {
   virtual ~Markup() = default;
   virtual Result<MarkupDocument> ReadXml(std::string_view text) = 0;
   // The text that a reader of the page would see: tags and scripts removed, character entities decoded, white
-  // space as one blank, <br> as a line feed.
+  // space as one blank, <br> as a line feed. Where a block (a paragraph, a table cell) begins or ends, words
+  // are separate.
   virtual std::string HtmlToText(std::string_view html) = 0;
 };
 

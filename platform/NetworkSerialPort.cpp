@@ -1,6 +1,7 @@
 #include "platform/NetworkSerialPort.h"
 
 #include <charconv>
+#include <utility>
 
 namespace zeb {
 
@@ -29,8 +30,17 @@ Outcome NetworkSerialPort::Open() {
   socket_->onData = [this](std::string_view bytes) {
     if (const auto tell = onComm) tell(kCommReceive, bytes);
   };
+  socket_->onConnected = [this] { wasOpen_ = true; };
+  socket_->onClosed = [this] {
+    if (const auto tell = onLost; std::exchange(wasOpen_, false) && tell) tell();
+  };
   socket_->Connect(std::string(host), port);
   return {};
+}
+
+void NetworkSerialPort::Close() {
+  wasOpen_ = false;
+  socket_.reset();
 }
 
 bool NetworkSerialPort::PortOpen() const {

@@ -15,7 +15,7 @@ class NetworkSerialPort : public SerialPortControl {
 
   void SetLine(Line line) override { line_ = std::move(line); }
   Outcome Open() override;
-  void Close() override { socket_.reset(); }
+  void Close() override;
   bool PortOpen() const override;
   bool Opening() const override;
   std::string LastError() const override;
@@ -26,6 +26,7 @@ class NetworkSerialPort : public SerialPortControl {
   Network& network_;
   Line line_;
   std::shared_ptr<TcpClientControl> socket_;  // null: closed on purpose
+  bool wasOpen_ = false;
 };
 
 }  // namespace zeb

@@ -2,7 +2,9 @@
 // line settings as text, handshaking, an open flag, output, an output-buffer count and communication events.
 //
 // Made by SerialPorts, owned by the output that it is handed to. Output never blocks: what the line does not
-// take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call.
+// take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call. Those of
+// the line (breaks, errors, changes of its signals) come where the device tells of them, within a second, one
+// of a kind however many there were; pseudo-terminals and the network have none.
 #pragma once
 
 #include <cstddef>
@@ -46,6 +48,9 @@ class SerialPortControl : public Control {
   enum Handshaking { kNoHandshaking = 0, kXOnXOff = 1, kRtsCts = 2, kRtsXOn = 3 };
 
   std::function<void(std::int32_t event, std::string_view data)> onComm;  // data: with kCommReceive only
+  // The port has gone while it was open: an adapter was pulled out, the encoder on the network closed or
+  // broke. LastError says why. Not after Close.
+  std::function<void()> onLost;
 
   // What the next Open uses. `device` is a device name, or "tcp:host:port" for an encoder on the network.
   struct Line {

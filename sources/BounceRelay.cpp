@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::int32_t kFirstControlPort = 6900;
 constexpr std::int32_t kHighestControlPort = 65535 - kFirstControlPort;
-constexpr std::int32_t kLongestRetry = 86400;  // seconds
+constexpr std::int32_t kLongestRetry = 86400;    // seconds
+constexpr std::string_view kRelayName = "ZEB.";  // what the name of a relay begins with
 
 }  // namespace
 
@@ -22,6 +23,7 @@ BounceRelay::BounceRelay(clsZEBService& service, IntakeWindow& window, std::func
     : service_(service),
       window_(window),
       askController_(std::move(askController)),
+      ring_(service.environment().loop, MakeRingEvents()),
       client_(service.environment().loop, service.environment().network, MakeEvents()) {}
 
 uNetControlClient::Events BounceRelay::MakeEvents() {
@@ -31,6 +33,7 @@ uNetControlClient::Events BounceRelay::MakeEvents() {
   events.ControlGranted = [this] {
     Show("Have Bounce Control..");
     Note("relays to " + Remote());
+    CheckForRing();
     askController_();
   };
   events.ControlRefused = [this](const std::string& controller) {
@@ -52,6 +55,32 @@ uNetControlClient::Events BounceRelay::MakeEvents() {
   return events;
 }
 
+RingCheck::Events BounceRelay::MakeRingEvents() {
+  RingCheck::Events events;
+  events.Send = [this](std::string_view line) { client_.Send(line); };
+  events.RingFound = [this] {
+    NoteSeldom(ringFound_, "what it relays to " + Remote() + " comes back from its controller '" +
+                               controllerName() + "': what that one sends is not relayed");
+  };
+  events.RingEnded = [this] {
+    NoteSeldom(ringEnded_, "what it relays to " + Remote() + " no longer comes back: it relays all again");
+  };
+  return events;
+}
+
+bool BounceRelay::ControllerRelays() const {
+  return controllerName && controllerName().starts_with(kRelayName);
+}
+
+void BounceRelay::CheckForRing() {
+  ring_.Stop();
+  if (HasControl() && ControllerRelays()) ring_.Begin();
+}
+
+void BounceRelay::ControllerTookControl() {
+  CheckForRing();
+}
+
 std::string BounceRelay::Remote() const {
   return OneLine(host_) + ", control port " + std::to_string(port_);
 }
@@ -60,11 +89,11 @@ void BounceRelay::ApplySettings() {
   const ServiceSettings& settings = service_.settings;
   if (!settings.UseBounce) return Close();
   const std::string_view name = TrimBlanks(settings.ServiceName);
-  const std::string controllerName = "ZEB." + std::string(name.substr(0, name.find(' ')));
+  const std::string controllerName = std::string(kRelayName) + std::string(name.substr(0, name.find(' ')));
   const bool same = inUse_ && host_ == settings.BounceServer && port_ == settings.BouncePort &&
                     controllerName_ == controllerName;
   inUse_ = true;
-  if (same && client_.CurrentState() == uNetControlClient::State::kHasControl) return;
+  if (same && HasControl()) return;
   host_ = settings.BounceServer;
   port_ = settings.BouncePort;
   controllerName_ = controllerName;
@@ -73,6 +102,7 @@ void BounceRelay::ApplySettings() {
 
 void BounceRelay::ConnecttoZEBBounce() {
   retry_.Stop();
+  ring_.Stop();
   if (host_.empty() || port_ < 1 || port_ > kHighestControlPort) {
     client_.Disconnect();
     Show("Bounce Disconnected..");
@@ -84,20 +114,33 @@ void BounceRelay::ConnecttoZEBBounce() {
 
 void BounceRelay::Close() {
   retry_.Stop();
+  ring_.Stop();
   client_.Disconnect();
   lastNote_.clear();
   if (std::exchange(inUse_, false)) Show("");
 }
 
-bool BounceRelay::Relay(std::string_view line) {
-  if (client_.CurrentState() != uNetControlClient::State::kHasControl) return false;
+bool BounceRelay::Relay(std::string_view line, bool fromController) {
+  if (!HasControl()) return false;
+  if (fromController && ControllerRelays()) {
+    const std::optional<std::string> passedOn = ring_.LineToPassOn(line);
+    return passedOn && Send(*passedOn);
+  }
+  return Send(line);
+}
+
+bool BounceRelay::Send(std::string_view line) {
   client_.Send(line);
-  if (client_.CurrentState() == uNetControlClient::State::kHasControl) return true;
+  if (HasControl()) {
+    ring_.Relayed(line);
+    return true;
+  }
   Show("Bounce Disconnected.. (the remote does not take the information)");
   return false;
 }
 
 void BounceRelay::RetryLater() {
+  ring_.Stop();
   Environment& environment = service_.environment();
   std::int32_t seconds = 0;
   try {
@@ -117,6 +160,12 @@ void BounceRelay::Show(const std::string& text) {
 void BounceRelay::Note(const std::string& text) {
   if (std::exchange(lastNote_, text) == text) return;
   service_.environment().person.Note(service_.settings.ServiceName + ": " + text);
+}
+
+void BounceRelay::NoteSeldom(RepeatedNote& kind, const std::string& text) {
+  Environment& environment = service_.environment();
+  if (const auto more = kind.Next(environment.loop.Monotonic()))
+    environment.person.Note(service_.settings.ServiceName + ": " + text + *more);
 }
 
 }  // namespace zeb

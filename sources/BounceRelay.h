@@ -5,6 +5,9 @@
 // acted upon. A link that is lost stays so until settings are applied, unless the root value
 // "BounceRetrySeconds" is above 0. The remote never holds the service up: one that leaves more than
 // uNetControlClient::kMaxUnsentBytes unread is disconnected.
+//
+// Services that relay to each other in a ring are found out (RingCheck): then what the controller sends,
+// which is the ring's other end, is not relayed any more, and what begins here still is.
 #pragma once
 
 #include <functional>
@@ -13,6 +16,8 @@
 
 #include "core/clsZEBService.h"
 #include "sources/ItemIntake.h"
+#include "diagnostics/RepeatedNote.h"
+#include "sources/RingCheck.h"
 #include "sources/uNetControlClient.h"
 
 namespace zeb {
@@ -28,15 +33,26 @@ class BounceRelay {
   void Close();
   bool PanelVisible() const { return inUse_; }  // while UseBounce is on
 
-  // False: the link has no control, or has just been given up, and the line was not relayed.
-  bool Relay(std::string_view line);
+  // The name of the service's present controller; "" or unset: none.
+  std::function<std::string()> controllerName;
+  void ControllerTookControl();
+
+  // False: the line was not relayed: the link has no control, or has just been given up, or the line has gone
+  // round.
+  bool Relay(std::string_view line, bool fromController);
 
  private:
   uNetControlClient::Events MakeEvents();
+  RingCheck::Events MakeRingEvents();
+  bool HasControl() const { return client_.CurrentState() == uNetControlClient::State::kHasControl; }
+  bool ControllerRelays() const;
+  void CheckForRing();
   void ConnecttoZEBBounce();
   void Show(const std::string& text);
   // A journal line, unless it is the same again: a remote that is away for days is told of once.
   void Note(const std::string& text);
+  void NoteSeldom(RepeatedNote& kind, const std::string& text);
+  bool Send(std::string_view line);
   std::string Remote() const;
   void RetryLater();
 
@@ -47,7 +63,9 @@ class BounceRelay {
   std::string host_, controllerName_;
   std::int32_t port_ = 0;
   std::string lastNote_;
+  RepeatedNote ringFound_, ringEnded_;
   Timer retry_;
+  RingCheck ring_;
   uNetControlClient client_;
 };
 

@@ -9,6 +9,8 @@
 #include "text/Encodings.h"
 #include "text/HexEscapes.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 
@@ -17,15 +19,6 @@ namespace {
 constexpr const char* kWaiting = "Information Update received, waiting..";
 constexpr const char* kUpdating = "Information Update received, Updating..";
 constexpr const char* kForcing = "Forcing Information Update, waiting..";
-
-struct Words {
-  std::string_view first, rest;
-};
-Words CutFirstWord(std::string_view text) {
-  const std::size_t blank = text.find(' ');
-  if (blank == std::string_view::npos) return {text, {}};
-  return {text.substr(0, blank), text.substr(blank + 1)};
-}
 
 std::string UpperCaseAscii(std::string_view text) {
   std::string upper(text);
@@ -48,16 +41,6 @@ clsZEBItemInfo EmptyItem(int slot) {
   return item;
 }
 
-std::vector<std::string_view> SplitAtCommas(std::string_view text) {
-  std::vector<std::string_view> elements;
-  while (true) {
-    const std::size_t comma = text.find(',');
-    elements.push_back(text.substr(0, comma));
-    if (comma == std::string_view::npos) return elements;
-    text.remove_prefix(comma + 1);
-  }
-}
-
 // The two debug lines around the handling of a message, which stand with the message's text.
 class MessageTrace {
  public:
@@ -78,18 +61,18 @@ ControlLink::ControlLink(ItemIntake& intake, CartStore& carts) : intake_(intake)
 
 void ControlLink::MessageFromController(int connectionIndex, std::string_view line) {
   const MessageTrace trace(connectionIndex, line);
-  Relay(line);
+  Relay(connectionIndex, line);
   try {
-    const Words words = CutFirstWord(line);
-    Dispatch(UpperCaseAscii(words.first), words.rest);
+    const FirstWord words = CutFirstWord(line);
+    Dispatch(UpperCaseAscii(words.word), words.rest);
   } catch (const std::exception&) {
     ReportException("handling a message from the controller", true);
   }
 }
 
-void ControlLink::Relay(std::string_view line) {
+void ControlLink::Relay(int connectionIndex, std::string_view line) {
   try {
-    if (relay && relay(line)) DebugLine("Bouncing to Client ZEB");
+    if (relay && relay(connectionIndex, line)) DebugLine("Bouncing to Client ZEB");
   } catch (const std::exception&) {
     ReportException("bouncing a message", true);
   }
@@ -166,9 +149,9 @@ void ControlLink::HandleShow(std::string_view arguments) {
 }
 
 void ControlLink::HandleBulkLoad(std::string_view arguments) {
-  const Words log = CutFirstWord(arguments);
-  if (!EqualIgnoringAsciiCase(log.first, "LOG") || log.rest.empty()) return;
-  const std::vector<std::string_view> elements = SplitAtCommas(log.rest);
+  const FirstWord log = CutFirstWord(arguments);
+  if (!EqualIgnoringAsciiCase(log.word, "LOG") || log.rest.empty()) return;
+  const std::vector<std::string_view> elements = SplitAt(log.rest, ",");
   if (!EqualIgnoringAsciiCase(elements[0], "CURRENTITEMS")) return;
   const int count = static_cast<int>(elements.size()) - 1;
   const bool escaped = count > 0 && elements[1].find("Reference={22}") != std::string_view::npos;

@@ -20,8 +20,9 @@ class ControlLink {
   // One line as it came from the controller. Unknown commands are ignored.
   void MessageFromController(int connectionIndex, std::string_view line);
 
-  // Called with every message before it is handled here; false or unset: not relayed.
-  std::function<bool(std::string_view line)> relay;
+  // Called with every message before it is handled here; false or unset: not relayed. Connection index 0: the
+  // message did not come from the controller.
+  std::function<bool(int connectionIndex, std::string_view line)> relay;
   // Called for CURRENTITEM_NEAREND; the window runs the service's cue in a task.
   std::function<void()> currentItemNearEnd;
 
@@ -31,7 +32,7 @@ class ControlLink {
   using SetItem = void (ItemIntake::*)(const clsZEBItemInfo* item, bool updateNow);
   static SetItem SetterFor(std::string_view slot);  // null: no slot of that name
 
-  void Relay(std::string_view line);
+  void Relay(int connectionIndex, std::string_view line);
   void Dispatch(const std::string& command, std::string_view arguments);
   bool HandleItem(std::string_view command, std::string_view arguments);
   void HandleClear(std::string_view command);

@@ -8,10 +8,10 @@
 #include "diagnostics/hxGeneral.h"
 #include "sources/MessageIndex.h"
 #include "templates/ZEB_Class_Functions.h"
-#include "text/Encodings.h"
 #include "text/HexEscapes.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 
@@ -245,18 +245,6 @@ class MessageWriter {
 };
 
 }  // namespace
-
-std::string ParameterValue(std::string_view arguments, std::string_view key) {
-  for (std::size_t at = 0; at < arguments.size();) {
-    if (arguments.size() - at > key.size() && arguments[at + key.size()] == '=' &&
-        EqualIgnoringAsciiCase(arguments.substr(at, key.size()), key))
-      return DecodeValue(RawValueAt(arguments, at + key.size() + 1));
-    const std::size_t blank = arguments.find(' ', at);
-    if (blank == std::string_view::npos) break;
-    at = blank + 1;
-  }
-  return {};
-}
 
 bool ParseItemMessage(std::string_view message, ItemIntake& intake, CartStore& carts, clsZEBItemInfo& item) {
   try {

@@ -13,11 +13,6 @@
 
 namespace zeb {
 
-// The value of one parameter in a command's arguments: found without regard to case at the start or after a
-// blank; in double quotes it runs to the next double quote (or the end), else to the next blank. Its escapes
-// are undone and it is decoded. "" when absent.
-std::string ParameterValue(std::string_view arguments, std::string_view key);
-
 // Reads the message over `item` (which a Promote key first makes a copy of another slot's item, emptying that
 // slot through the intake). False when it cannot be read as an item.
 bool ParseItemMessage(std::string_view message, ItemIntake& intake, CartStore& carts, clsZEBItemInfo& item);

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "text/Encodings.h"
-#include "text/HexEscapes.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 
@@ -57,27 +56,10 @@ constexpr bool SameKey(std::string_view a, std::string_view b) {
   return true;
 }
 
-bool IsPlain(std::string_view raw) {
-  bool plain = true;
-  for (const char c : raw) plain &= (static_cast<unsigned char>(c) < 0x80) & (c != '{');
-  return plain;
-}
-
 }  // namespace
 
 std::string_view MessageKeyName(MessageKey key) {
   return kNames[static_cast<std::size_t>(key)];
-}
-
-std::string_view RawValueAt(std::string_view message, std::size_t start) {
-  if (start >= message.size()) return {};
-  const char end = message[start] == '"' ? '"' : ' ';
-  if (end == '"') ++start;
-  return message.substr(start, message.find(end, start) - start);
-}
-
-std::string DecodeValue(std::string_view raw) {
-  return IsPlain(raw) ? std::string(raw) : DecodeLenient(UndoHexEscapes(raw));
 }
 
 MessageIndex::MessageIndex(std::string_view message) : message_(message) {

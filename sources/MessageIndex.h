@@ -55,11 +55,6 @@ inline constexpr int kMaxPictures = 1000;
 
 std::string_view MessageKeyName(MessageKey key);
 
-// The value that starts at `start`: in double quotes to the next one (or the end), else to the next blank.
-std::string_view RawValueAt(std::string_view message, std::size_t start);
-// Its escapes undone and decoded.
-std::string DecodeValue(std::string_view raw);
-
 class MessageIndex {
  public:
   explicit MessageIndex(std::string_view message);

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -133,10 +134,8 @@ PeerRanges PeerRanges::Default() {
 PeerRanges PeerRanges::Parse(std::string_view list, std::vector<std::string>& badEntries) {
   PeerRanges peers;
   bool any = false;
-  while (!list.empty()) {
-    const std::size_t comma = std::min(list.find(','), list.size());
-    const std::string_view entry = TrimBlanks(list.substr(0, comma));
-    list.remove_prefix(std::min(comma + 1, list.size()));
+  for (const std::string_view piece : SplitAt(list, ",")) {
+    const std::string_view entry = TrimBlanks(piece);
     if (entry.empty()) continue;
     any = true;
     if (const auto range = ParseRange(entry))

@@ -8,6 +8,7 @@
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/SharedTime.h"
 
@@ -18,17 +19,6 @@ constexpr std::int32_t kTypeCart = 2, kTypeLink = 3, kTypeSpot = 4, kTypeSong = 
 
 std::string Decoded(std::string_view bytes) {
   return DecodeFile(bytes, DetectFileEncoding(bytes));
-}
-
-// Calls `take` with each piece of the text between CR LF, LF or CR, also with the last and an empty one.
-template <class Take>
-void ForEachLine(std::string_view text, const Take& take) {
-  while (true) {
-    const std::size_t end = text.find_first_of("\r\n");
-    take(text.substr(0, end));
-    if (end == std::string_view::npos) return;
-    text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
-  }
 }
 
 void JoinArtists(clsZEBItemInfo& item) {

@@ -8,6 +8,7 @@
 #include "templates/ZEB_Class_Functions.h"
 #include "text/HexEscapes.h"
 #include "text/Numbers.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 

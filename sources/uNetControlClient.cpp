@@ -4,9 +4,10 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
-#include "sources/LineSplitter.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/LineSplitter.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
 
@@ -88,16 +89,13 @@ struct uNetControlClient::Impl : std::enable_shared_from_this<Impl> {
   }
 
   void HandleLine(std::string_view line) {
-    const std::size_t blank = line.find(' ');
-    const std::string_view command = line.substr(0, blank);
+    const FirstWord words = CutFirstWord(line);
     if (EqualIgnoringAsciiCase(line, "NET_CONTROL_GRANTED")) {
       state = State::kHasControl;
       Raise(events.ControlGranted);
-    } else if (EqualIgnoringAsciiCase(command, "NET_CONTROL_REFUSED")) {
+    } else if (EqualIgnoringAsciiCase(words.word, "NET_CONTROL_REFUSED")) {
       state = State::kRefused;
-      const std::string_view by =
-          blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1);
-      Raise<const std::string&>(events.ControlRefused, DecodeLenient(TrimBlanks(by)));
+      Raise<const std::string&>(events.ControlRefused, DecodeLenient(TrimBlanks(words.rest)));
     } else if (EqualIgnoringAsciiCase(line, "NET_CONTROL_ENDED")) {
       EndControl();
     } else if (EqualIgnoringAsciiCase(line, "NET_CONTROL_REQUIRED")) {

@@ -5,12 +5,14 @@
 #include <exception>
 #include <utility>
 
+#include "diagnostics/RepeatedNote.h"
 #include "diagnostics/hxGeneral.h"
-#include "sources/LineSplitter.h"
+#include "sources/ControlNotes.h"
 #include "sources/PeerRanges.h"
-#include "sources/RepeatedNote.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/LineSplitter.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
 
@@ -22,12 +24,17 @@ constexpr std::size_t kMaxConnections = 32;
 constexpr std::size_t kMaxUnsentBytes = 1024 * 1024;
 constexpr std::size_t kMaxNameCharacters = 64;
 constexpr std::string_view kLogon = "NET_CONTROL_LOGON";
+// How long a connection without control keeps its place when others want one.
+constexpr Duration kIdleTime = std::chrono::seconds(30);
+// How long one that found no place has to log on.
+constexpr Duration kLogonTime = std::chrono::seconds(5);
 
 struct Client {
   std::unique_ptr<TcpConnection> connection;
   LineSplitter lines;
   std::string name;  // as it gave itself
-  int index = 0;
+  int index = 0;     // from 1; 0: it has no place yet
+  MonotonicTime since{}, heard{};
   bool open = true;  // false: dropped; kept only until its handler returns
 
   std::string DisplayName() const { return name.empty() ? connection->PeerAddress() : name; }
@@ -47,8 +54,11 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   PeerRanges allowed;
   std::array<ClientPtr, kMaxConnections> clients;  // a client's index is its place here, from 1
   ClientPtr controller;
+  ClientPtr newcomer;  // found every place taken; gets one if it takes control
+  Timer newcomerTime;
   std::string reportedBadPeers, reportedListenFailure;
-  RepeatedNote notAllowed, tooMany, lineTooLong, notReading;
+  RepeatedNote notAllowed, tooMany, displaced, lineTooLong, notReading;
+  ControlNotes controlNotes{environment.loop, [this](const std::string& text) { Note(text); }};
   bool destroyed = false;
 
   // ---- Journal
@@ -107,12 +117,8 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   void Close() {
     const auto keep = shared_from_this();
     listener.reset();
-    for (ClientPtr& slot : clients) {
-      const ClientPtr client = slot;
-      if (!client) continue;
-      client->connection->Close();
-      Drop(client);
-    }
+    CloseConnection(newcomer);
+    for (const ClientPtr& slot : clients) CloseConnection(slot);
   }
 
   // ---- Connections
@@ -123,14 +129,8 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
       NoteSeldom(notAllowed, "turned away " + address + ", which ControlAllowedPeers does not name");
       return;
     }
-    const auto slot = std::find(clients.begin(), clients.end(), nullptr);
-    if (slot == clients.end()) {
-      NoteSeldom(tooMany,
-                 "turned away " + address + ", since " + std::to_string(kMaxConnections) + " are connected");
-      return;
-    }
     const auto client = std::make_shared<Client>();
-    client->index = static_cast<int>(slot - clients.begin()) + 1;
+    client->since = client->heard = environment.loop.Monotonic();
     client->connection = std::move(connection);
     client->connection->onData = [weak = weak_from_this(),
                                   from = std::weak_ptr<Client>(client)](std::string_view bytes) {
@@ -143,7 +143,58 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
       const auto sender = from.lock();
       if (state && sender) state->Drop(sender);
     };
-    *slot = client;
+    if (const ClientPtr idle = AllTaken() ? LongestIdle(kIdleTime) : nullptr)
+      Displace(idle, "which had not taken control within 30 s");
+    if (AllTaken())
+      LetWait(client);
+    else
+      GivePlace(client);
+  }
+
+  bool AllTaken() const { return std::find(clients.begin(), clients.end(), nullptr) == clients.end(); }
+
+  // A client's index is its place, from 1.
+  void GivePlace(const ClientPtr& client) {
+    const auto place = std::find(clients.begin(), clients.end(), nullptr);
+    client->index = static_cast<int>(place - clients.begin()) + 1;
+    *place = client;
+  }
+
+  // Of those without control that have been here for `time`, the one that has been silent for longest.
+  ClientPtr LongestIdle(Duration time) const {
+    const MonotonicTime before = environment.loop.Monotonic() - time;
+    ClientPtr idle;
+    for (const ClientPtr& client : clients)
+      if (client && client != controller && client->since <= before && (!idle || client->heard < idle->heard))
+        idle = client;
+    return idle;
+  }
+
+  void Displace(const ClientPtr& client, const std::string& why) {
+    NoteSeldom(displaced, "closed the connection to " + client->connection->PeerAddress() + ", " + why +
+                              ", for another; " + std::to_string(kMaxConnections) + " are connected");
+    CloseConnection(client);
+  }
+
+  // All places are taken by connections that are new. Only the latest waits beyond them, so that whoever logs
+  // on at once is heard, however many keep coming.
+  void LetWait(const ClientPtr& client) {
+    TurnAwayNewcomer();
+    newcomer = client;
+    newcomerTime = environment.loop.After(kLogonTime, [this] { TurnAwayNewcomer(); });
+  }
+
+  void TurnAwayNewcomer() {
+    if (!newcomer) return;
+    NoteSeldom(tooMany, "turned away " + newcomer->connection->PeerAddress() + ", since " +
+                            std::to_string(kMaxConnections) + " are connected");
+    CloseConnection(newcomer);
+  }
+
+  void CloseConnection(ClientPtr client) {
+    if (!client) return;
+    client->connection->Close();
+    Drop(client);
   }
 
   void OnData(const ClientPtr& client, std::string_view bytes) {
@@ -165,6 +216,11 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   void Drop(const ClientPtr& client) {
     if (!client->open) return;
     client->open = false;
+    if (client == newcomer) {
+      newcomer.reset();
+      newcomerTime.Stop();
+      return;
+    }
     clients[static_cast<std::size_t>(client->index) - 1].reset();
     if (client == controller) EndControl();
   }
@@ -182,11 +238,10 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   // ---- Commands
 
   void HandleLine(const ClientPtr& client, std::string_view line) {
-    const std::size_t blank = line.find(' ');
-    if (EqualIgnoringAsciiCase(line.substr(0, blank), kLogon)) {
-      LogOn(client, blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1));
-      return;
-    }
+    client->heard = environment.loop.Monotonic();
+    const FirstWord words = CutFirstWord(line);
+    if (EqualIgnoringAsciiCase(words.word, kLogon)) return LogOn(client, words.rest);
+    if (client == newcomer) return TurnAwayNewcomer();
     if (HandleQuestion(client, line)) return;
     if (client != controller) {
       SendLine(client, "NET_CONTROL_REQUIRED");
@@ -200,24 +255,41 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
 
   void LogOn(const ClientPtr& client, std::string_view givenName) {
     client->name = OneLine(DecodeLenient(TrimBlanks(givenName)), kMaxNameCharacters);
-    if (controller && client != controller) {
+    if (controller && client != controller && !ComesAgain(client)) {
       SendLine(client, "NET_CONTROL_REFUSED " + controller->DisplayName());
       return;
     }
-    const bool isNew = !controller;
-    controller = client;
+    const ClientPtr old = std::exchange(controller, client);
+    if (old && old != client) {
+      SendLine(old, "NET_CONTROL_ENDED");
+      CloseConnection(old);
+    }
+    if (client == newcomer) GiveNewcomerPlace();
     SendLine(client, "NET_CONTROL_GRANTED");
-    if (!isNew || client != controller) return;
+    if (old == client || client != controller) return;
     const std::string name = client->DisplayName();
-    Note("'" + name + "' (" + client->connection->PeerAddress() + ") took control");
+    controlNotes.Took(name, client->connection->PeerAddress(),
+                      old ? " took control on a new connection; its old one was closed" : " took control");
     if (events.ControllerTookControl) events.ControllerTookControl(name);
   }
 
+  // Whether this is the controller on a new connection, which has noticed before us that the old one is dead.
+  bool ComesAgain(const ClientPtr& client) const {
+    return !client->name.empty() && client->name == controller->name &&
+           client->connection->PeerAddress() == controller->connection->PeerAddress();
+  }
+
+  void GiveNewcomerPlace() {
+    const ClientPtr client = std::exchange(newcomer, nullptr);
+    newcomerTime.Stop();
+    if (AllTaken()) Displace(LongestIdle(Duration::zero()), "which had not taken control");
+    GivePlace(client);
+  }
+
   void EndControl() {
-    const std::string name = controller->DisplayName();
-    controller.reset();
+    const ClientPtr old = std::exchange(controller, nullptr);
     if (destroyed) return;
-    Note("'" + name + "' no longer has control");
+    controlNotes.Ended(old->DisplayName(), old->connection->PeerAddress());
     if (events.ControlEnded) events.ControlEnded();
   }
 

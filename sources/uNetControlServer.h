@@ -1,6 +1,11 @@
 // uNetControlServer: the server side of the network control component: a line protocol over TCP in which one
 // client at a time may be the controller.
 //
+// At most 32 connections have a place. When all are taken, one that has been without control for 30 s makes
+// room for the next; when all are newer, the latest to come is kept waiting beyond them for 5 s, and gets a
+// place by taking control. So connections that do nothing never keep the playout system out. A log-on with
+// the controller's own name from its own address takes control over at once: the old connection is dead.
+//
 // Owned by the service window. It knows nothing of items: it hands the controller's lines on. An event may
 // close or destroy the server. Destroying it raises no events.
 #pragma once

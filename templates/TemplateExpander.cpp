@@ -5,7 +5,7 @@
 #include "templates/SectionCondition.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
-#include "text/UrlEncode.h"
+#include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
 namespace zeb {

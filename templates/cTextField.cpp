@@ -1,10 +1,12 @@
 #include "templates/cTextField.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
 #include "templates/ConfigFile.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -13,7 +15,7 @@ namespace {
 constexpr auto kNone = std::string_view::npos;
 
 // The content of the n-th table cell; empty when there is none. A cell that is not closed ends where the next
-// one begins.
+// one begins, or with its row.
 std::string_view TableCell(std::string_view text, std::int32_t number) {
   std::size_t at = 0;
   for (std::int32_t i = 1;; ++i) {
@@ -25,10 +27,10 @@ std::string_view TableCell(std::string_view text, std::int32_t number) {
   const std::size_t begin = text.find('>', at);
   if (begin == kNone) return {};
   text.remove_prefix(begin + 1);
-  const std::size_t end = FindIgnoringAsciiCase(text, "</td");
-  const std::size_t next = FindIgnoringAsciiCase(text.substr(0, end), "<td");
-  if (end == kNone && next == kNone) return {};
-  return text.substr(0, next == kNone ? end : next);
+  std::size_t end = kNone;
+  for (const std::string_view mark : {"</td", "<td", "</tr", "<tr", "</table"})
+    end = std::min(end, FindIgnoringAsciiCase(text.substr(0, end), mark));
+  return end == kNone ? std::string_view() : text.substr(0, end);
 }
 
 std::string ReplaceByBlank(std::string_view text, std::string_view what) {
@@ -37,16 +39,6 @@ std::string ReplaceByBlank(std::string_view text, std::string_view what) {
   for (std::size_t at; (at = FindIgnoringCase(text, what, from, &end)) != kNone; from = end)
     result.append(text.substr(from, at - from)) += ' ';
   return result.append(text.substr(from));
-}
-
-std::vector<std::string> SplitAtCommas(std::string_view list) {
-  std::vector<std::string> entries;
-  while (true) {
-    const std::size_t comma = list.find(',');
-    entries.emplace_back(list.substr(0, comma));
-    if (comma == kNone) return entries;
-    list.remove_prefix(comma + 1);
-  }
 }
 
 struct IntegerKey {
@@ -159,8 +151,10 @@ void cTextField::ReadFromConfig(const IniFile& file, std::string_view section, s
       this->*integer.field = value;
   if (auto text = file.Text(section, start + ".Prefix"); text && !text->empty()) SetRawPrefix(*text);
   if (auto text = file.Text(section, start + ".Suffix"); text && !text->empty()) SetRawSuffix(*text);
-  if (auto text = file.Text(section, start + ".ReplaceWithSpaces"); text && !text->empty())
-    ReplaceWithSpaces = SplitAtCommas(*text);
+  if (auto text = file.Text(section, start + ".ReplaceWithSpaces"); text && !text->empty()) {
+    const auto entries = SplitAt(*text, ",");
+    ReplaceWithSpaces.assign(entries.begin(), entries.end());
+  }
 }
 
 Outcome cTextField::ReadFromConfigFile(FileSystem& files, const std::string& fileName,

@@ -1,11 +1,11 @@
 #include "outputs/dab/clsZEBDABOutput.h"
 
-#include <exception>
 #include <utility>
 
+#include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
+#include "outputs/labels/LabelWords.h"
 #include "outputs/wire/WireCharacters.h"
-#include "outputs/wire/WireLog.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
@@ -18,96 +18,83 @@ using namespace std::chrono_literals;
 
 constexpr Duration kStateLimit = 3s;
 constexpr Duration kConnectLimit = 0s;  // deliberate: the wait ends at its first check
+constexpr Duration kAnswerLimit = 3s;   // for the server to take a label or refuse it
 constexpr std::int32_t kHighestTcpPort = 65535;
 constexpr const char* kSettingsKey = "\\DAB";
 constexpr const char* kNoControlObject = "no Control Object";
 using Client = DABClientControl;
 
+using S = DABSettings;
+constexpr SettingRow<S> kRows[] = {
+    {"ServerName", &S::ServerName},         {"ServerPort", &S::ServerPort},
+    {"ServiceName", &S::ServiceName},       {"ServicePassword", &S::ServicePassword, StoredAs::kText, true},
+    {"PollSeconds", &S::PollSeconds},       {"SimpleTextFormat", &S::simpleText},
+    {"AppendCharsFormat", &S::append},      {"DefaultText", &S::DefaultText},
+    {"AlternateStrings", &S::alternates},   {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
+    {"MaxNumberChars", &S::MaxNumberChars}, {"CharacterSet", &S::characterSet},
+};
+constexpr SettingTable<S> kTable = kRows;
+
 }  // namespace
+
+clsZEBDABOutput::~clsZEBDABOutput() {
+  if (client_) client_->onLost = nullptr;
+}
 
 // ---- Settings
 
 void clsZEBDABOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  const auto text = [&](const char* name, std::string_view byDefault) {
-    return hive.ReadText(key, name + k, std::string(byDefault));
-  };
-  ServerName = text("ServerName", "");
-  ServerPort = text("ServerPort", "4000");
-  ServiceName = text("ServiceName", "");
-  ServicePassword = text("ServicePassword", "");
-  PollSeconds = LeadingInteger(text("PollSeconds", "20"));
-  simpleTextFormat_ = formats.simpleText = text("SimpleTextFormat", kDefaultSimpleTextFormat);
-  formats.append = text("AppendCharsFormat", "");
-  DefaultText = text("DefaultText", "");
-  formats.alternates = text("AlternateStrings", "");
-  formats.alternatesWhenEmpty = LeadingInteger(text("AlternateStringsWhenEmpty", "1")) != 0;
-  MaxNumberChars = text("MaxNumberChars", "");
-  characterSet = CharacterSetByName(text("CharacterSet", ""), CharacterSet::kUtf8);
+  ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+               std::to_string(outputIndex), kTable, settings);
+  simpleTextFormat_ = settings.simpleText;
   SetStatus(kStatusOK);
 }
 
 void clsZEBDABOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  const auto write = [&](const char* name, const std::string& text) { hive.WriteText(key, name + k, text); };
-  write("ServerName", ServerName);
-  write("ServerPort", ServerPort);
-  write("ServiceName", ServiceName);
-  write("ServicePassword", ServicePassword);
-  write("PollSeconds", std::to_string(PollSeconds));
-  write("SimpleTextFormat", formats.simpleText);
-  write("AppendCharsFormat", formats.append);
-  write("DefaultText", DefaultText);
-  write("AlternateStrings", formats.alternates);
-  write("AlternateStringsWhenEmpty", formats.alternatesWhenEmpty ? "1" : "0");
-  write("MaxNumberChars", MaxNumberChars);
-  write("CharacterSet", std::string(CharacterSetName(characterSet)));
+  WriteSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+                std::to_string(outputIndex), kTable, settings);
+}
+
+std::string clsZEBDABOutput::SettingsText() const {
+  return zeb::SettingsText(kTable, settings);
 }
 
 std::string clsZEBDABOutput::Detail() const {
-  return CleanForFileName(ServiceName);
+  return CleanForFileName(settings.ServiceName);
 }
 
 std::string clsZEBDABOutput::GetInformationString() const {
-  return ServerName + " (" + Detail() + ")";
+  return settings.ServerName + " (" + Detail() + ")";
 }
 
 std::uint16_t clsZEBDABOutput::PortNumber() const {
-  const std::int32_t port = LeadingInteger(ServerPort);
+  const std::int32_t port = LeadingInteger(settings.ServerPort);
   return static_cast<std::uint16_t>(port >= 1 && port <= kHighestTcpPort ? port : 0);
 }
 
 // ---- State
 
-// A label that was refused shows as soon as the server has said so, since sending does not wait for it.
-std::int32_t clsZEBDABOutput::Status() {
-  const std::int32_t status = clsZEBTemplate::Status();
-  return status == kStatusOK && client_ && !client_->LastError().empty() ? kStatusError : status;
-}
-
-std::vector<clsZEBTemplate::Problem> clsZEBDABOutput::Problems() const {
-  if (client_ && !client_->LastError().empty()) return {{"", client_->LastError()}};
-  return clsZEBTemplate::Problems();
+void clsZEBDABOutput::Fail(std::string problem) {
+  problem_ = std::move(problem);
+  SetStatus(kStatusError);
 }
 
 bool clsZEBDABOutput::StartOutput(std::shared_ptr<Control> control) {
   const Trace trace("DAB.StartOutput");
+  run_.Next();
   client_ = std::dynamic_pointer_cast<DABClientControl>(control);
   control_ = std::move(control);
   problem_.clear();
   if (!client_) {
-    problem_ = "this program has no DAB client";
-    SetStatus(kStatusError);
+    Fail("this program has no DAB client");
     trace.ExitAs(kNoControlObject);
     return false;
   }
+  client_->onLost = [this] { OnConnectionLost(); };
   if (client_->CurrentState() != Client::kClosed) {
-    const bool same = client_->CurrentState() == Client::kLoggedOn && client_->Server() == ServerName &&
-                      client_->Port() == PortNumber() && client_->Service() == ServiceName;
+    const bool same = client_->CurrentState() == Client::kLoggedOn &&
+                      client_->Server() == settings.ServerName && client_->Port() == PortNumber() &&
+                      client_->Service() == settings.ServiceName;
     if (same) {
       DebugLine("Already Connected");
     } else {
@@ -120,8 +107,12 @@ bool clsZEBDABOutput::StartOutput(std::shared_ptr<Control> control) {
 
 bool clsZEBDABOutput::StopOutput() {
   const Trace trace("DAB.StopOutput");
-  DebugLine("Closing Connection to ", ServerName);
-  if (client_) client_->Close();
+  DebugLine("Closing Connection to ", settings.ServerName);
+  run_.Next();
+  if (client_) {
+    client_->onLost = nullptr;
+    client_->Close();
+  }
   client_.reset();
   control_.reset();
   problem_.clear();
@@ -129,30 +120,27 @@ bool clsZEBDABOutput::StopOutput() {
   return true;
 }
 
+// A server that was restarted has no label until it is sent one.
+void clsZEBDABOutput::OnConnectionLost() {
+  Fail(client_->LastError());
+  DebugLine("DAB: connection lost: ", problem_);
+  if (const auto tell = onShownLost) tell();
+}
+
 bool clsZEBDABOutput::WaitForState(std::int32_t state, Duration limit) {
+  const Epoch::Mark mine = run_.Now();
   environment_.loop.WaitUntil(
-      [this, state] {
-        if (!client_) return true;
+      [this, state, &mine] {
+        if (!mine.Holds() || !client_) return true;
         const std::int32_t now = client_->CurrentState();
         // A connection that has failed will not get any further.
         return state == Client::kClosed ? now == state : now >= state || now == Client::kClosed;
       },
       limit);
-  return client_ != nullptr;
+  return mine.Holds() && client_;
 }
 
 bool clsZEBDABOutput::PrepareOutput(const SnapshotPtr&) {
-  try {
-    return Prepare();
-  } catch (const std::exception& error) {
-    problem_ = error.what();
-    SetStatus(kStatusError);
-    ReportException("connecting to the DAB server", true);
-    return false;
-  }
-}
-
-bool clsZEBDABOutput::Prepare() {
   const Trace trace("DAB.PrepareOutput");
   const auto noControl = [&trace] {
     trace.ExitAs(kNoControlObject);
@@ -188,7 +176,7 @@ bool clsZEBDABOutput::Prepare() {
 void clsZEBDABOutput::ConnectToDABServer() {
   const Trace trace("DAB.ConnectToDABServer");
   if (!client_) return trace.ExitAs(kNoControlObject);
-  DebugLine(client_->Connect(ServerName, PortNumber()) ? "Connected OK" : "Failed to Connect");
+  DebugLine(client_->Connect(settings.ServerName, PortNumber()) ? "Connected OK" : "Failed to Connect");
 }
 
 void clsZEBDABOutput::LoginToDABServer() {
@@ -197,7 +185,7 @@ void clsZEBDABOutput::LoginToDABServer() {
     DebugLine("Exit as not connected");
     return;
   }
-  client_->LogOn(ServiceName, ServicePassword);
+  client_->LogOn(settings.ServiceName, settings.ServicePassword);
   // The spelling is what log readers look for.
   WriteDebugLine("Finised DAB.LoginToDABServer", 5, LineKind::kFinished);
 }
@@ -205,57 +193,85 @@ void clsZEBDABOutput::LoginToDABServer() {
 // ---- Sending
 
 bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
-  try {
-    Update(*snapshot);
-  } catch (const std::exception& error) {
-    problem_ = error.what();
-    SetStatus(kStatusError);
-    ReportException("updating the DAB label", true);
-  }
-  return Status() == kStatusOK;
-}
-
-void clsZEBDABOutput::Update(const ServiceSnapshot& snapshot) {
   const Trace trace("DAB.UpdateOutput");
+  const auto exitAs = [&trace](const char* reason) {
+    trace.ExitAs(reason);
+    return false;
+  };
   if (!client_ || client_->CurrentState() != Client::kLoggedOn) {
-    const std::int32_t state = client_ ? client_->CurrentState() : std::int32_t{Client::kClosed};
-    problem_ =
-        ServerName + (state == Client::kLoggingOn ? ": no answer to the log-on"
-                                                  : ": not logged on yet; the next update tries again");
-    // While a connection is being made nothing is wrong yet.
-    SetStatus(state == Client::kClosed && client_ && client_->LastError().empty() ? kStatusConnecting
-                                                                                  : kStatusError);
-    if (Status() == kStatusConnecting) problem_.clear();
-    return trace.ExitAs("not logged on");
+    NoteNotLoggedOn();
+    return exitAs("not logged on");
   }
+  const Epoch::Mark mine = run_.Now();
+  auto found = chooser_.Candidates(settings, *snapshot, LineBreaks::kTakenOut);
+  if (!mine.Holds()) return exitAs("the output was stopped");
+  if (!found) {
+    Fail(found.Reason());
+    return exitAs("a schedule file does not answer");
+  }
+  if (client_->CurrentState() != Client::kLoggedOn) return exitAs("not logged on");  // lost meanwhile
   problem_.clear();
   SetStatus(kStatusOK);
-  std::vector<std::string> candidates = chooser_.Candidates(formats, snapshot, true);
-  UploadFileList unused;
+  std::vector<std::string>& candidates = found.Value();
   if (candidates.empty()) {
-    std::string text = WithoutLineBreaks(ExpandTemplate(DefaultText, snapshot, formats.simpleText, unused));
+    UploadFileList unused;
+    std::string text =
+        WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText, unused));
     if (!text.empty()) candidates.push_back(std::move(text));
   }
-  if (candidates.empty()) return trace.ExitAs("no strings to choose from");
-  std::string label = chooser_.Pick(candidates);
-  if (label.empty()) return trace.ExitAs("nothing to send");
-  label += ExpandTemplate(ConvertHexEscapes(formats.append), snapshot, formats.simpleText, unused);
-  label = WithoutLineBreaks(KeepToSet(label, characterSet));
-  if (const std::int32_t most = LeadingInteger(MaxNumberChars); most > 0)
-    label = std::string(CutInSet(label, characterSet, static_cast<std::size_t>(most)));
-  SendLabel(snapshot, label);
+  if (candidates.empty()) return exitAs("no strings to choose from");
+  std::string text = chooser_.Pick(candidates);
+  if (text.empty()) return exitAs("nothing to send");
+  return SendLabel(*snapshot, LabelOf(*snapshot, std::move(text)));
 }
 
-void clsZEBDABOutput::SendLabel(const ServiceSnapshot& snapshot, const std::string& label) {
+void clsZEBDABOutput::NoteNotLoggedOn() {
+  if (!client_) return;  // stopped, or it never started and has said why
+  const std::int32_t state = client_->CurrentState();
+  std::string why = client_->LastError();
+  if (state == Client::kConnecting)
+    why = settings.ServerName + " does not answer";
+  else if (state == Client::kLoggingOn)
+    why = settings.ServerName + ": no answer to the log-on";
+  else if (why.empty())
+    why = settings.ServerName + ": not logged on yet";
+  Fail(std::move(why));
+  if (state == Client::kConnecting) SetStatus(kStatusConnecting);
+}
+
+std::string clsZEBDABOutput::LabelOf(const ServiceSnapshot& snapshot, std::string text) const {
+  UploadFileList unused;
+  text += ExpandTemplate(ConvertHexEscapes(settings.append), snapshot, settings.simpleText, unused);
+  text = WithoutLineBreaks(KeepToSet(text, settings.characterSet));
+  std::string_view label = text;
+  if (const std::int32_t most = LeadingInteger(settings.MaxNumberChars); most > 0)
+    label = CutInSet(label, settings.characterSet, static_cast<std::size_t>(most));
+  // A server refuses what no label holds, and the old text would stay.
+  return std::string(FittingLabel(label));
+}
+
+bool clsZEBDABOutput::SendLabel(const ServiceSnapshot& snapshot, const std::string& label) {
   if (!snapshot.LoggingPath.empty()) {
     DebugLine("Adding to Log File");
-    static_cast<void>(AppendToWireLog(environment_, snapshot, "-DAB-(" + Detail() + ")", label));
+    log_.Append(snapshot, "-DAB-(" + Detail() + ")", label);
   }
-  const auto client = client_;  // StopOutput may have come during the wait
-  if (!client) return;
+  const auto client = client_;
   DebugLine("Sending DLS '", label, "'");
   client->SendLabel(label);
   DebugLine("Finished DLS send");
+  const Epoch::Mark mine = run_.Now();
+  const auto onLine = [&] { return client->CurrentState() == Client::kLoggedOn; };
+  const bool answered = environment_.loop.WaitUntil(
+      [&] { return !mine.Holds() || client->UnansweredLabels() == 0 || !onLine(); }, kAnswerLimit);
+  if (!mine.Holds()) return false;
+  std::string why = client->LastError();
+  if (!answered)
+    why = settings.ServerName + " has not answered to the label";
+  else if (!onLine() && why.empty())
+    why = settings.ServerName + ": the connection was closed";
+  if (why.empty()) return true;
+  Fail(std::move(why));
+  return false;
 }
 
 bool clsZEBDABOutput::FinishOutput(const SnapshotPtr&) {

@@ -7,14 +7,28 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/wire/CandidateChooser.h"
+#include "outputs/wire/WireLog.h"
 #include "platform/DABClientControl.h"
+#include "platform/Epoch.h"
 #include "text/Encodings.h"
 
 namespace zeb {
 
+struct DABSettings : WireFormats {
+  std::string ServerName;
+  std::string ServerPort = "4000";
+  std::string ServiceName, ServicePassword;
+  std::int32_t PollSeconds = 20;  // kept for the settings; the type's update interval decides
+  std::string DefaultText;
+  std::string MaxNumberChars;  // "": as many as a label holds
+  CharacterSet characterSet = CharacterSet::kUtf8;
+};
+
 class clsZEBDABOutput : public clsZEBTemplate {
  public:
-  explicit clsZEBDABOutput(Environment& environment) : clsZEBTemplate(environment), chooser_(environment) {}
+  explicit clsZEBDABOutput(Environment& environment)
+      : clsZEBTemplate(environment), chooser_(environment, lane_), log_(environment) {}
+  ~clsZEBDABOutput() override;
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
@@ -23,34 +37,32 @@ class clsZEBDABOutput : public clsZEBTemplate {
   bool FinishOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::string SettingsText() const override;
   std::string GetShortTypeDescription() const override { return "DAB"; }
   std::string GetInformationString() const override;
-  std::vector<Problem> Problems() const override;
-  std::int32_t Status() override;
 
   void ConnectToDABServer();
   void LoginToDABServer();
 
-  std::string ServerName;
-  std::string ServerPort = "4000";
-  std::string ServiceName, ServicePassword;
-  std::int32_t PollSeconds = 20;  // kept for the settings; the type's update interval decides
-  WireFormats formats;
-  std::string DefaultText;
-  std::string MaxNumberChars;  // "": no limit
-  CharacterSet characterSet = CharacterSet::kUtf8;
+  DABSettings settings;
 
  private:
   std::string Detail() const;  // of log names and the information string
   std::uint16_t PortNumber() const;
   // Waits until the state has got so far; false when the control disappeared.
   bool WaitForState(std::int32_t state, Duration limit);
-  bool Prepare();
-  void Update(const ServiceSnapshot& snapshot);
-  void SendLabel(const ServiceSnapshot& snapshot, const std::string& label);
+  void NoteNotLoggedOn();
+  // The text with what is put behind it, as one line that a label holds.
+  std::string LabelOf(const ServiceSnapshot& snapshot, std::string text) const;
+  // True once the server has taken it.
+  bool SendLabel(const ServiceSnapshot& snapshot, const std::string& label);
+  void OnConnectionLost();
+  void Fail(std::string problem);
 
   std::shared_ptr<DABClientControl> client_;
   CandidateChooser chooser_;
+  WireLog log_;
+  Epoch run_;  // from a start to the stop
 };
 
 // ---- The property dialog, without the drawing

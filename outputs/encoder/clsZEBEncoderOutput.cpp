@@ -1,15 +1,17 @@
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 
+#include <algorithm>
 #include <array>
-#include <exception>
 #include <utility>
 
+#include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -27,10 +29,19 @@ constexpr std::string_view kFixedHeaders =
     "Accept-Encoding: gzip , deflate\r\n"
     "User-Agent: Mozilla/4.0 (compatible; MSIE 5.5; Windows NT 5.0)\r\n";
 
-// How servers say no, also under a status that says yes.
-constexpr std::array<std::string_view, 8> kRefusals = {
-    "will not accept", "invalid pass", "does not exist", "invalid resource",
-    "not connected",   "authenticate", "unauthorized",   "<return>0</return>"};
+// How servers say no, also under a status that says yes. A source that is not there may come.
+struct Refusal {
+  std::string_view words;
+  bool mayPass = false;
+};
+constexpr std::array<Refusal, 8> kRefusals = {{{"will not accept"},
+                                               {"invalid pass"},
+                                               {"does not exist", true},
+                                               {"invalid resource"},
+                                               {"not connected", true},
+                                               {"authenticate"},
+                                               {"unauthorized"},
+                                               {"<return>0</return>"}}};
 
 std::string BlanksEncoded(std::string_view text) {
   std::string encoded;
@@ -39,23 +50,6 @@ std::string BlanksEncoded(std::string_view text) {
       encoded += "%20";
     else
       encoded += c;
-  }
-  return encoded;
-}
-
-std::string PercentEncoded(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  constexpr std::string_view kKept = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
-  std::string encoded;
-  for (const char byte : bytes) {
-    if (kKept.find(byte) != std::string_view::npos) {
-      encoded += byte;
-      continue;
-    }
-    const auto value = static_cast<unsigned char>(byte);
-    encoded += '%';
-    encoded += kDigits[value >> 4];
-    encoded += kDigits[value & 15u];
   }
   return encoded;
 }
@@ -70,6 +64,23 @@ std::string MessageOf(const ExchangeResult& result) {
   }
   return result.StatusLine();
 }
+
+using S = EncoderSettings;
+constexpr SettingRow<S> kRows[] = {
+    {"EncoderType", &S::EncoderType, StoredAs::kNumber},
+    {"SimpleTextFormat", &S::SimpleTextFormat},
+    {"SendEmptyStrings", &S::SendEmptyStrings},
+    {"ASDFileLocation", &S::ASDFileLocation},
+    {"WME7ComputerName", &S::WME7ComputerName},
+    {"WME7StreamIDName", &S::WME7StreamIDName},
+    {"SHOUTCastServerName", &S::SHOUTCastServerName},
+    {"SHOUTCastServerPort", &S::SHOUTCastServerPort, StoredAs::kNumber},
+    {"SHOUTCastServerPassword", &S::SHOUTCastServerPassword, StoredAs::kText, true},
+    {"CharacterSet", &S::characterSet},
+    {"IcecastMount", &S::IcecastMount},
+    {"IcecastUsername", &S::IcecastUsername},
+};
+constexpr SettingTable<S> kTable = kRows;
 
 const Failure kNotAvailable{"encoders of this kind are not available on this platform"};
 
@@ -91,9 +102,10 @@ EncoderCommand SplitCommand(std::string_view piece) {
 bool clsZEBEncoderOutput::StartOutput(std::shared_ptr<Control> control) {
   const Trace trace("Encoder.StartOutput");
   control_ = std::move(control);
-  ++starts_;
+  run_.Next();
   const Outcome started = StartEncoder();
   problem_ = started.Reason();
+  mayPass_ = started.Ok();
   return started.Ok();
 }
 
@@ -141,9 +153,10 @@ Outcome clsZEBEncoderOutput::FindMediaEncoder(EncoderAutomation& automation) {
 
 bool clsZEBEncoderOutput::StopOutput() {
   const Trace trace("Encoder.StopOutput");
+  run_.Next();
   if (auto* client = dynamic_cast<TcpClientControl*>(control_.get())) client->Close();
   control_.reset();
-  ++starts_;
+  problem_.clear();
   realProducer_.reset();
   asfEncoder_.reset();
   mediaEncoder_.reset();
@@ -210,44 +223,20 @@ std::string clsZEBEncoderOutput::GetInformationString() const {
 
 void clsZEBEncoderOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("Encoder.StoreOutputInformation");
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  hive.WriteNumber(key, "EncoderType" + k, settings.EncoderType);
-  hive.WriteText(key, "SimpleTextFormat" + k, settings.SimpleTextFormat);
-  hive.WriteText(key, "SendEmptyStrings" + k, settings.SendEmptyStrings ? "1" : "0");
-  hive.WriteText(key, "ASDFileLocation" + k, settings.ASDFileLocation);
-  hive.WriteText(key, "WME7ComputerName" + k, settings.WME7ComputerName);
-  hive.WriteText(key, "WME7StreamIDName" + k, settings.WME7StreamIDName);
-  hive.WriteText(key, "SHOUTCastServerName" + k, settings.SHOUTCastServerName);
-  hive.WriteNumber(key, "SHOUTCastServerPort" + k, settings.SHOUTCastServerPort);
-  hive.WriteText(key, "SHOUTCastServerPassword" + k, settings.SHOUTCastServerPassword);
-  hive.WriteText(key, "CharacterSet" + k, std::string(CharacterSetName(settings.characterSet)));
-  hive.WriteText(key, "IcecastMount" + k, settings.IcecastMount);
-  hive.WriteText(key, "IcecastUsername" + k, settings.IcecastUsername);
+  WriteSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+                std::to_string(outputIndex), kTable, settings);
 }
 
 void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("Encoder.GetOutputInformation");
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  EncoderSettings read;
-  read.EncoderType = hive.ReadNumber(key, "EncoderType" + k, 0);
-  read.SimpleTextFormat = hive.ReadText(key, "SimpleTextFormat" + k, read.SimpleTextFormat);
-  read.SendEmptyStrings = hive.ReadNumber(key, "SendEmptyStrings" + k, 0) != 0;
-  read.ASDFileLocation = hive.ReadText(key, "ASDFileLocation" + k, "");
-  read.WME7ComputerName = hive.ReadText(key, "WME7ComputerName" + k, "");
-  read.WME7StreamIDName = hive.ReadText(key, "WME7StreamIDName" + k, "");
-  read.SHOUTCastServerName = hive.ReadText(key, "SHOUTCastServerName" + k, read.SHOUTCastServerName);
-  read.SHOUTCastServerPort = hive.ReadNumber(key, "SHOUTCastServerPort" + k, read.SHOUTCastServerPort);
-  read.SHOUTCastServerPassword = hive.ReadText(key, "SHOUTCastServerPassword" + k, "");
-  read.characterSet = CharacterSetByName(hive.ReadText(key, "CharacterSet" + k, ""), CharacterSet::kUtf8);
-  read.IcecastMount = hive.ReadText(key, "IcecastMount" + k, "");
-  if (!read.IcecastMount.empty() && read.IcecastMount.front() != '/')
-    read.IcecastMount.insert(read.IcecastMount.begin(), '/');
-  read.IcecastUsername = hive.ReadText(key, "IcecastUsername" + k, read.IcecastUsername);
-  settings = std::move(read);
+  ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+               std::to_string(outputIndex), kTable, settings);
+  std::string& mount = settings.IcecastMount;
+  if (!mount.empty() && mount.front() != '/') mount.insert(mount.begin(), '/');
+}
+
+std::string clsZEBEncoderOutput::SettingsText() const {
+  return zeb::SettingsText(kTable, settings);
 }
 
 // ---- Commands
@@ -258,87 +247,70 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     trace.ExitAs("the encoder is not running");
     return false;
   }
-  try {
-    SendCommands(*snapshot);
-  } catch (const std::exception& error) {
-    SetStatus(kStatusError);
-    problem_ = std::string("sending to the encoder failed: ") + error.what();
-    ReportException("sending to the encoder", true);
-  }
-  return Status() == kStatusOK;
-}
-
-void clsZEBEncoderOutput::SendCommands(const ServiceSnapshot& snapshot) {
+  mayPass_ = true;
   UploadFileList unused;
-  const std::string text =
-      ExpandTemplate(settings.SimpleTextFormat, snapshot, settings.SimpleTextFormat, unused);
-  const std::uint64_t start = starts_;
-  std::string firstProblem;
-  bool sent = false;
-  for (const std::string& piece : SplitPieces(text)) {
-    const EncoderCommand command = SplitCommand(piece);
-    if (command.value.empty() && !settings.SendEmptyStrings) continue;
-    if (std::exchange(sent, true)) environment_.loop.Wait(kRequestPause);
-    if (starts_ != start) return;
-    const std::string problem = Send(command.type, command.value);
-    if (starts_ != start) return;
-    if (firstProblem.empty()) firstProblem = problem;
+  std::vector<EncoderCommand> commands;
+  for (const std::string& piece :
+       SplitPieces(ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused))) {
+    EncoderCommand command = SplitCommand(piece);
+    if (!command.value.empty() || settings.SendEmptyStrings) commands.push_back(std::move(command));
   }
-  if (sent) problem_ = firstProblem;
+  const Epoch::Mark mine = run_.Now();
+  if (!commands_.Run(environment_.loop, snapshot, commands.size(), mine,
+                     [&](std::size_t i) { return Send(commands[i]); }))
+    return false;
+  problem_ = commands_.Problem();
+  mayPass_ = commands_.MayPass();
+  return commands_.Taken() > 0;
 }
 
 void clsZEBEncoderOutput::SendScriptCommand(const std::string& commandType, const std::string& text) {
   const Trace trace("Encoder.SendScriptCommand");
-  try {
-    const std::uint64_t start = starts_;
-    std::string problem = Send(commandType, text);
-    if (starts_ == start) problem_ = std::move(problem);
-  } catch (const std::exception& error) {
-    SetStatus(kStatusError);
-    problem_ = std::string("sending to the encoder failed: ") + error.what();
-    ReportException("sending to the encoder", true);
-  }
+  const Epoch::Mark mine = run_.Now();
+  Verdict verdict = Send({commandType, text});
+  if (!mine.Holds()) return;
+  problem_ = std::move(verdict.problem);
+  mayPass_ = verdict.mayPass;
 }
 
-// The problem, if there was one.
-std::string clsZEBEncoderOutput::Send(const std::string& commandType, const std::string& text) {
-  if (settings.EncoderType == kShoutcast) return SendToServer(text);
+Verdict clsZEBEncoderOutput::Send(const EncoderCommand& command) {
+  if (settings.EncoderType == kShoutcast) return SendToServer(command.value);
   Outcome sent;
   if (realProducer_)
-    sent = realProducer_->SendRealMediaEvent(kMetadataEvent, text);
+    sent = realProducer_->SendRealMediaEvent(kMetadataEvent, command.value);
   else if (asfEncoder_)
-    sent = asfEncoder_->SendScript(commandType, text);
+    sent = asfEncoder_->SendScript(command.type, command.value);
   else if (mediaEncoder_)
-    sent = mediaEncoder_->SendScript(0, commandType, text);
+    sent = mediaEncoder_->SendScript(0, command.type, command.value);
   else
-    return problem_;  // it never started, and says why
+    return {problem_, false};  // it never started, and says why
   SetStatus(kStatusOK);
-  return sent.Reason();
+  return {sent.Reason()};
 }
 
 RequestTarget clsZEBEncoderOutput::Target() const {
   return {settings.SHOUTCastServerName, settings.SHOUTCastServerPort, false};
 }
 
-std::string clsZEBEncoderOutput::SendToServer(const std::string& text) {
+Verdict clsZEBEncoderOutput::SendToServer(const std::string& text) {
   const std::shared_ptr<Control> held = control_;  // it may be taken away while we wait
   auto* client = dynamic_cast<TcpClientControl*>(held.get());
   if (!client) {
     SetStatus(kStatusError);
-    return "there is no socket to send the title with";
+    return {"there is no socket to send the title with", false};
   }
-  const std::uint64_t start = starts_;
+  const Epoch::Mark mine = run_.Now();
   const RequestTarget target = Target();
-  const ExchangeResult result = SendRequest(environment_.loop, *client, target, BuildRequest(text));
-  if (starts_ != start) return {};  // stopped meanwhile: its status is that of a stopped output
+  const ExchangeResult result = SendRequest(environment_.loop, *client, target, BuildRequest(text), mine);
+  if (!mine.Holds()) return {};  // stopped meanwhile: its status is that of a stopped output
   if (result.end != ExchangeResult::kSent) {
     SetStatus(result.end == ExchangeResult::kNotClosed ? kStatusError : kStatusConnecting);
     DebugLine("Encoder.SendScriptCommand: ", result.problem);
-    return result.problem;
+    return {result.problem};
   }
   SetStatus(kStatusOK);
   DebugLine("Encoder.SendScriptCommand: ", ServerText(target), " answered '", result.StatusLine(), "'");
-  return ProblemInReply(result, target);
+  return VerdictOn(result, target);
 }
 
 std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
@@ -361,17 +333,20 @@ std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
   return request;
 }
 
-std::string clsZEBEncoderOutput::ProblemInReply(const ExchangeResult& result, const RequestTarget& target) {
+Verdict clsZEBEncoderOutput::VerdictOn(const ExchangeResult& result, const RequestTarget& target) {
   const std::string server = ServerText(target);
   if (result.reply.empty())
-    return server + (result.connectionLost ? " closed the connection without an answer"
-                                           : " took the title, but did not answer within a second");
+    return {server + (result.connectionLost ? " closed the connection without an answer"
+                                            : " took the title, but did not answer within a second")};
   const int code = result.StatusCode();
-  if (code == 0) return server + " is no streaming server: it answered '" + result.StatusLine() + "'";
-  bool refused = code >= 300;
-  for (const std::string_view words : kRefusals)
-    refused = refused || FindIgnoringAsciiCase(result.reply, words) != std::string::npos;
-  return refused ? server + " did not take the title: " + MessageOf(result) : std::string();
+  if (code == 0)
+    return {server + " is no streaming server: it answered '" + result.StatusLine() + "'", false};
+  const auto refusal = std::find_if(kRefusals.begin(), kRefusals.end(), [&](const Refusal& one) {
+    return FindIgnoringAsciiCase(result.reply, one.words) != std::string::npos;
+  });
+  if (refusal == kRefusals.end() && code < 300) return {};
+  const bool mayPass = StatusMayPass(code) || (refusal != kRefusals.end() && refusal->mayPass);
+  return {server + " did not take the title: " + MessageOf(result), mayPass};
 }
 
 }  // namespace zeb

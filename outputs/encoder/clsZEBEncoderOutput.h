@@ -9,7 +9,9 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
+#include "outputs/http/RequestSeries.h"
 #include "platform/EncoderAutomation.h"
+#include "platform/Epoch.h"
 #include "text/Encodings.h"
 
 namespace zeb {
@@ -58,26 +60,29 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::string GetShortTypeDescription() const override { return "Encoder"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::string GetInformationString() const override;
+  std::string SettingsText() const override;
+  bool MayPass() const override { return mayPass_; }
 
   // The bytes that bring one title to a streaming server.
   std::string BuildRequest(const std::string& text) const;
-  // What the server's answer says that the operator should know; empty when the title was taken.
-  static std::string ProblemInReply(const ExchangeResult& result, const RequestTarget& target);
+  // What the server's answer says of the title that it was sent.
+  static Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target);
 
   EncoderSettings settings;
 
  private:
   Outcome StartEncoder();
   Outcome FindMediaEncoder(EncoderAutomation& automation);
-  void SendCommands(const ServiceSnapshot& snapshot);
-  std::string Send(const std::string& commandType, const std::string& text);
-  std::string SendToServer(const std::string& text);
+  Verdict Send(const EncoderCommand& command);
+  Verdict SendToServer(const std::string& text);
   RequestTarget Target() const;
 
   std::unique_ptr<RealProducerEncoder> realProducer_;
   std::unique_ptr<AsfEncoder> asfEncoder_;
   std::unique_ptr<WindowsMediaEncoder> mediaEncoder_;
-  std::uint64_t starts_ = 0;  // tells a command that waits that it was stopped
+  RequestSeries commands_;
+  Epoch run_;  // from a start to the stop
+  bool mayPass_ = true;
 };
 
 }  // namespace zeb

@@ -23,34 +23,56 @@ std::string KeyOf(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<DestinationsInProgress::Claim> DestinationsInProgress::Take(
-    EventLoop& loop, const std::vector<std::string>& paths, Duration limit) {
+DestinationsInProgress::ClaimPtr DestinationsInProgress::Take(EventLoop& loop,
+                                                              const std::vector<std::string>& paths,
+                                                              Duration limit,
+                                                              const std::function<bool()>& enough) {
   std::set<std::string> wanted;
   for (const std::string& path : paths) wanted.insert(KeyOf(path));
-  auto allFree = [&] {
-    return std::none_of(wanted.begin(), wanted.end(),
-                        [&](const std::string& key) { return busy_.count(key) != 0; });
-  };
-  if (!allFree() && !loop.WaitUntil(allFree, limit))
-    for (const std::string& key : busy_) wanted.erase(key);
-  busy_.insert(wanted.begin(), wanted.end());
+  bool all = false;
+  const auto ready = [&] { return (all = TakeAll(wanted)) || (enough && enough()); };
+  if (!ready()) static_cast<void>(loop.WaitUntil(ready, limit));
+  if (!all) std::erase_if(wanted, [this](const std::string& key) { return !TakeOne(key); });
   return std::make_unique<Claim>(shared_from_this(), std::move(wanted));
 }
 
+bool DestinationsInProgress::TakeAll(const std::set<std::string>& keys) {
+  const std::lock_guard lock(mutex_);
+  if (std::any_of(keys.begin(), keys.end(), [this](const std::string& key) { return busy_.contains(key); }))
+    return false;
+  busy_.insert(keys.begin(), keys.end());
+  return true;
+}
+
+bool DestinationsInProgress::TakeOne(const std::string& key) {
+  const std::lock_guard lock(mutex_);
+  return busy_.insert(key).second;
+}
+
 DestinationsInProgress::Claim::~Claim() {
+  const std::lock_guard lock(owner_->mutex_);
   for (const std::string& key : held_) owner_->busy_.erase(key);
 }
 
 bool DestinationsInProgress::Claim::Holds(const std::string& path) const {
-  return held_.count(KeyOf(path)) != 0;
+  return held_.contains(KeyOf(path));
+}
+
+bool DestinationsInProgress::Claim::Add(const std::string& path) {
+  std::string key = KeyOf(path);
+  if (!owner_->TakeOne(key)) return false;
+  held_.insert(std::move(key));
+  return true;
 }
 
 std::optional<std::int64_t> DestinationsInProgress::LastVersion(const std::string& destination) const {
-  auto found = lastVersions_.find(KeyOf(destination));
+  const std::lock_guard lock(mutex_);
+  const auto found = lastVersions_.find(KeyOf(destination));
   return found == lastVersions_.end() ? std::nullopt : std::optional<std::int64_t>(found->second);
 }
 
 void DestinationsInProgress::SetLastVersion(const std::string& destination, std::int64_t number) {
+  const std::lock_guard lock(mutex_);
   lastVersions_[KeyOf(destination)] = number;
 }
 

@@ -1,5 +1,6 @@
 #include "outputs/file/FileJob.h"
 
+#include <optional>
 #include <utility>
 
 #include "outputs/file/NumberedVersions.h"
@@ -17,23 +18,26 @@ bool SameTime(std::int64_t source, std::int64_t copy) {
 }
 
 // Copies the temporary file under the work name of `to`.
-bool Stage(FileSystem& files, FileJob& job, const std::string& temp, const std::string& to) {
-  Outcome copied = files.Copy(temp, WorkName(to));
+bool Stage(FileJob& job, const FileTools& tools, const std::string& temp, const std::string& to) {
+  tools.place.AtFile(to);
+  const Outcome copied = tools.files.Copy(temp, WorkName(to));
   if (!copied) job.Fail(kStatusDestinationFileProblem, copied.Reason() + std::string(kCheckDestination));
   return copied.Ok();
 }
 
-bool Publish(FileSystem& files, FileJob& job, const std::string& to) {
-  Outcome renamed = files.Rename(WorkName(to), to);
+bool Publish(FileJob& job, const FileTools& tools, const std::string& to) {
+  tools.place.AtFile(to);
+  const Outcome renamed = tools.files.Rename(WorkName(to), to);
   if (!renamed) job.Fail(kStatusDestinationFileProblem, renamed.Reason() + std::string(kCheckDestination));
   return renamed.Ok();
 }
 
 // The number that the next version gets; 0 when the folder cannot be looked through.
-std::int64_t NextVersion(FileSystem& files, FileJob& job, const VersionNumbers& versions) {
-  auto known = versions.find(job.destination);
-  if (known != versions.end()) return known->second + 1;
-  Result<std::vector<std::string>> names = files.List(std::string(FolderPart(job.destination)));
+std::int64_t NextVersion(FileJob& job, const FileTools& tools) {
+  if (const auto last = tools.destinations.LastVersion(job.destination)) return *last + 1;
+  const std::string folder(FolderPart(job.destination));
+  tools.place.AtFile(folder);
+  const Result<std::vector<std::string>> names = tools.files.List(folder);
   if (names) return HighestVersion(FileNamePart(job.destination), names.Value()) + 1;
   job.Fail(kStatusDestinationFileProblem, names.Reason() + std::string(kCheckDestination));
   return 0;
@@ -51,48 +55,60 @@ void FileJob::Fail(std::int32_t withStatus, std::string reason) {
   if (problem.empty()) problem = std::move(reason);
 }
 
-void LoadJob(FileSystem& files, FileJob& job) {
-  if (job.parameters.SourceFileName().empty())
-    return job.Fail(kStatusSourceFileProblem, "no template is set for '" + job.destination + "'; choose one");
-  Result<LoadedTemplate> loaded = LoadTemplate(files, job.source);
-  if (!loaded) return job.Fail(kStatusSourceFileProblem, loaded.Reason() + std::string(kCheckTemplate));
-  job.loaded = std::move(loaded.Value());
-  job.ready = true;
+std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools) {
+  if (job.parameters.SourceFileName().empty()) {
+    job.Fail(kStatusSourceFileProblem, "no template is set for '" + job.destination + "'; choose one");
+    return std::nullopt;
+  }
+  tools.place.AtFile(job.source);
+  Result<LoadedTemplate> loaded = LoadTemplate(tools.files, job.source);
+  if (loaded) return std::move(loaded.Value());
+  job.Fail(kStatusSourceFileProblem, loaded.Reason() + std::string(kCheckTemplate));
+  return std::nullopt;
 }
 
-void PlacePage(FileSystem& files, FileJob& job, bool preserveTempFiles, VersionNumbers& versions) {
-  Result<std::string> temp = WriteTempPage(files, job.page, job.loaded.encoding);
+void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding) {
+  tools.place.At("the temporary folder");
+  const Result<std::string> temp =
+      WriteTempPage(tools.files, page, encoding, tools.trace ? &job.trace : nullptr);
   if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
 
-  bool staged = Stage(files, job, temp.Value(), job.destination);
-  std::int64_t number = job.parameters.UseMultipleVersions ? NextVersion(files, job, versions) : 0;
-  std::string version = number > 0 ? NumberedVersion(job.destination, number) : std::string();
-  bool versionStaged = number > 0 && Stage(files, job, temp.Value(), version);
+  const bool staged = Stage(job, tools, temp.Value(), job.destination);
+  const std::int64_t number = job.parameters.UseMultipleVersions ? NextVersion(job, tools) : 0;
+  const std::string version = number > 0 ? NumberedVersion(job.destination, number) : std::string();
+  const bool versionStaged = number > 0 && Stage(job, tools, temp.Value(), version);
 
-  if (!preserveTempFiles)
-    if (Outcome deleted = files.Delete(temp.Value()); !deleted)
+  if (!tools.preserveTempFiles) {
+    tools.place.At("the temporary folder");
+    if (const Outcome deleted = tools.files.Delete(temp.Value()); !deleted)
       job.Fail(kStatusSourceFileProblem, deleted.Reason() + std::string(kCheckTempFolder));
-
-  if (staged) job.leftOver = !Publish(files, job, job.destination);
+  }
+  if (staged) job.published = Publish(job, tools, job.destination);
+  job.leftOver = staged && !job.published;
   if (!versionStaged) return;
-  if (Publish(files, job, version))
-    versions[job.destination] = number;
+  if (Publish(job, tools, version))
+    tools.destinations.SetLastVersion(job.destination, number);
   else
-    static_cast<void>(files.Delete(WorkName(version)));
+    static_cast<void>(tools.files.Delete(WorkName(version)));
 }
 
-std::string CopyAdditional(FileSystem& files, const AdditionalCopy& copy, bool always) {
+std::string CopyAdditional(const FileTools& tools, const AdditionalCopy& copy, bool always) {
   if (copy.source == copy.target) return {};
+  FileSystem& files = tools.files;
   if (!always) {
-    std::optional<FileInfo> source = files.Stat(copy.source), target = files.Stat(copy.target);
+    tools.place.AtFile(copy.source);
+    const std::optional<FileInfo> source = files.Stat(copy.source);
+    tools.place.AtFile(copy.target);
+    const std::optional<FileInfo> target = files.Stat(copy.target);
     if (source && target && source->isRegular && target->isRegular && source->size == target->size &&
         SameTime(source->modified, target->modified))
       return {};
   }
+  tools.place.At("copying '" + copy.source + "' to '" + copy.target + "'");
   const std::string work = WorkName(copy.target);
-  Outcome copied = files.Copy(copy.source, work);
+  const Outcome copied = files.Copy(copy.source, work);
   if (!copied) return copied.Reason();
-  Outcome renamed = files.Rename(work, copy.target);
+  const Outcome renamed = files.Rename(work, copy.target);
   if (renamed) return {};
   static_cast<void>(files.Delete(work));
   return renamed.Reason();

@@ -1,13 +1,17 @@
 // FileJob: one pair's way through one update of a file output, and the work on files that it needs.
-// Everything here may run on a worker thread and touches nothing but its arguments and the file system.
+// Everything here runs on a worker thread and touches nothing but its arguments and the file system.
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "core/ServiceSnapshot.h"
+#include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/PageWork.h"
+#include "outputs/file/WorkPlace.h"
 
 namespace zeb {
 
@@ -17,28 +21,33 @@ inline constexpr std::int32_t kStatusSourceFileProblem = 6, kStatusDestinationFi
 struct FileJob {
   std::size_t pair = 0;  // position in the output's list, from 0
   clsFileParameters parameters;
+  SnapshotPtr snapshot;             // what the page shows
   std::string source, destination;  // full paths
 
-  LoadedTemplate loaded;
-  std::string page;      // expanded
-  bool ready = false;    // `page` is to be written
-  bool skipped = false;  // the items changed meanwhile, and the rules no longer ask for this pair
-
   std::int32_t status = kStatusOK;
-  std::string problem;    // one line; "" when all is well
-  bool leftOver = false;  // the work file could not be renamed
+  std::string problem;             // one line; "" when all is well
+  bool published = false;          // the page is in place
+  bool leftOver = false;           // the work file could not be renamed
+  std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);
 };
 
-void LoadJob(FileSystem& files, FileJob& job);
+// What the work is done with.
+struct FileTools {
+  FileSystem& files;
+  DestinationsInProgress& destinations;
+  WorkPlace& place;
+  bool preserveTempFiles = false;
+  bool trace = false;  // whether the debug log is to be told of the steps
+};
 
-// The newest number of each destination with numbered versions, as far as known.
-using VersionNumbers = std::map<std::string, std::int64_t>;
+// Nothing: failed, and the job says why.
+std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools);
 
 // Puts the page in place: a temporary file, its copy beside the destination, and a rename, so that a reader
 // always finds the old page or the new one. Then the same for a numbered version, when wanted.
-void PlacePage(FileSystem& files, FileJob& job, bool preserveTempFiles, VersionNumbers& versions);
+void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding);
 
 // The name under which a file is made beside its final one.
 std::string WorkName(const std::string& path);
@@ -49,6 +58,6 @@ struct AdditionalCopy {
 };
 // Copies through a work file and a rename. With `always` off, an equal file (same size and time) is left
 // alone. The reason, when it fails.
-std::string CopyAdditional(FileSystem& files, const AdditionalCopy& copy, bool always);
+std::string CopyAdditional(const FileTools& tools, const AdditionalCopy& copy, bool always);
 
 }  // namespace zeb

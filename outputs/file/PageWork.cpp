@@ -1,5 +1,7 @@
 #include "outputs/file/PageWork.h"
 
+#include "diagnostics/hxGeneral.h"
+
 namespace zeb {
 
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) {
@@ -17,11 +19,12 @@ std::string BuildPage(std::string text, const clsFileParameters& pair, const Ser
   return ExpandPage(text, snapshot, pair.SimpleTextFormat, uploadFiles);
 }
 
-Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding) {
-  Result<std::string> name = files.MakeTempFile("TMP");
+Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
+                                  std::vector<std::string>* trace) {
+  Result<std::string> name = GetTempFile(files, "TMP", trace);
   if (!name) return name;
-  Outcome written = files.Write(name.Value(), EncodeFile(page, encoding));
-  if (!written) return Failure{written.Reason()};
+  if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding)); !written)
+    return Failure{written.Reason()};
   return name;
 }
 

@@ -1,10 +1,11 @@
 // PageWork: from a template file to the bytes of a page, as the file and the web output do it.
 //
-// LoadTemplate and WriteTempPage touch files and may be called on a worker thread; BuildPage reads the
-// service and is called on the loop's thread.
+// All of it may be called on a worker thread: nothing is touched but the arguments and the file system.
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "outputs/file/clsFileParameters.h"
 #include "platform/FileSystem.h"
@@ -27,8 +28,10 @@ Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
 std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
                       UploadFileList& uploadFiles);
 
-// A new temporary file that holds the page, in its template's encoding; the caller deletes it.
-Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding);
+// A new temporary file that holds the page, in its template's encoding; the caller deletes it. What the
+// debug log is to say of it is added to `trace`.
+Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
+                                  std::vector<std::string>* trace = nullptr);
 
 // What to do about a failure, to be put behind its reason.
 inline constexpr std::string_view kCheckTemplate = "; check the template's name and rights";

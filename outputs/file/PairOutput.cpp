@@ -5,6 +5,18 @@
 #include "text/LetterCase.h"
 
 namespace zeb {
+namespace {
+
+struct Switch {
+  const char* name;
+  bool PairOutput::*member;
+};
+constexpr Switch kSwitches[] = {
+    {"CopyAdditionalFiles", &PairOutput::CopyAdditionalFiles},
+    {"AlwaysCopyFiles", &PairOutput::AlwaysCopyFiles},
+};
+
+}  // namespace
 
 const clsFileParameters& PairOutput::UpdateFile(int number) const {
   return pairs_.at(static_cast<std::size_t>(number) - 1);
@@ -57,20 +69,22 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
 }
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  pairs_ = ReadPairs(hive, key, outputIndex);
+  pairs_ = ReadPairs(environment_.hive, key, outputIndex);
   PairsChanged();
-  const std::string number = std::to_string(outputIndex);
-  CopyAdditionalFiles = ReadSwitch(hive, key, "CopyAdditionalFiles" + number, false);
-  AlwaysCopyFiles = ReadSwitch(hive, key, "AlwaysCopyFiles" + number, false);
+  for (const Switch& one : kSwitches)
+    this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);
 }
 
 void PairOutput::WritePairSettings(const std::string& key, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  WritePairs(hive, key, outputIndex, pairs_);
-  const std::string number = std::to_string(outputIndex);
-  WriteSwitch(hive, key, "CopyAdditionalFiles" + number, CopyAdditionalFiles);
-  WriteSwitch(hive, key, "AlwaysCopyFiles" + number, AlwaysCopyFiles);
+  WritePairs(environment_.hive, key, outputIndex, pairs_);
+  for (const Switch& one : kSwitches)
+    WriteSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), this->*one.member);
+}
+
+std::string PairOutput::SettingsText() const {
+  std::string text = PairsText(pairs_);
+  for (const Switch& one : kSwitches) text.append(one.name).append(this->*one.member ? "=1\n" : "=0\n");
+  return text;
 }
 
 }  // namespace zeb

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/clsZEBTemplate.h"
@@ -35,6 +36,8 @@ class PairOutput : public clsZEBTemplate {
   const UploadFileList& UploadFilesList() const { return uploadFiles_; }
 
   std::string GetInformationString() const override;
+  // Of the pairs and of the two switches above; an output with more settings puts them behind.
+  std::string SettingsText() const override;
   // Each failing pair by its destination. A pair's failure is kept until that pair has been published again.
   std::vector<Problem> Problems() const override;
 
@@ -43,11 +46,13 @@ class PairOutput : public clsZEBTemplate {
   void ReadPairSettings(const std::string& key, int outputIndex);
   void WritePairSettings(const std::string& key, int outputIndex);
   void ClearUploadFilesList() { uploadFiles_ = {}; }
+  UploadFileList TakeUploadFilesList() { return std::exchange(uploadFiles_, {}); }
 
   // Changes whenever a pair does: what an update learnt about pair 3 may be about another one by now.
   int PairsGeneration() const { return generation_; }
   // An empty reason: the pair is all right. `pair` counts from 0.
   void KeepProblem(std::size_t pair, const std::string& reason);
+  std::size_t FailingPairs() const { return problems_.size(); }
 
  private:
   void PairsChanged();

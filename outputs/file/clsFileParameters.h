@@ -5,15 +5,29 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/OutputTypes.h"
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "platform/SettingsHive.h"
 
 namespace zeb {
 
-class clsFileParameters {
+// What is stored of a pair; the initial values are the defaults.
+struct PairSettings {
+  std::string source, destination;  // file names
+  bool UseUpdateRules = false;
+  std::int32_t UpdateRulesFlags = 0;
+  std::int32_t UpdateRulesUsingItem = 0;
+  bool UseMultipleVersions = false;
+  std::int32_t RefreshTagSeconds = 0;  // 0: no refresh tag
+  bool AddNoCache = true;
+  std::string SimpleTextFormat{kDefaultSimpleTextFormat};
+};
+
+class clsFileParameters : public PairSettings {
  public:
   // Bits of UpdateRulesFlags.
   enum UpdateFlag : std::int32_t {
@@ -25,23 +39,15 @@ class clsFileParameters {
     kUnknown = 32
   };
   // Values of UpdateRulesUsingItem.
-  enum RuleItem : std::int16_t { kCurrentItem = 0, kNextItem = 1, kPreviousItem = 2, kComingSoonItem = 3 };
+  enum RuleItem : std::int32_t { kCurrentItem = 0, kNextItem = 1, kPreviousItem = 2, kComingSoonItem = 3 };
 
-  bool UseUpdateRules = false;
-  std::int32_t UpdateRulesFlags = 0;
-  std::int16_t UpdateRulesUsingItem = kCurrentItem;
-  bool UseMultipleVersions = false;
-  std::int16_t RefreshTagSeconds = 0;  // 0: no refresh tag
-  bool AddNoCache = true;
-  std::string SimpleTextFormat{kDefaultSimpleTextFormat};
-
-  const std::string& SourceFileName() const { return sourceFileName_; }
-  void SetSourceFileName(std::string name);
-  const std::string& DestinationFileName() const { return destinationFileName_; }
-  void SetDestinationFileName(std::string name);
+  const std::string& SourceFileName() const { return source; }
+  void SetSourceFileName(std::string name) { source = std::move(name); }
+  const std::string& DestinationFileName() const { return destination; }
+  void SetDestinationFileName(std::string name) { destination = std::move(name); }
   // Up to and including the last separator; "" when there is none.
-  const std::string& SourceFolder() const { return sourceFolder_; }
-  const std::string& DestinationFolder() const { return destinationFolder_; }
+  std::string SourceFolder() const;
+  std::string DestinationFolder() const;
 
   // True without rules in use, or when the bit is set. Setting ignores the value that it is given: with rules
   // in use it sets the bit, else it does nothing. Bits are cleared only by assigning UpdateRulesFlags.
@@ -58,16 +64,13 @@ class clsFileParameters {
   void SetUpdateIfVoiceCustom(bool) { Allow(kVoiceCustom); }
   void SetUpdateIfUnknown(bool) { Allow(kUnknown); }
 
-  // Whether the pair is to be rewritten for the items that the service has now. Without an item to look at
-  // it is.
+  // Whether the pair is to be rewritten for these items. Without an item to look at it is.
   bool IsDue(const ServiceSnapshot& snapshot) const;
 
  private:
   bool Allows(UpdateFlag flag) const { return !UseUpdateRules || (UpdateRulesFlags & flag) != 0; }
   void Allow(UpdateFlag flag);
   bool AllowsType(std::int32_t itemType) const;
-
-  std::string sourceFileName_, destinationFileName_, sourceFolder_, destinationFolder_;
 };
 
 // A damaged count must not make the program read settings for hours.
@@ -77,6 +80,8 @@ inline constexpr std::int32_t kMaxPairs = 1000;
 std::vector<clsFileParameters> ReadPairs(SettingsHive& hive, const std::string& key, int outputIndex);
 void WritePairs(SettingsHive& hive, const std::string& key, int outputIndex,
                 const std::vector<clsFileParameters>& pairs);
+// All of them as text, for telling whether two outputs are set alike.
+std::string PairsText(const std::vector<clsFileParameters>& pairs);
 // Values that the output itself has, stored as text ("CopyAdditionalFiles1").
 bool ReadSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool byDefault);
 void WriteSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool value);

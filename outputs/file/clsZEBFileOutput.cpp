@@ -1,6 +1,7 @@
 #include "outputs/file/clsZEBFileOutput.h"
 
-#include <exception>
+#include <algorithm>
+#include <set>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
@@ -9,25 +10,12 @@
 namespace zeb {
 namespace {
 
-// How much template text is held at a time: a thousand pairs of the largest templates must not fill the
-// memory.
-constexpr std::size_t kMaxBatchBytes = 32u * 1024 * 1024;
 // How long another output may take over a destination that this one wants too.
 constexpr Duration kDestinationLimit = std::chrono::seconds(30);
+// A worker that is at one file from here to the end of its time hangs; else it has too much to do.
+constexpr Duration kHangsSince = std::chrono::seconds(1);
 
 constexpr const char* kSettingsKey = "\\File";
-
-std::string StillBeingWritten(const std::string& path) {
-  return "cannot write '" + path + "': another output is still writing it";
-}
-
-std::string WhyNoDestination(const FileJob& job) {
-  if (job.parameters.DestinationFileName().empty())
-    return "no file is set for the template '" + job.source + "'; choose one";
-  if (job.source == job.destination)
-    return "'" + job.source + "' would be replaced by its own page; choose another name for the page";
-  return {};
-}
 
 }  // namespace
 
@@ -60,172 +48,163 @@ void clsZEBFileOutput::GetOutputInformation(int serviceNumber, int outputIndex) 
   SetStatus(kStatusOK);
 }
 
+void clsZEBFileOutput::NoteFault(const std::string& what) {
+  PairOutput::NoteFault(what);
+  lastTally_.failed = static_cast<int>(std::max<std::size_t>(owed_.size(), 1));
+}
+
+void clsZEBFileOutput::Cancel() {
+  if (work_) work_->GiveUp();
+}
+
+bool clsZEBFileOutput::StopOutput() {
+  Cancel();
+  return PairOutput::StopOutput();
+}
+
+// ---- An update
+
 bool clsZEBFileOutput::UpdateOutput(const SnapshotPtr& snapshot) {
-  Trace trace("File.UpdateOutput");
-  try {
-    UpdatePairs(*snapshot);
-  } catch (const std::exception& error) {
-    SetStatus(kStatusError);
-    KeepProblem(0, std::string("updating the files failed: ") + error.what());
-    ReportException("updating the files", true);
+  const Trace trace("File.UpdateOutput");
+  lastTally_ = {};
+  TakeLateResults();
+  const bool repeated = last_ == snapshot;
+  NoteOwed(snapshot);
+  if (Hangs()) return false;
+  UploadFileList listed = TakeUploadFilesList();
+  if (!owed_.empty()) {
+    work_ = MakeWork(std::move(listed));
+    const std::shared_ptr<FileWork> work = work_;
+    bool through = true;
+    while (through && !work->Ended()) through = DoPiece(work);
+    if (through) work_.reset();
+    if (!work_) NoteFailedCopies(*work, through && !repeated && !work->GivenUp());
   }
-  return Status() == kStatusOK;
+  lastTally_.failed = static_cast<int>(problem_.empty() ? FailingPairs() : owed_.size());
+  return lastTally_.published > 0;
 }
 
-void clsZEBFileOutput::UpdatePairs(const ServiceSnapshot& snapshot) {
-  Jobs jobs = DueJobs(snapshot);
-  const int generation = PairsGeneration();
-  std::set<std::string> failedCopies;
-  for (std::size_t next = 0; next < jobs.size();) {
-    Jobs batch = LoadBatch(jobs, next);
-    ExpandBatch(batch, snapshot);
-    WriteBatch(batch, failedCopies);
-    KeepResults(batch, generation);
+// What is to be done: with new items, the pairs whose rules ask for them; always, those that failed before.
+void clsZEBFileOutput::NoteOwed(const SnapshotPtr& snapshot) {
+  if (pairsGeneration_ != PairsGeneration()) {
+    owed_.clear();
+    last_.reset();
+    pairsGeneration_ = PairsGeneration();
   }
-  ClearUploadFilesList();
-  if (!jobs.empty()) NoteFailedCopies(std::move(failedCopies));
+  if (last_ == snapshot) return;
+  last_ = snapshot;
+  for (std::size_t pair = 0; pair < Pairs().size(); ++pair)
+    if (Pairs()[pair].IsDue(*snapshot)) owed_[pair] = snapshot;
 }
 
-clsZEBFileOutput::Jobs clsZEBFileOutput::DueJobs(const ServiceSnapshot& snapshot) const {
-  Jobs jobs;
-  for (std::size_t pair = 0; pair < Pairs().size(); ++pair) {
-    const clsFileParameters& parameters = Pairs()[pair];
-    if (!parameters.IsDue(snapshot)) continue;
-    FileJob job;
+std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
+  std::vector<FileJob> jobs;
+  for (const auto& [pair, snapshot] : owed_) {
+    FileJob& job = jobs.emplace_back();
     job.pair = pair;
-    job.parameters = parameters;
-    job.source = JoinPath(environment_.dataFolder, parameters.SourceFileName());
-    job.destination = JoinPath(environment_.dataFolder, parameters.DestinationFileName());
-    jobs.push_back(std::move(job));
+    job.parameters = Pairs()[pair];
+    job.snapshot = snapshot;
+    job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
+    job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }
-  return jobs;
+  FileWork::Setting setting{environment_.files, destinations_, environment_.dataFolder};
+  setting.copyAdditional = CopyAdditionalFiles;
+  setting.alwaysCopy = AlwaysCopyFiles;
+  setting.preserveTempFiles = environment_.preserveTempFiles;
+  setting.trace = DebugLevelAllows(5);
+  return std::make_shared<FileWork>(std::move(setting), std::move(jobs), std::move(listed));
 }
 
-// Takes pairs from `next` on and loads their templates. A pair whose template is an earlier pair's
-// destination must see the new page, so it begins a batch of its own.
-clsZEBFileOutput::Jobs clsZEBFileOutput::LoadBatch(Jobs& jobs, std::size_t& next) {
-  Jobs batch;
-  FileSystem& files = environment_.files;
-  environment_.loop.RunBlocking(
-      [&] {
-        std::set<std::string> destinations;
-        std::size_t bytes = 0;
-        while (next < jobs.size() && bytes < kMaxBatchBytes && destinations.count(jobs[next].source) == 0) {
-          batch.push_back(std::move(jobs[next++]));
-          LoadJob(files, batch.back());
-          destinations.insert(batch.back().destination);
-          bytes += batch.back().loaded.text.size();
-        }
-      },
-      std::chrono::hours(24));
-  return batch;
-}
-
-void clsZEBFileOutput::ExpandBatch(Jobs& batch, const ServiceSnapshot& snapshot) {
-  for (FileJob& job : batch) {
-    if (!job.ready) continue;
-    if (std::string why = WhyNoDestination(job); !why.empty()) {
-      job.ready = false;
-      job.Fail(kStatusDestinationFileProblem, std::move(why));
-      continue;
-    }
-    // The items may have changed while the templates were read.
-    job.skipped = !job.parameters.IsDue(snapshot);
-    job.ready = !job.skipped;
-    if (!job.ready) continue;
-    UploadFileList named;
-    job.page = BuildPage(std::move(job.loaded.text), job.parameters, snapshot, named);
-    if (!CopyAdditionalFiles) continue;
-    for (const std::string& path : named.Paths()) AddToUploadFilesList(path);
+// False: the worker hangs, and is left to itself.
+bool clsZEBFileOutput::DoPiece(const std::shared_ptr<FileWork>& work) {
+  if (work->NeedsClaim())
+    work->SetClaim(destinations_->Take(environment_.loop, work->Destinations(), kDestinationLimit,
+                                       [&work] { return work->GivenUp(); }));
+  WorkPlace::Step early;
+  const Timer look = environment_.loop.After(kHangsSince, [&] { early = work->Place().Now(); });
+  if (lane_.Run([work] { work->DoPiece(); }, kFileWorkLimit)) {
+    if (KeepResults(*work)) problem_.clear();
+    return true;
   }
+  work->GiveUp();
+  NoteHanging(work->Place(), early.number != work->Place().Now().number);
+  if (!Hangs()) work_.reset();  // it had not even begun
+  return false;
 }
 
-// Every listed file goes beside every page, once a folder.
-std::vector<AdditionalCopy> clsZEBFileOutput::AdditionalCopies(const Jobs& batch) const {
-  std::vector<AdditionalCopy> copies;
-  if (!CopyAdditionalFiles || UploadFilesList().Empty()) return copies;
-  std::set<std::string> folders;
-  for (const FileJob& job : batch) {
-    if (!job.ready) continue;
-    std::string folder(FolderPart(job.destination));
-    if (!folders.insert(folder).second) continue;
-    for (const std::string& path : UploadFilesList().Paths()) {
-      std::string_view name = FileNamePart(path);
-      if (!name.empty())
-        copies.push_back({JoinPath(environment_.dataFolder, path), folder + std::string(name)});
-    }
+// Of a worker that came back after its time, or of work that threw.
+void clsZEBFileOutput::TakeLateResults() {
+  if (!work_ || Hangs()) return;
+  const std::shared_ptr<FileWork> work = std::exchange(work_, nullptr);
+  if (KeepResults(*work)) problem_.clear();
+  NoteFailedCopies(*work, false);
+}
+
+// Whether there were any.
+bool clsZEBFileOutput::KeepResults(FileWork& work) {
+  std::vector<FileJob> ended = work.TakeEnded();
+  for (FileJob& job : ended) KeepResult(job);
+  return !ended.empty();
+}
+
+void clsZEBFileOutput::KeepResult(FileJob& job) {
+  WriteDebugLines(job.trace);
+  if (!job.problem.empty()) DebugLine("File: ", job.problem);
+  SetStatus(job.status);
+  if (job.published) ++lastTally_.published;
+  if (job.leftOver) leftOvers_.push_back(job.destination);
+  if (pairsGeneration_ != PairsGeneration()) return;  // it may be about another pair by now
+  KeepProblem(job.pair, job.problem);
+  const auto owed = owed_.find(job.pair);
+  if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);
+}
+
+// A picture that stays missing is worth one line, not one an update. `ofAll`: all that are wanted were gone
+// about.
+void clsZEBFileOutput::NoteFailedCopies(const FileWork& work, bool ofAll) {
+  std::map<std::string, std::string> failed;
+  if (!ofAll) failed = failedCopies_;
+  std::set<std::string> told;
+  for (const auto& [target, reason] : failedCopies_) told.insert(reason);
+  for (const auto& [target, reason] : work.Copies()) {
+    failed.erase(target);
+    if (reason.empty()) continue;
+    failed[target] = reason;
+    if (told.insert(reason).second) environment_.person.Note("File: " + reason);
   }
-  return copies;
+  failedCopies_ = std::move(failed);
 }
 
-void clsZEBFileOutput::WriteBatch(Jobs& batch, std::set<std::string>& failedCopies) {
-  const std::vector<AdditionalCopy> copies = AdditionalCopies(batch);
-  std::vector<std::string> paths;
-  for (const FileJob& job : batch)
-    if (job.ready) paths.push_back(job.destination);
-  if (paths.empty()) return;
-  for (const AdditionalCopy& copy : copies) paths.push_back(copy.target);
-
-  auto claim = destinations_->Take(environment_.loop, paths, kDestinationLimit);
-  VersionNumbers versions;
-  for (const FileJob& job : batch)
-    if (auto last = destinations_->LastVersion(job.destination)) versions[job.destination] = *last;
-
-  const bool always = AlwaysCopyFiles;
-  environment_.loop.RunBlocking(
-      [&, &files = environment_.files, preserve = environment_.preserveTempFiles] {
-        // Pictures first: a new page must not show a picture that is not there yet.
-        for (const AdditionalCopy& copy : copies) {
-          std::string reason = claim->Holds(copy.target) ? CopyAdditional(files, copy, always)
-                                                         : StillBeingWritten(copy.target);
-          if (!reason.empty()) failedCopies.insert(std::move(reason));
-        }
-        for (FileJob& job : batch) {
-          if (!job.ready) continue;
-          if (claim->Holds(job.destination))
-            PlacePage(files, job, preserve, versions);
-          else
-            job.Fail(kStatusDestinationFileProblem,
-                     StillBeingWritten(job.destination) + "; give each output a destination of its own");
-        }
-      },
-      std::chrono::hours(24));
-  for (const auto& [destination, number] : versions) destinations_->SetLastVersion(destination, number);
-}
-
-void clsZEBFileOutput::KeepResults(const Jobs& batch, int generation) {
-  for (const FileJob& job : batch) {
-    if (job.skipped) continue;
-    SetStatus(job.status);
-    if (job.leftOver) leftOvers_.push_back(job.destination);
-    if (generation == PairsGeneration()) KeepProblem(job.pair, job.problem);
-    if (!job.problem.empty()) DebugLine("File: ", job.problem);
-  }
-}
-
-// A picture that stays missing is worth one line, not one an update.
-void clsZEBFileOutput::NoteFailedCopies(std::set<std::string> reasons) {
-  for (const std::string& reason : reasons)
-    if (failedCopies_.count(reason) == 0) environment_.person.Note("File: " + reason);
-  failedCopies_ = std::move(reasons);
+void clsZEBFileOutput::NoteHanging(const WorkPlace& place, bool progressed) {
+  const std::string at = place.Now().what;
+  SetStatus(kStatusError);
+  if (at.empty())
+    problem_ = "the files could not be begun within 30 s; other work on files hangs";
+  else if (progressed)
+    problem_ = "the files take longer than 30 s, the last one is " + at +
+               "; check how fast the disk or share is that they are on";
+  else
+    problem_ = at + " has not answered for 30 s; check the disk or share that it is on";
 }
 
 bool clsZEBFileOutput::FinishOutput(const SnapshotPtr&) {
-  Trace trace("File.FinishOutput");
-  const std::vector<std::string> destinations = std::exchange(leftOvers_, {});
-  if (destinations.empty()) return false;
-  try {
-    auto claim = destinations_->Take(environment_.loop, destinations, kDestinationLimit);
-    environment_.loop.RunBlocking(
-        [&, &files = environment_.files] {
-          for (const std::string& destination : destinations)
-            // Whoever else writes it makes its work file anew.
-            if (claim->Holds(destination)) static_cast<void>(files.Delete(WorkName(destination)));
-        },
-        std::chrono::hours(24));
-  } catch (const std::exception&) {
-    ReportException("deleting work files", true);
-  }
+  const Trace trace("File.FinishOutput");
+  if (leftOvers_.empty() || Hangs()) return false;
+  std::vector<std::string> names = std::exchange(leftOvers_, {});
+  std::shared_ptr<DestinationsInProgress::Claim> claim =
+      destinations_->Take(environment_.loop, names, kDestinationLimit);
+  const auto place = std::make_shared<WorkPlace>();
+  auto work = [&files = environment_.files, names = std::move(names), claim = std::move(claim),
+               place]() mutable {
+    for (const std::string& name : names) {
+      // Whoever else writes it makes its work file anew.
+      if (!claim->Holds(name)) continue;
+      place->AtFile(name);
+      static_cast<void>(files.Delete(WorkName(name)));
+    }
+    claim.reset();
+  };
+  if (!lane_.Run(std::move(work), kFileWorkLimit)) NoteHanging(*place, false);
   return false;
 }
 

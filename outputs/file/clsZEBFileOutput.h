@@ -1,17 +1,18 @@
 // clsZEBFileOutput: turns template files into finished files on a disk or a share.
 //
-// All work on files is done off the loop's thread, so that a share that hangs holds up this output only.
-// Pages are expanded on the loop's thread, all of an update at one go, so that they show one moment of the
-// service.
+// All of an update's work, from reading the templates to putting the pages in place, is done by a worker
+// thread (outputs/file/FileWork.h), so that a share that hangs, or a page that takes long to expand, holds up
+// this output only. A page that could not be put in place is owed: it is done again at every further update
+// and repetition, with the items that asked for it unless newer ones do.
 #pragma once
 
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "outputs/file/DestinationsInProgress.h"
-#include "outputs/file/FileJob.h"
+#include "outputs/file/FileWork.h"
 #include "outputs/file/PairOutput.h"
 
 namespace zeb {
@@ -21,29 +22,39 @@ class clsZEBFileOutput : public PairOutput {
   // `destinations` is shared by all file outputs of the program.
   clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations);
 
+  bool StopOutput() override;  // an update under way ends with the page it is at
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
   // Deletes the work files that the update could not put in place.
   bool FinishOutput(const SnapshotPtr& snapshot) override;
+  void Cancel() override;
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
   std::string GetShortTypeDescription() const override { return "File"; }
   std::string GetStatusString(std::uint32_t& colour) override;
 
+  // Pages, and pairs that failed.
+  Tally LastTally() const override { return lastTally_; }
+  void NoteFault(const std::string& what) override;
+
  private:
-  using Jobs = std::vector<FileJob>;
-  void UpdatePairs(const ServiceSnapshot& snapshot);
-  Jobs DueJobs(const ServiceSnapshot& snapshot) const;
-  Jobs LoadBatch(Jobs& jobs, std::size_t& next);
-  void ExpandBatch(Jobs& batch, const ServiceSnapshot& snapshot);
-  void WriteBatch(Jobs& batch, std::set<std::string>& failedCopies);
-  std::vector<AdditionalCopy> AdditionalCopies(const Jobs& batch) const;
-  void KeepResults(const Jobs& batch, int generation);
-  void NoteFailedCopies(std::set<std::string> reasons);
+  void NoteOwed(const SnapshotPtr& snapshot);
+  std::shared_ptr<FileWork> MakeWork(UploadFileList listed);
+  bool DoPiece(const std::shared_ptr<FileWork>& work);
+  void TakeLateResults();
+  bool KeepResults(FileWork& work);
+  void KeepResult(FileJob& job);
+  void NoteFailedCopies(const FileWork& work, bool ofAll);
+  void NoteHanging(const WorkPlace& place, bool progressed);
 
   std::shared_ptr<DestinationsInProgress> destinations_;
-  std::vector<std::string> leftOvers_;  // destinations whose work file is left
-  std::set<std::string> failedCopies_;  // reasons, of the last update
+  SnapshotPtr last_;                         // of the last run
+  std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
+  int pairsGeneration_ = 0;                  // of the pairs that those are about
+  std::shared_ptr<FileWork> work_;           // under way, or not yet asked what became of it
+  std::vector<std::string> leftOvers_;       // destinations whose work file is left
+  std::map<std::string, std::string> failedCopies_;  // reasons, by target
+  Tally lastTally_;
 };
 
 }  // namespace zeb

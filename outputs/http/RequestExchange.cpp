@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "text/Encodings.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -33,14 +34,16 @@ class ReplyReader {
 
 // What is neither open nor closed (an attempt that hangs, an error) must be closed as well before the control
 // can be used again.
-bool CloseAndWait(EventLoop& loop, TcpClientControl& control) {
-  if (control.CurrentState() == TcpClientControl::kClosed) return true;
+bool CloseAndWait(EventLoop& loop, TcpClientControl& control, const Epoch::Mark& mine) {
+  const auto closed = [&control] { return control.CurrentState() == TcpClientControl::kClosed; };
+  if (closed()) return true;
   control.Close();
-  return loop.WaitUntil([&control] { return control.CurrentState() == TcpClientControl::kClosed; },
-                        kSocketLimit);
+  loop.WaitUntil([&] { return closed() || !mine.Holds(); }, kSocketLimit);
+  return closed();
 }
 
-bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTarget& target) {
+bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
+                    const Epoch::Mark& mine) {
   std::string host = target.host;
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   const auto port = static_cast<std::uint16_t>(target.port);
@@ -49,9 +52,9 @@ bool ConnectAndWait(EventLoop& loop, TcpClientControl& control, const RequestTar
   else
     control.Connect(host, port);
   loop.WaitUntil(
-      [&control] {
+      [&] {
         const TcpClientControl::State state = control.CurrentState();
-        return state == TcpClientControl::kConnected || state == TcpClientControl::kError ||
+        return !mine.Holds() || state == TcpClientControl::kConnected || state == TcpClientControl::kError ||
                state == TcpClientControl::kClosed;
       },
       kSocketLimit);
@@ -68,8 +71,8 @@ ExchangeResult Failed(ExchangeResult::End end, std::string problem) {
 }  // namespace
 
 std::string ExchangeResult::StatusLine() const {
-  return DecodeLenient(
-      std::string_view(reply).substr(0, std::min(reply.find_first_of("\r\n"), reply.size())));
+  std::string_view rest = reply;
+  return DecodeLenient(TakeLine(rest));
 }
 
 int ExchangeResult::StatusCode() const {
@@ -81,14 +84,14 @@ int ExchangeResult::StatusCode() const {
 }
 
 ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
-                           std::string_view request) {
-  if (!CloseAndWait(loop, control))
+                           std::string_view request, const Epoch::Mark& mine) {
+  if (!CloseAndWait(loop, control, mine))
     return Failed(ExchangeResult::kNotClosed, "the last connection to " + ServerText(target) +
                                                   " does not close; the server takes no bytes");
   if (target.port < 1 || target.port > 65535)
     return Failed(ExchangeResult::kNotConnected, "there is no port " + std::to_string(target.port) +
                                                      " to reach '" + target.host + "' on; set 1 to 65535");
-  if (!ConnectAndWait(loop, control, target)) {
+  if (!ConnectAndWait(loop, control, target, mine)) {
     std::string why = control.LastError();
     if (why.empty()) why = ServerText(target) + " does not answer";
     return Failed(ExchangeResult::kNotConnected, std::move(why));
@@ -97,23 +100,18 @@ ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const Req
   {
     const ReplyReader reader(control);
     control.SendData(request);
-    loop.Wait(kAnswerTime);
+    loop.WaitUntil([&] { return !mine.Holds(); }, kAnswerTime);
     result.reply = reader.Reply();
     result.connectionLost = control.CurrentState() != TcpClientControl::kConnected;
   }
-  CloseAndWait(loop, control);
+  if (mine.Holds()) CloseAndWait(loop, control, mine);
   return result;
 }
 
 std::vector<std::string> SplitPieces(std::string_view text) {
-  std::vector<std::string> pieces;
   if (text.substr(0, kSeparator.size()) == kSeparator) text.remove_prefix(kSeparator.size());
-  for (;;) {
-    const std::size_t end = text.find(kSeparator);
-    pieces.emplace_back(text.substr(0, end));
-    if (end == std::string_view::npos) return pieces;
-    text.remove_prefix(end + kSeparator.size());
-  }
+  const std::vector<std::string_view> pieces = SplitAt(text, kSeparator);
+  return {pieces.begin(), pieces.end()};
 }
 
 std::string HostForHeader(const std::string& host) {

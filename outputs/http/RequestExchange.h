@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Epoch.h"
 #include "platform/EventLoop.h"
 #include "platform/Tcp.h"
 
@@ -24,6 +25,17 @@ struct RequestTarget {
   bool tls = false;
 };
 
+// What became of a request.
+struct Verdict {
+  std::string problem;  // one line that names the server; "": it was taken
+  bool mayPass = true;  // whether sending it again makes sense
+};
+
+// Whether a server that answered with this status may take the same request later.
+constexpr bool StatusMayPass(int code) {
+  return code == 408 || code == 429 || code >= 500;
+}
+
 struct ExchangeResult {
   enum End { kSent, kNotClosed, kNotConnected };
   End end = kSent;
@@ -35,9 +47,10 @@ struct ExchangeResult {
   int StatusCode() const;          // 0 when it is no HTTP status line
 };
 
-// Tasks only. A connection that is refused is not waited for any longer.
+// Tasks only. A connection that is refused is not waited for any longer. Comes back at once when `mine` ends,
+// and then the result means nothing.
 ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const RequestTarget& target,
-                           std::string_view request);
+                           std::string_view request, const Epoch::Mark& mine);
 
 // Parts of a "####" list: one leading separator is dropped, every other piece counts, empty ones too.
 std::vector<std::string> SplitPieces(std::string_view text);

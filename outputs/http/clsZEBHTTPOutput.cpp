@@ -1,8 +1,8 @@
 #include "outputs/http/clsZEBHTTPOutput.h"
 
-#include <exception>
 #include <utility>
 
+#include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "templates/ZEB_Class_Functions.h"
@@ -39,16 +39,31 @@ bool IsBlank(const std::string& text) {
   return TrimBlanks(text).empty();
 }
 
-// What the answer says that the operator should know; empty when all is well. A server that takes longer than
-// we listen has the request all the same.
-std::string ProblemInReply(const ExchangeResult& result, const RequestTarget& target) {
+// A server that takes longer than we listen has the request all the same.
+Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target) {
   const std::string server = ServerText(target);
   if (result.reply.empty())
-    return result.connectionLost ? server + " closed the connection without an answer" : std::string();
+    return {result.connectionLost ? server + " closed the connection without an answer" : std::string()};
   const int code = result.StatusCode();
-  if (code == 0) return server + " does not speak HTTP: it answered '" + result.StatusLine() + "'";
-  return code >= 400 ? server + " answered '" + result.StatusLine() + "'" : std::string();
+  if (code == 0) return {server + " does not speak HTTP: it answered '" + result.StatusLine() + "'", false};
+  if (code < 400) return {};
+  return {server + " answered '" + result.StatusLine() + "'", StatusMayPass(code)};
 }
+
+using S = HTTPSettings;
+constexpr SettingRow<S> kRows[] = {
+    {"RequestType", &S::RequestType},
+    {"URL", &S::URL},
+    {"SimpleTextFormat", &S::SimpleTextFormat},
+    {"ServerName", &S::ServerName},
+    {"ServerPort", &S::ServerPort, StoredAs::kNumber},
+    {"HTTPAuthenticate", &S::HTTPAuthenticate, StoredAs::kNumber},
+    {"HTTPUsername", &S::HTTPUsername},
+    {"HTTPPassword", &S::HTTPPassword, StoredAs::kText, true},
+    {"CharacterSet", &S::characterSet},
+    {"UseTLS", &S::UseTLS, StoredAs::kNumber},
+};
+constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
 
@@ -71,17 +86,21 @@ const char* RunStatusText(std::int32_t status) {
 
 bool clsZEBHTTPOutput::StartOutput(std::shared_ptr<Control> control) {
   const Trace trace("HTTP.StartOutput");
+  run_.Next();
   control_ = std::move(control);
   started_ = true;
+  problem_.clear();
   SetStatus(kStatusOK);
   return true;
 }
 
 bool clsZEBHTTPOutput::StopOutput() {
   const Trace trace("HTTP.StopOutput");
+  run_.Next();
   if (auto* client = dynamic_cast<TcpClientControl*>(control_.get())) client->Close();
   control_.reset();
   started_ = false;
+  problem_.clear();
   SetStatus(kStatusOff);
   return true;
 }
@@ -97,14 +116,31 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     trace.ExitAs("the output is not running");
     return false;
   }
-  try {
-    SendRequests(*snapshot);
-  } catch (const std::exception& error) {
+  mayPass_ = true;
+  counted_ = false;
+  const std::shared_ptr<Control> held = control_;  // it may be taken away while we wait
+  auto* client = dynamic_cast<TcpClientControl*>(held.get());
+  if (!client) {
     SetStatus(kStatusError);
-    problem_ = std::string("sending the request failed: ") + error.what();
-    ReportException("sending the HTTP request", true);
+    problem_ = "there is no socket to send the request with";
+    return false;
   }
-  return Status() == kStatusOK;
+  UploadFileList unused;
+  const std::vector<std::string> pieces =
+      SplitPieces(ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused,
+                                 {true, settings.characterSet}));
+  const Epoch::Mark mine = run_.Now();
+  if (!requests_.Run(environment_.loop, snapshot, pieces.size(), mine,
+                     [&](std::size_t i) { return Send(*client, pieces[i]); }))
+    return false;
+  problem_ = requests_.Problem();
+  mayPass_ = requests_.MayPass();
+  counted_ = true;
+  return requests_.Taken() > 0;
+}
+
+clsZEBTemplate::Tally clsZEBHTTPOutput::LastTally() const {
+  return counted_ ? Tally{requests_.Taken(), requests_.Failed()} : clsZEBTemplate::LastTally();
 }
 
 std::string clsZEBHTTPOutput::GetStatusString(std::uint32_t& colour) {
@@ -128,39 +164,18 @@ std::string clsZEBHTTPOutput::PropertiesProblem(std::optional<HTTPRequestType> c
 
 void clsZEBHTTPOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("HTTP.StoreOutputInformation");
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  hive.WriteText(key, "RequestType" + k, settings.RequestType == HTTPRequestType::kPost ? "1" : "0");
-  hive.WriteText(key, "URL" + k, settings.URL);
-  hive.WriteText(key, "SimpleTextFormat" + k, settings.SimpleTextFormat);
-  hive.WriteText(key, "ServerName" + k, settings.ServerName);
-  hive.WriteNumber(key, "ServerPort" + k, settings.ServerPort);
-  hive.WriteNumber(key, "HTTPAuthenticate" + k, settings.HTTPAuthenticate ? 1 : 0);
-  hive.WriteText(key, "HTTPUsername" + k, settings.HTTPUsername);
-  hive.WriteText(key, "HTTPPassword" + k, settings.HTTPPassword);
-  hive.WriteText(key, "CharacterSet" + k, std::string(CharacterSetName(settings.characterSet)));
-  hive.WriteNumber(key, "UseTLS" + k, settings.UseTLS ? 1 : 0);
+  WriteSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+                std::to_string(outputIndex), kTable, settings);
 }
 
 void clsZEBHTTPOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("HTTP.GetOutputInformation");
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  HTTPSettings read;
-  if (LeadingInteger(hive.ReadText(key, "RequestType" + k, "0")) == 1)
-    read.RequestType = HTTPRequestType::kPost;
-  read.URL = hive.ReadText(key, "URL" + k, "");
-  read.SimpleTextFormat = hive.ReadText(key, "SimpleTextFormat" + k, read.SimpleTextFormat);
-  read.ServerName = hive.ReadText(key, "ServerName" + k, read.ServerName);
-  read.ServerPort = hive.ReadNumber(key, "ServerPort" + k, read.ServerPort);
-  read.HTTPAuthenticate = hive.ReadNumber(key, "HTTPAuthenticate" + k, 0) != 0;
-  read.HTTPUsername = hive.ReadText(key, "HTTPUsername" + k, "");
-  read.HTTPPassword = hive.ReadText(key, "HTTPPassword" + k, "");
-  read.characterSet = CharacterSetByName(hive.ReadText(key, "CharacterSet" + k, ""), CharacterSet::kUtf8);
-  read.UseTLS = hive.ReadNumber(key, "UseTLS" + k, 0) != 0;
-  settings = std::move(read);
+  ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+               std::to_string(outputIndex), kTable, settings);
+}
+
+std::string clsZEBHTTPOutput::SettingsText() const {
+  return zeb::SettingsText(kTable, settings);
 }
 
 // ---- Requests
@@ -170,49 +185,26 @@ RequestTarget clsZEBHTTPOutput::Target() const {
   return {settings.ServerName, usualTlsPort ? kHttpsPort : settings.ServerPort, settings.UseTLS};
 }
 
-void clsZEBHTTPOutput::SendRequests(const ServiceSnapshot& snapshot) {
-  const std::shared_ptr<Control> held = control_;  // it may be taken away while we wait
-  auto* client = dynamic_cast<TcpClientControl*>(held.get());
-  if (!client) {
-    SetStatus(kStatusError);
-    problem_ = "there is no socket to send the request with";
-    return;
-  }
-  UploadFileList unused;
-  const std::string text = ExpandTemplate(settings.SimpleTextFormat, snapshot, settings.SimpleTextFormat,
-                                          unused, {true, settings.characterSet});
-  std::string firstProblem;
-  bool first = true;
-  for (const std::string& piece : SplitPieces(text)) {
-    if (!std::exchange(first, false)) environment_.loop.Wait(kRequestPause);
-    if (control_ != held) return;
-    const std::string problem = Send(*client, piece);
-    if (control_ != held) return;
-    if (firstProblem.empty()) firstProblem = problem;
-  }
-  problem_ = firstProblem;
-}
-
-// The problem, if there was one.
-std::string clsZEBHTTPOutput::Send(TcpClientControl& control, const std::string& requestText) {
+Verdict clsZEBHTTPOutput::Send(TcpClientControl& control, const std::string& requestText) {
   WarnOfAuthentication();
   const RequestTarget target = Target();
-  const std::shared_ptr<Control> held = control_;
-  const ExchangeResult result = SendRequest(environment_.loop, control, target, BuildRequest(requestText));
-  if (control_ != held) return {};  // stopped meanwhile: its status is that of a stopped output
+  const Epoch::Mark mine = run_.Now();
+  const ExchangeResult result =
+      SendRequest(environment_.loop, control, target, BuildRequest(requestText), mine);
+  if (!mine.Holds()) return {};  // stopped meanwhile: its status is that of a stopped output
   if (result.end != ExchangeResult::kSent) {
     SetStatus(result.end == ExchangeResult::kNotClosed ? kStatusError : kStatusConnecting);
     DebugLine("HTTP.UpdateOutput: ", result.problem);
-    return result.problem;
+    return {result.problem};
   }
   SetStatus(kStatusOK);
   lastReply_ = result.StatusLine();
   DebugLine("HTTP.UpdateOutput: ", ServerText(target), " answered '", lastReply_, "'");
-  return ProblemInReply(result, target);
+  return VerdictOn(result, target);
 }
 
 std::string clsZEBHTTPOutput::BuildRequest(const std::string& requestText) const {
-  const bool post = settings.RequestType == HTTPRequestType::kPost;
+  const bool post = settings.RequestType == kPostRequest;
   // Values are URL-encoded already; what the template has around them is put into their character set.
   const std::string text = EncodeFor(requestText, settings.characterSet);
   const std::string url = EncodeFor(WithoutLineEnds(settings.URL), settings.characterSet);

@@ -9,6 +9,8 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
+#include "outputs/http/RequestSeries.h"
+#include "platform/Epoch.h"
 #include "text/Encodings.h"
 
 namespace zeb {
@@ -23,10 +25,11 @@ enum RunStatus : std::int32_t {
 // The texts of "Starting" to "Stopped"; null for any other status.
 const char* RunStatusText(std::int32_t status);
 
-enum class HTTPRequestType { kGet = 0, kPost = 1 };
+// The codes in the settings; any other number is GET.
+enum HTTPRequestType : std::int32_t { kGetRequest = 0, kPostRequest = 1 };
 
 struct HTTPSettings {
-  HTTPRequestType RequestType = HTTPRequestType::kGet;
+  std::int32_t RequestType = kGetRequest;
   std::string URL;  // the path on the server
   std::string SimpleTextFormat =
       "?a=<ZEB_NOW_ARTISTS>&t=<ZEB_NOW_ITEMNAME>&l=<ZEB_NOW_CARTARTISTSHREF>&p=<ZEB_NOW_PICTUREFILENAME>";
@@ -52,6 +55,9 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string GetShortTypeDescription() const override { return "HTTP"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::string GetInformationString() const override;
+  std::string SettingsText() const override;
+  bool MayPass() const override { return mayPass_; }
+  Tally LastTally() const override;
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -62,13 +68,16 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   HTTPSettings settings;
 
  private:
-  void SendRequests(const ServiceSnapshot& snapshot);
-  std::string Send(TcpClientControl& control, const std::string& requestText);
+  Verdict Send(TcpClientControl& control, const std::string& requestText);
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
   RequestTarget Target() const;
 
   bool started_ = false;
+  RequestSeries requests_;
+  Epoch run_;  // from a start to the stop
+  bool mayPass_ = true;
+  bool counted_ = false;  // the last run was not cut short, so the requests' counts are its tally
   std::string lastWarning_;
   std::string lastReply_;
 };

@@ -1,12 +1,11 @@
 #include "outputs/serial/clsZEBSerialOutput.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
+#include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/wire/WireCharacters.h"
-#include "outputs/wire/WireLog.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
 #include "text/Utf8.h"
@@ -35,88 +34,73 @@ std::string DeviceOf(Environment& environment, std::int32_t commPort) {
   return device.empty() ? byDefault : device;
 }
 
+using S = SerialSettings;
+constexpr SettingRow<S> kRows[] = {
+    {"CommPort", &S::CommPort, StoredAs::kNumber},
+    {"Settings", &S::Settings},
+    {"Handshaking", &S::Handshaking, StoredAs::kNumber},
+    {"SimpleTextFormat", &S::simpleText},
+    {"AppendCharsFormat", &S::append},
+    {"AlternateStrings", &S::alternates},
+    {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
+    {"TravelActivateFormat", &S::TravelActivateFormat},
+    {"TravelDeactivateFormat", &S::TravelDeactivateFormat},
+    {"MaxNumberChars", &S::MaxNumberChars},
+    {"UseSlowSend", &S::UseSlowSend},
+    {"CharacterSet", &S::characterSet},
+};
+constexpr SettingTable<S> kTable = kRows;
+
 }  // namespace
 
 clsZEBSerialOutput::~clsZEBSerialOutput() {
-  if (port_) port_->onComm = nullptr;
+  if (!port_) return;
+  port_->onComm = nullptr;
+  port_->onLost = nullptr;
 }
 
 // ---- Settings
 
 void clsZEBSerialOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  const auto text = [&](const char* name, std::string_view byDefault) {
-    return hive.ReadText(key, name + k, std::string(byDefault));
-  };
-  CommPort = hive.ReadNumber(key, "CommPort" + k, 1);
-  Settings = text("Settings", "9600,n,8,1");
-  Handshaking = hive.ReadNumber(key, "Handshaking" + k, 0);
-  simpleTextFormat_ = formats.simpleText = text("SimpleTextFormat", kDefaultSimpleTextFormat);
-  formats.append = text("AppendCharsFormat", "");
-  formats.alternates = text("AlternateStrings", "");
-  formats.alternatesWhenEmpty = LeadingInteger(text("AlternateStringsWhenEmpty", "1")) != 0;
-  TravelActivateFormat = text("TravelActivateFormat", "TA=1{0D}{0A}");
-  TravelDeactivateFormat = text("TravelDeactivateFormat", "TA=0{0D}{0A}");
-  MaxNumberChars = LeadingInteger(text("MaxNumberChars", "0"));
-  UseSlowSend = LeadingInteger(text("UseSlowSend", "0")) != 0;
-  characterSet = CharacterSetByName(text("CharacterSet", ""), CharacterSet::kWindows1252);
+  ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+               std::to_string(outputIndex), kTable, settings);
+  simpleTextFormat_ = settings.simpleText;
+  device_ = DeviceOf(environment_, settings.CommPort);
   SetStatus(kStatusOK);
 }
 
 void clsZEBSerialOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
-  SettingsHive& hive = environment_.hive;
-  const std::string key = environment_.ServiceKey(serviceNumber) + kSettingsKey;
-  const std::string k = std::to_string(outputIndex);
-  hive.WriteNumber(key, "CommPort" + k, CommPort);
-  hive.WriteText(key, "Settings" + k, Settings);
-  hive.WriteNumber(key, "Handshaking" + k, Handshaking);
-  hive.WriteText(key, "SimpleTextFormat" + k, formats.simpleText);
-  hive.WriteText(key, "AppendCharsFormat" + k, formats.append);
-  hive.WriteText(key, "AlternateStrings" + k, formats.alternates);
-  hive.WriteText(key, "AlternateStringsWhenEmpty" + k, formats.alternatesWhenEmpty ? "1" : "0");
-  hive.WriteText(key, "TravelActivateFormat" + k, TravelActivateFormat);
-  hive.WriteText(key, "TravelDeactivateFormat" + k, TravelDeactivateFormat);
-  hive.WriteText(key, "MaxNumberChars" + k, std::to_string(MaxNumberChars));
-  hive.WriteText(key, "UseSlowSend" + k, UseSlowSend ? "1" : "0");
-  hive.WriteText(key, "CharacterSet" + k, std::string(CharacterSetName(characterSet)));
+  WriteSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
+                std::to_string(outputIndex), kTable, settings);
+}
+
+std::string clsZEBSerialOutput::SettingsText() const {
+  return zeb::SettingsText(kTable, settings) + "device=" + device_ + "\n";
 }
 
 // ---- The port
 
 bool clsZEBSerialOutput::StartOutput(std::shared_ptr<Control> control) {
   const Trace trace("Serial.StartOutput");
-  try {
-    port_ = std::dynamic_pointer_cast<SerialPortControl>(control);
-    control_ = std::move(control);
-    if (!port_) {
-      Fail("this program has no serial ports");
-      return false;
-    }
-    port_->onComm = [this](std::int32_t event, std::string_view data) { OnComm(event, data); };
-    const Outcome opened = OpenPort();
-    DebugLine(opened ? "Serial: Port Opened OK" : "Serial: Error opening Port " + opened.Reason());
-    return opened.Ok();
-  } catch (const std::exception& error) {
-    Fail(error.what());
-    ReportException("opening the serial port", true);
+  run_.Next();
+  port_ = std::dynamic_pointer_cast<SerialPortControl>(control);
+  control_ = std::move(control);
+  if (!port_) {
+    Fail("this program has no serial ports");
     return false;
   }
+  port_->onComm = [this](std::int32_t event, std::string_view data) { OnComm(event, data); };
+  port_->onLost = [this] { OnPortLost(); };
+  const Outcome opened = OpenPort();
+  DebugLine(opened ? "Serial: Port Opened OK" : "Serial: Error opening Port " + opened.Reason());
+  return opened.Ok();
 }
 
 Outcome clsZEBSerialOutput::OpenPort() {
   const PortPtr port = port_;
-  port->SetLine({CommPort, DeviceOf(environment_, CommPort), Settings, Handshaking});
-  Outcome opened = port->Open();
-  EventLoop& loop = environment_.loop;
-  if (opened && port->Opening() && loop.InTask())
-    loop.WaitUntil([&port] { return !port->Opening(); }, kOpenLimit);
-  if (opened && !port->PortOpen()) {
-    const std::string why = port->LastError();
-    port->Close();
-    opened = Failure{why.empty() ? "the port was closed" : why};
-  }
+  const Epoch::Mark mine = run_.Now();
+  Outcome opened = TryToOpen(port, mine);
+  if (!mine.Holds()) return Failure{"the output was stopped"};
   if (opened) {
     problem_.clear();
     SetStatus(kStatusOK);
@@ -126,6 +110,19 @@ Outcome clsZEBSerialOutput::OpenPort() {
   return opened;
 }
 
+Outcome clsZEBSerialOutput::TryToOpen(const PortPtr& port, const Epoch::Mark& mine) {
+  const std::string device = device_.empty() ? DeviceOf(environment_, settings.CommPort) : device_;
+  port->SetLine({settings.CommPort, device, settings.Settings, settings.Handshaking});
+  if (Outcome opened = port->Open(); !opened) return opened;
+  EventLoop& loop = environment_.loop;
+  if (port->Opening() && loop.InTask())
+    loop.WaitUntil([&] { return !mine.Holds() || !port->Opening(); }, kOpenLimit);
+  if (!mine.Holds() || port->PortOpen()) return {};
+  const std::string why = port->LastError();
+  port->Close();
+  return Failure{why.empty() ? "the port was closed" : why};
+}
+
 void clsZEBSerialOutput::Fail(std::string problem) {
   problem_ = std::move(problem);
   SetStatus(kStatusError);
@@ -133,8 +130,10 @@ void clsZEBSerialOutput::Fail(std::string problem) {
 
 bool clsZEBSerialOutput::StopOutput() {
   const Trace trace("Serial.StopOutput");
+  run_.Next();
   if (port_) {
     port_->onComm = nullptr;
+    port_->onLost = nullptr;
     port_->Close();
   }
   port_.reset();
@@ -151,17 +150,20 @@ void clsZEBSerialOutput::OnComm(std::int32_t event, std::string_view data) const
     DebugLine("RaiseEvent CommError:Serial: ", CommEventText(event));
 }
 
+// An encoder that was switched off and on again shows nothing until it is sent its text once more.
+void clsZEBSerialOutput::OnPortLost() {
+  const std::string why = port_->LastError();
+  Fail(why.empty() ? "the port was closed" : why);
+  DebugLine("Serial: port lost: ", problem_);
+  if (const auto tell = onShownLost) tell();
+}
+
 bool clsZEBSerialOutput::PrepareOutput(const SnapshotPtr&) {
   const Trace trace("Serial.PrepareOutput");
-  try {
-    if (!port_ || port_->PortOpen()) return false;
-    DebugLine("Serial: Port is closed, attempting to open");
-    const Outcome opened = OpenPort();
-    if (!opened) DebugLine("Serial: failed to open: ", opened.Reason());
-  } catch (const std::exception& error) {
-    Fail(error.what());
-    ReportException("opening the serial port", true);
-  }
+  if (!port_ || port_->PortOpen()) return false;
+  DebugLine("Serial: Port is closed, attempting to open");
+  const Outcome opened = OpenPort();
+  if (!opened) DebugLine("Serial: failed to open: ", opened.Reason());
   return false;
 }
 
@@ -173,111 +175,113 @@ bool clsZEBSerialOutput::FinishOutput(const SnapshotPtr&) {
 // ---- Sending
 
 bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
-  try {
-    Update(*snapshot);
-  } catch (const std::exception& error) {
-    Fail(error.what());
-    ReportException("updating the serial output", true);
-  }
-  return Status() == kStatusOK;
-}
-
-void clsZEBSerialOutput::Update(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.UpdateOutput");
-  if (!port_ || !port_->PortOpen()) return trace.ExitAs("Port closed");
-  const std::vector<std::string> candidates = chooser_.Candidates(formats, snapshot, false);
-  if (candidates.empty()) return trace.ExitAs("no strings to choose from");
-  std::string text = chooser_.Pick(candidates);
-  if (text.empty()) return trace.ExitAs("nothing to send");
-  const std::string appended = ConvertHexEscapes(formats.append);
-  if (MaxNumberChars > 0) {
-    const auto most = static_cast<std::size_t>(MaxNumberChars);
-    const std::size_t taken = std::min(most, CountInSet(appended, characterSet));
-    text = std::string(CutInSet(text, characterSet, most - taken));
-  }
-  Send(snapshot, text + appended);
-}
-
-bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {
-  return Send(snapshot, text);
-}
-
-bool clsZEBSerialOutput::Send(const ServiceSnapshot& snapshot, const std::string& text) {
-  const Trace trace("Serial.SendString");
-  const PortPtr port = port_;  // StopOutput may come during a wait
   const auto exitAs = [&trace](const char* reason) {
     trace.ExitAs(reason);
     return false;
   };
+  if (!port_ || !port_->PortOpen()) return exitAs("Port closed");
+  const Epoch::Mark mine = run_.Now();
+  const auto candidates = chooser_.Candidates(settings, *snapshot, LineBreaks::kKept);
+  if (!mine.Holds()) return exitAs("the output was stopped");
+  if (!candidates) {
+    Fail(candidates.Reason());
+    return exitAs("a schedule file does not answer");
+  }
+  if (!port_->PortOpen()) return exitAs("Port closed");  // it went while a file was read
+  problem_.clear();
+  SetStatus(kStatusOK);
+  if (candidates.Value().empty()) return exitAs("no strings to choose from");
+  std::string text = chooser_.Pick(candidates.Value());
+  if (text.empty()) return exitAs("nothing to send");
+  const std::string appended = ConvertHexEscapes(settings.append);
+  if (settings.MaxNumberChars > 0) {
+    const auto most = static_cast<std::size_t>(settings.MaxNumberChars);
+    const std::size_t taken = std::min(most, CountInSet(appended, settings.characterSet));
+    text = std::string(CutInSet(text, settings.characterSet, most - taken));
+  }
+  return SendString(*snapshot, text + appended);
+}
+
+bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {
+  const Trace trace("Serial.SendString");
+  const auto exitAs = [&trace](const char* reason) {
+    trace.ExitAs(reason);
+    return false;
+  };
+  const PortPtr port = port_;  // StopOutput may come during a wait
   if (snapshot.serviceNumber < 0) return exitAs("no ParentService");
   if (!port) return exitAs("no CommControl");
   if (!port->PortOpen()) return exitAs("Port Closed");
   if (!snapshot.LoggingPath.empty()) {
     DebugLine("Adding to Log File");
-    static_cast<void>(AppendToWireLog(environment_, snapshot, "-Serial-" + PaddedNumber(CommPort, 2), text));
+    log_.Append(snapshot, "-Serial-" + PaddedNumber(settings.CommPort, 2), text);
   }
-  const std::string bytes = EncodeForWire(text, characterSet);
-  if (UseSlowSend) {
+  const Epoch::Mark mine = run_.Now();
+  const Outcome sent = Transmit(port, text);
+  if (!sent) DebugLine("Problem sending string: ", sent.Reason());
+  if (!mine.Holds()) return false;
+  if (!sent) {
+    Fail(sent.Reason());
+    return false;
+  }
+  problem_.clear();
+  SetStatus(kStatusOK);
+  return true;
+}
+
+Outcome clsZEBSerialOutput::Transmit(const PortPtr& port, const std::string& text) {
+  const std::string bytes = EncodeForWire(text, settings.characterSet);
+  if (settings.UseSlowSend) {
     DebugLine("Slow sending Serial '", text, "'");
     return SendSlowly(port, bytes, text);
   }
   DebugLine("Sending serial '", text, "'");
-  if (const Outcome sent = port->Output(bytes); !sent) {
-    DebugLine("Problem sending string: ", sent.Reason());
-    Fail(sent.Reason());
-    return false;
-  }
+  if (Outcome sent = port->Output(bytes); !sent) return sent;
   DebugLine("Finished serial send.");
   return Drain(port);
 }
 
-bool clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text) {
+Outcome clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes,
+                                       const std::string& text) {
   EventLoop& loop = environment_.loop;
-  const bool utf8 = characterSet == CharacterSet::kUtf8;
+  const bool utf8 = settings.characterSet == CharacterSet::kUtf8;
   for (std::size_t at = 0; at < bytes.size();) {
     const std::size_t next = utf8 ? SkipCharacters(text, at, 1) : at + 1;
     const MonotonicTime queued = loop.Monotonic();
-    if (const Outcome sent = port->Output(std::string_view(bytes).substr(at, next - at)); !sent) {
-      DebugLine("Problem sending string: ", sent.Reason());
-      if (port == port_) Fail(sent.Reason());
-      return false;
-    }
-    if (!Drain(port)) return false;
-    const Duration left = queued + kSlowSendPace - loop.Monotonic();
-    if (left > Duration::zero()) loop.Wait(left);
+    if (Outcome sent = port->Output(std::string_view(bytes).substr(at, next - at)); !sent) return sent;
+    if (Outcome left = Drain(port); !left) return left;
+    const Duration rest = queued + kSlowSendPace - loop.Monotonic();
+    if (rest > Duration::zero()) loop.Wait(rest);
     at = next;
   }
-  return true;
+  return {};
 }
 
-bool clsZEBSerialOutput::Drain(const PortPtr& port) {
+Outcome clsZEBSerialOutput::Drain(const PortPtr& port) {
   EventLoop& loop = environment_.loop;
+  const std::string number = std::to_string(settings.CommPort);
   while (const std::size_t before = port->OutBufferCount()) {
     if (loop.WaitUntil([&] { return port->OutBufferCount() < before; }, kDrainLimit)) continue;
     // Closing drops what is stuck; the next update opens the port again.
     port->Close();
-    const std::string problem =
-        "port " + std::to_string(CommPort) + " takes no more bytes; check its cable and handshaking";
-    DebugLine("Problem sending string: ", problem);
-    if (port == port_) Fail(problem);
-    return false;
+    return Failure{"port " + number + " takes no more bytes; check its cable and handshaking"};
   }
-  if (port->PortOpen()) return true;
+  if (port->PortOpen()) return {};
   const std::string why = port->LastError();
-  if (port == port_) Fail(why.empty() ? "the port was closed during a send" : why);
-  return false;
+  return Failure{why.empty() ? "the port was closed during a send" : why};
 }
 
 bool clsZEBSerialOutput::SetTravelFlagActivated(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.SetTravelFlagActivated");
-  if (port_) return SendTravelFormat(snapshot, TravelActivateFormat);
+  if (port_) return SendTravelFormat(snapshot, settings.TravelActivateFormat);
   trace.ExitAs("no CommControl");
   return false;
 }
 
 bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
   const Trace trace("Serial.SetTravelFlagCleared");
-  if (port_) return SendTravelFormat(snapshot, TravelDeactivateFormat);
+  if (port_) return SendTravelFormat(snapshot, settings.TravelDeactivateFormat);
   trace.ExitAs("no CommControl");
   return false;
 }
@@ -285,7 +289,7 @@ bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
 bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format) {
   UploadFileList unused;
   return SendString(snapshot,
-                    ExpandTemplate(ConvertHexEscapes(format), snapshot, formats.simpleText, unused));
+                    ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused));
 }
 
 // ---- The property dialog

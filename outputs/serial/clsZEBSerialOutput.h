@@ -9,15 +9,28 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/wire/CandidateChooser.h"
+#include "outputs/wire/WireLog.h"
+#include "platform/Epoch.h"
+#include "platform/Result.h"
 #include "platform/SerialPortControl.h"
 #include "text/Encodings.h"
 
 namespace zeb {
 
+struct SerialSettings : WireFormats {
+  std::int32_t CommPort = 1;
+  std::string Settings = "9600,n,8,1";
+  std::int32_t Handshaking = 0;
+  std::string TravelActivateFormat = "TA=1{0D}{0A}", TravelDeactivateFormat = "TA=0{0D}{0A}";
+  std::int32_t MaxNumberChars = 0;  // 0: no limit
+  bool UseSlowSend = false;
+  CharacterSet characterSet = CharacterSet::kWindows1252;
+};
+
 class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
  public:
   explicit clsZEBSerialOutput(Environment& environment)
-      : clsZEBTemplate(environment), chooser_(environment) {}
+      : clsZEBTemplate(environment), chooser_(environment, lane_), log_(environment) {}
   ~clsZEBSerialOutput() override;
 
   bool StartOutput(std::shared_ptr<Control> control) override;
@@ -27,36 +40,36 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   bool FinishOutput(const SnapshotPtr& snapshot) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  std::string SettingsText() const override;
   std::string GetShortTypeDescription() const override { return "Serial"; }
-  std::string GetInformationString() const override { return "Port: " + std::to_string(CommPort); }
+  std::string GetInformationString() const override { return "Port: " + std::to_string(settings.CommPort); }
 
+  // True once every byte has left.
   bool SendString(const ServiceSnapshot& snapshot, const std::string& text) override;
   bool SetTravelFlagActivated(const ServiceSnapshot& snapshot) override;
   bool SetTravelFlagCleared(const ServiceSnapshot& snapshot) override;
 
-  std::int32_t CommPort = 1;
-  std::string Settings = "9600,n,8,1";
-  std::int32_t Handshaking = 0;
-  WireFormats formats;
-  std::string TravelActivateFormat = "TA=1{0D}{0A}", TravelDeactivateFormat = "TA=0{0D}{0A}";
-  std::int32_t MaxNumberChars = 0;  // 0: no limit
-  bool UseSlowSend = false;
-  CharacterSet characterSet = CharacterSet::kWindows1252;
+  SerialSettings settings;
 
  private:
   using PortPtr = std::shared_ptr<SerialPortControl>;
   Outcome OpenPort();
-  void Update(const ServiceSnapshot& snapshot);
-  bool Send(const ServiceSnapshot& snapshot, const std::string& text);
-  bool SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
+  Outcome TryToOpen(const PortPtr& port, const Epoch::Mark& mine);
+  Outcome Transmit(const PortPtr& port, const std::string& text);
+  Outcome SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
   bool SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format);
-  // Waits until everything has left; false when the line takes nothing, or the port was closed meanwhile.
-  bool Drain(const PortPtr& port);
+  // Waits until everything has left; the reason says that the line takes nothing, or that the port was
+  // closed.
+  Outcome Drain(const PortPtr& port);
   void Fail(std::string problem);
   void OnComm(std::int32_t event, std::string_view data) const;
+  void OnPortLost();
 
   PortPtr port_;
+  std::string device_;  // of the port's number, when the settings were read
   CandidateChooser chooser_;
+  WireLog log_;
+  Epoch run_;  // from a start to the stop
 };
 
 // ---- The property dialog, without the drawing

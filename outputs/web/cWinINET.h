@@ -9,7 +9,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/FtpSession.h"
-#include "text/UrlEncode.h"
+#include "text/PercentEncoding.h"
 
 namespace zeb {
 

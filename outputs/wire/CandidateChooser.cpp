@@ -8,6 +8,7 @@
 #include "platform/WorkLane.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
 
@@ -17,21 +18,27 @@ namespace {
 
 constexpr std::string_view kFilePrefix = "FILE:";
 
-std::vector<std::string_view> Split(std::string_view alternates) {
-  std::vector<std::string_view> parts;
-  while (!alternates.empty()) {
-    const std::size_t bar = alternates.find('|');
-    parts.push_back(alternates.substr(0, bar));
-    if (bar == std::string_view::npos) break;
-    alternates.remove_prefix(bar + 1);
-  }
-  return parts;
-}
-
 std::string LineNumbers(const std::vector<int>& lines) {
   std::string text = lines.size() == 1 ? "line " : "lines ";
   for (std::size_t i = 0; i < lines.size(); ++i) text += (i == 0 ? "" : ", ") + std::to_string(lines[i]);
   return text;
+}
+
+// What a worker finds of a schedule file. One that is not there has no entries.
+struct FoundSchedule {
+  ScheduleFile schedule;
+  std::string problem;
+};
+
+FoundSchedule ReadSchedule(FileSystem& files, const std::string& path) {
+  if (!files.Stat(path)) return {};
+  const Result<std::string> bytes = files.Read(path, kMaxScheduleBytes);
+  if (!bytes) return {{}, bytes.Reason()};
+  FoundSchedule found{ScheduleFile::Parse(bytes.Value()), {}};
+  if (const std::vector<int>& bad = found.schedule.malformedLines; !bad.empty())
+    found.problem =
+        "'" + path + "': skipping " + LineNumbers(bad) + ", which should read days|hours|template";
+  return found;
 }
 
 }  // namespace
@@ -56,72 +63,48 @@ void CandidateChooser::NoteOnce(const std::string& path, const std::string& prob
   environment_.person.Note(problem);
 }
 
-CandidateChooser::Schedules CandidateChooser::ReadSchedules(const std::vector<std::string_view>& alternates) {
+Result<CandidateChooser::Schedules> CandidateChooser::ReadSchedules(
+    const std::vector<std::string_view>& alternates) {
   Schedules schedules;
-  for (const std::string_view alternate : alternates)
-    if (std::string path = PathOf(alternate); !path.empty()) schedules[std::move(path)] = {};
-  if (schedules.empty()) return schedules;
-
-  struct Read {
-    Schedules schedules;
-    std::map<std::string, std::string> problems;
-  };
-  auto done = environment_.loop.RunBlocking(
-      [read = Read{schedules, {}}, &files = environment_.files]() mutable {
-        for (auto& [path, schedule] : read.schedules) {
-          if (!files.Stat(path)) continue;
-          const Result<std::string> bytes = files.Read(path, kMaxScheduleBytes);
-          if (bytes)
-            schedule = ScheduleFile::Parse(bytes.Value());
-          else
-            read.problems[path] = bytes.Reason();
-        }
-        return std::move(read);
-      },
-      kFileWorkLimit);
-  if (!done) return {};
-  schedules = std::move(done->schedules);
-  auto& problems = done->problems;
-  for (const auto& [path, schedule] : schedules) {
-    std::string problem = problems[path];
-    if (problem.empty() && !schedule.malformedLines.empty())
-      problem = "'" + path + "': skipping " + LineNumbers(schedule.malformedLines) +
-                ", which should read days|hours|template";
-    NoteOnce(path, problem);
+  for (const std::string_view alternate : alternates) {
+    const std::string path = PathOf(alternate);
+    if (path.empty() || schedules.contains(path)) continue;
+    auto found =
+        lane_.Run([path, &files = environment_.files] { return ReadSchedule(files, path); }, kFileWorkLimit);
+    if (!found)
+      return Failure{"the schedule file '" + path + "' does not answer; check the share it lies on"};
+    NoteOnce(path, found->problem);
+    schedules[path] = std::move(found->schedule);
   }
   return schedules;
 }
 
-std::vector<std::string> CandidateChooser::Candidates(const WireFormats& formats,
-                                                      const ServiceSnapshot& snapshot, bool oneLine) {
+Result<std::vector<std::string>> CandidateChooser::Candidates(const WireFormats& formats,
+                                                              const ServiceSnapshot& snapshot,
+                                                              LineBreaks breaks) {
   std::vector<std::string> candidates;
-  const auto expand = [&](std::string_view format) {
+  const WireFormats asked = formats;  // settings may change during the wait
+  const auto add = [&](std::string_view format) {
     UploadFileList unused;
-    std::string text = ExpandTemplate(format, snapshot, formats.simpleText, unused);
-    return oneLine ? WithoutLineBreaks(std::move(text)) : text;
-  };
-  const auto add = [&](std::string text) {
+    std::string text = ExpandTemplate(format, snapshot, asked.simpleText, unused);
+    if (breaks == LineBreaks::kTakenOut) text = WithoutLineBreaks(std::move(text));
     if (!text.empty()) candidates.push_back(std::move(text));
   };
 
-  add(expand(formats.simpleText));
-  if (!candidates.empty() && formats.alternatesWhenEmpty) return candidates;
-  const std::string alternatesText = formats.alternates;  // settings may change during the wait
-  const std::vector<std::string_view> alternates = Split(alternatesText);
-  const Schedules schedules = ReadSchedules(alternates);
-  // The items may have changed meanwhile; all candidates show one moment.
-  candidates.clear();
-  add(expand(formats.simpleText));
-  if (!candidates.empty() && formats.alternatesWhenEmpty) return candidates;
+  add(asked.simpleText);
+  if (!candidates.empty() && asked.alternatesWhenEmpty) return candidates;
+  const std::vector<std::string_view> alternates = SplitAt(asked.alternates, "|");
+  const Result<Schedules> schedules = ReadSchedules(alternates);
+  if (!schedules) return Failure{schedules.Reason()};
   const WallTime now = environment_.loop.Now();
   for (const std::string_view alternate : alternates) {
-    const auto schedule = schedules.find(PathOf(alternate));
-    if (schedule == schedules.end()) {
-      add(expand(alternate));
+    const auto schedule = schedules.Value().find(PathOf(alternate));
+    if (schedule == schedules.Value().end()) {
+      add(alternate);
       continue;
     }
     for (const ScheduleEntry& entry : schedule->second.entries)
-      if (entry.Matches(now)) add(expand(entry.templateText));
+      if (entry.Matches(now)) add(entry.templateText);
   }
   return candidates;
 }

@@ -9,37 +9,44 @@
 #include <vector>
 
 #include "core/Environment.h"
+#include "core/OutputTypes.h"
 #include "core/ServiceSnapshot.h"
 #include "outputs/wire/ScheduleFile.h"
+#include "platform/Result.h"
+#include "platform/WorkLane.h"
 
 namespace zeb {
 
 // What the operator has set.
 struct WireFormats {
-  std::string simpleText;
+  std::string simpleText{kDefaultSimpleTextFormat};
   std::string append;               // with {hh} escapes
   std::string alternates;           // templates and "FILE:name" entries, separated by "|"
   bool alternatesWhenEmpty = true;  // only when the main text is empty
 };
 
+enum class LineBreaks { kKept, kTakenOut };
+
 class CandidateChooser {
  public:
-  explicit CandidateChooser(Environment& environment) : environment_(environment) {}
+  // `lane`: the owner's, for reading schedule files.
+  CandidateChooser(Environment& environment, WorkLane& lane) : environment_(environment), lane_(lane) {}
 
-  // Every text that may be sent now. Waits while schedule files are read. With `oneLine`, line breaks are
-  // taken out before a text is looked at.
-  std::vector<std::string> Candidates(const WireFormats& formats, const ServiceSnapshot& snapshot,
-                                      bool oneLine);
+  // Every text that may be sent now. Waits while schedule files are read; the reason names one that does not
+  // answer. Line breaks are taken out before a text is looked at.
+  Result<std::vector<std::string>> Candidates(const WireFormats& formats, const ServiceSnapshot& snapshot,
+                                              LineBreaks breaks);
   // One of them by chance; "" from none.
   std::string Pick(const std::vector<std::string>& candidates);
 
  private:
   using Schedules = std::map<std::string, ScheduleFile>;  // by path
-  Schedules ReadSchedules(const std::vector<std::string_view>& alternates);
+  Result<Schedules> ReadSchedules(const std::vector<std::string_view>& alternates);
   std::string PathOf(std::string_view alternate) const;  // "" when it is no FILE: entry
   void NoteOnce(const std::string& path, const std::string& problem);
 
   Environment& environment_;
+  WorkLane& lane_;
   std::map<std::string, std::string> noted_;  // the last problem of each file
   std::uint64_t picks_ = 0;
 };

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "text/Encodings.h"
+#include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/SharedTime.h"
 #include "text/Utf8.h"
@@ -53,13 +54,8 @@ ScheduleFile ScheduleFile::Parse(std::string_view bytes) {
   ScheduleFile file;
   int number = 0;
   for (std::string_view rest = text; !rest.empty() && file.entries.size() < kMaxScheduleEntries;) {
-    const std::size_t end = rest.find_first_of("\r\n");
-    const std::string_view line = rest.substr(0, end);
+    const std::string_view line = TakeLine(rest);
     ++number;
-    if (end == std::string_view::npos)
-      rest = {};
-    else
-      rest.remove_prefix(end + (rest.substr(end, 2) == "\r\n" ? 2 : 1));
     if (TrimBlanks(line).empty()) continue;
     if (std::optional<ScheduleEntry> entry = ParseLine(line))
       file.entries.push_back(std::move(*entry));

@@ -77,17 +77,50 @@ class Collector {
   std::vector<std::size_t> open_;
 };
 
+// Whether an element's two ends separate words, as those of a paragraph or a table cell do.
+bool IsBlock(const xmlNode* node) {
+  if (node->type != XML_ELEMENT_NODE) return false;
+  const htmlElemDesc* known = htmlTagLookup(node->name);
+  return known && known->isinline == 0;
+}
+
+bool IsHidden(const xmlNode* node) {
+  return node->type == XML_COMMENT_NODE || View(node->name) == "script" || View(node->name) == "style";
+}
+
 class TextOfPage {
  public:
-  void Add(const xmlNode* node) {
+  // The node and all that follows it, with what is in them.
+  std::string Take(const xmlNode* node) {
+    while (node) {
+      const bool goIn = !IsHidden(node);
+      if (goIn) Enter(node);
+      if (goIn && node->type == XML_ELEMENT_NODE && node->children) {
+        node = node->children;
+        continue;
+      }
+      if (goIn) Leave(node);
+      while (node && !node->next) {
+        node = node->parent;
+        if (node) Leave(node);
+      }
+      if (node) node = node->next;
+    }
+    return std::move(text_);
+  }
+
+ private:
+  void Enter(const xmlNode* node) {
     if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)
       AddText(View(node->content));
     else if (View(node->name) == "br")
       AddBreak();
+    else if (IsBlock(node))
+      blank_ = true;
   }
-  std::string Take() { return std::move(text_); }
-
- private:
+  void Leave(const xmlNode* node) {
+    if (IsBlock(node)) blank_ = true;
+  }
   void AddText(std::string_view text) {
     for (const char c : text) {
       if (c == ' ' || c == '\t' || c == '\n' || c == '\r') {
@@ -106,16 +139,6 @@ class TextOfPage {
   std::string text_;
   bool blank_ = false;
 };
-
-bool IsHidden(const xmlNode* node) {
-  return node->type == XML_COMMENT_NODE || View(node->name) == "script" || View(node->name) == "style";
-}
-
-const xmlNode* After(const xmlNode* node, bool goIn) {
-  if (goIn && node->type == XML_ELEMENT_NODE && node->children) return node->children;
-  while (node && !node->next) node = node->parent;
-  return node ? node->next : nullptr;
-}
 
 }  // namespace
 
@@ -148,14 +171,7 @@ std::string LibxmlMarkup::HtmlToText(std::string_view html) {
   const std::unique_ptr<xmlDoc, DocumentDeleter> document(
       htmlCtxtReadMemory(context.get(), html.data(), static_cast<int>(html.size()), nullptr, "UTF-8",
                          HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET));
-  TextOfPage text;
-  const xmlNode* node = document ? document->children : nullptr;
-  while (node) {
-    const bool hidden = IsHidden(node);
-    if (!hidden) text.Add(node);
-    node = After(node, !hidden);
-  }
-  return text.Take();
+  return document ? TextOfPage().Take(document->children) : std::string();
 }
 
 }  // namespace zeb

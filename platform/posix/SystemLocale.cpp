@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cstdlib>
+#include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "text/Encodings.h"
@@ -165,6 +167,19 @@ void ReadNames(std::array<std::string, kSize>& names, const std::array<nl_item, 
     if (std::string name = read(items[i]); !name.empty()) names[i] = std::move(name);
 }
 
+// A locale of the system by its name, for as long as it is used.
+class Locale {
+ public:
+  // LC_CTYPE is taken with the rest: it tells the character set that the names are in.
+  explicit Locale(const std::string& name)
+      : handle_(newlocale(LC_ALL_MASK, name.c_str(), nullptr), &freelocale) {}
+  bool Given() const { return handle_ != nullptr; }
+  locale_t Get() const { return handle_.get(); }
+
+ private:
+  std::unique_ptr<std::remove_pointer_t<locale_t>, decltype(&freelocale)> handle_;
+};
+
 LocaleFormats FormatsOf(locale_t locale) {
   const std::string charset = nl_langinfo_l(CODESET, locale);
   const auto read = [&](nl_item item) { return ToUtf8(nl_langinfo_l(item, locale), charset); };
@@ -221,21 +236,22 @@ std::string DatePatternFromStrftime(std::string_view format, bool twelveHours) {
 }
 
 LocaleFormats ReadLocale(const std::string& name) {
-  // LC_CTYPE is taken with it: it tells the character set that the names are in.
-  locale_t locale = newlocale(LC_ALL_MASK, name.c_str(), nullptr);
-  if (locale == nullptr) locale = newlocale(LC_ALL_MASK, "C", nullptr);
-  if (locale == nullptr) return {};
-  LocaleFormats formats = FormatsOf(locale);
-  freelocale(locale);
-  return formats;
+  Locale locale(name);
+  if (!locale.Given()) locale = Locale("C");
+  return locale.Given() ? FormatsOf(locale.Get()) : LocaleFormats();
 }
 
-LocaleFormats ReadSystemLocale() {
+SystemLocale ReadSystemLocale() {
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
     const char* name = std::getenv(variable);
-    if (name != nullptr && *name != '\0') return ReadLocale(name);
+    if (name == nullptr || *name == '\0') continue;
+    SystemLocale read = {ReadLocale(name), ""};
+    if (!Locale(name).Given())
+      read.problem = std::string("The locale '") + name + "' (" + variable +
+                     ") is not installed: dates and times are written as in the locale 'C'";
+    return read;
   }
-  return ReadLocale("C");
+  return {ReadLocale("C"), ""};
 }
 
 }  // namespace zeb

@@ -1,7 +1,7 @@
 // SystemLocale: the date and time forms of the system's locale (LC_TIME), in the terms of text/SharedTime.h.
 //
 // Reads the environment (LC_ALL, LC_TIME, LANG) without changing the process's own locale. Where the system
-// lacks the locale that is asked for, the one called "C" stands in.
+// lacks the locale that is asked for, the one called "C" stands in, and `problem` says so.
 #pragma once
 
 #include <string>
@@ -11,7 +11,11 @@
 
 namespace zeb {
 
-LocaleFormats ReadSystemLocale();
+struct SystemLocale {
+  LocaleFormats formats;
+  std::string problem;  // one line for the operator; "" when all is as asked for
+};
+SystemLocale ReadSystemLocale();
 // The forms of a locale by its name ("de_DE.UTF-8").
 LocaleFormats ReadLocale(const std::string& name);
 

@@ -3,13 +3,20 @@
 #include <QSerialPort>
 #include <QString>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "platform/SerialLineSettings.h"
+#include "platform/SerialLineWatch.h"
 
 #ifdef Q_OS_UNIX
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
+#include <unistd.h>
+#endif
+#ifdef Q_OS_LINUX
+#include <linux/serial.h>
 #endif
 
 namespace zeb {
@@ -85,11 +92,65 @@ bool Answers([[maybe_unused]] const QSerialPort& port) {
 #endif
 }
 
+#ifdef Q_OS_LINUX
+
+// A descriptor of its own, since a look may hang for longer than the port is open. It neither keeps the line
+// to itself nor sets anything.
+class LineLook {
+ public:
+  explicit LineLook(int port) : number_(fcntl(port, F_DUPFD_CLOEXEC, 0)) {}
+  ~LineLook() {
+    if (number_ >= 0) close(number_);
+  }
+  LineLook(const LineLook&) = delete;
+  LineLook& operator=(const LineLook&) = delete;
+
+  std::optional<SerialLineState> Look() const {
+    serial_icounter_struct counts{};
+    int lines = 0;
+    const bool counted = ioctl(number_, TIOCGICOUNT, &counts) == 0;
+    const bool seen = ioctl(number_, TIOCMGET, &lines) == 0;
+    if (!counted && !seen) return std::nullopt;
+    const auto count = [](int value) { return static_cast<std::uint32_t>(value); };
+    SerialLineState state;
+    state.breaks = count(counts.brk);
+    state.framingErrors = count(counts.frame);
+    state.parityErrors = count(counts.parity);
+    state.overruns = count(counts.overrun);
+    state.bufferOverflows = count(counts.buf_overrun);
+    state.rings = count(counts.rng);
+    state.ctsChanges = count(counts.cts);
+    state.dsrChanges = count(counts.dsr);
+    state.carrierChanges = count(counts.dcd);
+    state.cts = (lines & TIOCM_CTS) != 0;
+    state.dsr = (lines & TIOCM_DSR) != 0;
+    state.carrier = (lines & TIOCM_CAR) != 0;
+    state.ringing = (lines & TIOCM_RNG) != 0;
+    return state;
+  }
+
+ private:
+  int number_;
+};
+
+SerialLineWatch::Look LookAt(const QSerialPort& port) {
+  return [look = std::make_shared<const LineLook>(port.handle())] { return look->Look(); };
+}
+
+#else
+
+SerialLineWatch::Look LookAt(const QSerialPort&) {
+  return [] { return std::nullopt; };
+}
+
+#endif
+
 }  // namespace
 
 struct QtSerialPortControl::Local {
   QSerialPort port;
   Timer drainCheck;
+  std::optional<SerialLineWatch> watch;
 
   std::size_t Queued() const { return static_cast<std::size_t>(port.bytesToWrite()) + SystemQueue(port); }
 };
@@ -97,6 +158,9 @@ struct QtSerialPortControl::Local {
 QtSerialPortControl::QtSerialPortControl(EventLoop& loop, Network& network) : loop_(loop), remote_(network) {
   remote_.onComm = [this](std::int32_t event, std::string_view data) {
     if (const auto tell = onComm) tell(event, data);
+  };
+  remote_.onLost = [this] {
+    if (const auto tell = onLost) tell();
   };
 }
 
@@ -145,10 +209,13 @@ Outcome QtSerialPortControl::Open() {
     loop_.Post([this, alive = std::weak_ptr<bool>(alive_)] {
       if (alive.expired() || lostError_.empty()) return;
       Drop();
-      if (const auto tell = onComm) tell(0, {});
+      if (const auto tell = onLost) tell();
     });
   });
   local_ = std::move(local);
+  local_->watch.emplace(loop_, LookAt(port), [this](CommEvent event) {
+    if (const auto tell = onComm) tell(event, {});
+  });
   return {};
 }
 
@@ -163,6 +230,7 @@ void QtSerialPortControl::Close() {
 void QtSerialPortControl::Drop() {
   const std::unique_ptr<Local> local = std::exchange(local_, nullptr);
   if (!local) return;
+  local->watch.reset();
   local->port.disconnect();
   if (local->port.isOpen()) {
     if (local->Queued() > 0) local->port.clear();

@@ -36,8 +36,10 @@ Outcome SimulatedSerialPort::Output(std::string_view bytes) {
 }
 
 void SimulatedSerialPort::Unplug() {
+  const bool wasOpen = open_;
   Close();
   error_ = openFailure = "the device is gone";
+  if (const auto tell = onLost; wasOpen && tell) tell();
 }
 
 }  // namespace zeb

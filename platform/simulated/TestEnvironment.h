@@ -1,8 +1,10 @@
 // TestEnvironment: simulated ports put together, the usual start of an engine test.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/Environment.h"
@@ -18,12 +20,17 @@ class RecordingOperator : public Operator {
  public:
   void Note(std::string_view line) override { notes.emplace_back(line); }
   void Show(MessageIcon, const std::string& text) override { shown.push_back(text); }
-  bool Ask(const std::string& question) override {
+  void Ask(const std::string& question, std::function<void(bool)> answered) override {
     asked.push_back(question);
-    return answer;
+    if (keepsWaiting)
+      open.push_back(std::move(answered));
+    else
+      answered(answer);
   }
   std::vector<std::string> notes, shown, asked;
   bool answer = true;
+  bool keepsWaiting = false;  // questions stay open, in `open`, for the test to answer
+  std::vector<std::function<void(bool)>> open;
 };
 
 class MemoryCarts : public CartStore {

@@ -123,10 +123,10 @@ TEST_F(frmMainTest, AddsAndRemovesServicesAndKeepsThemNumberedWithoutGaps) {
   EXPECT_EQ(world.hive.ReadNumber(root, "NumberServices", 0), 5);
 
   world.person.answer = false;
-  EXPECT_FALSE(main->RemoveService(2));
+  main->RemoveService(2);
   EXPECT_EQ(main->NumberServices(), 5);
   world.person.answer = true;
-  EXPECT_TRUE(main->RemoveService(2));
+  main->RemoveService(2);
   EXPECT_EQ(world.person.asked,
             std::vector<std::string>(2, "Are you sure you want to remove the Service \"Station 2\"?"));
   EXPECT_EQ(Names(*main),
@@ -137,8 +137,37 @@ TEST_F(frmMainTest, AddsAndRemovesServicesAndKeepsThemNumberedWithoutGaps) {
   }
   EXPECT_FALSE(world.hive.KeyExists(root + "\\Service5"));
   EXPECT_EQ(world.hive.ReadNumber(root, "NumberServices", 0), 4);
-  EXPECT_TRUE(main->RemoveService(4));
-  EXPECT_FALSE(main->RemoveService(4));
+  main->RemoveService(4);
+  main->RemoveService(4);  // there is none any more
+  main->RemoveService(0);
+  EXPECT_EQ(main->NumberServices(), 3);
+  EXPECT_EQ(world.person.asked.size(), 3u);
+}
+
+TEST_F(frmMainTest, RemovesTheServiceThatWasAskedAboutWhereverItStandsByThen) {
+  Store(root, 3);
+  auto main = Make();
+  ASSERT_TRUE(main->Load().Ok());
+  world.person.keepsWaiting = true;
+  main->RemoveService(3);
+  main->RemoveService(2);  // one question at a time
+  ASSERT_EQ(world.person.open.size(), 1u);
+  Store(root, 2);
+  main->Reload();
+  Store(root, 3);
+  main->Reload();
+  world.person.open[0](true);  // that one is gone: the new third one stays
+  EXPECT_EQ(main->NumberServices(), 3);
+
+  main->RemoveService(1);
+  ASSERT_EQ(world.person.open.size(), 2u);
+  world.person.open[1](true);
+  EXPECT_EQ(Names(*main), (std::vector<std::string>{"Station 2", "Station 3"}));
+
+  main->RemoveService(1);
+  main.reset();
+  world.person.open.at(2)(true);  // nobody is there to hear it
+  EXPECT_EQ(StoredName(1), "Station 2");
 }
 
 // Fails in the middle of the move: the first services have moved, then the disk is full.
@@ -160,7 +189,7 @@ TEST_F(frmMainTest, KeepsEveryServiceWhenARemovalCannotBeStored) {
   frmMain main(environment, [](OutputType) { return nullptr; }, {});
   ASSERT_TRUE(main.Load().Ok());
   hive.full = true;
-  EXPECT_FALSE(main.RemoveService(1));
+  main.RemoveService(1);
   EXPECT_EQ(Names(main), (std::vector<std::string>{"Station 1", "Station 2", "Station 3", "Station 4"}));
   for (int i = 1; i <= 4; ++i) {
     EXPECT_EQ(main.Window(i)->service().ServiceNumber(), i);
@@ -187,10 +216,10 @@ class frmMainQuitTest : public frmMainTest {
 
 TEST_F(frmMainQuitTest, AsksOnceWhenNothingIsUpdating) {
   world.person.answer = false;
-  EXPECT_FALSE(main->RequestQuit([&] { ++closed; }));
+  main->RequestQuit([&] { ++closed; });
   EXPECT_FALSE(main->Window(1)->Closed());
   world.person.answer = true;
-  EXPECT_TRUE(main->RequestQuit([&] { ++closed; }));
+  main->RequestQuit([&] { ++closed; });
   world.loop.RunFor(1s);
   EXPECT_EQ(closed, 1);
   EXPECT_TRUE(main->Window(1)->Closed());
@@ -204,11 +233,11 @@ TEST_F(frmMainQuitTest, AsksOnceWhenNothingIsUpdating) {
 
 TEST_F(frmMainQuitTest, WaitsForAnUpdateAndThenCloses) {
   BeginUpdate();
-  EXPECT_TRUE(main->RequestQuit([&] { ++closed; }));
+  main->RequestQuit([&] { ++closed; });
   EXPECT_EQ(world.person.asked.back(),
             "ZEB cannot be closed until it has finished updating it's outputs\n\n"
             "Do you want it to close when it has finished?");
-  EXPECT_TRUE(main->RequestQuit([&] { closed += 10; }));  // asked again while it waits: nothing new
+  main->RequestQuit([&] { closed += 10; });  // asked again while it waits: nothing new
   world.loop.RunFor(30min);
   EXPECT_EQ(closed, 0);
   EXPECT_EQ(stopped, 0);
@@ -226,7 +255,7 @@ TEST_F(frmMainQuitTest, RunsOnWhenTheAnswerIsNotToWait) {
     explicit SecondNo(int& count) : questions(count) {}
     void Note(std::string_view) override {}
     void Show(MessageIcon, const std::string&) override {}
-    bool Ask(const std::string&) override { return ++questions == 1; }
+    void Ask(const std::string&, std::function<void(bool)> answered) override { answered(++questions == 1); }
     int& questions;
   } person(questions);
   Environment environment{world.loop, world.hive,  world.files, world.network,
@@ -236,7 +265,7 @@ TEST_F(frmMainQuitTest, RunsOnWhenTheAnswerIsNotToWait) {
   ASSERT_TRUE(other.Load().Ok());
   other.Window(2)->ForceUpdate();
   world.loop.RunFor(5s);
-  EXPECT_FALSE(other.RequestQuit([&] { ++closed; }));
+  other.RequestQuit([&] { ++closed; });
   EXPECT_EQ(questions, 2);
   released = true;
   world.loop.RunFor(5s);
@@ -244,9 +273,43 @@ TEST_F(frmMainQuitTest, RunsOnWhenTheAnswerIsNotToWait) {
   EXPECT_FALSE(other.Window(2)->Closed());
 }
 
+TEST_F(frmMainQuitTest, OneQuestionIsOpenAtATimeAndServicesRunOnUntilItIsAnswered) {
+  world.person.keepsWaiting = true;
+  std::vector<std::function<void(bool)>>& open = world.person.open;
+  main->RequestQuit([&] { ++closed; });
+  main->RequestQuit([&] { closed += 10; });
+  ASSERT_EQ(open.size(), 1u);
+  BeginUpdate();  // while the question stands
+  open[0](true);
+  ASSERT_EQ(open.size(), 2u);
+  main->RequestQuit([&] { closed += 10; });
+  EXPECT_EQ(open.size(), 2u);
+  EXPECT_FALSE(main->Window(1)->Closed());
+  open[1](false);
+  released = true;
+  world.loop.RunFor(5s);
+  EXPECT_EQ(closed, 0);
+
+  main->RequestQuit([&] { closed += 100; });  // after a No it may be asked again
+  main->RemoveService(1);
+  ASSERT_EQ(open.size(), 4u);
+  open[2](true);
+  EXPECT_EQ(closed, 100);
+  open[3](true);  // too late
+  EXPECT_EQ(main->NumberServices(), 2);
+}
+
+TEST_F(frmMainQuitTest, AnAnswerAfterItsEndChangesNothing) {
+  world.person.keepsWaiting = true;
+  main->RequestQuit([&] { ++closed; });
+  main.reset();
+  world.person.open.at(0)(true);
+  EXPECT_EQ(closed, 0);
+}
+
 TEST_F(frmMainQuitTest, CanBeDestroyedWhileAnUpdateWaits) {
   BeginUpdate();
-  EXPECT_TRUE(main->RequestQuit([&] { ++closed; }));
+  main->RequestQuit([&] { ++closed; });
   main.reset();
   released = true;
   world.loop.RunFor(5s);

@@ -17,6 +17,7 @@ struct Script {
   Duration updateTime{}, startTime{};
   std::string problem;
   bool throws = false;
+  bool sends = true;  // strings and travel flags leave
   Lines lines;
 };
 
@@ -32,6 +33,7 @@ class FakeOutput : public clsZEBTemplate, public StringOutput, public ScriptComm
     return Write(control ? "start with control" : "start");
   }
   bool StopOutput() override { return Write("stop"); }
+  void Cancel() override { Write("cancel"); }
   bool UpdateOutput(const SnapshotPtr& snapshot) override {
     const std::string title = snapshot->currentItem->ItemName;
     Wait(script_.updateTime);
@@ -48,8 +50,8 @@ class FakeOutput : public clsZEBTemplate, public StringOutput, public ScriptComm
   bool SendString(const ServiceSnapshot&, const std::string& text) override {
     return Write("string " + text);
   }
-  bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Write("travel on"); }
-  bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Write("travel off"); }
+  bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Write("travel on") && script_.sends; }
+  bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Write("travel off") && script_.sends; }
 
  private:
   void Wait(Duration time) {
@@ -77,6 +79,7 @@ class frmServiceTest : public testing::Test {
     if (window) Close();
   }
   std::string Key() const { return ports.environment.ServiceKey(1); }
+  std::int32_t Stored(const std::string& name) { return ports.hive.ReadNumber(Key(), name, -1); }
   void Outputs(const std::string& type, int count, int interval = 0) {
     ports.hive.WriteText(Key() + "\\" + type, "NumberOutputs", std::to_string(count));
     ports.hive.WriteText(Key() + "\\" + type, "UpdateInterval", std::to_string(interval));
@@ -140,13 +143,14 @@ TEST_F(frmServiceTest, InstantUpdateAndWhatArrivesMeanwhile) {
   EXPECT_TRUE(window->service().UpdateInProgress());
   At(200ms);
   Say("SET_CURRENT_ITEM ITitle=b");  // due at 1.7 s, while the first update still runs
-  EXPECT_EQ(Panel(), "Information Update received, waiting..");
   At(2100ms);
   EXPECT_EQ(Take(), Lines{"2100 'a'"});
   At(3500ms);
-  Say("SET_CURRENT_ITEM ITitle=c");  // due at 5 s, after it
+  Say("SET_CURRENT_ITEM ITitle=c");
+  Say("SET_CURRENT_ITEM ITitle=d");
+  EXPECT_EQ(Panel(), "Information Update received, updating..");
   At(20s);
-  EXPECT_EQ(Take(), (Lines{"4100 'b'", "7000 'c'"}));
+  EXPECT_EQ(Take(), (Lines{"4100 'b'", "6100 'd'"})) << "the newest, as soon as the output is free";
   EXPECT_EQ(Panel(), "");
 }
 
@@ -158,7 +162,8 @@ TEST_F(frmServiceTest, PeriodicUpdatesGoOnBetweenInformation) {
     At(i * 1s + 1ms);
     Say("SET_CURRENT_ITEM ITitle=x" + std::to_string(i));
   }
-  EXPECT_EQ(Take(), (Lines{"1000 'x0'", "5000 'x4'", "9000 'x8'"})) << "only the web output has an interval";
+  EXPECT_EQ(Take(), (Lines{"1000 'x0'", "5000 'x4'", "9000 'x8'", "10000 'x9'", "10000 'x9'"}))
+      << "only the web output has an interval; ten seconds after the first all are updated";
   EXPECT_EQ(Panel(), "Information Update received, waiting..");
   At(20s);
   EXPECT_EQ(Take(), (Lines{"11501 'x10'", "11501 'x10'", "15000 'x10'", "19000 'x10'"}));
@@ -201,14 +206,35 @@ TEST_F(frmServiceTest, TravelFlagAndNearEnd) {
   EXPECT_EQ(Take(), (Lines{"0 command SAE\r\n", "0 string SAE\r\n"}));
   At(19900ms);
   EXPECT_EQ(window->PanelText(Panel::kTravel), "TA");
-  At(20s);  // the update that began at 1.5 s runs still, with the encoder in hand
+  At(20s);  // the update that began at 1.5 s runs still
   EXPECT_EQ(window->PanelText(Panel::kTravel), "");
-  EXPECT_EQ(Take(), Lines{"20000 travel off"});
+  EXPECT_EQ(Stored("TravelFlagActive"), 1) << "its end has not left yet";
   Say("CURRENTITEM_NEAREND");
   Say("CURRENTITEM_NEAREND");  // the same end again
   At(2min);
-  EXPECT_EQ(Take(), (Lines{"31500 'Travel news'", "31500 command SAE\r\n", "61500 'Travel news'",
-                           "61500 string SAE\r\n"}));
+  EXPECT_EQ(Take(), (Lines{"31500 'Travel news'", "31500 command SAE\r\n", "31500 'Travel news'",
+                           "31500 travel off", "31500 string SAE\r\n"}));
+  EXPECT_EQ(Stored("TravelFlagActive"), 0);
+}
+
+TEST_F(frmServiceTest, TheTravelFlagEndsWithTheServiceOrAtTheNextStart) {
+  Outputs("File", 0);
+  Outputs("Serial", 1);
+  ports.hive.WriteText(Key(), "TravelFlagActivateString", "TRAVEL");
+  Open();
+  Say("SET_CURRENT_ITEM ITitle=\"Travel news\"");
+  EXPECT_EQ(Stored("TravelFlagActive"), 1);
+  EXPECT_EQ(Take(), Lines{"0 travel on"});
+  script.sends = false;  // the encoder's cable is out
+  Close();
+  EXPECT_EQ(Take(), (Lines{"0 travel off", "0 stop"}));
+  EXPECT_EQ(Stored("TravelFlagActive"), 1);
+  script.sends = true;
+  Open();
+  ports.loop.RunFor(1s);
+  EXPECT_EQ(script.lines, Lines{});
+  EXPECT_EQ(Stored("TravelFlagActive"), 0);
+  Close();
 }
 
 TEST_F(frmServiceTest, TheControllerIsGreetedAndShown) {
@@ -293,10 +319,11 @@ TEST_F(frmServiceTest, ListensOnlyWhereItShould) {
     ports.hive.WriteNumber(Key(), "TolvanTCPControlPort", c.number);
     Open();
     const Lines notes = Notes();
-    EXPECT_EQ(!notes.empty(), c.listens) << c.number;
-    if (c.listens) {
-      EXPECT_EQ(notes.at(0), "Demo FM: listening on port " + std::to_string(6900 + c.number));
-    }
+    ASSERT_EQ(notes.size(), 1U) << c.number;
+    if (c.listens)
+      EXPECT_EQ(notes[0], "Demo FM: listening on port " + std::to_string(6900 + c.number));
+    else
+      EXPECT_TRUE(notes[0].ends_with("so nothing will be received")) << notes[0];
     Close();
   }
 }
@@ -321,7 +348,7 @@ TEST_F(frmServiceTest, TheJournalTellsOfUpdatesAndChanges) {
   Notes();
   Say("SET_CURRENT_ITEM ITitle=\"One{0D}{0A}two\" AName1=Band");
   At(10s);
-  EXPECT_EQ(Notes(), Lines{"Demo FM: updated 2 file outputs, 1 web output in 1.5 ms: 'One two' by 'Band'"});
+  EXPECT_EQ(Notes(), Lines{"Demo FM: updated 2 files, 1 web page in 0.5 ms: 'One two' by 'Band'"});
   script.problem = "cannot write '/srv/now.html': no space left";
   At(1min);  // several periodic updates of the web output
   EXPECT_EQ(Notes(), Lines{"Demo FM: Web 1: cannot write '/srv/now.html': no space left"});
@@ -331,8 +358,8 @@ TEST_F(frmServiceTest, TheJournalTellsOfUpdatesAndChanges) {
   script.throws = true;
   Say("SET_CURRENT_ITEM ITitle=b");
   At(122s);
-  EXPECT_EQ(Notes(), (Lines{"Demo FM: File 1: Error", "Demo FM: File 2: Error", "Demo FM: Web 1: Error",
-                            "Demo FM: updated nothing, 3 failing in 1.5 ms: 'b' by ''"}));
+  EXPECT_EQ(Notes(), (Lines{"Demo FM: File 1: cannot", "Demo FM: File 2: cannot", "Demo FM: Web 1: cannot",
+                            "Demo FM: updated nothing, 3 failing in 0.5 ms: 'b' by ''"}));
 }
 
 TEST_F(frmServiceTest, OutputsGetTheirControls) {
@@ -341,47 +368,79 @@ TEST_F(frmServiceTest, OutputsGetTheirControls) {
   Open();
   Say("SET LOG CURRENTITEMS,ITitle=early");  // no update of an output that is not started yet
   At(30s);
-  EXPECT_EQ(Take(), (Lines{"1000 start", "2000 start with control", "3000 start", "4000 start with control",
-                           "5000 start", "6000 start with control", "6000 'early'", "6000 'early'",
-                           "6000 'early'", "6000 'early'", "6000 'early'", "6000 'early'"}));
+  Lines starts, updates;
+  for (const std::string& line : Take())
+    (line.find("start") == std::string::npos ? updates : starts).push_back(line);
+  EXPECT_EQ(starts, (Lines{"1000 start", "1000 start with control", "1000 start", "1000 start with control",
+                           "1000 start", "1000 start with control"}))
+      << "none waits for another";
+  EXPECT_EQ(updates, Lines(6, "1000 'early'"));
 }
 
-TEST_F(frmServiceTest, ReloadWaitsForTheUpdateAndKeepsTheItems) {
+TEST_F(frmServiceTest, ReloadRestartsWhatChangedAndNothingElse) {
   script.updateTime = 5s;
   Open();
   Say("SET_CURRENT_ITEM ITitle=a");
   Say("SET_SHOW SHOW=s");
   window->service().settings.LastUpdateOnServerIndex = 7;
   At(2s);
+  const OutputPtr running = window->service().Output(OutputType::kFile, 1);
   ports.hive.WriteText(Key(), "ServiceName", "Demo Two");
   Outputs("File", 2);
+  ports.hive.WriteNumber(Key() + "\\File", "DelaySeconds1", 3);  // a new one in front of the one that runs
   EXPECT_TRUE(window->Reload());
-  EXPECT_TRUE(window->Reload());
-  At(6s);
-  EXPECT_EQ(window->service().settings.ServiceName, "Demo FM");
-  EXPECT_EQ(Take(), Lines{});
-  At(7s);
-  EXPECT_EQ(Take(), (Lines{"6500 'a'", "6500 stop", "6500 start", "6500 start"}));
   EXPECT_EQ(window->service().settings.ServiceName, "Demo Two");
   EXPECT_EQ(window->service().ShowReference, "s");
   EXPECT_EQ(window->service().settings.LastUpdateOnServerIndex, 8);
+  EXPECT_EQ(window->service().Output(OutputType::kFile, 2), running);
   At(1min);
-  EXPECT_EQ(Take(), (Lines{"13000 'a'", "18000 'a'"})) << "the new outputs show what is on";
+  EXPECT_EQ(Take(), (Lines{"2000 start", "6500 'a'", "7000 'a'"})) << "the new one shows what is on";
+  EXPECT_TRUE(window->Reload());
+  Outputs("File", 1);
+  EXPECT_TRUE(window->Reload());
+  At(2min);
+  EXPECT_EQ(Take(), Lines{"60000 stop"});
 }
 
-TEST_F(frmServiceTest, CloseWaitsForTheUpdate) {
-  script.updateTime = 5s;
+TEST_F(frmServiceTest, WhatCannotBeReadStaysAsItIs) {
   Open();
   Say("SET_CURRENT_ITEM ITitle=a");
-  At(2s);
-  EXPECT_TRUE(window->Reload());
-  window->Close();
-  EXPECT_FALSE(window->Closed());
-  Say("SET_CURRENT_ITEM ITitle=too-late");
-  window.reset();  // what still runs keeps it
-  At(1min);
-  EXPECT_EQ(Take(), (Lines{"6500 'a'", "6500 stop"}));
-  EXPECT_EQ(ports.loop.TaskCount(), 0U);
+  ports.hive.WriteText(Key(), "ServiceName", "Demo Two");
+  ports.hive.failure = "the settings file is locked";
+  const Outcome outcome = window->Reload();
+  EXPECT_EQ(outcome.Reason(), "the settings of 'Demo FM' stay as they were: the settings file is locked");
+  At(10s);
+  EXPECT_EQ(Take(), Lines{"1500 'a'"}) << "and everything goes on";
+  EXPECT_EQ(window->service().settings.ServiceName, "Demo FM");
+  ports.hive.failure.clear();
+}
+
+TEST_F(frmServiceTest, CloseWaitsForTheUpdateAWhile) {
+  struct Case {
+    Duration updateTime;
+    Lines lines;
+  };
+  for (const Case& c :
+       {Case{1s, {"2500 'a'", "2500 stop"}}, Case{5s, {"4000 cancel", "6000 stop", "6500 'a'"}},
+        Case{1h, {"4000 cancel", "6000 stop", "3601500 'a'"}}}) {
+    TestEnvironment fresh;
+    fresh.hive.WriteText(fresh.environment.ServiceKey(1) + "\\File", "NumberOutputs", "1");
+    script.updateTime = c.updateTime;
+    auto closing = frmService::Create(fresh.environment, [&](OutputType) {
+      return std::make_shared<FakeOutput>(fresh.environment, script);
+    });
+    closing->Open(1);
+    script.lines.clear();
+    closing->SetZEBInformation("SET_CURRENT_ITEM ITitle=a");
+    fresh.loop.RunFor(2s);
+    closing->Close();
+    EXPECT_FALSE(closing->Closed());
+    closing->SetZEBInformation("SET_CURRENT_ITEM ITitle=too-late");
+    closing.reset();  // what still runs keeps it
+    fresh.loop.RunFor(2h);
+    EXPECT_EQ(Take(), c.lines);
+    EXPECT_EQ(fresh.loop.TaskCount(), 0U);
+  }
 }
 
 TEST_F(frmServiceTest, ALoopThatEndsLeavesNothingBehind) {

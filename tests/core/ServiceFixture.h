@@ -23,10 +23,20 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
 
     bool StopOutput() override { return Do("stop"); }
     bool PrepareOutput(const SnapshotPtr&) override { return Do("prepare"); }
-    bool UpdateOutput(const SnapshotPtr&) override { return Do("update"); }
+    bool UpdateOutput(const SnapshotPtr& snapshot) override {
+      shown.push_back(snapshot->currentItem->ItemName);
+      Do("update");
+      problem_ = problem;
+      return problem.empty();
+    }
     bool FinishOutput(const SnapshotPtr&) override { return Do("finish"); }
 
+    bool MayPass() const override { return mayPass; }
+
     std::map<std::string, std::function<void()>> during;  // by operation
+    std::string problem;                                  // what its updates end with
+    bool mayPass = true;
+    std::vector<std::string> shown;  // titles
 
    protected:
     bool Do(const std::string& operation) {
@@ -54,8 +64,9 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
     bool SendString(const ServiceSnapshot&, const std::string& text) override {
       return Do("string " + text + "to");
     }
-    bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Do("travel on"); }
-    bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Do("travel off"); }
+    bool SetTravelFlagActivated(const ServiceSnapshot&) override { return Do("travel on") && sends; }
+    bool SetTravelFlagCleared(const ServiceSnapshot&) override { return Do("travel off") && sends; }
+    bool sends = true;
   };
 
   template <class Kind = RecordingOutput>
@@ -74,9 +85,16 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
     Start([this, type] { service_.UpdateOutputType(static_cast<std::int32_t>(type)); });
   }
 
-  void Write(const std::string& line) {
-    const auto second = std::chrono::duration_cast<std::chrono::seconds>(ports_.loop.Monotonic() - started_);
-    lines_.push_back(std::to_string(second.count()) + " " + line);
+  void Write(const std::string& line) { lines_.push_back(Moment() + " " + line); }
+  std::string Moment() const {
+    const Duration passed = ports_.loop.Monotonic() - started_;
+    return std::to_string(passed / (writeMilliseconds_ ? Duration(std::chrono::milliseconds(1))
+                                                       : Duration(std::chrono::seconds(1))));
+  }
+  void SetTitle(const std::string& title) {
+    clsZEBItemInfo item;
+    item.Edit().ItemName = title;
+    service_.SetCurrentItem(item);
   }
   // The lines since the last call.
   Lines Take() { return std::exchange(lines_, {}); }
@@ -94,10 +112,21 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
   void OutputUpdateFinished(int index, OutputType type) override { Tell("finished " + Place(index, type)); }
   void UpdateStarted() override { Tell("update started"); }
   void UpdateFinished() override { Tell("update finished"); }
+  void UpdateThrough(const UpdateRecord& record) override {
+    if (!record.full) return;
+    records_.push_back(Moment() + " full '" + record.snapshot->currentItem->ItemName + "' " +
+                       std::to_string(record.runs.size()) + (record.runs.size() == 1 ? " run, " : " runs, ") +
+                       std::to_string(record.postponed) + " postponed");
+  }
+  void UpdateWaits(const UpdateRecord& record) override {
+    records_.push_back(Moment() + " '" + record.snapshot->currentItem->ItemName + "' waits");
+  }
 
   void TearDown() override { EXPECT_EQ(ports_.loop.TaskCount(), 0U); }
 
   bool writeEvents_ = false;
+  bool writeMilliseconds_ = false;
+  Lines records_;  // of full updates
   Lines lines_;
   TestEnvironment ports_;
   MonotonicTime started_ = ports_.loop.Monotonic();

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "diagnostics/hxGeneral.h"
 #include "tests/core/ServiceFixture.h"
 
@@ -238,41 +240,54 @@ TEST_F(ServiceUpdateTest, CuesToTheSameTypeWaitInTheirOrderAndSoDoUpdates) {
                            "32 update s", "32 finish s"}));
 }
 
-TEST_F(ServiceUpdateTest, WhatWaitsTooLongOrInTooLongAQueueIsDropped) {
+TEST_F(ServiceUpdateTest, OfFarTooManyCuesTheLastTellsHowThingsStand) {
   const auto serial = Add<RecordingSerial>(OutputType::kSerial, "s");
-  serial->during["update"] = Wait(299s);
+  serial->during["update"] = Wait(30s);
   Update(OutputType::kSerial);
-  for (int i = 0; i < 20; ++i) Start([this] { service_.SetTravelFlagCleared(); });
-  EXPECT_EQ(ports_.person.notes.size(), 4U);
-  ports_.loop.RunFor(299s);
-  Take();
+  for (int i = 0; i < 20; ++i) {
+    service_.SetTravelFlagActivated();
+    service_.SetTravelFlagCleared();
+    service_.CurrentItemNearEnd();
+  }
+  ports_.loop.RunFor(1min);
+  const Lines lines = Take();
+  EXPECT_LE(std::ssize(lines), 3 + 3 * 18);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "30 string SAE\r\nto s"), 1);
+  const auto last = std::find_if(lines.rbegin(), lines.rend(), [](const std::string& line) {
+    return line.find("travel") != std::string::npos;
+  });
+  EXPECT_EQ(*last, "30 travel off s");
+}
 
-  serial->during["update"] = Wait(301s);
-  Update(OutputType::kSerial);
-  Update(OutputType::kSerial);
-  ports_.loop.RunFor(300s);
-  EXPECT_EQ(ports_.person.notes.size(), 5U);
-  ports_.loop.RunFor(301s);
-  EXPECT_EQ(Take(), Lines({"299 prepare s", "299 update s", "600 finish s"}));
-  serial->during.clear();
-  Update(OutputType::kSerial);
-  EXPECT_EQ(Take().size(), 3U);
+TEST_F(ServiceUpdateTest, ATravelCueIsSentUntilItHasLeft) {
+  const auto serial = Add<RecordingSerial>(OutputType::kSerial, "s");
+  serial->sends = false;
+  service_.SetTravelFlagActivated();
+  EXPECT_TRUE(service_.TravelCueOwed());
+  ports_.loop.RunFor(4s);
+  service_.SetTravelFlagCleared();  // takes the place of the one that did not leave
+  ports_.loop.RunFor(14s);          // tried at 4 s; the failures in a row are 2 by then, so again at 14 s
+  serial->sends = true;
+  ports_.loop.RunFor(30s);
+  Lines cues;
+  for (const std::string& line : Take())
+    if (line.find("travel") != std::string::npos) cues.push_back(line);
+  EXPECT_EQ(cues, Lines({"0 travel on s", "4 travel off s", "14 travel off s", "34 travel off s"}));
+  EXPECT_FALSE(service_.TravelCueOwed());
 }
 
 TEST_F(ServiceUpdateTest, OutputsThatComeOrGoMeanwhile) {
   writeEvents_ = true;
-  Add(OutputType::kFile, "a")->during["update"] = Wait(10s);
+  Add(OutputType::kFile, "a")->during["update"] = Wait(500ms);
   Add(OutputType::kFile, "b");
   Add(OutputType::kFile, "c");
   Update(OutputType::kFile);
-  ports_.loop.RunFor(5s);
   Take();
   service_.RemoveOutput(OutputType::kFile, 2);
   service_.RemoveOutput(OutputType::kFile, 1);  // the one that waits
   Add(OutputType::kFile, "new");
   ports_.loop.RunFor(10s);
-  EXPECT_EQ(Take(), Lines({"10 updating 1 of type 3", "10 update c", "10 updated 1 of type 3", "10 finish c",
-                           "10 finished 1 of type 3", "10 update finished"}));
+  EXPECT_EQ(Take(), Lines({"0 finish c", "0 finished 1 of type 3", "0 update finished"}));
 }
 
 TEST_F(ServiceUpdateTest, ClearingTheServiceEndsWhatRunsAndWhatWaits) {
@@ -281,27 +296,179 @@ TEST_F(ServiceUpdateTest, ClearingTheServiceEndsWhatRunsAndWhatWaits) {
   Add<RecordingSerial>(OutputType::kSerial, "s1")->during["prepare"] = Wait(10s);
   Add<RecordingSerial>(OutputType::kSerial, "s2");
   Add(OutputType::kWeb, "w");
-  Start([this] { service_.UpdateOutputs(true); });
-  Start([this] { service_.SetTravelFlagActivated(); });
+  service_.UpdateOutputs(true);
+  service_.SetTravelFlagActivated();
   ports_.loop.RunFor(5s);
   Take();
   service_.ClearService();
   EXPECT_EQ(Take(), Lines({"5 stop w", "5 stop s1", "5 stop s2", "5 closed"}));
   EXPECT_EQ(service_.TotalNumberOutputs(), 0);
-  ports_.loop.RunPosted();
-  EXPECT_EQ(ports_.loop.TaskCount(), 1U);  // the cue has ended, the output still waits
+  EXPECT_FALSE(service_.UpdateInProgress());
+  EXPECT_EQ(ports_.loop.TaskCount(), 1U);  // the output that still waits
 
   // The outputs that come next need not wait for those that went.
-  Add<RecordingSerial>(OutputType::kSerial, "later")->during["update"] = Wait(10s);
+  Add<RecordingSerial>(OutputType::kSerial, "later");
   Update(OutputType::kSerial);
   ports_.loop.RunFor(6s);
   EXPECT_EQ(Take(), Lines({"5 update started", "5 starting 1 of type 5", "5 prepare later",
-                           "5 updating 1 of type 5", "5 update later", "10 update finished"}));
-  EXPECT_TRUE(service_.UpdateInProgress());
-  Start([this] { service_.SetTravelFlagActivated(); });  // still waits its turn behind "later"
-  EXPECT_EQ(Take(), Lines());
-  ports_.loop.RunFor(5s);
-  EXPECT_FALSE(service_.UpdateInProgress());
+                           "5 updating 1 of type 5", "5 update later", "5 updated 1 of type 5",
+                           "5 finish later", "5 finished 1 of type 5", "5 update finished"}));
+}
+
+TEST_F(ServiceUpdateTest, AServiceMayGoWhileItsOutputsWait) {
+  RecordingOutput* output = nullptr;
+  {
+    clsZEBService other(ports_.environment, nullptr, *this);
+    const auto waits = std::make_shared<RecordingOutput>(*this, "w");
+    waits->during["update"] = Wait(1min);
+    output = waits.get();
+    other.AddOutput(OutputType::kWeb, waits);
+    other.UpdateOutputs(true);
+    ports_.loop.RunFor(10s);
+  }
+  EXPECT_EQ(output->Status(), kStatusOff);  // still there: its run holds it
+  ports_.loop.RunFor(1min);
+  EXPECT_EQ(Take(), Lines({"0 prepare w", "0 update w"}));
+}
+
+// ---- Each for itself
+
+TEST_F(ServiceUpdateTest, APhaseWaitsForAllButNoLongerThanASecond) {
+  Add(OutputType::kHTTP, "quick");
+  Add(OutputType::kHTTP, "0.9")->during["update"] = Wait(900ms);
+  Add(OutputType::kHTTP, "slow")->during["prepare"] = Wait(5s);
+  Add(OutputType::kFile, "file");
+  writeMilliseconds_ = true;
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(10s);
+  EXPECT_EQ(Take(), Lines({"0 prepare file", "0 update file", "0 finish file", "0 prepare quick",
+                           "0 prepare 0.9", "0 prepare slow", "1000 update quick", "1000 update 0.9",
+                           "1900 finish quick", "1900 finish 0.9", "5000 update slow", "5000 finish slow"}));
+}
+
+TEST_F(ServiceUpdateTest, WhoeverHangsHoldsNobodyUpAndThenShowsTheNewest) {
+  const auto hangs = Add(OutputType::kWeb, "web");
+  hangs->during["update"] = Wait(20s);
+  Add(OutputType::kWeb, "web2");
+  Add(OutputType::kFile, "file");
+  for (int second = 0; second < 20; second += 5) {
+    SetTitle("title at " + std::to_string(second));
+    service_.UpdateOutputs(true);
+    ports_.loop.RunFor(5s);
+  }
+  hangs->during.clear();
+  ports_.loop.RunFor(1min);
+  Lines updates;
+  for (const std::string& line : Take())
+    if (line.find(" update ") != std::string::npos) updates.push_back(line);
+  EXPECT_EQ(updates,
+            Lines({"0 update file", "0 update web", "0 update web2", "5 update file", "5 update web2",
+                   "10 update file", "10 update web2", "15 update file", "15 update web2", "20 update web"}));
+  EXPECT_EQ(hangs->shown, (Lines{"title at 0", "title at 15"})) << "never a queue of old titles";
+}
+
+TEST_F(ServiceUpdateTest, ACueGoesBeforeTheNextUpdateOfABusyOutput) {
+  const auto serial = Add<RecordingSerial>(OutputType::kSerial, "s");
+  serial->during["update"] = Wait(10s);
+  Update(OutputType::kSerial);
+  ports_.loop.RunFor(2s);
+  Update(OutputType::kSerial);
+  service_.CurrentItemNearEnd();
+  serial->during.clear();
+  ports_.loop.RunFor(20s);
+  EXPECT_EQ(Take(),
+            Lines({"0 prepare s", "0 update s", "10 finish s", "10 prepare s", "10 string SAE\r\nto s",
+                   "10 finish s", "10 prepare s", "10 update s", "10 finish s"}));
+}
+
+TEST_F(ServiceUpdateTest, AnOutputThatFailsTriesAgainUntilItIsRight) {
+  const auto output = Add(OutputType::kWeb, "w");
+  output->problem = "no answer";
+  SetTitle("first");
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(80s);  // 5, 10, 20 and 40 s later
+  SetTitle("newest");
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(61s);
+  output->problem.clear();
+  ports_.loop.RunFor(1h);
+  Lines tries;
+  for (const std::string& line : Take())
+    if (line.find(" update ") != std::string::npos) tries.push_back(line.substr(0, line.find(' ')));
+  ASSERT_EQ(tries.size(), 7U);
+  EXPECT_EQ(Lines(tries.begin(), tries.begin() + 6), Lines({"0", "5", "15", "35", "75", "80"}));
+  EXPECT_GE(std::stoi(tries[6]), 140) << "then every minute, a little spread";
+  EXPECT_LE(std::stoi(tries[6]), 147);
+  EXPECT_EQ(output->shown.back(), "newest");
+}
+
+TEST_F(ServiceUpdateTest, WhatDoesNotPassAndWhatIsTurnedOffIsNotTriedAgain) {
+  struct Case {
+    bool mayPass;
+    std::int32_t retrySeconds;
+    int updates;
+  };
+  for (const Case& c : {Case{true, 5, 4}, Case{false, 5, 1}, Case{true, 0, 1}, Case{true, 20, 2}}) {
+    ports_.hive.WriteNumber(ports_.environment.settingsRoot, "RetrySeconds", c.retrySeconds);
+    service_.SetServiceNumber(1);
+    const auto output = Add(OutputType::kHTTP, "h");
+    output->problem = "refused";
+    output->mayPass = c.mayPass;
+    service_.UpdateOutputs(true);
+    ports_.loop.RunFor(40s);
+    EXPECT_EQ(std::ssize(output->shown), c.updates) << c.mayPass << ' ' << c.retrySeconds;
+    service_.ClearService();
+  }
+}
+
+TEST_F(ServiceUpdateTest, WhatIsShownAndLostIsSentAgain) {
+  const auto output = Add(OutputType::kDAB, "d");
+  output->onShownLost();  // nothing was shown yet
+  SetTitle("song");
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(10s);
+  output->onShownLost();
+  ports_.loop.RunFor(4s);
+  EXPECT_EQ(output->shown, Lines{"song"});
+  ports_.loop.RunFor(1min);
+  EXPECT_EQ(output->shown, (Lines{"song", "song"}));
+}
+
+TEST_F(ServiceUpdateTest, ADelayedOutputShowsEverythingLater) {
+  const auto late = Add<RecordingSerial>(OutputType::kSerial, "late");
+  late->DelaySeconds = 25;
+  for (const char* title : {"a", "b", "c"}) {
+    SetTitle(title);
+    service_.UpdateOutputs(true);
+    ports_.loop.RunFor(1s);
+  }
+  service_.CurrentItemNearEnd();
+  SetTitle("d");
+  late->during["update"] = Wait(2s);  // longer than the time between two of them
+  ports_.loop.RunFor(1min);
+  EXPECT_EQ(Take(),
+            Lines({"25 prepare late", "25 update late", "27 finish late", "27 prepare late", "27 update late",
+                   "29 finish late", "29 prepare late", "29 update late", "31 finish late", "31 prepare late",
+                   "31 string SAE\r\nto late", "31 finish late"}));
+  EXPECT_EQ(late->shown, (Lines{"a", "b", "c"}));
+}
+
+// ---- Records
+
+TEST_F(ServiceUpdateTest, AnUpdateIsThroughWhenItsLastRunHasEnded) {
+  Add(OutputType::kFile, "f");
+  Add(OutputType::kWeb, "w")->during["update"] = Wait(12s);
+  SetTitle("one");
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(3s);
+  EXPECT_EQ(records_, Lines());
+  SetTitle("two");
+  service_.UpdateOutputs(true);
+  EXPECT_EQ(records_, Lines{"3 full 'two' 1 run, 1 postponed"});
+  ports_.loop.RunFor(1min);
+  EXPECT_EQ(records_,
+            Lines({"3 full 'two' 1 run, 1 postponed", "10 'one' waits", "12 full 'one' 2 runs, 0 postponed",
+                   "22 'two' waits", "24 full 'two' 1 run, 0 postponed"}));
 }
 
 TEST_F(ServiceUpdateTest, AServiceWithoutNumberIsNotCleared) {

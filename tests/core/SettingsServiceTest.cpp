@@ -108,7 +108,7 @@ TEST_F(SettingsOfService, SavesEachValueInItsOwnKind) {
     (std::holds_alternative<std::string>(value.data) ? texts : numbers) += value.name + " ";
   EXPECT_EQ(numbers,
             "BouncePort InfoSourceType InstantUpdate ProcessPresenterUpdates ProcessShowUpdates "
-            "TolvanTCPControlPort TravelFlagDeactivateTimeout UseBounce ");
+            "TolvanTCPControlPort TravelFlagActive TravelFlagDeactivateTimeout UseBounce ");
   EXPECT_EQ(texts,
             "BounceServer CartArtist1Line CartArtist2Line CartItemNameLine InfoSourceFileName "
             "LastUpdateOnServerIndex LoggingPath NoPictureFileName NumberUpdatesOnServer ServiceName "

@@ -121,6 +121,56 @@ TEST_F(DebugLogTest, FailingWritesAreIgnoredAndTheFolderIsMadeAgain) {
   EXPECT_TRUE(env_.person.shown.empty());
 }
 
+// A writer whose sink runs when the test says so, as a thread's does.
+class HeldLines : public LineWriter {
+ public:
+  explicit HeldLines(LineSink sink) : sink_(std::move(sink)) {}
+  void Write(LogLine line) override { lines.push_back(std::move(line)); }
+  void Release() {
+    for (const LogLine& line : std::exchange(lines, {})) sink_(line);
+  }
+  std::vector<LogLine> lines;
+
+ private:
+  LineSink sink_;
+};
+
+class HeldDebugLogTest : public DebugLogTest {
+ protected:
+  HeldDebugLogTest() {
+    log_ = std::make_unique<DebugLog>(env_.loop, env_.files, env_.person, "zebd", "/logs", 5, false,
+                                      [this](LineSink sink) {
+                                        auto made = std::make_unique<HeldLines>(std::move(sink));
+                                        held_ = made.get();
+                                        return made;
+                                      });
+    log_->Install();
+  }
+  HeldLines* held_ = nullptr;
+};
+
+TEST_F(HeldDebugLogTest, TouchesNoFileItself) {
+  {
+    const Trace trace("X");
+    WriteDebugLine("a");
+  }
+  EXPECT_EQ(env_.files.operations, 0);
+  env_.loop.RunFor(5s);  // the time is that of the line
+  held_->Release();
+  EXPECT_EQ(Log(), "12:00:00 Started X\n12:00:00     a\n12:00:00 Finished X\n");
+}
+
+TEST_F(HeldDebugLogTest, ShowsAFolderThatCannotBeMadeWithTheNextLineAndOnce) {
+  env_.files.Put("/logs", "a file in its place");
+  WriteDebugLine("lost");
+  held_->Release();
+  EXPECT_TRUE(env_.person.shown.empty());
+  for (int i = 0; i < 3; ++i) WriteDebugLine("no more");
+  EXPECT_EQ(env_.person.shown,
+            std::vector<std::string>{"The Debug Files folder could not be created in '/logs/'!"});
+  EXPECT_TRUE(held_->lines.empty());
+}
+
 TEST_F(DebugLogTest, UninstallsItselfOnly) {
   Install(5);
   DebugLog second(env_.loop, env_.files, env_.person, "other", "/logs/", 10);

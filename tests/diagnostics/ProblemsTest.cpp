@@ -129,7 +129,10 @@ TEST(ConvertHexEscapes, IsTheSlowRule) {
 
 TEST_F(ProblemsTest, TemporaryFiles) {
   Install(5);
-  const Result<std::string> first = GetTempFile(env_.files, "Z E-B 3/é");
+  std::vector<std::string> trace;
+  const Result<std::string> first = GetTempFile(env_.files, "Z E-B 3/é", &trace);
+  EXPECT_EQ(Log(), "");  // it may be called on a worker thread
+  WriteDebugLines(trace);
   const Result<std::string> second = GetTempFile(env_.files, "Z E-B 3");
   ASSERT_TRUE(first && second);
   EXPECT_TRUE(first.Value().starts_with("/tmp/ZEB3")) << first.Value();
@@ -148,7 +151,9 @@ TEST_F(ProblemsTest, NoTemporaryFile) {
   env_.files.fail = [](const std::string& operation, const std::string&) {
     return operation == "MakeTempFile" ? "cannot write to '/tmp': disk full" : "";
   };
-  const Result<std::string> file = GetTempFile(env_.files, "--");
+  std::vector<std::string> trace;
+  const Result<std::string> file = GetTempFile(env_.files, "--", &trace);
+  WriteDebugLines(trace);
   ASSERT_FALSE(file);
   EXPECT_NE(Log().find("Error getting a temporary file name : " + file.Reason() + "\n"), std::string::npos);
   EXPECT_TRUE(Log().ends_with("End GetTempFile\n"));

@@ -19,7 +19,7 @@ class HttpServersTest : public Station {
   void Set(const std::string& key, const std::string& name, const std::string& data) {
     std::vector<std::string> command{"settings", "set", key, name, data};
     const bool number = name.find("Port") != std::string::npos || name == "EncoderType1" ||
-                        name == "HTTPAuthenticate1" || name == "UseTLS1";
+                        name == "HTTPAuthenticate1" || name == "UseTLS1" || name == "RetrySeconds";
     if (number) command.emplace_back("--number");
     const Finished set = Zebctl(command);
     ASSERT_EQ(set.status, 0) << set.error;
@@ -243,6 +243,32 @@ TEST_F(IcecastTest, AListenerOfAMountPointSeesTheTitleWhole) {
   Start();
   Play("Łódź & 100% #1 + žluťoučký");
   EXPECT_TRUE(Hears("Łódź & 100% #1 + žluťoučký - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
+}
+
+// A title that came before the stream, or while its server was away, is there as soon as the stream is.
+TEST_F(IcecastTest, ATitleIsTriedUntilTheSourceIsThere) {
+  SetEncoder("IcecastMount1", "/new.mp3");
+  Set("", "RetrySeconds", "1");
+  Start();
+  Play("Early");
+  EXPECT_TRUE(zebd->WaitForError("did not take the title: 400 - Source does not exist")) << zebd->error;
+  ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
+  ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
+  EXPECT_TRUE(Hears("Early - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
+}
+
+TEST_F(IcecastTest, AServerThatIsRestartedGetsTheTitleThatItMissed) {
+  SetEncoder("IcecastMount1", "/new.mp3");
+  Set("", "RetrySeconds", "1");
+  Start();
+  icecast.reset();
+  Play("Missed");
+  EXPECT_TRUE(zebd->WaitForError("Encoder 1: ")) << zebd->error;
+  icecast =
+      std::make_unique<Process>(std::vector<std::string>{"/usr/bin/icecast2", "-c", Path("icecast.xml")});
+  ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
+  ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
+  EXPECT_TRUE(Hears("Missed - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
 }
 
 TEST_F(IcecastTest, RefusalsAreTold) {

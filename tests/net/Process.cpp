@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -122,6 +123,14 @@ int Process::Wait(Seconds limit) {
   waitpid(pid_, &status, 0);
   pid_ = -1;
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+bool Process::EndsUnread(Seconds limit) const {
+  int handle = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
+  pollfd end = {handle, POLLIN, 0};
+  const bool ended = handle >= 0 && poll(&end, 1, Milliseconds(After(limit))) == 1;
+  CloseEnd(handle);
+  return ended;
 }
 
 void Process::Signal(int signal) const {

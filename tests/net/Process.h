@@ -26,6 +26,9 @@ class Process {
   bool WaitForError(const std::string& text, Seconds limit = Seconds(20));
   // Waits for the end: the exit status, 128 + signal when it was killed, -1 at the deadline.
   int Wait(Seconds limit = Seconds(30));
+  // Whether it ends by itself while nobody reads what it writes. Wait gives its status then, and the rest of
+  // its words.
+  bool EndsUnread(Seconds limit = Seconds(30)) const;
   void Signal(int signal) const;
 
   std::string output, error;  // so far

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include "tests/net/Sockets.h"
 #include "tests/net/Station.h"
 
 namespace zeb {
@@ -71,6 +72,31 @@ class WireOutputsTest : public Station {
     Set("Service1\\Serial", "CommPort1", "3", true);
     Set("Service1\\Serial", "SimpleTextFormat1", "RT=<ZEB_NOW_ITEMNAME>");
     Set("Service1\\Serial", "AppendCharsFormat1", "{0D}{0A}");
+  }
+  // A label server on `port` (0: a free one), for "Demo FM".
+  std::unique_ptr<Process> StartLabelServer(std::string& port) {
+    WriteFile(Path("labels.ini"), "[Demo FM]\nPassword=s3\"cret\nFileName=" + Path("label.txt") + "\n");
+    auto server = std::make_unique<Process>(
+        std::vector<std::string>{Program("zeb-labelserver"), "--config", Path("labels.ini"), "--port", port});
+    EXPECT_TRUE(server->WaitForError("is ready on port ")) << server->error;
+    EXPECT_TRUE(server->WaitForError(" for 1 service")) << server->error;
+    const std::size_t at = server->error.find("on port ") + 8;
+    port = server->error.substr(at, server->error.find(' ', at) - at);
+    return server;
+  }
+  void AddDAB(const std::string& port) {
+    AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt");
+    Set("Service1\\DAB", "NumberOutputs", "1");
+    Set("Service1\\DAB", "ServerName1", "127.0.0.1");
+    Set("Service1\\DAB", "ServerPort1", port);
+    Set("Service1\\DAB", "ServiceName1", "Demo FM");
+    Set("Service1\\DAB", "ServicePassword1", "s3\"cret");
+    Set("Service1\\DAB", "SimpleTextFormat1", "Now: <ZEB_NOW_ITEMNAME>");
+  }
+  // What the file holds, once that is `text` or 20 seconds have passed.
+  std::string AwaitFile(const std::string& name, const std::string& text) const {
+    for (int tries = 0; tries < 400 && ReadFile(Path(name)) != text; ++tries) poll(nullptr, 0, 50);
+    return ReadFile(Path(name));
   }
   static std::string Current(const std::string& title) {
     return "SET_CURRENT_ITEM IType=7 ITitle=\"" + title + "\"";
@@ -136,35 +162,57 @@ TEST_F(WireOutputsTest, OpensADeviceThatCameBack) {
   EXPECT_TRUE(zebd->WaitForError("Serial 1 works again")) << zebd->error;
 }
 
-TEST_F(WireOutputsTest, LabelsReachTheFileThroughTheLabelServer) {
-  WriteFile(Path("labels.ini"), "[Demo FM]\nPassword=s3\"cret\nFileName=" + Path("label.txt") + "\n");
-  Process server({Program("zeb-labelserver"), "--config", Path("labels.ini"), "--port", "0"});
-  ASSERT_TRUE(server.WaitForError("is ready on port ")) << server.error;
-  ASSERT_TRUE(server.WaitForError(" for 1 service")) << server.error;
-  const std::size_t at = server.error.find("on port ") + 8;
-  const std::string port = server.error.substr(at, server.error.find(' ', at) - at);
-
-  AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt");
-  Set("Service1\\DAB", "NumberOutputs", "1");
-  Set("Service1\\DAB", "ServerName1", "127.0.0.1");
-  Set("Service1\\DAB", "ServerPort1", port);
-  Set("Service1\\DAB", "ServiceName1", "Demo FM");
-  Set("Service1\\DAB", "ServicePassword1", "s3\"cret");
-  Set("Service1\\DAB", "SimpleTextFormat1", "Now: <ZEB_NOW_ITEMNAME>");
+// Switched off and on between two songs, it is sent its text again.
+TEST_F(WireOutputsTest, AnEncoderOnTheNetworkThatComesBackGetsThePresentText) {
+  const Socket encoder = Socket::Listen();
+  AddSerial("tcp:127.0.0.1:" + std::to_string(encoder.Port()));
+  Set("", "RetrySeconds", "1", true);
   Start();
-  // The first update connects; a later one logs on and sends.
-  ASSERT_EQ(Send({Current("one"), Current("two")}).status, 0);
-  EXPECT_EQ(AwaitPage("now.txt", "two"), "two");
+  ASSERT_EQ(Send({Current("one")}).status, 0);
+  for (int times = 0; times < 2; ++times) {
+    const Socket line = encoder.Accept();
+    ASSERT_TRUE(line.Valid()) << zebd->error;
+    std::string got;
+    EXPECT_TRUE(line.ReceiveUntil(got, "RT=one\r\n")) << zebd->error;
+  }
+}
+
+TEST_F(WireOutputsTest, ALabelServerThatIsRestartedGetsThePresentLabel) {
+  std::string port = "0";
+  auto server = StartLabelServer(port);
+  AddDAB(port);
+  Set("", "RetrySeconds", "1", true);
+  Start();
+  ASSERT_EQ(Send({Current("one")}).status, 0);  // the first update connects, logs on and sends
+  EXPECT_EQ(AwaitFile("label.txt", "Now: one"), "Now: one") << zebd->error;
+  server->Signal(SIGTERM);
+  EXPECT_EQ(server->Wait(), 0);
+  std::filesystem::remove(Path("label.txt"));
+  server = StartLabelServer(port);
+  EXPECT_EQ(AwaitFile("label.txt", "Now: one"), "Now: one") << zebd->error;
+}
+
+TEST_F(WireOutputsTest, LabelsReachTheFileThroughTheLabelServer) {
+  std::string port = "0";
+  const auto started = StartLabelServer(port);
+  Process& server = *started;
+  AddDAB(port);
+  Start();
   ASSERT_EQ(Send({Current("Łódź live")}).status, 0);
+  EXPECT_EQ(AwaitFile("label.txt", "Now: Łódź live"), "Now: Łódź live");
   EXPECT_EQ(AwaitPage("now.txt", "live"), "Łódź live");
   ASSERT_TRUE(server.WaitForError("'Demo FM' logged on from 127.0.0.1")) << server.error;
+  // What no label holds is cut, not refused.
+  ASSERT_EQ(Send({Current(std::string(173, 'x'))}).status, 0);
+  const std::string cut = "Now: " + std::string(123, 'x');
+  EXPECT_EQ(AwaitFile("label.txt", cut), cut);
   ASSERT_EQ(Send({Current("Last {label}")}).status, 0);
-  EXPECT_EQ(AwaitPage("now.txt", "Last"), "Last {label}");
+  EXPECT_EQ(AwaitFile("label.txt", "Now: Last {label}"), "Now: Last {label}");
   // Ending zebd logs off behind the label.
   zebd->Signal(SIGTERM);
   EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
   ASSERT_TRUE(server.WaitForError("'Demo FM' logged off")) << server.error;
-  EXPECT_EQ(ReadFile(Path("label.txt")), "Now: Last {label}");
+  EXPECT_EQ(zebd->error.find("DAB 1:"), std::string::npos) << zebd->error;
   server.Signal(SIGTERM);
   EXPECT_EQ(server.Wait(), 0) << server.error;
 

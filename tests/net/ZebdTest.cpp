@@ -129,6 +129,65 @@ TEST_F(ZebdTest, SetsDamagedSettingsAsideAndDoesNotStart) {
   EXPECT_EQ(kept, 1);
 }
 
+// Standard error is a pipe that is full, as when whoever collects the journal hangs.
+class UnreadJournalTest : public ZebdTest {
+ protected:
+  UnreadJournalTest() {
+    AddService(1, control, kPage, "now.txt");
+    Start({"/DEBUG"});  // says more
+    std::string flood;
+    for (int i = 0; i < 8000; ++i) flood += Current("Title " + std::to_string(i)) + "\r\n";
+    const Finished sent = Zebctl({"send", "--port", std::to_string(6900 + control)}, flood);
+    EXPECT_EQ(sent.status, 0) << sent.error;
+  }
+  // Without a look at the journal.
+  bool Publishes(const std::string& title) {
+    for (int i = 0; i < 200; ++i) {
+      EXPECT_EQ(Send({Current(title)}).status, 0);  // each lets a little time pass
+      if (ReadFile(Path("now.txt")).find(title) != std::string::npos) return true;
+    }
+    return false;
+  }
+};
+
+TEST_F(UnreadJournalTest, PagesKeepComingAndTheGapIsCountedOnceSomebodyReads) {
+  EXPECT_TRUE(Publishes("Unread"));
+  EXPECT_TRUE(zebd->WaitForError(" lines were dropped here: they could not be written in time\n"));
+  EXPECT_TRUE(Publishes("Read again"));
+  EXPECT_TRUE(zebd->WaitForError("'Read again'"));
+  zebd->Signal(SIGTERM);
+  EXPECT_EQ(zebd->Wait(), 0);
+  EXPECT_TRUE(zebd->error.ends_with("Stopped\n"));
+}
+
+TEST_F(UnreadJournalTest, SigtermEndsIt) {
+  zebd->Signal(SIGTERM);
+  EXPECT_TRUE(zebd->EndsUnread());
+  EXPECT_EQ(zebd->Wait(), 0);
+}
+
+TEST_F(ZebdTest, LosesOnlyItsDebugLogWhenThatCannotBeWritten) {
+  AddService(1, control, kPage, "now.txt");
+  ASSERT_EQ(Zebctl({"settings", "set", "Software\\Hexmoor", "DebugPath", "/proc/no/logs"}).status, 0);
+  ASSERT_EQ(Zebctl({"settings", "set", "Software\\Hexmoor", "DebugMode", "5", "--number"}).status, 0);
+  Start();
+  ASSERT_EQ(Send({Current("Traced")}).status, 0);
+  EXPECT_EQ(AwaitPage("now.txt", "Traced"), "Now: Traced by Ada Quill\n");
+  zebd->Signal(SIGTERM);
+  EXPECT_EQ(zebd->Wait(), 0);
+  const std::string told = "The Debug Files folder could not be created in '/proc/no/logs/'!\n";
+  EXPECT_EQ(zebd->error.find(told), zebd->error.rfind(told));
+  EXPECT_NE(zebd->error.find(told), std::string::npos) << zebd->error;
+  EXPECT_EQ(zebd->error.find("Are you sure"), std::string::npos) << "a question nobody is to answer";
+}
+
+TEST_F(ZebdTest, NamesALocaleThatIsNotInstalled) {
+  const Finished ended = RunProgram({"/usr/bin/env", "LC_ALL=xx_YY.UTF-8", Program("zebd"), "--home",
+                                     folder.string(), "/IMPORT=" + Path("missing.reg")});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.error.find("The locale 'xx_YY.UTF-8' (LC_ALL) is not installed"), 0u) << ended.error;
+}
+
 // Killed in the middle of publishing and of saving, again and again: readers only ever see whole pages, and
 // no settings are lost.
 TEST_F(ZebdTest, LeavesWholePagesAndAllSettingsBehindWhenKilled) {

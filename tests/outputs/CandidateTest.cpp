@@ -66,12 +66,18 @@ TEST(ScheduleFile, ReadsEveryEncodingAndHasABound) {
 
 class CandidateTest : public WireTest {
  protected:
-  Lines Candidates(const WireFormats& formats, bool oneLine = false) {
+  Lines Candidates(const WireFormats& formats, LineBreaks breaks = LineBreaks::kKept) {
     Lines all;
-    EXPECT_TRUE(t.loop.RunTask([&] { all = chooser.Candidates(formats, *service.TakeSnapshot(), oneLine); }));
+    EXPECT_TRUE(t.loop.RunTask([&] {
+      const auto found = chooser.Candidates(formats, *Snapshot(), breaks);
+      problem = found ? "" : found.Reason();
+      if (found) all = found.Value();
+    }));
     return all;
   }
-  CandidateChooser chooser{t.environment};
+  WorkLane lane{t.loop};
+  CandidateChooser chooser{t.environment, lane};
+  std::string problem;
 };
 
 TEST_F(CandidateTest, AlternatesAreLookedAtWhenTheMainTextIsEmptyOrAlways) {
@@ -81,8 +87,9 @@ TEST_F(CandidateTest, AlternatesAreLookedAtWhenTheMainTextIsEmptyOrAlways) {
             (Lines{"Rain on Slate", "a", "Rain on Slate!", "b"}));
   EXPECT_EQ(Candidates({"", "", "a|b", true}), (Lines{"a", "b"}));
   EXPECT_EQ(Candidates({"", "", "", true}), Lines{});
-  EXPECT_EQ(Candidates({"a\r\nb", "", "", true}, true), (Lines{"ab"}));
-  EXPECT_EQ(Candidates({"\r\n", "", "c\n", true}, true), (Lines{"c"}));  // only breaks: empty
+  EXPECT_EQ(Candidates({"a\r\nb", "", "", true}, LineBreaks::kTakenOut), (Lines{"ab"}));
+  EXPECT_EQ(Candidates({"\r\n", "", "c\n", true}, LineBreaks::kTakenOut),
+            (Lines{"c"}));  // only breaks: empty
 }
 
 TEST_F(CandidateTest, ScheduleFilesGiveTheEntriesOfNow) {
@@ -102,11 +109,34 @@ TEST_F(CandidateTest, ScheduleFilesGiveTheEntriesOfNow) {
   EXPECT_EQ(Candidates(formats), (Lines{"plain"}));
 }
 
-TEST_F(CandidateTest, AllCandidatesShowTheMomentAfterTheFilesWereRead) {
+TEST_F(CandidateTest, AllCandidatesShowTheMomentOfTheSnapshot) {
   t.files.Put("/data/a.txt", "Mo|12|<ZEB_NOW_ITEMNAME>");
   t.loop.SetBlockingTime(5s);
   const Timer next = t.loop.After(2s, [&] { Play("Next"); });
-  EXPECT_EQ(Candidates({"<ZEB_NOW_ITEMNAME>", "", "FILE:a.txt", false}), (Lines{"Next", "Next"}));
+  EXPECT_EQ(Candidates({"<ZEB_NOW_ITEMNAME>", "", "FILE:a.txt", false}),
+            (Lines{"Rain on Slate", "Rain on Slate"}));
+}
+
+// On a share that hangs, the file's name must not go out as a text, and one worker is enough.
+TEST_F(CandidateTest, AFileThatDoesNotAnswerIsTheReason) {
+  t.files.Put("/data/a.txt", "Mo|12|one");
+  bool back = false;
+  t.files.fail = [&](const std::string& operation, const std::string&) -> std::string {
+    if (operation == "Read") t.loop.WaitUntil([&] { return back; }, 1h);
+    return {};
+  };
+  const WireFormats formats{"", "", "FILE:a.txt", true};
+  const MonotonicTime start = t.loop.Monotonic();
+  EXPECT_EQ(Candidates(formats), Lines{});
+  EXPECT_EQ(t.loop.Monotonic() - start, 30s);
+  EXPECT_EQ(problem, "the schedule file '/data/a.txt' does not answer; check the share it lies on");
+  EXPECT_TRUE(lane.Hangs());
+  EXPECT_EQ(Candidates(formats), Lines{});
+  EXPECT_EQ(t.loop.Monotonic() - start, 30s);
+  back = true;
+  t.loop.RunPosted();
+  EXPECT_FALSE(lane.Hangs());
+  EXPECT_EQ(Candidates(formats), (Lines{"one"}));
 }
 
 TEST_F(CandidateTest, EveryCandidateIsPickedInTime) {

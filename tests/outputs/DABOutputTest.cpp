@@ -1,7 +1,7 @@
 // The DAB output: its state table on a scripted control, and its conversation over the label protocol.
 #include "outputs/OutputTable.h"
-#include "outputs/dab/LabelClient.h"
 #include "outputs/dab/clsZEBDABOutput.h"
+#include "outputs/labels/LabelClient.h"
 #include "tests/outputs/WireFixture.h"
 
 namespace zeb {
@@ -21,7 +21,11 @@ class ScriptedClient : public DABClientControl {
     calls.push_back("log on " + service + " " + password);
     state = afterLogOn;
   }
-  void SendLabel(const std::string& label) override { calls.push_back("label " + label); }
+  void SendLabel(const std::string& label) override {
+    calls.push_back("label " + label);
+    if (!answersLabels) ++unanswered;
+  }
+  std::size_t UnansweredLabels() const override { return unanswered; }
   void Close() override { calls.emplace_back("close"); }
   std::string LastError() const override { return error; }
   std::string Server() const override { return server; }
@@ -29,7 +33,8 @@ class ScriptedClient : public DABClientControl {
   std::string Service() const override { return "Demo FM"; }
 
   std::int32_t state = 0, afterConnect = 0, afterLogOn = 80;
-  bool canConnect = true;
+  bool canConnect = true, answersLabels = true;
+  std::size_t unanswered = 0;
   std::string error, server = "mux";
   std::vector<std::string> calls;
 };
@@ -37,14 +42,14 @@ class ScriptedClient : public DABClientControl {
 class DABOutputTest : public WireTest {
  protected:
   DABOutputTest() {
-    output->ServerName = "mux";
-    output->ServiceName = "Demo FM";
-    output->ServicePassword = "secret";
-    output->formats.simpleText = "<ZEB_NOW_ITEMNAME>";
+    output->settings.ServerName = "mux";
+    output->settings.ServiceName = "Demo FM";
+    output->settings.ServicePassword = "secret";
+    output->settings.simpleText = "<ZEB_NOW_ITEMNAME>";
   }
   Lines Prepare() {
     Log();
-    EXPECT_TRUE(t.loop.RunTask([&] { output->PrepareOutput(service.TakeSnapshot()); }));
+    EXPECT_TRUE(t.loop.RunTask([&] { output->PrepareOutput(Snapshot()); }));
     Lines lines = Log();
     EXPECT_EQ(lines.front(), "Started DAB.PrepareOutput");
     EXPECT_EQ(lines.back(), "Finished DAB.PrepareOutput");
@@ -52,7 +57,8 @@ class DABOutputTest : public WireTest {
   }
   Lines UpdateLog() {
     Log();
-    EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); }));
+    EXPECT_TRUE(t.loop.RunTask([&] { output->UpdateOutput(Snapshot()); }));
+    t.loop.RunPosted();  // the wire log
     return Log();
   }
 
@@ -103,6 +109,7 @@ TEST_F(DABOutputTest, EachStateHasItsLinesAndWaits) {
     EXPECT_EQ(Prepare(), c.lines) << c.state;
     EXPECT_EQ(t.loop.Monotonic() - start, c.takes) << c.state;
     EXPECT_EQ(Has(UpdateLog(), "Exit as not logged on"), client->state != 100) << c.state;
+    EXPECT_EQ(output->ProblemText().empty(), client->state == 100) << c.state;
   }
 }
 
@@ -142,7 +149,7 @@ TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
   client->state = 100;
   const auto label = [&](const std::string& text) {
     client->calls.clear();
-    output->formats.simpleText = text;
+    output->settings.simpleText = text;
     const Lines lines = UpdateLog();
     EXPECT_TRUE(client->calls.size() == 1) << text;
     EXPECT_TRUE(Has(lines, "Adding to Log File"));
@@ -151,46 +158,81 @@ TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
   };
   EXPECT_EQ(label("Now:\r\n<ZEB_NOW_ITEMNAME>"), "label Now:Rain on Slate");
   EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-DAB-(Demo_FM).log"), "Now:Rain on Slate\n");
-  output->formats.append = "{21}{0D}<ZEB_NOW_ITEMNAME>";
+  output->settings.append = "{21}{0D}<ZEB_NOW_ITEMNAME>";
   EXPECT_EQ(label("é"), "label é!Rain on Slate");
-  output->MaxNumberChars = "10";
+  output->settings.MaxNumberChars = "10";
   EXPECT_EQ(label("elevencharx"), "label elevenchar");
   EXPECT_EQ(label("éé"), "label éé!Rain on");
-  output->characterSet = CharacterSet::kEbuLatin;
+  output->settings.characterSet = CharacterSet::kEbuLatin;
   EXPECT_EQ(label("Łódź 日"), "label Łódź ?!Rai");
 
-  output->formats = {"", "", "", true};
+  static_cast<WireFormats&>(output->settings) = {"", "", "", true};
   client->calls.clear();
   EXPECT_TRUE(Has(UpdateLog(), "Exit as no strings to choose from"));
   EXPECT_TRUE(client->calls.empty());
-  output->DefaultText = "Demo FM";
+  output->settings.DefaultText = "Demo FM";
   UpdateLog();
   EXPECT_EQ(client->calls, (Lines{"label Demo FM"}));
-  client->error = "mux refused the label: no";
-  EXPECT_EQ(output->Status(), kStatusError);
-  EXPECT_EQ(output->ProblemText(), "mux refused the label: no");
+}
+
+TEST_F(DABOutputTest, ALabelIsOutOnceTheServerHasTakenIt) {
+  output->StartOutput(client);
+  client->state = 100;
+  client->answersLabels = false;
+  struct Case {
+    Duration after;
+    std::function<void()> change;
+    Duration takes;
+    std::int32_t status;
+    std::string problem;
+  };
+  const auto answer = [&](const char* error) {
+    return [this, error] {
+      client->unanswered = 0;
+      client->error = error;
+    };
+  };
+  const Case cases[] = {
+      {1s, answer(""), 1s, kStatusOK, ""},
+      {2s, answer("mux refused the label: no"), 2s, kStatusError, "mux refused the label: no"},
+      {4s, answer(""), 3s, kStatusError, "mux has not answered to the label"},
+      {1s, [this] { client->state = 0; }, 1s, kStatusError, "mux: the connection was closed"},
+      {1s, [this] { output->StopOutput(); }, 1s, kStatusOff, ""},
+  };
+  for (const Case& c : cases) {
+    client->state = 100;
+    client->unanswered = 0;
+    client->error.clear();
+    const Timer timer = t.loop.After(c.after, c.change);
+    const MonotonicTime start = t.loop.Monotonic();
+    EXPECT_EQ(Update(*output), c.problem.empty() && c.status == kStatusOK) << c.problem;
+    EXPECT_EQ(t.loop.Monotonic() - start, c.takes) << c.problem;
+    EXPECT_EQ(output->Status(), c.status) << c.problem;
+    EXPECT_EQ(output->ProblemText(), c.problem);
+    t.loop.RunFor(5s);
+  }
 }
 
 TEST_F(DABOutputTest, SettingsComeBackAsTheyWere) {
   const auto fresh =
       std::dynamic_pointer_cast<clsZEBDABOutput>(MakeOutputFactory(t.environment)(OutputType::kDAB));
   fresh->GetOutputInformation(7, 1);
-  EXPECT_EQ(fresh->ServerPort, "4000");
-  EXPECT_EQ(fresh->PollSeconds, 20);
-  EXPECT_EQ(fresh->MaxNumberChars, "");
-  EXPECT_EQ(fresh->formats.simpleText, kDefaultSimpleTextFormat);
-  EXPECT_EQ(fresh->characterSet, CharacterSet::kUtf8);
-  output->DefaultText = "d";
-  output->MaxNumberChars = "64";
-  output->formats = {"m", "a", "b|c", false};
+  EXPECT_EQ(fresh->settings.ServerPort, "4000");
+  EXPECT_EQ(fresh->settings.PollSeconds, 20);
+  EXPECT_EQ(fresh->settings.MaxNumberChars, "");
+  EXPECT_EQ(fresh->settings.simpleText, kDefaultSimpleTextFormat);
+  EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kUtf8);
+  output->settings.DefaultText = "d";
+  output->settings.MaxNumberChars = "64";
+  static_cast<WireFormats&>(output->settings) = {"m", "a", "b|c", false};
   output->StoreOutputInformation(7, 2);
   fresh->GetOutputInformation(7, 2);
   EXPECT_EQ(fresh->GetInformationString(), "mux (Demo_FM)");
-  EXPECT_EQ(fresh->ServicePassword, "secret");
-  EXPECT_EQ(fresh->DefaultText, "d");
-  EXPECT_EQ(fresh->MaxNumberChars, "64");
-  EXPECT_EQ(fresh->formats.append, "a");
-  EXPECT_FALSE(fresh->formats.alternatesWhenEmpty);
+  EXPECT_EQ(fresh->settings.ServicePassword, "secret");
+  EXPECT_EQ(fresh->settings.DefaultText, "d");
+  EXPECT_EQ(fresh->settings.MaxNumberChars, "64");
+  EXPECT_EQ(fresh->settings.append, "a");
+  EXPECT_FALSE(fresh->settings.alternatesWhenEmpty);
   EXPECT_EQ(CheckDABProperties("a\nb", ""), kNoLineBreaksInLabels);
   EXPECT_EQ(CheckDABProperties("a", "128"), "");
   EXPECT_NE(CheckDABProperties("a", "129"), "");
@@ -210,9 +252,10 @@ class LabelClientTest : public DABOutputTest {
     EXPECT_TRUE(listener->Listen("", 4000));
     output->StartOutput(label);
   }
-  void Pass() {
-    Update(*output);
+  bool Pass() {
+    const bool sent = Update(*output);
     t.loop.RunPosted();
+    return sent;
   }
 
   std::shared_ptr<LabelClient> label = std::make_shared<LabelClient>(t.network);
@@ -222,29 +265,66 @@ class LabelClientTest : public DABOutputTest {
   std::string got;
 };
 
-TEST_F(LabelClientTest, TheSecondPassLogsOnAndSends) {
+TEST_F(LabelClientTest, OnePassConnectsLogsOnAndSends) {
   Play("Say \"{hi}\"");
-  Pass();
-  EXPECT_EQ(got, "");
-  EXPECT_EQ(output->Status(), kStatusConnecting);
-  EXPECT_EQ(output->ProblemText(), "");
-  output->ServicePassword = "se\"cret";
-  Pass();
+  output->settings.ServicePassword = "se\"cret";
+  const MonotonicTime start = t.loop.Monotonic();
+  EXPECT_TRUE(Pass());
+  EXPECT_EQ(t.loop.Monotonic() - start, 0s);
   EXPECT_EQ(got,
             "LOGON SERVICE=\"Demo FM\" PASSWORD=\"se{22}cret\"\r\nLABEL TEXT=\"Say {22}{7B}hi}{22}\"\r\n");
-  EXPECT_EQ(output->Status(), kStatusOK);
-  // A dropped line heals: one pass connects, the next one sends.
-  got.clear();
-  peer.reset();
-  t.loop.RunPosted();
-  Pass();
-  Pass();
-  EXPECT_EQ(got.substr(0, 6), "LOGON ");
   EXPECT_EQ(output->Status(), kStatusOK);
   got.clear();
   output->StopOutput();
   t.loop.RunPosted();
   EXPECT_EQ(got, "LOGOFF\r\n");
+}
+
+// A server that is started again has no label until it is sent one.
+TEST_F(LabelClientTest, AServerThatGoesIsNoticedAtOnceAndGetsTheLabelAgain) {
+  int lost = 0;
+  output->onShownLost = [&] { ++lost; };
+  EXPECT_TRUE(Pass());
+  peer.reset();
+  listener->Close();
+  t.loop.RunPosted();
+  EXPECT_EQ(lost, 1);
+  EXPECT_EQ(output->Status(), kStatusError);
+  EXPECT_EQ(output->ProblemText(), "mux closed the connection");
+  EXPECT_FALSE(Pass());
+  EXPECT_NE(output->ProblemText().find("refused"), std::string::npos) << output->ProblemText();
+  EXPECT_TRUE(listener->Listen("", 4000));
+  got.clear();
+  EXPECT_TRUE(Pass());
+  EXPECT_EQ(got.substr(got.find("LABEL")), "LABEL TEXT=\"Rain on Slate\"\r\n");
+  EXPECT_EQ(output->ProblemText(), "");
+  EXPECT_EQ(lost, 1);
+  output->StopOutput();  // on purpose: nothing is lost
+  t.loop.RunPosted();
+  EXPECT_EQ(lost, 1);
+}
+
+TEST_F(LabelClientTest, AServerThatIsNotThereIsAProblem) {
+  struct Case {
+    SimulatedNetwork::HostBehaviour behaviour;
+    Duration takes;
+    std::int32_t status;
+    std::string words;
+  };
+  const Case cases[] = {
+      {SimulatedNetwork::HostBehaviour::kHangs, 3s, kStatusConnecting, "mux does not answer"},
+      {SimulatedNetwork::HostBehaviour::kRefuses, 0s, kStatusError, "connection refused"},
+      {SimulatedNetwork::HostBehaviour::kUnknownName, 0s, kStatusError, "cannot find the host 'mux'"},
+  };
+  for (const Case& c : cases) {
+    t.network.SetHost("mux", c.behaviour);
+    label->Close();
+    const MonotonicTime start = t.loop.Monotonic();
+    EXPECT_FALSE(Pass());
+    EXPECT_EQ(t.loop.Monotonic() - start, c.takes) << c.words;
+    EXPECT_EQ(output->Status(), c.status) << c.words;
+    EXPECT_NE(output->ProblemText().find(c.words), std::string::npos) << output->ProblemText();
+  }
 }
 
 TEST_F(LabelClientTest, BadServersEndInAReasonNeverInAHang) {
@@ -264,31 +344,27 @@ TEST_F(LabelClientTest, BadServersEndInAReasonNeverInAHang) {
   for (const Case& c : cases) {
     answer = c.answer;
     label->Close();
-    Pass();
-    Pass();
+    EXPECT_FALSE(Pass());
     EXPECT_EQ(output->Status(), kStatusError);
     EXPECT_EQ(output->ProblemText(), c.problem);
   }
   // Silence: the log-on is given its time, once more in the same pass.
   answer = [](const std::string&) { return ""; };
   label->Close();
-  Pass();
   const MonotonicTime start = t.loop.Monotonic();
-  Pass();
+  EXPECT_FALSE(Pass());
   EXPECT_EQ(t.loop.Monotonic() - start, 6s);
   EXPECT_EQ(output->ProblemText(), "mux: no answer to the log-on");
-  listener->Close();
-  label->Close();
-  Pass();
-  Pass();
-  EXPECT_NE(output->ProblemText().find("refused"), std::string::npos) << output->ProblemText();
 }
 
 TEST_F(LabelClientTest, AServerThatFallsSilentIsLeftAfterSixteenLabels) {
-  Pass();
-  Pass();
+  EXPECT_TRUE(Pass());
   answer = [](const std::string&) { return ""; };
-  for (int i = 0; i < 17; ++i) Pass();
+  for (int i = 0; i < 16; ++i) {
+    EXPECT_FALSE(Pass());
+    EXPECT_EQ(output->ProblemText(), "mux has not answered to the label");
+  }
+  EXPECT_FALSE(Pass());
   EXPECT_EQ(label->CurrentState(), DABClientControl::kClosed);
   EXPECT_EQ(output->ProblemText(), "mux does not answer");
 }
@@ -307,15 +383,15 @@ TEST_F(LabelClientTest, ADayOfTwoLabelsASecondLeavesNothingBehind) {
   ASSERT_TRUE(t.loop.RunTask(
       [&] {
         while (t.loop.Monotonic() < end) {
-          output->PrepareOutput(service.TakeSnapshot());
-          output->UpdateOutput(service.TakeSnapshot());
+          output->PrepareOutput(Snapshot());
+          output->UpdateOutput(Snapshot());
           got.clear();
           t.loop.Wait(500ms);
           ASSERT_EQ(label->LastError(), "");
         }
       },
       25h));
-  EXPECT_EQ(labels, 172800u);
+  EXPECT_EQ(labels, 172801u);
   EXPECT_TRUE(t.person.notes.empty());
 }
 

@@ -149,26 +149,43 @@ TEST_F(EncoderOutputTest, AnswersAreJudgedByWhatTheySay) {
   struct Case {
     const char* answer;
     const char* problem;
+    bool mayPass;
   };
+  const std::string refused = "127.0.0.1:8000 did not take the title: ";
   for (const Case& c :
-       {Case{"HTTP/1.0 200 OK\r\n\r\n", ""},
-        {"ICY 200 OK\r\n\r\n", ""},
+       {Case{"HTTP/1.0 200 OK\r\n\r\n", "", false},
+        {"ICY 200 OK\r\n\r\n", "", false},
         {"HTTP/1.0 200 OK\r\n\r\n<iceresponse><message>Mountpoint will not accept URL updates</message>",
-         "127.0.0.1:8000 did not take the title: Mountpoint will not accept URL updates"},
-        {"HTTP/1.0 200 OK\r\n\r\n<h1>Invalid Password!</h1>",
-         "127.0.0.1:8000 did not take the title: HTTP/1.0 200 OK"},
-        {"HTTP/1.0 401 Authentication Required\r\n\r\n",
-         "127.0.0.1:8000 did not take the title: HTTP/1.0 401 Authentication Required"},
-        {"SSH-2.0-x\r\n", "127.0.0.1:8000 is no streaming server: it answered 'SSH-2.0-x'"},
-        {"", "127.0.0.1:8000 took the title, but did not answer within a second"}}) {
+         "Mountpoint will not accept URL updates", false},
+        {"HTTP/1.0 400 Bad Request\r\n\r\n<b>Source does not exist</b>", "Source does not exist", true},
+        {"HTTP/1.0 200 OK\r\n\r\n<h1>Invalid Password!</h1>", "HTTP/1.0 200 OK", false},
+        {"HTTP/1.0 401 Authentication Required\r\n\r\n", "HTTP/1.0 401 Authentication Required", false},
+        {"HTTP/1.0 404 Not Found\r\n\r\n", "HTTP/1.0 404 Not Found", false},
+        {"HTTP/1.0 503 Busy\r\n\r\n", "HTTP/1.0 503 Busy", true}}) {
     server.answer = c.answer;
     Update("T");
-    EXPECT_EQ(output.ProblemText(), c.problem);
+    const bool taken = std::string(c.problem).empty();
+    EXPECT_EQ(output.ProblemText(), taken ? "" : refused + c.problem);
+    EXPECT_EQ(output.MayPass(), c.mayPass) << c.answer;
+    EXPECT_EQ(sent, taken) << c.answer;
     EXPECT_EQ(output.Status(), kStatusOK);
   }
+  server.answer = "SSH-2.0-x\r\n";
+  Update("T");
+  EXPECT_EQ(output.ProblemText(), "127.0.0.1:8000 is no streaming server: it answered 'SSH-2.0-x'");
+  EXPECT_FALSE(output.MayPass());
+  server.answer = "";
+  Update("T");
+  EXPECT_EQ(output.ProblemText(), "127.0.0.1:8000 took the title, but did not answer within a second");
+  EXPECT_TRUE(output.MayPass());
   server.closeAtOnce = true;
   Update("T");
   EXPECT_EQ(output.ProblemText(), "127.0.0.1:8000 closed the connection without an answer");
+  EXPECT_TRUE(output.MayPass());
+  // A text without a command sends nothing, and nothing fails.
+  Update("");
+  EXPECT_FALSE(sent);
+  EXPECT_EQ(output.ProblemText(), "");
 }
 
 TEST_F(EncoderOutputTest, ACueIsSentAndASocketIsNeeded) {

@@ -1,3 +1,5 @@
+#include "core/ServiceEvents.h"
+#include "core/UpdateRecord.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "tests/outputs/NetworkFixture.h"
@@ -27,7 +29,7 @@ TEST_F(HTTPOutputTest, SendsTheGoldenRequests) {
   EXPECT_EQ(output.LastReply(), "HTTP/1.1 200 OK");
   EXPECT_EQ(output.GetInformationString(), "(127.0.0.1:80)");
 
-  output.settings.RequestType = HTTPRequestType::kPost;
+  output.settings.RequestType = kPostRequest;
   output.settings.SimpleTextFormat = "title=<ZEB_NOW_ITEMNAME>\r\nstation=Müller";
   output.settings.ServerName = "::1";
   output.settings.ServerPort = 8080;
@@ -85,6 +87,8 @@ TEST_F(HTTPOutputTest, AServerThatDoesNotConnectShowsConnectingAndIsTriedAgain) 
     EXPECT_EQ(StatusText(output), "Connecting");
     EXPECT_NE(output.ProblemText().find(c.problem), std::string::npos) << output.ProblemText();
     EXPECT_TRUE(server.requests.empty());
+    EXPECT_FALSE(sent);
+    EXPECT_TRUE(output.MayPass());
   }
   // A status that nobody has cleared keeps a request from being sent.
   t.network.SetHost("127.0.0.1", Behaviour::kNormal);
@@ -131,24 +135,60 @@ TEST_F(HTTPOutputTest, AnswersAreReadWithinBoundsAndTold) {
     const char* answer;
     bool closeAtOnce, closeAfter, endless;
     const char* problem;
+    bool mayPass;
   };
+  const std::string host = "127.0.0.1:80 ";
   for (const Case& c :
-       {Case{"HTTP/1.1 204 No Content\r\n\r\n", false, true, false, ""},
-        {"HTTP/1.1 404 Not Found\r\n\r\n", false, true, false,
-         "127.0.0.1:80 answered 'HTTP/1.1 404 Not Found'"},
-        {"HTTP/1.0 503 Later\r\n\r\n", false, false, true, "127.0.0.1:80 answered 'HTTP/1.0 503 Later'"},
-        {"220 ready\r\n", false, false, false, "127.0.0.1:80 does not speak HTTP: it answered '220 ready'"},
-        {"", false, true, false, "127.0.0.1:80 closed the connection without an answer"},
-        {"", true, false, false, "127.0.0.1:80 closed the connection without an answer"},
-        {"", false, false, false, ""}}) {
+       {Case{"HTTP/1.1 204 No Content\r\n\r\n", false, true, false, "", false},
+        {"HTTP/1.1 302 Found\r\n\r\n", false, true, false, "", false},
+        {"HTTP/1.1 404 Not Found\r\n\r\n", false, true, false, "answered 'HTTP/1.1 404 Not Found'", false},
+        {"HTTP/1.1 401 Who\r\n\r\n", false, true, false, "answered 'HTTP/1.1 401 Who'", false},
+        {"HTTP/1.1 408 Slow\r\n\r\n", false, true, false, "answered 'HTTP/1.1 408 Slow'", true},
+        {"HTTP/1.1 429 Often\r\n\r\n", false, true, false, "answered 'HTTP/1.1 429 Often'", true},
+        {"HTTP/1.1 500 Oh\r\n\r\n", false, true, false, "answered 'HTTP/1.1 500 Oh'", true},
+        {"HTTP/1.0 503 Later\r\n\r\n", false, false, true, "answered 'HTTP/1.0 503 Later'", true},
+        {"220 ready\r\n", false, false, false, "does not speak HTTP: it answered '220 ready'", false},
+        {"", false, true, false, "closed the connection without an answer", true},
+        {"", true, false, false, "closed the connection without an answer", true},
+        {"", false, false, false, "", false}}) {
     server.answer = c.answer;
     server.closeAtOnce = c.closeAtOnce;
     server.closeAfterRequest = c.closeAfter;
     server.endless = c.endless;
     EXPECT_DOUBLE_EQ(Update(), 1.0) << c.answer;
-    EXPECT_EQ(output.ProblemText(), c.problem);
+    const bool taken = std::string(c.problem).empty();
+    EXPECT_EQ(output.ProblemText(), taken ? "" : host + c.problem);
+    EXPECT_EQ(sent, taken) << c.answer;
+    EXPECT_EQ(output.MayPass(), c.mayPass) << c.answer;
     EXPECT_EQ(StatusText(output), "OK");
   }
+}
+
+// What was taken is not sent twice, nor what is refused for good; with the next text everything is.
+TEST_F(HTTPOutputTest, ARepetitionSendsWhatFailedAndMayPass) {
+  ScriptedServer server(t, 80);
+  std::string third = "HTTP/1.1 503 Later\r\n\r\n";
+  server.answerTo = [&](const std::string& request) -> std::string {
+    if (request.find("?1 ") != std::string::npos) return "HTTP/1.1 200 OK\r\n\r\n";
+    if (request.find("?2 ") != std::string::npos) return "HTTP/1.1 404 No\r\n\r\n";
+    return third;
+  };
+  output.settings.SimpleTextFormat = "####?1####?2####?3";
+  const SnapshotPtr snapshot = service.TakeSnapshot();
+  EXPECT_DOUBLE_EQ(NetworkOutputTest::Update(output, snapshot), 4.0);
+  EXPECT_EQ(server.requests.size(), 3u);
+  EXPECT_TRUE(output.MayPass());
+  EXPECT_EQ(output.LastTally().published, 1);
+  EXPECT_EQ(output.LastTally().failed, 2);
+  third = "HTTP/1.1 200 OK\r\n\r\n";
+  EXPECT_DOUBLE_EQ(NetworkOutputTest::Update(output, snapshot), 1.0);
+  ASSERT_EQ(server.requests.size(), 4u);
+  EXPECT_NE(server.requests[3].find("?3 "), std::string::npos);
+  EXPECT_FALSE(output.MayPass());
+  EXPECT_EQ(output.ProblemText(), "127.0.0.1:80 answered 'HTTP/1.1 404 No'");
+  EXPECT_DOUBLE_EQ(NetworkOutputTest::Update(output, snapshot), 4.0);  // nothing is due: a periodic update
+  EXPECT_DOUBLE_EQ(Update(), 4.0);
+  EXPECT_EQ(server.requests.size(), 10u);
 }
 
 TEST_F(HTTPOutputTest, BlankCredentialsAreWarnedOfOnceAndTheRequestIsSent) {
@@ -170,13 +210,20 @@ TEST_F(HTTPOutputTest, StoppingWhileItWaitsLeavesItOff) {
   ScriptedServer server(t, 80);
   output.settings.SimpleTextFormat = "####?1####?2";
   const Timer stop = t.loop.After(std::chrono::milliseconds(700), [&] { output.StopOutput(); });
-  Update();
+  EXPECT_DOUBLE_EQ(Update(), 0.7);
   EXPECT_EQ(server.requests.size(), 1u);
   EXPECT_EQ(StatusText(output), "Off");
+  EXPECT_FALSE(sent);
+  t.network.SetHost("127.0.0.1", Behaviour::kHangs);
+  output.StartOutput(t.network.MakeClient());
+  const Timer again = t.loop.After(std::chrono::seconds(3), [&] { output.StopOutput(); });
+  EXPECT_DOUBLE_EQ(Update(), 3.0);
+  EXPECT_EQ(StatusText(output), "Off");
+  EXPECT_EQ(output.ProblemText(), "");
 }
 
 TEST_F(HTTPOutputTest, SettingsSurviveTheStore) {
-  output.settings.RequestType = HTTPRequestType::kPost;
+  output.settings.RequestType = kPostRequest;
   output.settings.ServerPort = 8443;
   output.settings.UseTLS = true;
   output.settings.characterSet = CharacterSet::kIso8859_1;
@@ -185,7 +232,7 @@ TEST_F(HTTPOutputTest, SettingsSurviveTheStore) {
   output.StoreOutputInformation(3, 2);
   clsZEBHTTPOutput other(t.environment);
   other.GetOutputInformation(3, 2);
-  EXPECT_EQ(other.settings.RequestType, HTTPRequestType::kPost);
+  EXPECT_EQ(other.settings.RequestType, kPostRequest);
   EXPECT_EQ(other.settings.URL, "/now");
   EXPECT_EQ(other.settings.HTTPPassword, "p");
   EXPECT_TRUE(other.settings.UseTLS && other.settings.HTTPAuthenticate);
@@ -210,26 +257,30 @@ TEST(CBase64Test, EncodesAndDecodes) {
 
 // Half of the stations have a server that hangs; the other half must not notice.
 TEST(HTTPIndependenceTest, HangingServersDelayNoOtherService) {
+  struct Watcher : ServiceEvents {
+    explicit Watcher(EventLoop& given) : loop(given) {}
+    void UpdateThrough(const UpdateRecord&) override { through = loop.Monotonic(); }
+    EventLoop& loop;
+    MonotonicTime through{};
+  };
   TestEnvironment t;
   ScriptedServer server(t, 80);
   t.network.SetHost("dead", Behaviour::kHangs);
-  ServiceEvents events;
+  std::vector<std::unique_ptr<Watcher>> watchers;
   std::vector<std::unique_ptr<clsZEBService>> services;
-  std::vector<double> took(200);
   const MonotonicTime begin = t.loop.Monotonic();
-  for (std::size_t i = 0; i < took.size(); ++i) {
+  for (std::size_t i = 0; i < 200; ++i) {
     auto output = std::make_shared<clsZEBHTTPOutput>(t.environment);
     output->settings.ServerName = i % 2 == 0 ? "dead" : "alive";
     output->StartOutput(t.network.MakeClient());
-    services.push_back(std::make_unique<clsZEBService>(t.environment, nullptr, events));
+    watchers.push_back(std::make_unique<Watcher>(t.loop));
+    services.push_back(std::make_unique<clsZEBService>(t.environment, nullptr, *watchers.back()));
     services[i]->AddOutput(OutputType::kHTTP, output);
-    t.loop.Start("update", [&, i] {
-      services[i]->UpdateOutputs(true);
-      took[i] = std::chrono::duration<double>(t.loop.Monotonic() - begin).count();
-    });
+    t.loop.Start("update", [&services, i] { services[i]->UpdateOutputs(true); });
   }
-  t.loop.RunFor(std::chrono::seconds(20));
-  for (std::size_t i = 0; i < took.size(); ++i) EXPECT_DOUBLE_EQ(took[i], i % 2 == 0 ? 10.0 : 1.0) << i;
+  t.loop.RunFor(std::chrono::milliseconds(11'500));  // before the dead ones are tried again
+  for (std::size_t i = 0; i < services.size(); ++i)
+    EXPECT_EQ(watchers[i]->through - begin, std::chrono::seconds(i % 2 == 0 ? 10 : 1)) << i;
   EXPECT_EQ(server.requests.size(), 100u);
 }
 

@@ -28,6 +28,8 @@ class ScriptedServer {
     };
   }
 
+  // What it answers to a request in place of `answer`; set by tests that tell requests apart.
+  std::function<std::string(const std::string& request)> answerTo;
   std::string answer = "HTTP/1.1 200 OK\r\n\r\n<message>Metadata update successful</message>";
   bool closeAtOnce = false, closeAfterRequest = false, endless = false;
 
@@ -46,7 +48,7 @@ class ScriptedServer {
     raw->onData = [this, raw, index](std::string_view bytes) {
       requests[index] += bytes;
       sentAt.push_back(Seconds());
-      raw->Send(answer);
+      raw->Send(answerTo ? answerTo(std::string(bytes)) : answer);
       if (endless) raw->Send(std::string(4u << 20, 'x'));
       if (closeAfterRequest) raw->Close();
     };
@@ -72,13 +74,14 @@ class NetworkOutputTest : public testing::Test {
     service.SetCurrentItem(item);
   }
   // How long it took, in seconds.
-  double Update(clsZEBTemplate& output) {
+  double Update(clsZEBTemplate& output) { return Update(output, service.TakeSnapshot()); }
+  double Update(clsZEBTemplate& output, const SnapshotPtr& snapshot) {
     const MonotonicTime begin = t.loop.Monotonic();
     MonotonicTime end = begin;
     EXPECT_TRUE(t.loop.RunTask([&] {
-      output.PrepareOutput(service.TakeSnapshot());
-      output.UpdateOutput(service.TakeSnapshot());
-      output.FinishOutput(service.TakeSnapshot());
+      output.PrepareOutput(snapshot);
+      sent = output.UpdateOutput(snapshot);
+      output.FinishOutput(snapshot);
       end = t.loop.Monotonic();
     }));
     t.loop.RunPosted();  // the server hears of the last close
@@ -92,6 +95,7 @@ class NetworkOutputTest : public testing::Test {
   TestEnvironment t;
   ServiceEvents events;
   clsZEBService service{t.environment, nullptr, events};
+  bool sent = false;  // by the last update
 };
 
 }  // namespace zeb

@@ -13,15 +13,17 @@ using namespace std::chrono_literals;
 class SerialOutputTest : public WireTest {
  protected:
   SerialOutputTest() {
-    output->formats.simpleText = "<ZEB_NOW_ITEMNAME>";
-    output->CommPort = 3;
+    output->settings.simpleText = "<ZEB_NOW_ITEMNAME>";
+    output->settings.CommPort = 3;
   }
   void Start() {
     EXPECT_TRUE(t.loop.RunTask([&] { output->StartOutput(port); }));
     Log();
   }
-  void Send(const std::string& text) {
-    ASSERT_TRUE(t.loop.RunTask([&] { output->SendString(*service.TakeSnapshot(), text); }));
+  bool Send(const std::string& text) {
+    bool left = false;
+    EXPECT_TRUE(t.loop.RunTask([&] { left = output->SendString(*Snapshot(), text); }));
+    return left;
   }
 
   std::shared_ptr<SimulatedSerialPort> port = std::make_shared<SimulatedSerialPort>(t.loop);
@@ -39,8 +41,8 @@ TEST_F(SerialOutputTest, OpensItsPortAndLogsEachStep) {
   EXPECT_EQ(Log(), (Lines{"Started Serial.StopOutput", "Finished Serial.StopOutput"}));
   EXPECT_FALSE(port->PortOpen());
 
-  output->CommPort = 4;
-  output->Settings = "9600,x,8,1";
+  output->settings.CommPort = 4;
+  output->settings.Settings = "9600,x,8,1";
   EXPECT_FALSE(output->StartOutput(port));
   const std::string why = "bad line settings '9600,x,8,1': the parity must be n, e, o, m or s";
   EXPECT_EQ(Log(), (Lines{"Started Serial.StartOutput", "Serial: Error opening Port " + why,
@@ -58,7 +60,7 @@ TEST_F(SerialOutputTest, OpensItsPortAndLogsEachStep) {
 
 TEST_F(SerialOutputTest, SendsOneLineAndLogsIt) {
   service.settings.LoggingPath = "/logs";
-  output->formats.append = "{0D}{0A}";
+  output->settings.append = "{0D}{0A}";
   Start();
   Play("Café");
   Update(*output);
@@ -97,18 +99,77 @@ TEST_F(SerialOutputTest, CutsInCharactersOfItsSetAndKeepsTheAppendedOnes) {
   for (const Case& c : cases) {
     port->all.clear();
     Play(c.title);
-    output->characterSet = c.set;
-    output->MaxNumberChars = c.most;
-    output->formats.append = c.append;
+    output->settings.characterSet = c.set;
+    output->settings.MaxNumberChars = c.most;
+    output->settings.append = c.append;
     Update(*output);
     EXPECT_EQ(port->all, c.sent) << c.title << ' ' << c.most;
   }
 }
 
+// The logging path on a share that hangs, then on one that is full: what is sent does not wait for it.
+TEST_F(SerialOutputTest, AWireLogThatCannotBeWrittenIsToldOnceAndDelaysNothing) {
+  service.settings.LoggingPath = "/logs";
+  const std::string path = "/logs/Service 07/2026-03-02-Serial-03.log";
+  bool hangs = true;
+  t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
+    if (file != path) return {};
+    t.loop.WaitUntil([&] { return !hangs; }, 24h);
+    return {};
+  };
+  Start();
+  for (const char* title : {"one", "two", "three"}) {
+    const MonotonicTime start = t.loop.Monotonic();
+    Play(title);
+    EXPECT_TRUE(Update(*output));
+    EXPECT_EQ(t.loop.Monotonic() - start, 0s);
+    t.loop.RunFor(60s);
+  }
+  EXPECT_EQ(port->all, "onetwothree");
+  Log();
+  EXPECT_EQ(journal, (Lines{"'" + path + "' does not answer; what is sent is not logged"}));
+  hangs = false;
+  t.loop.RunFor(1s);
+  EXPECT_EQ(t.files.Contents(path), "one\ntwo\nthree\n");
+
+  journal.clear();
+  t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
+    return file == path ? "no space left" : "";
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(Update(*output));
+  t.loop.RunFor(1s);
+  Log();
+  EXPECT_EQ(journal, (Lines{"cannot write '" + path + "': no space left"}));
+}
+
+TEST_F(SerialOutputTest, AWireLogThatHangsForLongKeepsABoundAndCountsTheRest) {
+  service.settings.LoggingPath = "/logs";
+  const std::string path = "/logs/Service 07/2026-03-02-X.log";
+  bool hangs = true;
+  t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
+    if (file == path) t.loop.WaitUntil([&] { return !hangs; }, 24h);
+    return {};
+  };
+  WireLog wireLog(t.environment);
+  const SnapshotPtr snapshot = Snapshot();
+  for (int i = 0; i < 1100; ++i) {
+    wireLog.Append(*snapshot, "-X", std::to_string(i));
+    if (i == 0) t.loop.RunFor(31s);
+  }
+  t.person.notes.clear();
+  hangs = false;
+  t.loop.RunFor(1s);
+  const std::string all = t.files.Contents(path);
+  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1001);  // the first one was on its way
+  EXPECT_EQ(all.substr(all.size() - 5), "1000\n");
+  Log();
+  EXPECT_TRUE(Has(journal, "99 lines are missing in a log of what was sent"));
+}
+
 TEST_F(SerialOutputTest, SendsSlowlyAtExactTimes) {
   service.settings.LoggingPath = "";
-  output->UseSlowSend = true;
-  output->characterSet = CharacterSet::kUtf8;
+  output->settings.UseSlowSend = true;
+  output->settings.characterSet = CharacterSet::kUtf8;
   Start();
   MonotonicTime start = t.loop.Monotonic();
   Send("0123456é89");
@@ -130,7 +191,7 @@ TEST_F(SerialOutputTest, SendsSlowlyAtExactTimes) {
 
 TEST_F(SerialOutputTest, APortThatNeverDrainsIsGivenUpAfterTenSecondsAndOpenedAgain) {
   for (const bool slow : {false, true}) {
-    output->UseSlowSend = slow;
+    output->settings.UseSlowSend = slow;
     Start();
     port->stuck = true;
     const MonotonicTime start = t.loop.Monotonic();
@@ -150,26 +211,78 @@ TEST_F(SerialOutputTest, APortThatNeverDrainsIsGivenUpAfterTenSecondsAndOpenedAg
 }
 
 TEST_F(SerialOutputTest, AnAdapterMayGoDuringASendAndComeBack) {
-  output->UseSlowSend = true;
+  output->settings.UseSlowSend = true;
   Start();
   const Timer pull = t.loop.After(35ms, [&] { port->Unplug(); });
-  Update(*output);
+  EXPECT_FALSE(Update(*output));
   EXPECT_EQ(port->all, "Rain");
   EXPECT_TRUE(Has(Log(), "Problem sending string: the port is closed"));
   EXPECT_EQ(output->Status(), kStatusError);
-  Update(*output);
+  EXPECT_FALSE(Update(*output));
   EXPECT_EQ(output->ProblemText(), "the device is gone");
   port->PlugIn();
   port->all.clear();
-  Update(*output);
+  EXPECT_TRUE(Update(*output));
   EXPECT_EQ(port->all, "Rain on Slate");
   EXPECT_EQ(output->Status(), kStatusOK);
-  // Removing the output in the middle of a send ends that send.
-  port->all.clear();
-  const Timer stop = t.loop.After(25ms, [&] { output->StopOutput(); });
-  Update(*output);
+}
+
+// A port that goes between two songs is noticed by itself, and the text is to be sent again.
+TEST_F(SerialOutputTest, ALostPortIsToldAtOnce) {
+  int lost = 0;
+  output->onShownLost = [&] { ++lost; };
+  Start();
+  port->Unplug();
+  EXPECT_EQ(lost, 1);
+  EXPECT_EQ(output->Status(), kStatusError);
+  EXPECT_EQ(output->ProblemText(), "the device is gone");
+  EXPECT_FALSE(Send("x"));
+  port->PlugIn();
+  EXPECT_TRUE(Update(*output));
+  EXPECT_EQ(output->ProblemText(), "");
+  // Closing it on purpose is no loss.
+  output->StopOutput();
+  EXPECT_EQ(lost, 1);
+}
+
+TEST_F(SerialOutputTest, WhatTheDeviceRefusesFailsUntilItIsTaken) {
+  Start();
+  port->outputFailure = "no power";
+  EXPECT_FALSE(Update(*output));
+  EXPECT_EQ(output->ProblemText(), "no power");
+  port->outputFailure.clear();
+  EXPECT_TRUE(Update(*output));
+  EXPECT_EQ(output->Status(), kStatusOK);
+  EXPECT_EQ(output->ProblemText(), "");
+  output->settings.simpleText.clear();
+  EXPECT_FALSE(Update(*output));  // nothing to send is nothing sent, and no problem
+  EXPECT_EQ(output->ProblemText(), "");
+}
+
+TEST_F(SerialOutputTest, StoppingEndsEveryWaitAtOnce) {
+  const auto stopAfter = [&](Duration time) {
+    const MonotonicTime start = t.loop.Monotonic();
+    const Timer stop = t.loop.After(time, [&] { output->StopOutput(); });
+    EXPECT_FALSE(Update(*output));
+    EXPECT_EQ(output->Status(), kStatusOff);
+    EXPECT_EQ(output->ProblemText(), "");
+    return t.loop.Monotonic() - start;
+  };
+  output->settings.UseSlowSend = true;
+  Start();
+  EXPECT_EQ(stopAfter(25ms), 30ms);  // in the pause behind a character
   EXPECT_EQ(port->all, "Rai");
-  EXPECT_EQ(output->Status(), kStatusOff);
+  output->settings.UseSlowSend = false;
+  Start();
+  port->stuck = true;
+  EXPECT_EQ(stopAfter(2s), 2s);  // while nothing leaves
+  // While an encoder on the network does not answer.
+  t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice3", "tcp:encoder:4001");
+  t.network.SetHost("encoder", SimulatedNetwork::HostBehaviour::kHangs);
+  const auto remote = std::make_shared<NetworkSerialPort>(t.network);
+  ASSERT_TRUE(t.loop.RunTask([&] { output->StartOutput(remote); }));
+  EXPECT_EQ(output->ProblemText(), "no answer from tcp:encoder:4001");
+  EXPECT_EQ(stopAfter(3s), 3s);
 }
 
 TEST_F(SerialOutputTest, EarlyEndsAndPortEventsAreLogged) {
@@ -178,30 +291,26 @@ TEST_F(SerialOutputTest, EarlyEndsAndPortEventsAreLogged) {
     EXPECT_TRUE(t.loop.RunTask(work));
     return Log();
   };
-  EXPECT_TRUE(
-      Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }), "Exit as no CommControl"));
-  EXPECT_TRUE(
-      Has(logOf([&] { output->SetTravelFlagActivated(*service.TakeSnapshot()); }), "Exit as no CommControl"));
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(*Snapshot(), "x"); }), "Exit as no CommControl"));
+  EXPECT_TRUE(Has(logOf([&] { output->SetTravelFlagActivated(*Snapshot()); }), "Exit as no CommControl"));
   EXPECT_FALSE(output->StartOutput(nullptr));
   Start();
   port->Close();
-  EXPECT_TRUE(Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }), "Exit as Port Closed"));
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(*Snapshot(), "x"); }), "Exit as Port Closed"));
   Start();
   Play("");
-  EXPECT_TRUE(
-      Has(logOf([&] { output->UpdateOutput(service.TakeSnapshot()); }), "Exit as no strings to choose from"));
+  EXPECT_TRUE(Has(logOf([&] { output->UpdateOutput(Snapshot()); }), "Exit as no strings to choose from"));
   EXPECT_TRUE(
       Has(logOf([&] { port->onComm(kCommFrame, {}); }), "RaiseEvent CommError:Serial: Framing Error"));
   EXPECT_TRUE(
       Has(logOf([&] { port->onComm(77, {}); }), "RaiseEvent CommError:Serial: Unknown error or event"));
   EXPECT_TRUE(Has(logOf([&] { port->onComm(kCommReceive, "+\xE9"); }), "Serial.Datareceived: +é"));
   port->outputFailure = "no power";
-  EXPECT_TRUE(Has(logOf([&] { output->SendString(*service.TakeSnapshot(), "x"); }),
-                  "Problem sending string: no power"));
+  EXPECT_TRUE(Has(logOf([&] { output->SendString(*Snapshot(), "x"); }), "Problem sending string: no power"));
 }
 
 TEST_F(SerialOutputTest, TravelFlagAndNearEndGoOutThroughTheService) {
-  output->TravelDeactivateFormat = "{54}A=0 <ZEB_NOW_ITEMNAME>{0D}{0A}";
+  output->settings.TravelDeactivateFormat = "{54}A=0 <ZEB_NOW_ITEMNAME>{0D}{0A}";
   service.AddOutput(OutputType::kSerial, output);
   Start();
   ASSERT_TRUE(t.loop.RunTask([&] {
@@ -215,26 +324,26 @@ TEST_F(SerialOutputTest, TravelFlagAndNearEndGoOutThroughTheService) {
 TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
   const auto fresh = std::make_shared<clsZEBSerialOutput>(t.environment);
   fresh->GetOutputInformation(7, 9);
-  EXPECT_EQ(fresh->CommPort, 1);
-  EXPECT_EQ(fresh->Settings, "9600,n,8,1");
-  EXPECT_EQ(fresh->formats.simpleText, kDefaultSimpleTextFormat);
-  EXPECT_TRUE(fresh->formats.alternatesWhenEmpty);
-  EXPECT_EQ(fresh->TravelActivateFormat, "TA=1{0D}{0A}");
-  EXPECT_EQ(fresh->characterSet, CharacterSet::kWindows1252);
-  output->Handshaking = 3;
-  output->formats = {"m", "a", "b|c", false};
-  output->MaxNumberChars = 64;
-  output->UseSlowSend = true;
-  output->characterSet = CharacterSet::kRds;
+  EXPECT_EQ(fresh->settings.CommPort, 1);
+  EXPECT_EQ(fresh->settings.Settings, "9600,n,8,1");
+  EXPECT_EQ(fresh->settings.simpleText, kDefaultSimpleTextFormat);
+  EXPECT_TRUE(fresh->settings.alternatesWhenEmpty);
+  EXPECT_EQ(fresh->settings.TravelActivateFormat, "TA=1{0D}{0A}");
+  EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kWindows1252);
+  output->settings.Handshaking = 3;
+  static_cast<WireFormats&>(output->settings) = {"m", "a", "b|c", false};
+  output->settings.MaxNumberChars = 64;
+  output->settings.UseSlowSend = true;
+  output->settings.characterSet = CharacterSet::kRds;
   output->StoreOutputInformation(7, 2);
   fresh->GetOutputInformation(7, 2);
-  EXPECT_EQ(fresh->CommPort, 3);
-  EXPECT_EQ(fresh->Handshaking, 3);
-  EXPECT_EQ(fresh->formats.alternates, "b|c");
-  EXPECT_FALSE(fresh->formats.alternatesWhenEmpty);
-  EXPECT_EQ(fresh->MaxNumberChars, 64);
-  EXPECT_TRUE(fresh->UseSlowSend);
-  EXPECT_EQ(fresh->characterSet, CharacterSet::kRds);
+  EXPECT_EQ(fresh->settings.CommPort, 3);
+  EXPECT_EQ(fresh->settings.Handshaking, 3);
+  EXPECT_EQ(fresh->settings.alternates, "b|c");
+  EXPECT_FALSE(fresh->settings.alternatesWhenEmpty);
+  EXPECT_EQ(fresh->settings.MaxNumberChars, 64);
+  EXPECT_TRUE(fresh->settings.UseSlowSend);
+  EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kRds);
   EXPECT_NE(
       std::dynamic_pointer_cast<clsZEBSerialOutput>(MakeOutputFactory(t.environment)(OutputType::kSerial)),
       nullptr);
@@ -263,13 +372,17 @@ TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {
     accepted->onData = [&](std::string_view bytes) { got += bytes; };
   };
   ASSERT_TRUE(listener->Listen("", 4001));
-  output->formats.append = "{0D}{0A}";
+  output->settings.append = "{0D}{0A}";
   Update(*output);  // opens it, and sends at once
   t.loop.RunPosted();
   EXPECT_EQ(got, "Rain on Slate\r\n");
-  accepted.reset();
+  int lost = 0;
+  output->onShownLost = [&] { ++lost; };
+  accepted.reset();  // it was switched off and on
   t.loop.RunPosted();
-  Update(*output);
+  EXPECT_EQ(lost, 1);
+  EXPECT_EQ(output->ProblemText(), "tcp:encoder:4001 closed the connection");
+  EXPECT_TRUE(Update(*output));
   t.loop.RunPosted();
   EXPECT_EQ(got, "Rain on Slate\r\nRain on Slate\r\n");
 
@@ -279,6 +392,7 @@ TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {
   Update(*output);
   EXPECT_EQ(t.loop.Monotonic() - begin, 5s);
   EXPECT_EQ(output->ProblemText(), "no answer from tcp:encoder:4001");
+  EXPECT_EQ(lost, 1);
   for (const char* bad : {"tcp:", "tcp:host", "tcp:host:0", "tcp:host:70000", "tcp::1", "tcp:h:1x"}) {
     t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice3", bad);
     start();
@@ -290,8 +404,8 @@ TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {
 TEST_F(SerialOutputTest, ADayOfTwoLinesASecondLeavesNothingBehind) {
   DebugLog quiet{t.loop, t.files, t.person, "zebd", "/log", 0};
   quiet.Install();
-  output->formats.alternates = "FILE:sched.txt|One";
-  output->formats.alternatesWhenEmpty = false;
+  output->settings.alternates = "FILE:sched.txt|One";
+  output->settings.alternatesWhenEmpty = false;
   t.files.Put("/data/sched.txt", "MoTu|0-23|Two\nbroken\n");
   port->byteTime = 1ms;
   Start();
@@ -300,8 +414,8 @@ TEST_F(SerialOutputTest, ADayOfTwoLinesASecondLeavesNothingBehind) {
   ASSERT_TRUE(t.loop.RunTask(
       [&] {
         while (t.loop.Monotonic() < end) {
-          output->PrepareOutput(service.TakeSnapshot());
-          output->UpdateOutput(service.TakeSnapshot());
+          output->PrepareOutput(Snapshot());
+          output->UpdateOutput(Snapshot());
           EXPECT_EQ(port->OutBufferCount(), 0u);
           ++sent;
           port->all.clear();

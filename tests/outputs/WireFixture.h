@@ -31,12 +31,18 @@ class WireTest : public testing::Test {
     item.Edit().ItemType = 7;
     service.SetCurrentItem(item);
   }
-  void Update(clsZEBTemplate& output) {
-    ASSERT_TRUE(t.loop.RunTask([&] {
-      output.PrepareOutput(service.TakeSnapshot());
-      output.UpdateOutput(service.TakeSnapshot());
-      output.FinishOutput(service.TakeSnapshot());
+  SnapshotPtr Snapshot() { return service.TakeSnapshot(); }
+  // Whether something was sent.
+  bool Update(clsZEBTemplate& output) {
+    bool sent = false;
+    EXPECT_TRUE(t.loop.RunTask([&] {
+      const SnapshotPtr snapshot = Snapshot();
+      output.PrepareOutput(snapshot);
+      sent = output.UpdateOutput(snapshot);
+      output.FinishOutput(snapshot);
     }));
+    t.loop.RunPosted();  // what it has started, such as its log
+    return sent;
   }
   // The debug lines since the last call, without their times and indents.
   Lines Log() {

@@ -68,6 +68,12 @@ TEST_F(LibxmlMarkupTest, TurnsHtmlIntoText) {
                {"a<!-- x --><script>var x = '</b>';</script> &eacute;&#8217;&amp;</p>", "a \u00E9\u2019&"},
                {" <i> one\r\n two</i><br>three ", "one two\nthree"},
                {"<b>\u0142\u00F3d\u017A</b>", "\u0142\u00F3d\u017A"},
+               {"<p>Artist</p><p>Title</p>", "Artist Title"},
+               {"<div>a<div>b</div>c</div>d", "a b c d"},
+               {"<ul><li>a<li>b</ul>c", "a b c"},
+               {"<table><tr><td>a</td><td>b</td></tr><tr><td>c</td></tr></table>d", "a b c d"},
+               {"<p>a</p><br><p>b</p>", "a\nb"},
+               {"S<b>o</b>n<span>g</span> <x>y</x>z", "Song yz"},
                {"a</", "a"},
                {"", ""}};
   for (const auto& [html, text] : cases) EXPECT_EQ(markup.HtmlToText(html), text) << html;

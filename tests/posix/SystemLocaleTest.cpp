@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <optional>
+
 #include "platform/posix/SystemLocale.h"
 
 namespace zeb {
@@ -57,6 +60,41 @@ TEST(SystemLocale, LocaleCAndUnknownOnes) {
     EXPECT_EQ(FormatDateTime(moment, formats.longTime), "13:05:06") << name;
     EXPECT_EQ(formats.monthNames[2], "March");
     EXPECT_EQ(formats.shortDayNames[0], "Sun");
+  }
+}
+
+// Sets a variable of the environment, and puts the former value back.
+class Variable {
+ public:
+  Variable(const char* name, const char* value) : name_(name) {
+    if (const char* now = std::getenv(name)) former_ = now;
+    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+  }
+  ~Variable() { former_ ? setenv(name_, former_->c_str(), 1) : unsetenv(name_); }
+
+ private:
+  const char* name_;
+  std::optional<std::string> former_;
+};
+
+TEST(SystemLocale, NamesTheLocaleThatIsNotInstalled) {
+  const std::string end = " is not installed: dates and times are written as in the locale 'C'";
+  const struct {
+    const char *all, *time, *lang;
+    std::string problem;
+  } cases[] = {
+      {nullptr, nullptr, nullptr, ""},
+      {"", "", "C.UTF-8", ""},
+      {nullptr, "POSIX", "no_SUCH", ""},  // LANG is not asked
+      {nullptr, nullptr, "no_SUCH.UTF-8", "The locale 'no_SUCH.UTF-8' (LANG)" + end},
+      {nullptr, "xx_YY", "C", "The locale 'xx_YY' (LC_TIME)" + end},
+      {"zz", "C", "C", "The locale 'zz' (LC_ALL)" + end},
+  };
+  for (const auto& c : cases) {
+    const Variable all("LC_ALL", c.all), time("LC_TIME", c.time), lang("LANG", c.lang);
+    const SystemLocale read = ReadSystemLocale();
+    EXPECT_EQ(read.problem, c.problem);
+    EXPECT_EQ(read.formats.monthNames[2], "March");
   }
 }
 

@@ -57,14 +57,14 @@ struct Bounce : testing::Test, private IntakeWindow, private ServiceEvents {
 };
 
 TEST_F(Bounce, RelaysWhileItHasControl) {
-  EXPECT_FALSE(relay.Relay("UPDATE")) << "nothing before the link is open";
+  EXPECT_FALSE(relay.Relay("UPDATE", true)) << "nothing before the link is open";
   Apply();
   EXPECT_EQ(Panels(), (Lines{"Bounce Connecting..", "Bounce Connected..", "Have Bounce Control.."}));
   EXPECT_EQ(remote->ControllerName(), "ZEB.Radio");
   EXPECT_EQ(asked, 1) << "the playout is to send all it knows";
   EXPECT_TRUE(relay.PanelVisible());
 
-  EXPECT_TRUE(relay.Relay("UNKNOWN caf\xE9 {0D}"));
+  EXPECT_TRUE(relay.Relay("UNKNOWN caf\xE9 {0D}", true));
   remote->SendToController("SET_CURRENT_ITEM ITitle=No");
   ports.loop.RunPosted();
   EXPECT_EQ(arrived, Lines{"UNKNOWN caf\xE9 {0D}"}) << "unknown commands too, byte for byte";
@@ -75,7 +75,7 @@ TEST_F(Bounce, RelaysWhileItHasControl) {
   Apply();
   EXPECT_EQ(Panels(), Lines{""});
   EXPECT_FALSE(relay.PanelVisible());
-  EXPECT_FALSE(relay.Relay("UPDATE"));
+  EXPECT_FALSE(relay.Relay("UPDATE", true));
   EXPECT_EQ(remote->ControllerName(), "");
 }
 
@@ -85,7 +85,7 @@ TEST_F(Bounce, RelaysNothingWhenRefused) {
   ports.loop.RunPosted();
   Apply();
   EXPECT_EQ(Panels().back(), "Bounce has refused Control..");
-  EXPECT_FALSE(relay.Relay("UPDATE"));
+  EXPECT_FALSE(relay.Relay("UPDATE", true));
   EXPECT_EQ(asked, 0);
 }
 
@@ -98,7 +98,7 @@ TEST_F(Bounce, StaysDisconnectedUnlessToldToRetry) {
   StartRemote();
   ports.loop.RunFor(1h);
   EXPECT_EQ(Panels(), Lines{});
-  EXPECT_FALSE(relay.Relay("UPDATE"));
+  EXPECT_FALSE(relay.Relay("UPDATE", true));
   Apply();
   EXPECT_EQ(Panels().back(), "Have Bounce Control..") << "applying the settings opens it again";
 }
@@ -106,11 +106,11 @@ TEST_F(Bounce, StaysDisconnectedUnlessToldToRetry) {
 TEST_F(Bounce, StopsWhenTheRemoteEndsItsControl) {
   Apply();
   Panels();
-  EXPECT_TRUE(
-      relay.Relay("NET_CONTROL_LOGOFF"));  // relayed like anything else; the remote takes it at its word
+  EXPECT_TRUE(relay.Relay("NET_CONTROL_LOGOFF",
+                          true));  // relayed like anything else; the remote takes it at its word
   ports.loop.RunPosted();
   EXPECT_EQ(Panels(), Lines{"Bounce Control Ended.."});
-  EXPECT_FALSE(relay.Relay("UPDATE"));
+  EXPECT_FALSE(relay.Relay("UPDATE", true));
   uNetControlClient other(ports.loop, ports.network, {});
   other.Connect("second-site", 6902, "Play\x1Bout");
   ports.loop.RunPosted();
@@ -151,7 +151,7 @@ TEST_F(Bounce, AnUnreadLinkIsClosedAtItsBound) {
   ports.network.StopReading(true);
   const std::string megabyte(1000 * 1000, 'x');
   int taken = 0;
-  while (taken < 20 && relay.Relay(megabyte)) ++taken;
+  while (taken < 20 && relay.Relay(megabyte, true)) ++taken;
   EXPECT_EQ(taken, 4) << "the line that passes 4 MiB is lost";
   EXPECT_EQ(Panels().back(), "Bounce Disconnected.. (the remote does not take the information)");
   EXPECT_EQ(

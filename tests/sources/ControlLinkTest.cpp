@@ -135,7 +135,7 @@ TEST_F(Link, BulkLoadOfEscapedItemsAndTooMany) {
 TEST_F(Link, RelaysFirstWhateverTheMessage) {
   StartLog();
   std::vector<std::string> relayed;
-  link.relay = [&](std::string_view line) {
+  link.relay = [&](int, std::string_view line) {
     relayed.push_back(std::string(line) + "|" + Current());
     return relayed.size() != 1;
   };
@@ -144,7 +144,7 @@ TEST_F(Link, RelaysFirstWhateverTheMessage) {
   Say("no such command");
   EXPECT_TRUE(Logged("Bouncing to Client ZEB"));
   EXPECT_EQ(relayed, (std::vector<std::string>{"set_current_item ITitle=a|", "no such command|a"}));
-  link.relay = [](std::string_view) -> bool { throw std::runtime_error("broken"); };
+  link.relay = [](int, std::string_view) -> bool { throw std::runtime_error("broken"); };
   Say("SET_CURRENT_ITEM ITitle=b");
   EXPECT_EQ(Current(), "b");
   EXPECT_TRUE(Logged("Started MessageFromController (1) :SET_CURRENT_ITEM ITitle=b"));

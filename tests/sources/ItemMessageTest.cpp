@@ -1,5 +1,6 @@
 #include "sources/ItemMessage.h"
 #include "tests/sources/IntakeFixture.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 namespace {

@@ -162,21 +162,127 @@ TEST_F(ControlServer, ControlPassesFromOneToTheNext) {
   EXPECT_EQ(Notes("Demo FM: 'Two' no longer has control"), 1);
 }
 
-TEST_F(ControlServer, TakesThirtyTwoConnections) {
+using Peers = std::vector<std::unique_ptr<Peer>>;
+
+int Open(const Peers& peers) {
+  return static_cast<int>(
+      std::count_if(peers.begin(), peers.end(), [](const auto& peer) { return !peer->closed; }));
+}
+
+TEST_F(ControlServer, ThirtyTwoConnectionsHaveAPlace) {
   Listen();
-  std::vector<std::unique_ptr<Peer>> peers;
+  Peers peers;
   for (int i = 0; i < 32; ++i) peers.push_back(std::make_unique<Peer>(ports));
   EXPECT_EQ(server->ConnectionCount(), 32);
-  for (int i = 0; i < 5; ++i) EXPECT_TRUE(Peer(ports).closed);
-  EXPECT_EQ(Notes("turned away"), 1);
+  Peer first(ports), second(ports);
+  EXPECT_TRUE(first.closed) << "one is waited for beyond them, the latest";
+  EXPECT_FALSE(second.closed);
+  ports.loop.RunFor(4999ms);
+  EXPECT_FALSE(second.closed);
+  ports.loop.RunFor(1ms);
+  EXPECT_TRUE(second.closed);
+  Peer third(ports);
+  third.Send("STATUS?\r\n");
+  EXPECT_TRUE(third.closed) << "waiting is for those that log on";
+  EXPECT_EQ(third.Received(), "");
+  EXPECT_EQ(Open(peers), 32);
+  EXPECT_EQ(server->ConnectionCount(), 32);
   EXPECT_EQ(Notes("Demo FM: turned away 127.0.0.1, since 32 are connected"), 1);
-  ports.loop.RunFor(61s);
-  EXPECT_TRUE(Peer(ports).closed);
-  EXPECT_EQ(Notes("(4 more since the last line)"), 1);
-  EXPECT_FALSE(std::any_of(peers.begin(), peers.end(), [](const auto& peer) { return peer->closed; }));
   peers.erase(peers.begin());
   ports.loop.RunPosted();
   EXPECT_FALSE(Peer(ports).closed);
+}
+
+TEST_F(ControlServer, ALogOnAlwaysGetsAPlace) {
+  Listen();
+  Peers peers;
+  for (int i = 0; i < 32; ++i) peers.push_back(std::make_unique<Peer>(ports));
+  ports.loop.RunFor(1s);
+  peers[0]->Ask("VERSION?");
+  Peer playout(ports);
+  EXPECT_EQ(playout.Ask("NET_CONTROL_LOGON Playout"), "NET_CONTROL_GRANTED\r\n");
+  EXPECT_EQ(server->ConnectionCount(), 32);
+  EXPECT_EQ(Open(peers), 31);
+  EXPECT_FALSE(peers[0]->closed) << "the one that has been silent for longest makes room";
+  EXPECT_TRUE(peers[1]->closed);
+  playout.Send("UPDATE\r\n");
+  EXPECT_EQ(Heard(), (Lines{"took Playout", "2:UPDATE"}));
+  ports.loop.RunFor(10s);
+  EXPECT_FALSE(playout.closed);
+
+  // Its machine breaks down and comes back, while the old connection still stands and all places are taken.
+  peers.push_back(std::make_unique<Peer>(ports));
+  Peer other(ports);
+  EXPECT_EQ(other.Ask("NET_CONTROL_LOGON Other"), "NET_CONTROL_REFUSED Playout\r\n");
+  Peer again(ports);
+  EXPECT_EQ(again.Ask("NET_CONTROL_LOGON Playout"), "NET_CONTROL_GRANTED\r\n");
+  EXPECT_TRUE(playout.closed);
+  EXPECT_EQ(server->ConnectionCount(), 32);
+  again.Send("UPDATE\r\n");
+  EXPECT_EQ(Heard(), (Lines{"took Playout", "2:UPDATE"}));
+}
+
+TEST_F(ControlServer, AConnectionWithoutControlMakesRoomAfterThirtySeconds) {
+  Listen();
+  Peer playout(ports);
+  playout.Ask("NET_CONTROL_LOGON Playout");
+  Peers peers;
+  for (int i = 0; i < 31; ++i) peers.push_back(std::make_unique<Peer>(ports));
+  ports.loop.RunFor(30s);
+  peers[0]->Ask("NET_CONTROL_LOGON Second");
+  for (int i = 0; i < 40; ++i) {
+    peers.push_back(std::make_unique<Peer>(ports));
+    ports.loop.RunFor(1s);
+  }
+  EXPECT_FALSE(playout.closed) << "the controller stays, however silent";
+  EXPECT_EQ(server->ConnectionCount(), 32);
+  EXPECT_FALSE(peers[30 + 39]->closed) << "and the new ones come in";
+  EXPECT_EQ(Notes("Demo FM: closed the connection to 127.0.0.1, which had not taken control within 30 s, for "
+                  "another; 32 are connected"),
+            1);
+}
+
+TEST_F(ControlServer, TheControllerComesAgain) {
+  Listen();
+  Peer old(ports);
+  old.Ask("NET_CONTROL_LOGON Playout");
+  ports.network.SetClientAddress("10.0.0.7");
+  Peer elsewhere(ports);
+  EXPECT_EQ(elsewhere.Ask("NET_CONTROL_LOGON Playout"), "NET_CONTROL_REFUSED Playout\r\n");
+  ports.network.SetClientAddress("127.0.0.1");
+  Peer nameless(ports), fresh(ports);
+  EXPECT_EQ(nameless.Ask("NET_CONTROL_LOGON"), "NET_CONTROL_REFUSED Playout\r\n");
+  EXPECT_EQ(fresh.Ask("NET_CONTROL_LOGON Playout"), "NET_CONTROL_GRANTED\r\n");
+  EXPECT_TRUE(old.closed);
+  EXPECT_EQ(old.Received(), "NET_CONTROL_ENDED\r\n");
+  EXPECT_EQ(Heard(), (Lines{"took Playout", "took Playout"})) << "the service asks it for everything again";
+  EXPECT_EQ(server->ControllerName(), "Playout");
+  // Without names, two that share an address are two.
+  fresh.Ask("NET_CONTROL_LOGOFF");
+  nameless.Ask("NET_CONTROL_LOGON");
+  EXPECT_EQ(Peer(ports).Ask("NET_CONTROL_LOGON"), "NET_CONTROL_REFUSED 127.0.0.1\r\n");
+}
+
+TEST_F(ControlServer, APeerThatComesAndGoesIsToldOfSeldom) {
+  Listen();
+  Peer stays(ports);
+  for (int i = 0; i < 100; ++i) {
+    Peer(ports).Ask("NET_CONTROL_LOGON Script");
+    ports.loop.RunFor(100ms);
+  }
+  EXPECT_EQ(Notes("took control"), 1);
+  EXPECT_EQ(Notes("no longer has control"), 1);
+  stays.Ask("NET_CONTROL_LOGON Playout");
+  EXPECT_EQ(Notes("Demo FM: 'Playout' (127.0.0.1) took control"), 1) << "each peer is told of by itself";
+  stays.Ask("NET_CONTROL_LOGOFF");
+  Peer script(ports);
+  script.Ask("NET_CONTROL_LOGON Script");
+  EXPECT_EQ(Notes("'Script' (127.0.0.1) took control"), 1);
+  ports.loop.RunFor(61s);
+  EXPECT_EQ(Notes("Demo FM: 'Script' has control, after having come and gone"), 1)
+      << "the last line must not stay wrong";
+  script.Ask("NET_CONTROL_LOGOFF");
+  EXPECT_EQ(Notes("Demo FM: 'Script' no longer has control (99 more since the last line)"), 1);
 }
 
 TEST_F(ControlServer, ConnectsOnlyAllowedPeers) {

@@ -6,7 +6,7 @@
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
-#include "text/UrlEncode.h"
+#include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
 namespace zeb::literal {

@@ -3,7 +3,7 @@
 
 #include "text/HexEscapes.h"
 #include "text/Paths.h"
-#include "text/UrlEncode.h"
+#include "text/PercentEncoding.h"
 
 namespace zeb {
 namespace {
@@ -41,6 +41,7 @@ TEST(UrlCoding, EncodesBytes) {
   EXPECT_EQ(UrlEncode("AZaz09-_.~"), "AZaz09%2D%5F%2E%7E");
   EXPECT_EQ(UrlEncode("é"), "%C3%A9");
   EXPECT_EQ(UrlEncode("\n"), "%0A");
+  EXPECT_EQ(PercentEncoded("AZaz09-_.~ +/é\n"), "AZaz09-_.~%20%2B%2F%C3%A9%0A");
   std::string all;
   for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
   EXPECT_EQ(UrlDecode(UrlEncode(all)), all);

@@ -1,20 +1,19 @@
-#include "app/LabelServer.h"
+#include "outputs/labels/LabelServer.h"
 
 #include <algorithm>
 #include <deque>
 #include <exception>
+#include <map>
 #include <set>
 #include <utility>
 
-#include "diagnostics/hxGeneral.h"
-#include "outputs/wire/WireCharacters.h"
-#include "sources/ItemMessage.h"
-#include "sources/LineSplitter.h"
-#include "sources/RepeatedNote.h"
-#include "text/Encodings.h"
+#include "diagnostics/RepeatedNote.h"
+#include "outputs/labels/LabelWords.h"
+#include "platform/WorkLane.h"
 #include "text/LetterCase.h"
-#include "text/Numbers.h"
+#include "text/LineSplitter.h"
 #include "text/OneLine.h"
+#include "text/Parameters.h"
 
 namespace zeb {
 
@@ -26,7 +25,6 @@ constexpr std::size_t kMaxConnections = 32;
 constexpr std::size_t kMaxLineBytesHere = 4096;
 constexpr std::size_t kMaxQueuedLines = 64;
 constexpr std::size_t kMaxUnsentBytes = 64 * 1024;
-constexpr std::size_t kMaxLabelBytes = 128;
 constexpr int kMaxTries = 3;
 constexpr Duration kRefusalDelay = 1s;
 constexpr Duration kLogOnLimit = 30s;  // a connection that does not log on gives its place to another
@@ -45,11 +43,6 @@ struct Peer {
 };
 using PeerPtr = std::shared_ptr<Peer>;
 
-std::string_view AfterWord(std::string_view line) {
-  const std::size_t blank = line.find(' ');
-  return blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1);
-}
-
 std::string WithoutControls(std::string text) {
   for (char& c : text)
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
@@ -57,51 +50,6 @@ std::string WithoutControls(std::string text) {
 }
 
 }  // namespace
-
-std::size_t LabelBytes(std::string_view label) {
-  return KeepToSet(label, CharacterSet::kEbuLatin) == label ? CountInSet(label, CharacterSet::kEbuLatin)
-                                                            : label.size();
-}
-
-Result<std::vector<LabelService>> ReadLabelServices(std::string_view iniBytes) {
-  const std::string text = DecodeFile(iniBytes, DetectFileEncoding(iniBytes));
-  std::vector<LabelService> services;
-  int number = 0;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::size_t end = rest.find('\n');
-    std::string_view line = rest.substr(0, end);
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    line = TrimBlanks(line);
-    const std::string where = "line " + std::to_string(++number) + ": ";
-    if (line.empty() || line[0] == ';' || line[0] == '#') continue;
-    if (line[0] == '[') {
-      if (line.back() != ']') return Failure{where + "a section's name has no ]"};
-      const std::string name(TrimBlanks(line.substr(1, line.size() - 2)));
-      for (const LabelService& service : services)
-        if (EqualIgnoringCase(service.name, name))
-          return Failure{std::string(where).append("the service '").append(name).append("' is there twice")};
-      services.push_back({name, "", ""});
-      continue;
-    }
-    const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos) return Failure{where + "neither [service] nor key=value"};
-    if (services.empty()) return Failure{where + "a key before the first [service]"};
-    const std::string_view key = TrimBlanks(line.substr(0, equals));
-    const std::string value(TrimBlanks(line.substr(equals + 1)));
-    if (EqualIgnoringCase(key, "Password"))
-      services.back().password = value;
-    else if (EqualIgnoringCase(key, "FileName"))
-      services.back().fileName = value;
-    else
-      return Failure{where + "there is no key '" + std::string(key) + "'"};
-  }
-  if (services.empty()) return Failure{"no service is named"};
-  for (const LabelService& service : services)
-    if (service.name.empty() || service.password.empty() || service.fileName.empty())
-      return Failure{"the service '" + service.name + "' needs a name, a Password and a FileName"};
-  return services;
-}
 
 struct LabelServer::State : std::enable_shared_from_this<State> {
   State(EventLoop& givenLoop, Network& givenNetwork, FileSystem& givenFiles, Operator& givenPerson,
@@ -120,7 +68,8 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
   std::unique_ptr<TcpListener> listener;
   std::vector<PeerPtr> peers;
   std::set<std::string> filesInHand;
-  std::set<std::string> failingFiles;  // told of, until they can be written again
+  std::map<std::string, WorkLane> lanes;  // by file: a share that hangs holds one worker
+  std::set<std::string> failingFiles;     // told of, until they can be written again
   RepeatedNote tooMany, refused;
 
   void Note(const std::string& text) const { person.Note(text); }
@@ -172,7 +121,7 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
       return peer->queue.size() <= kMaxQueuedLines;
     });
     if (!readable || peer->queue.size() > kMaxQueuedLines) {
-      Reply(peer, "ERROR too much at a time");
+      Refuse(peer, "too much at a time");
       Drop(peer);
       return;
     }
@@ -198,65 +147,69 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
     }
   }
 
-  void Reply(const PeerPtr& peer, const std::string& line) {
+  void Refuse(const PeerPtr& peer, const std::string& why) {
+    Reply(peer, std::string(kErrorAnswer) + " " + why);
+  }
+
+  void Reply(const PeerPtr& peer, std::string_view line) {
     if (!peer->open) return;
-    peer->connection->Send(line + "\r\n");
+    peer->connection->Send(std::string(line) + "\r\n");
     if (peer->connection->UnsentBytes() > kMaxUnsentBytes) Drop(peer);
   }
 
   // ---- Commands
 
   void HandleLine(const PeerPtr& peer, std::string_view line) {
-    const std::string_view command = line.substr(0, line.find(' '));
-    if (EqualIgnoringAsciiCase(command, "LOGON")) {
-      LogOn(peer, AfterWord(line));
-    } else if (EqualIgnoringAsciiCase(command, "LABEL")) {
-      TakeLabel(peer, AfterWord(line));
-    } else if (EqualIgnoringAsciiCase(command, "LOGOFF")) {
-      Reply(peer, "OK");
+    const std::string_view command = FirstWord(line), arguments = AfterFirstWord(line);
+    if (EqualIgnoringAsciiCase(command, kLogOnCommand)) {
+      LogOn(peer, arguments);
+    } else if (EqualIgnoringAsciiCase(command, kLabelCommand)) {
+      TakeLabel(peer, arguments);
+    } else if (EqualIgnoringAsciiCase(command, kLogOffCommand)) {
+      Reply(peer, kOkAnswer);
       Drop(peer);
     } else {
-      Reply(peer, "ERROR unknown command");
+      Refuse(peer, "unknown command");
     }
   }
 
   void LogOn(const PeerPtr& peer, std::string_view arguments) {
-    const std::string name = ParameterValue(arguments, "SERVICE");
-    const std::string password = ParameterValue(arguments, "PASSWORD");
+    const std::string name = ParameterValue(arguments, kServiceParameter);
+    const std::string password = ParameterValue(arguments, kPasswordParameter);
     const auto found = std::find_if(services.begin(), services.end(), [&](const LabelService& service) {
       return EqualIgnoringCase(service.name, name) && service.password == password;
     });
-    if (found == services.end()) return Refuse(peer, name);
+    if (found == services.end()) return RefuseLogOn(peer, name);
     peer->service = &*found;
     peer->logOnLimit.Stop();
     Note("'" + OneLine(found->name) + "' logged on from " + peer->connection->PeerAddress());
-    Reply(peer, "OK");
+    Reply(peer, kOkAnswer);
   }
 
   // The delay makes guessing slow; nothing tells a wrong name from a wrong password.
-  void Refuse(const PeerPtr& peer, const std::string& name) {
+  void RefuseLogOn(const PeerPtr& peer, const std::string& name) {
     const int tried = ++peer->tries;
     loop.Wait(kRefusalDelay);
     if (const auto more = refused.Next(loop.Monotonic()))
       Note("refused a log-on as '" + OneLine(name, 64) + "' from " + peer->connection->PeerAddress() + *more);
-    Reply(peer, "ERROR wrong service or password");
+    Refuse(peer, "wrong service or password");
     if (tried >= kMaxTries) Drop(peer);
   }
 
   void TakeLabel(const PeerPtr& peer, std::string_view arguments) {
-    if (!peer->service) return Reply(peer, "ERROR not logged on");
-    const std::string label = WithoutControls(ParameterValue(arguments, "TEXT"));
+    if (!peer->service) return Refuse(peer, "not logged on");
+    const std::string label = WithoutControls(ParameterValue(arguments, kTextParameter));
     if (const std::size_t bytes = LabelBytes(label); bytes > kMaxLabelBytes)
-      return Reply(peer, "ERROR the label has " + std::to_string(bytes) + " bytes, at most " +
-                             std::to_string(kMaxLabelBytes) + " are allowed");
+      return Refuse(peer, "the label has " + std::to_string(bytes) + " bytes, at most " +
+                              std::to_string(kMaxLabelBytes) + " are allowed");
     const std::string& file = peer->service->fileName;
     const Outcome written = WriteLabel(file, label);
     if (written) {
       if (failingFiles.erase(file) > 0) Note("'" + file + "' can be written again");
-      return Reply(peer, "OK");
+      return Reply(peer, kOkAnswer);
     }
     if (failingFiles.insert(file).second) Note(written.Reason());
-    Reply(peer, "ERROR the label cannot be written");
+    Refuse(peer, "the label cannot be written");
   }
 
   // The encoder reads the file at any moment: it finds the old label or the new one, whole.
@@ -275,15 +228,16 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
       const std::string name;
     };
     const Held held(filesInHand, file);
-    const auto written = loop.RunBlocking(
-        [&written = files, file, label] {
-          const std::string work = file + ".tmp";
-          Outcome outcome = written.Write(work, label);
-          if (outcome) outcome = written.Rename(work, file);
-          if (!outcome) static_cast<void>(written.Delete(work));
-          return outcome;
-        },
-        kWriteLimit);
+    const auto written = lanes.try_emplace(file, loop)
+                             .first->second.Run(
+                                 [&written = files, file, label] {
+                                   const std::string work = file + ".tmp";
+                                   Outcome outcome = written.Write(work, label);
+                                   if (outcome) outcome = written.Rename(work, file);
+                                   if (!outcome) static_cast<void>(written.Delete(work));
+                                   return outcome;
+                                 },
+                                 kWriteLimit);
     return written ? *written : Failure{"'" + file + "' is still being written"};
   }
 

@@ -1,12 +1,19 @@
-#include "text/UrlEncode.h"
+#include "text/PercentEncoding.h"
 
 #include "text/HexDigits.h"
 
 namespace zeb {
 namespace {
 
-bool IsKept(char c) {
+bool IsLetterOrDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+void AppendEncoded(std::string& to, char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  to += '%';
+  to += kHexDigits[byte >> 4];
+  to += kHexDigits[byte & 0x0F];
 }
 
 }  // namespace
@@ -15,16 +22,24 @@ std::string UrlEncode(std::string_view bytes) {
   std::string result;
   result.reserve(bytes.size() + bytes.size() / 4);
   for (const char c : bytes) {
-    if (IsKept(c)) {
+    if (IsLetterOrDigit(c))
       result += c;
-    } else if (c == ' ') {
+    else if (c == ' ')
       result += '+';
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      result += '%';
-      result += kHexDigits[byte >> 4];
-      result += kHexDigits[byte & 0x0F];
-    }
+    else
+      AppendEncoded(result, c);
+  }
+  return result;
+}
+
+std::string PercentEncoded(std::string_view bytes) {
+  constexpr std::string_view kAlsoKept = "-._~";
+  std::string result;
+  for (const char c : bytes) {
+    if (IsLetterOrDigit(c) || kAlsoKept.find(c) != std::string_view::npos)
+      result += c;
+    else
+      AppendEncoded(result, c);
   }
   return result;
 }

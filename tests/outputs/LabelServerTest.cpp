@@ -1,8 +1,8 @@
 // The label server on simulated sockets, byte by byte.
 #include <gtest/gtest.h>
 
-#include "app/LabelServer.h"
-#include "outputs/dab/LabelClient.h"
+#include "outputs/labels/LabelClient.h"
+#include "outputs/labels/LabelServer.h"
 #include "platform/simulated/TestEnvironment.h"
 
 namespace zeb {

@@ -1,4 +1,4 @@
-#include "sources/LineSplitter.h"
+#include "text/LineSplitter.h"
 
 namespace zeb {
 

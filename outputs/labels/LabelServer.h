@@ -10,19 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "outputs/labels/LabelServices.h"
 #include "platform/EventLoop.h"
 #include "platform/FileSystem.h"
 #include "platform/Operator.h"
 #include "platform/Tcp.h"
 
 namespace zeb {
-
-struct LabelService {
-  std::string name, password, fileName;
-};
-
-// The services of an ini file: a section each, keys Password and FileName. The reason names the line.
-Result<std::vector<LabelService>> ReadLabelServices(std::string_view iniBytes);
 
 class LabelServer {
  public:
@@ -41,8 +35,5 @@ class LabelServer {
   struct State;
   std::shared_ptr<State> state_;
 };
-
-// The bytes that a label takes on the air: EBU Latin when it has all the characters, else UTF-8.
-std::size_t LabelBytes(std::string_view label);
 
 }  // namespace zeb

@@ -1,0 +1,100 @@
+#include "outputs/file/FileWork.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "text/Paths.h"
+
+namespace zeb {
+namespace {
+
+// What a worker does at a time, far below what a slow share manages within the limit.
+constexpr std::size_t kMostPairs = 100;
+constexpr std::size_t kMostBytes = 32u * 1024 * 1024;
+
+std::string StillBeingWritten(const std::string& path) {
+  return "cannot write '" + path + "': another output is still writing it";
+}
+
+std::string WhyNoDestination(const FileJob& job) {
+  if (job.parameters.DestinationFileName().empty())
+    return "no file is set for the template '" + job.source + "'; choose one";
+  if (job.source == job.destination)
+    return "'" + job.source + "' would be replaced by its own page; choose another name for the page";
+  return {};
+}
+
+}  // namespace
+
+FileWork::FileWork(Setting setting, std::vector<FileJob> jobs, UploadFileList listed)
+    : setting_(std::move(setting)), jobs_(std::move(jobs)), listed_(std::move(listed)) {}
+
+std::vector<std::string> FileWork::Destinations() const {
+  std::vector<std::string> paths;
+  for (std::size_t i = next_; i < jobs_.size(); ++i)
+    if (WhyNoDestination(jobs_[i]).empty()) paths.push_back(jobs_[i].destination);
+  paths.insert(paths.end(), waitedFor_.begin(), waitedFor_.end());
+  return paths;
+}
+
+void FileWork::DoPiece() {
+  DestinationsInProgress::ClaimPtr claim = std::exchange(claim_, nullptr);
+  pieceBytes_ = 0;
+  const std::size_t end = std::min(jobs_.size(), next_ + kMostPairs);
+  while (next_ < end && pieceBytes_ < kMostBytes && !givenUp_) {
+    if (!Do(jobs_[next_], *claim)) return;
+    ++next_;
+  }
+  if (!Ended()) claim_ = std::move(claim);
+}
+
+// False: it must wait for additional files that another output is writing, or has been given up.
+bool FileWork::Do(FileJob& job, Claim& claim) {
+  const FileTools tools = Tools();
+  std::optional<LoadedTemplate> loaded = LoadFor(job, tools);
+  if (!loaded) return true;
+  pieceBytes_ += loaded->text.size();
+  std::string why = WhyNoDestination(job);
+  if (why.empty() && !claim.Holds(job.destination))
+    why = StillBeingWritten(job.destination) + "; give each output a destination of its own";
+  if (!why.empty()) {
+    job.Fail(kStatusDestinationFileProblem, std::move(why));
+    return true;
+  }
+  UploadFileList named;
+  const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named);
+  if (setting_.copyAdditional) {
+    for (const std::string& path : named.Paths()) listed_.Add(path);
+    folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
+    if (!CopyBesidePages(claim)) return false;
+  }
+  PlacePage(job, tools, page, loaded->encoding);
+  return true;
+}
+
+// Every listed file goes beside every page, once a folder.
+bool FileWork::CopyBesidePages(Claim& claim) {
+  for (auto& [folder, done] : folders_) {
+    for (; done < listed_.Paths().size(); ++done) {
+      const std::string& path = listed_.Paths()[done];
+      const std::string_view name = FileNamePart(path);
+      if (name.empty()) continue;
+      const AdditionalCopy copy{JoinPath(setting_.dataFolder, path), folder + std::string(name)};
+      if (givenUp_) return false;
+      const bool ours = claim.Holds(copy.target) || claim.Add(copy.target);
+      if (!ours && waitedFor_.insert(copy.target).second) return false;
+      copies_[copy.target] =
+          ours ? CopyAdditional(Tools(), copy, setting_.alwaysCopy) : StillBeingWritten(copy.target);
+    }
+  }
+  return true;
+}
+
+std::vector<FileJob> FileWork::TakeEnded() {
+  std::vector<FileJob> ended;
+  for (; taken_ < next_; ++taken_) ended.push_back(std::move(jobs_[taken_]));
+  return ended;
+}
+
+}  // namespace zeb

@@ -1,0 +1,75 @@
+// FileWork: one update of a file output, as a worker thread does it: pair by pair each template is read,
+// expanded and put in place, so that one page at a time is held, a page whose template is an earlier pair's
+// page sees the new one, and the pictures that a page shows are there before it.
+//
+// Owned by the output and by the worker that does a piece of it. While a worker has it, the loop's thread
+// touches only what is marked so; afterwards everything. A piece ends after so many pairs, so that its time
+// limit tells of a share that hangs and not of the number of pages, and before an additional file that
+// another output is writing: the work then waits for its destinations anew, all at once.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "outputs/file/FileJob.h"
+
+namespace zeb {
+
+class FileWork {
+ public:
+  struct Setting {
+    FileSystem& files;
+    std::shared_ptr<DestinationsInProgress> destinations;
+    std::string dataFolder;
+    bool copyAdditional = false, alwaysCopy = false;  // as the output is set
+    bool preserveTempFiles = false, trace = false;
+  };
+  // `listed`: files that go beside every page, besides those that the pages name.
+  FileWork(Setting setting, std::vector<FileJob> jobs, UploadFileList listed);
+
+  bool Ended() const { return givenUp_ || next_ == jobs_.size(); }
+  // Whether Destinations must be claimed before the next piece.
+  bool NeedsClaim() const { return !claim_; }
+  std::vector<std::string> Destinations() const;
+  void SetClaim(DestinationsInProgress::ClaimPtr claim) { claim_ = std::move(claim); }
+
+  // On a worker. Whatever it throws or gives up, nothing stays claimed.
+  void DoPiece();
+
+  // The jobs that have ended since the last call.
+  std::vector<FileJob> TakeEnded();
+  // The additional files gone about, by their targets; "": all is well.
+  const std::map<std::string, std::string>& Copies() const { return copies_; }
+
+  // At any time: it ends with the pair it is at.
+  void GiveUp() { givenUp_ = true; }
+  bool GivenUp() const { return givenUp_; }
+  const WorkPlace& Place() const { return place_; }
+
+ private:
+  using Claim = DestinationsInProgress::Claim;
+  bool Do(FileJob& job, Claim& claim);
+  bool CopyBesidePages(Claim& claim);
+  FileTools Tools() {
+    return {setting_.files, *setting_.destinations, place_, setting_.preserveTempFiles, setting_.trace};
+  }
+
+  const Setting setting_;
+  std::vector<FileJob> jobs_;
+  std::size_t next_ = 0, taken_ = 0;
+  UploadFileList listed_;
+  std::map<std::string, std::size_t> folders_;  // of pages, and how many of the list are beside them
+  std::map<std::string, std::string> copies_;
+  std::set<std::string> waitedFor_;  // additional files that another output was writing
+  DestinationsInProgress::ClaimPtr claim_;
+  std::size_t pieceBytes_ = 0;  // of templates
+  std::atomic<bool> givenUp_ = false;
+  WorkPlace place_;
+};
+
+}  // namespace zeb

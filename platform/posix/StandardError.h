@@ -1,0 +1,13 @@
+// StandardError: the place of the journal, written to without the C++ stream, whose lock a thread that hangs
+// would keep.
+#pragma once
+
+#include "platform/LineWriter.h"
+
+namespace zeb {
+
+// A LineSink. Waits for the reader; false when there is none, or when the file that stands in for one cannot
+// grow. On any thread.
+bool WriteToStandardError(const LogLine& line);
+
+}  // namespace zeb
