@@ -167,8 +167,7 @@ void WebUpload::SendPage(const WebOrder::Page& page, const Prepared& prepared) {
   if (destination.empty())
     reason_ = "no page is set for the template '" + page.parameters.SourceFileName() + "'";
   else
-    sent = TryStep(
-        [&](bool) { return server_.Upload(temp, prepared.size, WorkPath(destination), order_.onProgress); });
+    sent = Upload(temp, prepared.size, WorkPath(destination));
   if (sent) {
     sent_.push_back(&page);
   } else if (OnGoing()) {

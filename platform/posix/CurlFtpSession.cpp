@@ -60,6 +60,7 @@ bool StaysConnected(CURLcode code) {
     case CURLE_REMOTE_FILE_NOT_FOUND:
     case CURLE_REMOTE_DISK_FULL:
     case CURLE_FTP_COULDNT_RETR_FILE:
+    case CURLE_PARTIAL_FILE:  // an upload that was ended early
       return true;
     default:
       return false;
