@@ -8,8 +8,7 @@
 
 #include "app/OutputJournal.h"
 #include "diagnostics/hxGeneral.h"
-#include "outputs/labels/LabelClient.h"
-#include "platform/SerialPortControl.h"
+#include "outputs/OutputTable.h"
 #include "sources/BounceRelay.h"
 #include "sources/InfoFileSource.h"
 
@@ -152,16 +151,7 @@ Outcome frmService::Reload() {
 }
 
 void frmService::StartOutput(OutputType type, int index) {
-  state_->service.StartOutput(type, index, MakeControl(type));
-}
-
-std::shared_ptr<Control> frmService::MakeControl(OutputType type) {
-  if (type == OutputType::kHTTP || type == OutputType::kEncoder)
-    return state_->environment.network.MakeClient();
-  if (type == OutputType::kDAB) return std::make_shared<LabelClient>(state_->environment.network);
-  if (type == OutputType::kSerial && state_->environment.serialPorts)
-    return state_->environment.serialPorts->MakePort();
-  return nullptr;
+  state_->service.StartOutput(type, index, MakeControl(state_->environment, type));
 }
 
 // ---- The information source

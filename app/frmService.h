@@ -51,7 +51,6 @@ class frmService : public std::enable_shared_from_this<frmService>,
   std::unique_ptr<State> state_;
 
   uNetControlServer::Events ServerEvents();
-  std::shared_ptr<Control> MakeControl(OutputType type);
   void StartOutput(OutputType type, int index);
   // tmrUpdateOutputs.
   void Tick();

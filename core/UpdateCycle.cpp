@@ -242,17 +242,15 @@ void UpdateCycle::RunPhase(const Run& run, Phase phase, OutputRunner& runner) {
         } else if (run.cue) {
           SendCueTo(runner, *run.cue);
         } else {
-          const bool published = output->UpdateOutput(run.snapshot);
-          if (output->Problems().empty())
-            output->SetTally({published ? 1 : 0, 0});
-          else
-            output->SetTally({0, 1});
+          output->CountRun(output->UpdateOutput(run.snapshot));
         }
       },
       &fault);
   if (!done) {
-    output->SetTally({0, 1});
-    Guarded(step, [&] { output->NoteFault(fault); });
+    Guarded(step, [&] {
+      output->NoteFault(fault);
+      output->CountRun(false);
+    });
   }
   if (!mark.Holds()) return;
   const int indexNow = IndexOf(runner);

@@ -87,6 +87,12 @@ std::string clsZEBTemplate::ProblemText() const {
   return text;
 }
 
+void clsZEBTemplate::CountRun(bool published) {
+  if (std::exchange(counted_, false)) return;
+  const bool fails = !Problems().empty();
+  tally_ = {published && !fails ? 1 : 0, fails ? 1 : 0};
+}
+
 void clsZEBTemplate::NoteFault(const std::string& what) {
   problem_ = what;
   SetStatus(kStatusError);

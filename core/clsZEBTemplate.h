@@ -73,7 +73,9 @@ class clsZEBTemplate {
     int published = 0, failed = 0;
   };
   virtual Tally LastTally() const { return tally_; }
-  void SetTally(Tally tally) { tally_ = tally; }
+  // Called by the service when UpdateOutput has ended: one text, published or failing, unless the output has
+  // counted for itself.
+  void CountRun(bool published);
 
   // A worker of this output hangs: it is skipped until the worker comes back.
   bool Hangs() const { return lane_.Hangs(); }
@@ -92,9 +94,16 @@ class clsZEBTemplate {
   std::string simpleTextFormat_;
   std::string problem_;  // of the output as a whole; "" while nothing fails
 
+  // For an output that counts for itself, in UpdateOutput.
+  void SetTally(Tally tally) {
+    tally_ = tally;
+    counted_ = true;
+  }
+
  private:
   std::int32_t status_ = kStatusOff;
   Tally tally_;
+  bool counted_ = false;  // by the output, in the run under way
 };
 
 using OutputPtr = std::shared_ptr<clsZEBTemplate>;

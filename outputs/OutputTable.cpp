@@ -7,8 +7,11 @@
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/clsZEBFileOutput.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
+#include "outputs/labels/LabelClient.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
 #include "outputs/web/clsZEBWebOutput.h"
+#include "platform/SerialPortControl.h"
+#include "platform/Tcp.h"
 
 namespace zeb {
 namespace {
@@ -19,42 +22,62 @@ struct Shared {
   std::shared_ptr<DestinationsInProgress> destinations = std::make_shared<DestinationsInProgress>();
 };
 
+using ControlPtr = std::shared_ptr<Control>;
+
 struct Row {
   OutputType type;
   OutputPtr (*make)(const Shared& shared);
+  ControlPtr (*makeControl)(Environment& environment);  // null: it needs none
 };
 
+template <class Output>
+OutputPtr Make(const Shared& shared) {
+  return std::make_shared<Output>(shared.environment);
+}
+
+ControlPtr MakeTcpClient(Environment& environment) {
+  return environment.network.MakeClient();
+}
+
+ControlPtr MakeLabelClient(Environment& environment) {
+  return std::make_shared<LabelClient>(environment.network);
+}
+
+ControlPtr MakeSerialPort(Environment& environment) {
+  return environment.serialPorts ? environment.serialPorts->MakePort() : nullptr;
+}
+
+OutputPtr MakeFileOutput(const Shared& shared) {
+  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
+}
+
 constexpr Row kTable[] = {
-    {OutputType::kFile,
-     [](const Shared& shared) -> OutputPtr {
-       return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
-     }},
-    {OutputType::kHTTP,
-     [](const Shared& shared) -> OutputPtr {
-       return std::make_shared<clsZEBHTTPOutput>(shared.environment);
-     }},
-    {OutputType::kWeb,
-     [](const Shared& shared) -> OutputPtr { return std::make_shared<clsZEBWebOutput>(shared.environment); }},
-    {OutputType::kEncoder,
-     [](const Shared& shared) -> OutputPtr {
-       return std::make_shared<clsZEBEncoderOutput>(shared.environment);
-     }},
-    {OutputType::kDAB,
-     [](const Shared& shared) -> OutputPtr { return std::make_shared<clsZEBDABOutput>(shared.environment); }},
-    {OutputType::kSerial,
-     [](const Shared& shared) -> OutputPtr {
-       return std::make_shared<clsZEBSerialOutput>(shared.environment);
-     }},
+    {OutputType::kFile, MakeFileOutput, nullptr},
+    {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient},
+    {OutputType::kWeb, Make<clsZEBWebOutput>, nullptr},
+    {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient},
+    {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient},
+    {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort},
 };
+
+const Row* FindRow(OutputType type) {
+  for (const Row& row : kTable)
+    if (row.type == type) return &row;
+  return nullptr;
+}
 
 }  // namespace
 
 OutputFactory MakeOutputFactory(Environment& environment) {
   return [shared = Shared{environment}](OutputType type) -> OutputPtr {
-    for (const Row& row : kTable)
-      if (row.type == type) return row.make(shared);
-    return nullptr;
+    const Row* row = FindRow(type);
+    return row ? row->make(shared) : nullptr;
   };
+}
+
+std::shared_ptr<Control> MakeControl(Environment& environment, OutputType type) {
+  const Row* row = FindRow(type);
+  return row && row->makeControl ? row->makeControl(environment) : nullptr;
 }
 
 }  // namespace zeb

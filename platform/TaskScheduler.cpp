@@ -59,6 +59,11 @@ class TaskScheduler::BlockingJob {
   // On the loop's thread:
   Task* waiting = nullptr;  // the task that waits for it; null once it no longer does
   bool finished = false;
+  std::function<void()> cameBack;  // for a job that is left to itself; called once
+
+  void TellBack() {
+    if (const auto tell = std::exchange(cameBack, nullptr)) tell();
+  }
 
  private:
   enum class State { kQueued, kUnderWay, kDone, kWithdrawn };
@@ -204,19 +209,20 @@ bool TaskScheduler::RunOnWorker(std::function<void()> work, Duration limit, std:
   if (Refused()) return false;
   const auto job = std::make_shared<BlockingJob>(std::move(work));
   job->waiting = running_;
+  job->cameBack = std::move(cameBack);
   const auto goOn = [this, job] { Wake(*std::exchange(job->waiting, nullptr)); };
   offload_([job] { job->Run(); },
-           [job, goOn, cameBack] {
+           [job, goOn] {
              job->finished = true;
              if (job->waiting) return goOn();
-             if (cameBack) cameBack();
+             job->TellBack();
            });
   const Timer timer = loop_.After(limit, [job, goOn] {
     if (job->waiting) goOn();
   });
   Suspend();
   job->waiting = nullptr;
-  if (!job->finished && job->Withdraw() && !closing_ && cameBack) cameBack();
+  if (!job->finished && job->Withdraw() && !closing_) job->TellBack();
   if (Refused() || !job->finished) return false;
   if (std::exception_ptr failure = job->TakeFailure()) std::rethrow_exception(failure);
   return true;

@@ -229,6 +229,26 @@ TEST_F(TasksTest, ALaneLetsOneJobHang) {
   EXPECT_EQ(log, (Lines{"first given up@2000", "second given up@3000", "back@4000", "third done@5000"}));
 }
 
+// A job that no worker has begun by its limit hangs nowhere: the lane stays open, and the next one that does
+// hang is told of when it is back.
+TEST_F(TasksTest, AJobThatNeverBeganLeavesTheLaneOpen) {
+  WorkLane lane(loop);
+  loop.SetBlockingTime(5s);
+  bool released = false;
+  loop.Start("late", [&] { EXPECT_FALSE(lane.Run([] {}, 1s)); });
+  loop.RunFor(10s);
+  EXPECT_FALSE(lane.Hangs());
+  loop.SetBlockingTime(0s);
+  loop.Start("hangs",
+             [&] { EXPECT_FALSE(lane.Run([&] { loop.WaitUntil([&] { return released; }, 1h); }, 1s)); });
+  loop.RunFor(2s);
+  EXPECT_TRUE(lane.Hangs());
+  lane.WhenBack([&] { LogTime("back"); });
+  released = true;
+  loop.RunFor(1s);
+  EXPECT_EQ(log.size(), 1U);
+}
+
 TEST_F(TasksTest, AYieldLetsTheStartedRunAsFarAsTheyGo) {
   loop.Start("parent", [&] {
     loop.Start("child", [&] {
