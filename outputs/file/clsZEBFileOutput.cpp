@@ -69,6 +69,7 @@ bool clsZEBFileOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   lastTally_ = {};
   TakeLateResults();
   const bool repeated = last_ == snapshot;
+  if (!repeated) lastTally_ = {};  // pages that show older items are none of this update's
   NoteOwed(snapshot);
   if (Hangs()) return false;
   UploadFileList listed = TakeUploadFilesList();

@@ -98,6 +98,7 @@ TEST_F(FileOutputHangsTest, ADeadShareHoldsUpNobodyAndIsRightAgainWhenItIsBack) 
   t.loop.RunFor(7s);
   Revive();
   EXPECT_EQ(t.files.Contents("/share/now.html"), "Song 19!");
+  EXPECT_EQ(tallies.back(), "1+0");
   EXPECT_EQ(output->Problems(), Problems());
   EXPECT_EQ(StatusText(), "OK");
   EXPECT_EQ(Names("/share"), std::vector<std::string>{"now.html"});
