@@ -114,6 +114,23 @@ TEST_F(HttpServersTest, NginxTakesRequestsOverTlsFromThoseWhoTrustItsCertificate
   EXPECT_EQ(AwaitPage("access.log", "%9Cber"), "- 200 GET /now?t=%C3%9Cber+alles HTTP/1.1\n") << zebd->error;
 }
 
+TEST_F(HttpServersTest, NginxThatIsRestartedGetsTheRequestThatItMissed) {
+  const int port = FreePortPair();
+  SetHttp("NumberOutputs", "1");
+  SetHttp("URL1", "/now");
+  SetHttp("ServerPort1", std::to_string(port));
+  SetHttp("SimpleTextFormat1", "?t=<ZEB_NOW_ITEMNAME>");
+  Set("", "RetrySeconds", "1");
+  StartNginx(port, "", "");
+  Start();
+  nginx.reset();
+  Play("Missed");
+  EXPECT_TRUE(zebd->WaitForError("HTTP 1: ")) << zebd->error;
+  StartNginx(port, "", "");
+  EXPECT_TRUE(zebd->WaitForError("HTTP 1 works again")) << zebd->error;
+  EXPECT_NE(ReadFile(Path("access.log")).find("/now?t=Missed"), std::string::npos);
+}
+
 TEST_F(HttpServersTest, NginxLetsInWhoHasThePassword) {
   const int port = FreePortPair();
   StartNginx(port, "", "auth_basic radio; auth_basic_user_file htpasswd;");
