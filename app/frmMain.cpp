@@ -23,6 +23,7 @@ constexpr char kWaitQuestion[] =
 
 // There is no limit to how long an update may take; whoever runs the program has the last word.
 constexpr std::chrono::seconds kReloadRetry(10);
+constexpr Duration kReloadTurn = std::chrono::milliseconds(20);
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
@@ -33,7 +34,7 @@ frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOpti
 }
 
 frmMain::~frmMain() {
-  *alive_ = false;
+  epoch_.Next();
   ShrinkTo(0);
 }
 
@@ -81,7 +82,10 @@ void frmMain::LoadServices() {
   const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
   WriteDebugLine("Pre-create Services");
   windows_.reserve(static_cast<std::size_t>(count));
-  for (int number = NumberServices() + 1; number <= count; ++number) OpenWindow(number);
+  // In one transaction: a store that somebody has locked is a failure at once, not one for each setting.
+  environment_.hive.ReadTransaction([&] {
+    for (int number = NumberServices() + 1; number <= count; ++number) OpenWindow(number);
+  });
   WriteDebugLine("Services Created OK");
   if (!display.arrange) return;
   WriteDebugLine("Pre-set window size OK");
@@ -126,8 +130,8 @@ void frmMain::RemoveService(int number) {
   const std::shared_ptr<frmService>& window = Window(number);
   environment_.person.Ask(
       "Are you sure you want to remove the Service \"" + window->service().settings.ServiceName + "\"?",
-      [this, alive = alive_, asked = std::weak_ptr(window)](bool yes) {
-        if (!*alive) return;
+      [this, mark = epoch_.Now(), asked = std::weak_ptr(window)](bool yes) {
+        if (!mark.Holds()) return;
         removeAsked_ = false;
         if (yes && !quitting_) RemoveWindow(asked.lock());
       });
@@ -171,15 +175,24 @@ bool frmMain::StoreWithout(int number) {
 void frmMain::Reload() {
   reloadRetry_.Stop();
   if (quitting_) return;
+  reloadWanted_ = true;
+  if (reloading_) return;
+  reloading_ = true;
+  environment_.loop.Start("reload", [this, mark = epoch_.Now()] {
+    while (mark.Holds() && std::exchange(reloadWanted_, false)) ReloadAll(mark);
+    if (mark.Holds()) reloading_ = false;
+  });
+}
+
+void frmMain::ReloadAll(const Epoch::Mark& mark) {
   try {
     const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
     // The previous version's services are copied at a start only, when nothing of them runs yet.
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
     ShrinkTo(count);
-    Outcome outcome;
-    for (int number = 1; number <= NumberServices() && outcome; ++number) outcome = Window(number)->Reload();
-    if (!outcome) return ReloadLater(outcome.Reason());
+    if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
+    if (!mark.Holds() || quitting_) return;
     LoadServices();
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
@@ -187,6 +200,19 @@ void frmMain::Reload() {
     ReportException("reading the settings again", true);
     ReloadLater(std::string("the settings stay as they were: ") + error.what());
   }
+}
+
+// A thousand services are not read in one go: what goes on air meanwhile must not wait for it.
+Outcome frmMain::ReloadWindows(const Epoch::Mark& mark) {
+  MonotonicTime turn = environment_.loop.Monotonic();
+  for (int number = 1; number <= NumberServices(); ++number) {
+    if (const Outcome outcome = Window(number)->Reload(); !outcome) return outcome;
+    if (environment_.loop.Monotonic() - turn < kReloadTurn) continue;
+    environment_.loop.Wait(Duration::zero());
+    if (!mark.Holds() || quitting_) return {};
+    turn = environment_.loop.Monotonic();
+  }
+  return {};
 }
 
 // Whoever holds the store (an import, a backup) will let go of it.
@@ -217,8 +243,8 @@ bool frmMain::AllClosed() const {
 
 void frmMain::RequestQuit(std::function<void()> closed) {
   if (quitting_ || std::exchange(quitAsked_, true)) return;
-  environment_.person.Ask(kQuitQuestion, [this, closed = std::move(closed), alive = alive_](bool yes) {
-    if (!*alive) return;
+  environment_.person.Ask(kQuitQuestion, [this, closed = std::move(closed), mark = epoch_.Now()](bool yes) {
+    if (!mark.Holds()) return;
     if (!yes)
       quitAsked_ = false;
     else if (UpdatingServices().empty())
@@ -229,14 +255,15 @@ void frmMain::RequestQuit(std::function<void()> closed) {
 }
 
 void frmMain::AskWhetherToWait(const std::function<void()>& closed) {
-  environment_.person.Ask(kWaitQuestion, [this, closed, alive = alive_](bool yes) {
-    if (!*alive) return;
+  environment_.person.Ask(kWaitQuestion, [this, closed, mark = epoch_.Now()](bool yes) {
+    if (!mark.Holds()) return;
     quitAsked_ = yes;
     if (!yes) return;
     if (display.splash) display.splash("Updates in progress..", "Waiting to exit");
-    environment_.loop.Start("wait for the updates", [this, closed, alive] {
-      environment_.loop.WaitUntil([this, alive] { return !*alive || UpdatingServices().empty(); }, kNoLimit);
-      if (*alive) Quit(closed);
+    environment_.loop.Start("wait for the updates", [this, closed, mark] {
+      environment_.loop.WaitUntil([this, mark] { return !mark.Holds() || UpdatingServices().empty(); },
+                                  kNoLimit);
+      if (mark.Holds()) Quit(closed);
     });
   });
 }
@@ -246,9 +273,9 @@ void frmMain::Quit(std::function<void()> closed) {
   closed_ = std::move(closed);
   for (const auto& window : windows_) window->Close();
   if (AllClosed()) return ServiceFinished();
-  environment_.loop.Start("quit", [this, alive = alive_] {
-    environment_.loop.WaitUntil([this, alive] { return !*alive || AllClosed(); }, kNoLimit);
-    if (*alive) ServiceFinished();
+  environment_.loop.Start("quit", [this, mark = epoch_.Now()] {
+    environment_.loop.WaitUntil([this, mark] { return !mark.Holds() || AllClosed(); }, kNoLimit);
+    if (mark.Holds()) ServiceFinished();
   });
 }
 

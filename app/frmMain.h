@@ -10,6 +10,7 @@
 
 #include "app/StartUpOptions.h"
 #include "app/frmService.h"
+#include "platform/Epoch.h"
 #include "platform/Result.h"
 
 namespace zeb {
@@ -66,6 +67,9 @@ class frmMain {
   void ShrinkTo(int count);
   void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;
+  // In a task, which may outlive this object; `mark` tells.
+  void ReloadAll(const Epoch::Mark& mark);
+  Outcome ReloadWindows(const Epoch::Mark& mark);
   void ReloadLater(const std::string& reason);
 
   Environment& environment_;
@@ -74,9 +78,10 @@ class frmMain {
   std::vector<std::shared_ptr<frmService>> windows_;
   bool removeAsked_ = false, quitAsked_ = false;  // a question is open
   bool quitting_ = false;
+  bool reloading_ = false, reloadWanted_ = false;
   Timer reloadRetry_;
   std::function<void()> closed_;  // once, at the end of quitting
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  Epoch epoch_;                   // ends with this object
 };
 
 }  // namespace zeb

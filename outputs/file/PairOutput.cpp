@@ -39,7 +39,7 @@ void PairOutput::RemoveUpdateFile(int number) {
 
 void PairOutput::PairsChanged() {
   problems_.clear();
-  ++generation_;
+  pairsEpoch_.Next();
 }
 
 void PairOutput::RemoveFromUploadFilesList(const std::string& path) {

@@ -12,6 +12,7 @@
 
 #include "core/clsZEBTemplate.h"
 #include "outputs/file/clsFileParameters.h"
+#include "platform/Epoch.h"
 #include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
@@ -48,8 +49,8 @@ class PairOutput : public clsZEBTemplate {
   void ClearUploadFilesList() { uploadFiles_ = {}; }
   UploadFileList TakeUploadFilesList() { return std::exchange(uploadFiles_, {}); }
 
-  // Changes whenever a pair does: what an update learnt about pair 3 may be about another one by now.
-  int PairsGeneration() const { return generation_; }
+  // Holds until a pair changes: then what an update learnt about pair 3 may be about another one.
+  Epoch::Mark PairsMark() const { return pairsEpoch_.Now(); }
   // An empty reason: the pair is all right. `pair` counts from 0.
   void KeepProblem(std::size_t pair, const std::string& reason);
   std::size_t FailingPairs() const { return problems_.size(); }
@@ -60,7 +61,7 @@ class PairOutput : public clsZEBTemplate {
   std::vector<clsFileParameters> pairs_;
   UploadFileList uploadFiles_;
   std::map<std::size_t, std::string> problems_;
-  int generation_ = 0;
+  Epoch pairsEpoch_;
 };
 
 }  // namespace zeb

@@ -87,10 +87,10 @@ bool clsZEBFileOutput::UpdateOutput(const SnapshotPtr& snapshot) {
 
 // What is to be done: with new items, the pairs whose rules ask for them; always, those that failed before.
 void clsZEBFileOutput::NoteOwed(const SnapshotPtr& snapshot) {
-  if (pairsGeneration_ != PairsGeneration()) {
+  if (!pairsMark_ || !pairsMark_->Holds()) {
     owed_.clear();
     last_.reset();
-    pairsGeneration_ = PairsGeneration();
+    pairsMark_ = PairsMark();
   }
   if (last_ == snapshot) return;
   last_ = snapshot;
@@ -154,7 +154,7 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   SetStatus(job.status);
   if (job.published) ++lastTally_.published;
   if (job.leftOver) leftOvers_.push_back(job.destination);
-  if (pairsGeneration_ != PairsGeneration()) return;  // it may be about another pair by now
+  if (!pairsMark_->Holds()) return;  // it may be about another pair by now
   KeepProblem(job.pair, job.problem);
   const auto owed = owed_.find(job.pair);
   if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);

@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,7 +51,7 @@ class clsZEBFileOutput : public PairOutput {
   std::shared_ptr<DestinationsInProgress> destinations_;
   SnapshotPtr last_;                         // of the last run
   std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
-  int pairsGeneration_ = 0;                  // of the pairs that those are about
+  std::optional<Epoch::Mark> pairsMark_;     // of the pairs that those are about
   std::shared_ptr<FileWork> work_;           // under way, or not yet asked what became of it
   std::vector<std::string> leftOvers_;       // destinations whose work file is left
   std::map<std::string, std::string> failedCopies_;  // reasons, by target

@@ -75,7 +75,7 @@ bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
                                  [](const WebOrder::Page& page) { return page.isDue; });
   if (!isDue && order.additional.empty() && order.movedPages.empty()) return false;
 
-  lastGeneration_ = PairsGeneration();
+  pairsMark_ = PairsMark();
   server_.Begin();
   const auto run = std::make_shared<WebUpload>(environment_, lane_, server_, order);
   run_ = run;
@@ -172,7 +172,7 @@ std::string clsZEBWebOutput::SettingsText() const {
 // ---- An update
 
 bool clsZEBWebOutput::Repeats(const SnapshotPtr& snapshot) const {
-  return snapshot == lastSnapshot_ && lastGeneration_ == PairsGeneration();
+  return snapshot == lastSnapshot_ && pairsMark_ && pairsMark_->Holds();
 }
 
 WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
@@ -200,7 +200,7 @@ WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
 void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
   KeepMovedPages(run.movedPages);
   if (run.tookListed) ClearUploadFilesList();
-  const bool samePairs = lastGeneration_ == PairsGeneration();
+  const bool samePairs = pairsMark_->Holds();
   failedPages_.clear();
   Tally tally;
   for (const WebOrder::Page& page : order.pages) {

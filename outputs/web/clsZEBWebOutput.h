@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -58,7 +59,7 @@ class clsZEBWebOutput : public PairOutput {
 
   // What the last run left to do:
   SnapshotPtr lastSnapshot_;
-  int lastGeneration_ = 0;  // of the pairs
+  std::optional<Epoch::Mark> pairsMark_;  // of the pairs that the last run was about
   std::set<std::size_t> failedPages_;
   std::vector<AdditionalFile> failedAdditional_;
   std::vector<Problem> additionalProblems_;

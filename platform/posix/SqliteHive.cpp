@@ -181,7 +181,11 @@ void SqliteHive::Transaction(const std::function<void()>& changes) {
 }
 
 void SqliteHive::ReadTransaction(const std::function<void()>& reads) {
-  RunTransaction(Statement::kBeginReading, reads);
+  RunTransaction(Statement::kBeginReading, [&] {
+    // The first read takes the state that is read from, or finds the file locked.
+    KeyExists("Software");
+    reads();
+  });
 }
 
 void SqliteHive::SetPatience(std::chrono::milliseconds patience) {

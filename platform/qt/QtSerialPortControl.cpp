@@ -206,8 +206,8 @@ Outcome QtSerialPortControl::Open() {
                       error == QSerialPort::WriteError;
     if (!local_ || !lost || !lostError_.empty()) return;
     lostError_ = "'" + line_.device + "' is gone: " + local_->port.errorString().toStdString();
-    loop_.Post([this, alive = std::weak_ptr<bool>(alive_)] {
-      if (alive.expired() || lostError_.empty()) return;
+    loop_.Post([this, mark = epoch_.Now()] {
+      if (!mark.Holds() || lostError_.empty()) return;
       Drop();
       if (const auto tell = onLost) tell();
     });

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "platform/Epoch.h"
 #include "platform/EventLoop.h"
 #include "platform/NetworkSerialPort.h"
 #include "platform/SerialPortControl.h"
@@ -31,7 +32,7 @@ class QtSerialPortControl : public SerialPortControl {
   Line line_;
   std::unique_ptr<Local> local_;  // null: closed, or on the network
   std::string lostError_;         // not empty: the device went away while it was open
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  Epoch epoch_;                   // ends with this object
   NetworkSerialPort remote_;
 };
 
