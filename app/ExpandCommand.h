@@ -6,16 +6,15 @@
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/Environment.h"
-#include "platform/Result.h"
 #include "platform/Time.h"
+#include "core/OutputTypes.h"
 
 namespace zeb {
 
 struct ExpandOptions {
-  std::string simpleText;  // the standard format of a new output when it is not given
+  std::string simpleText{kDefaultSimpleTextFormat};
   bool urlEncode = false;
   bool listFiles = false;
   bool page = false;
@@ -24,9 +23,6 @@ struct ExpandOptions {
   std::optional<WallTime> now;  // else the present moment
   int service = 0;              // above 0: with the settings of this stored service
 };
-
-// `arguments` are those behind the word "expand". Fails, naming it, on what it does not know.
-Result<ExpandOptions> ReadExpandOptions(const std::vector<std::string>& arguments);
 
 // Writes the expanded text, byte for byte, to `out`, and the files that it refers to, one a line, to `err`
 // when asked for. The environment's clock is the moment that tags see; its hive holds the settings.

@@ -1,6 +1,5 @@
 #include "app/SendCommand.h"
 
-#include <charconv>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -21,7 +20,6 @@ constexpr Duration kStallLimit = 60s;
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);  // people type when they like
 // More than this is not queued: the input waits for the service.
 constexpr std::size_t kMaxUnsentBytes = 256 * 1024;
-constexpr std::size_t kMaxLineBytes = 1024 * 1024;  // the service ends the connection above it
 
 class Sending : public std::enable_shared_from_this<Sending> {
  public:
@@ -90,7 +88,7 @@ class Sending : public std::enable_shared_from_this<Sending> {
       for (std::size_t end; (end = pending.find('\n', start)) != std::string::npos; start = end + 1)
         SendLine(std::string_view(pending).substr(start, end - start));
       pending.erase(0, start);
-      if (pending.size() > kMaxLineBytes) return Finish(1, "a line of the input is longer than 1 MiB");
+      if (pending.size() > kMaxMessageBytes) return Finish(1, "a line of the input is longer than 1 MiB");
     }
     if (!pending.empty()) SendLine(pending);
   }
@@ -137,46 +135,7 @@ class Sending : public std::enable_shared_from_this<Sending> {
   uNetControlClient client_;
 };
 
-bool HoldsLineEnd(std::string_view text) {
-  return text.find_first_of("\r\n") != std::string_view::npos;
-}
-
-Result<std::uint16_t> ReadPort(const std::string& text) {
-  std::uint16_t port = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-  if (error != std::errc() || end != text.data() + text.size() || port == 0)
-    return Failure{"'" + text + "' is no port number"};
-  return port;
-}
-
 }  // namespace
-
-Result<SendOptions> ReadSendOptions(const std::vector<std::string>& arguments) {
-  SendOptions options;
-  bool onlyMessages = false;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string& word = arguments[i];
-    if (!onlyMessages && word == "--") {
-      onlyMessages = true;
-    } else if (!onlyMessages && (word == "--host" || word == "--port" || word == "--name")) {
-      if (++i == arguments.size() || arguments[i].empty()) return Failure{word + " needs a value"};
-      if (HoldsLineEnd(arguments[i])) return Failure{"the value of " + word + " holds a line end"};
-      if (word == "--host") options.host = arguments[i];
-      if (word == "--name") options.name = arguments[i];
-      if (word != "--port") continue;
-      const Result<std::uint16_t> port = ReadPort(arguments[i]);
-      if (!port) return Failure{port.Reason()};
-      options.port = port.Value();
-    } else if (!onlyMessages && word.size() > 1 && word.front() == '-') {
-      return Failure{"send has no option '" + word + "'"};
-    } else {
-      if (HoldsLineEnd(word)) return Failure{"a message is one line; write line ends in values as {0D}{0A}"};
-      if (word.size() > kMaxLineBytes) return Failure{"a message is longer than 1 MiB"};
-      options.messages.push_back(word);
-    }
-  }
-  return options;
-}
 
 void RunSendCommand(EventLoop& loop, Network& network, SendOptions options, InputReader input,
                     std::ostream& err, std::function<void(int status)> finished) {

@@ -1,6 +1,7 @@
 // SendCommand: `zebctl send`: logs on to a service as its controller, sends lines, logs off.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <ostream>
@@ -8,7 +9,6 @@
 #include <vector>
 
 #include "platform/EventLoop.h"
-#include "platform/Result.h"
 #include "platform/Tcp.h"
 
 namespace zeb {
@@ -17,11 +17,10 @@ struct SendOptions {
   std::string host = "127.0.0.1";
   std::uint16_t port = 6901;
   std::string name = "zebctl";
-  std::vector<std::string> messages;  // none: the lines of the input
+  std::vector<std::string> messages;  // without line ends; none: the lines of the input
 };
 
-// `arguments` are those behind the word "send". Fails, naming it, on what it does not know.
-Result<SendOptions> ReadSendOptions(const std::vector<std::string>& arguments);
+inline constexpr std::size_t kMaxMessageBytes = 1024 * 1024;  // the service ends the connection above it
 
 // Puts the input's next bytes, as they come, in place of `bytes`; false at its end. Called on a worker
 // thread.

@@ -1,15 +1,19 @@
-// SetCommand: `zebctl set`: manual entry from a shell. It becomes the messages of a playout system, which are
-// sent as `zebctl send` sends them.
+// SetCommand: `zebctl set`: manual entry from a shell. It becomes a message of a playout system, which is sent
+// as `zebctl send` sends it.
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "app/SendCommand.h"
+#include "sources/frmManualZEB.h"
 
 namespace zeb {
 
-// `arguments` are those behind the word "set". Fails, naming it, on what it does not know.
-Result<SendOptions> ReadSetOptions(const std::vector<std::string>& arguments);
+struct SetOptions {
+  enum class What { kItem, kPresenter, kShow };
+  What what = What::kItem;
+  ManualEntry entry;  // of what is set; a presenter or a show has a reference
+};
+
+std::string SetMessage(const SetOptions& options);
 
 }  // namespace zeb

@@ -9,13 +9,13 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <vector>
+#include <variant>
 
 #include "app/ConsoleOperator.h"
 #include "app/ExpandCommand.h"
 #include "app/SendCommand.h"
-#include "app/SetCommand.h"
 #include "app/SettingsCommands.h"
+#include "app/ZebctlOptions.h"
 #include "core/CsvCartStore.h"
 #include "core/SettingsPaths.h"
 #include "platform/DirectLineWriter.h"
@@ -34,82 +34,14 @@
 namespace zeb {
 namespace {
 
-constexpr char kHelp[] =
-    "zebctl: settings, messages and template previews for ZEB\n"
-    "\n"
-    "Settings, of the data folder (--home, else $ZEB_HOME, /var/lib/zeb, ~/.local/share/zeb):\n";
-constexpr char kSendAndExpandHelp[] =
-    "    KEY is Service1\\File and the like (Service1/File will do), or a whole path Software\\...\n"
-    "    `systemctl reload zebd` makes a running publisher read what was changed.\n"
-    "\n"
-    "Messages, as a playout system sends them:\n"
-    "  zebctl send [--host H] [--port P] [--name NAME] [MESSAGE ...]\n"
-    "    Without a MESSAGE the lines of standard input are sent as they come. Port 6901 unless told "
-    "otherwise.\n"
-    "    zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'\n"
-    "\n"
-    "By hand, as the same messages (with --host, --port, --controller NAME as for send):\n"
-    "  zebctl set current|next|previous|coming [--title T] [--artist A] [--type song|link|spot|other|N]\n"
-    "             [--cart N] [--notes T]\n"
-    "  zebctl set promote next|coming [the same options]     makes the next or coming item the current one\n"
-    "  zebctl set presenter --reference R --name N\n"
-    "  zebctl set show --reference R --title T\n"
-    "\n"
-    "Previews: what a template gives, without any output:\n"
-    "  zebctl [--home DIR] expand [options] [TEMPLATE-FILE]      (standard input without a file)\n"
-    "    --messages FILE     lines as for send, taken in before the template is expanded\n"
-    "    --page              as the file output treats a page\n"
-    "    --simple-text T     the template behind <ZEB_SIMPLETEXT>\n"
-    "    --url-encode        values URL-encoded, as in HTTP requests\n"
-    "    --list-files        the files that the text refers to, on standard error\n"
-    "    --now \"YYYY-MM-DD hh:mm:ss\"   the moment that tags see\n"
-    "    --service N         with the settings of service N\n"
-    "\n"
-    "Exit status: 0 done, 1 failed (one line says why), 2 wrong usage or control refused.\n";
-
-struct CommandLine {
-  std::string home;
-  std::string command;
-  std::vector<std::string> arguments;  // those behind the command
-  bool showHelp = false;
-  bool showVersion = false;
-};
-
 int Fail(const std::string& reason) {
   std::cerr << "zebctl: " << reason << std::endl;
   return 1;
 }
 
 int WrongUsage(const std::string& reason) {
-  std::cerr << "zebctl: " << reason << " (zebctl --help)" << std::endl;
+  std::cerr << "zebctl: " << reason << std::endl;
   return 2;
-}
-
-Result<CommandLine> ReadCommandLine(const std::vector<std::string>& words) {
-  CommandLine line;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string& word = words[i];
-    if (word == "--help" || word == "-h" || word == "help") {
-      line.showHelp = true;
-      return line;
-    }
-    if (word == "--version") {
-      line.showVersion = true;
-      return line;
-    }
-    if (word == "--home" && i + 1 < words.size()) {
-      line.home = words[++i];
-    } else if (word.rfind("--home=", 0) == 0) {
-      line.home = word.substr(7);
-    } else if (!word.empty() && word.front() == '-') {
-      return Failure{word == "--home" ? "--home needs a folder" : "unknown option '" + word + "'"};
-    } else {
-      line.command = word;
-      line.arguments.assign(words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
-      return line;
-    }
-  }
-  return Failure{"a command is missing: settings, send, set or expand"};
 }
 
 // Only what changes settings makes a settings file where there is none.
@@ -122,15 +54,11 @@ Result<std::unique_ptr<SettingsHive>> OpenHive(FileSystem& files, const std::str
   return std::unique_ptr<SettingsHive>(std::move(hive.Value()));
 }
 
-int Settings(const CommandLine& line, const std::string& folder) {
+int Settings(const SettingsOptions& options, const std::string& folder) {
   PosixFiles files;
-  const std::string action = line.arguments.empty() ? "" : line.arguments.front();
-  const bool toChange = action == "set" || action == "import";
-  const auto hive = OpenHive(files, folder, toChange);
+  const auto hive = OpenHive(files, folder, options.MakesSettings());
   if (!hive) return Fail(hive.Reason());
-  const int status = RunSettingsCommand(*hive.Value(), files, line.arguments, std::cout, std::cerr);
-  std::cout.flush();
-  return status == 0 && !std::cout ? Fail("cannot write to standard output") : status;
+  return RunSettingsCommand(*hive.Value(), files, options, std::cout, std::cerr);
 }
 
 bool ReadInput(std::string& bytes) {
@@ -149,13 +77,12 @@ bool ReadInput(std::string& bytes) {
   std::_Exit(status);
 }
 
-int Send(Result<SendOptions> options, int argc, char** argv) {
-  if (!options) return WrongUsage(options.Reason());
+int Send(const SendOptions& options, int argc, char** argv) {
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
   QtLoop loop;
   QtNetwork network(loop);
-  RunSendCommand(loop, network, std::move(options.Value()), ReadInput, std::cerr, EndAtOnce);
+  RunSendCommand(loop, network, options, ReadInput, std::cerr, EndAtOnce);
   return loop.Run();
 }
 
@@ -169,10 +96,7 @@ Result<std::string> ReadTemplate(FileSystem& files, const std::string& name) {
   return all;
 }
 
-int Expand(const CommandLine& line, const std::string& folder, int argc, char** argv) {
-  const Result<ExpandOptions> read = ReadExpandOptions(line.arguments);
-  if (!read) return WrongUsage(read.Reason());
-  const ExpandOptions& options = read.Value();
+int Expand(const ExpandOptions& options, const std::string& folder, int argc, char** argv) {
   PosixFiles files;
   std::string messages;
   if (!options.messagesFile.empty()) {
@@ -203,20 +127,19 @@ int Expand(const CommandLine& line, const std::string& folder, int argc, char** 
 }
 
 int Run(int argc, char** argv) {
-  const Result<CommandLine> read = ReadCommandLine({argv + 1, argv + argc});
+  const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
   if (!read) return WrongUsage(read.Reason());
-  const CommandLine& line = read.Value();
-  if (line.showHelp) std::cout << kHelp << kSettingsUsage << kSendAndExpandHelp;
-  if (line.showVersion) std::cout << "zebctl " << ZEB_VERSION << '\n';
-  if (line.showHelp || line.showVersion) return 0;
-  if (line.command == "send") return Send(ReadSendOptions(line.arguments), argc, argv);
-  if (line.command == "set") return Send(ReadSetOptions(line.arguments), argc, argv);
-  if (line.command != "settings" && line.command != "expand")
-    return WrongUsage("there is no command '" + line.command + "'");
-  const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(line.home));
+  const ZebctlOptions& options = read.Value();
+  if (!options.textToShow.empty()) {
+    std::cout << options.textToShow << std::flush;
+    return std::cout ? 0 : Fail("cannot write to standard output");
+  }
+  if (const auto* send = std::get_if<SendOptions>(&options.command)) return Send(*send, argc, argv);
+  const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.home));
   if (!folder) return Fail(folder.Reason());
-  if (line.command == "settings") return Settings(line, folder.Value());
-  return Expand(line, folder.Value(), argc, argv);
+  if (const auto* settings = std::get_if<SettingsOptions>(&options.command))
+    return Settings(*settings, folder.Value());
+  return Expand(std::get<ExpandOptions>(options.command), folder.Value(), argc, argv);
 }
 
 }  // namespace

@@ -1,0 +1,30 @@
+#include "app/LabelServerOptions.h"
+
+#include <utility>
+
+#include "app/CommandLine.h"
+
+namespace zeb {
+
+Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words) {
+  CLI::App program("takes DAB labels and writes them to files for a PAD encoder");
+  PrepareCommandLine(program, "zeb-labelserver");
+  AddValue(program, "--config", "FILE.ini", "one section a service: [name], Password=..., FileName=...")
+      ->required()
+      ->check(CheckNotEmpty);
+  AddValue(program, "--port", "N", "the TCP port (4000); 0 takes a free one")->check(CheckPortOrNone);
+  AddValue(program, "--address", "A", "the address to listen on (127.0.0.1)");
+  program.footer("Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.");
+
+  Result<std::string> read = ReadCommandLine(program, words);
+  if (!read) return Failure{read.Reason()};
+  LabelServerOptions options;
+  options.textToShow = std::move(read.Value());
+  if (!options.textToShow.empty()) return options;
+  options.config = ValueOf(program, "--config");
+  options.address = ValueOf(program, "--address", options.address);
+  options.port = WholeNumber<std::uint16_t>(ValueOf(program, "--port")).value_or(options.port);
+  return options;
+}
+
+}  // namespace zeb

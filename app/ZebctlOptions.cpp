@@ -1,0 +1,315 @@
+#include "app/ZebctlOptions.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "app/CommandLine.h"
+#include "app/SetCommand.h"
+
+namespace zeb {
+namespace {
+
+constexpr char kKey[] = "the key: Service1\\File and the like (Service1/File will do), or a whole path Software\\...";
+constexpr char kExitStatus[] =
+    "Exit status: 0 done, 1 failed (one line says why), 2 wrong usage or control refused.";
+
+bool ReadDigits(std::string_view text, std::size_t at, std::size_t count, int& number) {
+  const char* start = text.data() + at;
+  const auto [end, error] = std::from_chars(start, start + count, number);
+  return error == std::errc() && end == start + count && *start != '-';
+}
+
+// "YYYY-MM-DD hh:mm:ss", or with a T between the two.
+std::optional<WallTime> ReadMoment(std::string_view text) {
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+  if (text.size() != 19 || text[4] != '-' || text[7] != '-' || (text[10] != ' ' && text[10] != 'T') ||
+      text[13] != ':' || text[16] != ':')
+    return std::nullopt;
+  if (!ReadDigits(text, 0, 4, year) || !ReadDigits(text, 5, 2, month) || !ReadDigits(text, 8, 2, day) ||
+      !ReadDigits(text, 11, 2, hour) || !ReadDigits(text, 14, 2, minute) || !ReadDigits(text, 17, 2, second))
+    return std::nullopt;
+  const std::chrono::year_month_day date{std::chrono::year(year),
+                                         std::chrono::month(static_cast<unsigned>(month)),
+                                         std::chrono::day(static_cast<unsigned>(day))};
+  if (!date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
+  return WallTime(std::chrono::local_days(date)) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
+         std::chrono::seconds(second);
+}
+
+std::string CheckOneLine(const std::string& text) {
+  if (text.empty()) return "needs a value";
+  return text.find_first_of("\r\n") != std::string::npos ? "takes one line" : "";
+}
+
+std::string CheckMessage(const std::string& text) {
+  if (text.size() > kMaxMessageBytes) return "must not be longer than 1 MiB";
+  return text.find_first_of("\r\n") != std::string::npos
+             ? "must be one line: write line ends in values as {0D}{0A}"
+             : "";
+}
+
+std::string CheckCart(const std::string& text) {
+  return text.empty() || WholeNumber<std::int32_t>(text).value_or(-1) >= 0
+             ? ""
+             : "takes a number, not '" + text + "'";
+}
+
+const std::map<std::string, std::int32_t>& TypeWords() {
+  static const std::map<std::string, std::int32_t> words = {
+      {"song", 7}, {"link", 3}, {"spot", 4}, {"other", 2}};
+  return words;
+}
+
+std::string CheckType(const std::string& text) {
+  return TypeWords().contains(text) || WholeNumber<std::int32_t>(text).value_or(-1) >= 0
+             ? ""
+             : "takes song, link, spot, other or a number, not '" + text + "'";
+}
+
+std::string CheckPromotion(const std::string& text) {
+  return text == "next" || text == "coming" ? "" : "is to be given, not '" + text + "'";
+}
+
+std::string CheckMoment(const std::string& text) {
+  return ReadMoment(text) ? "" : "takes a moment \"YYYY-MM-DD hh:mm:ss\", not '" + text + "'";
+}
+
+std::string CheckService(const std::string& text) {
+  return WholeNumber<int>(text).value_or(0) > 0 ? "" : "takes the number of a service, not '" + text + "'";
+}
+
+// Numbers are stored in 32 bits and may be written with or without a sign.
+std::optional<std::int32_t> StoredNumber(const std::string& text) {
+  const auto number = WholeNumber<std::int64_t>(text);
+  if (!number || *number < std::numeric_limits<std::int32_t>::min() ||
+      *number > std::numeric_limits<std::uint32_t>::max())
+    return std::nullopt;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(*number));
+}
+
+CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& help) {
+  return parent.add_subcommand(name, help);
+}
+
+CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::string& help) {
+  return AddCommand(parent, name, help)->require_subcommand(1);
+}
+
+void DeclareSettings(CLI::App& program) {
+  CLI::App& settings = *AddCommandGroup(program, "settings", "the settings of the data folder");
+  settings.footer("`systemctl reload zebd` makes a running publisher read what was changed.");
+  AddWord(*AddCommand(settings, "list", "keys and values, from the settings root on"), "KEY", kKey);
+  CLI::App& get = *AddCommand(settings, "get", "one value");
+  CLI::App& set = *AddCommand(settings, "set", "set a value");
+  for (CLI::App* command : {&get, &set}) {
+    AddWord(*command, "KEY", kKey)->required();
+    AddWord(*command, "NAME", "the value's name")->required();
+  }
+  AddWord(set, "DATA", "what it is set to; what begins with - may stand behind --")->required();
+  AddFlag(set, "--number", "DATA is stored as a number of 32 bits, else as a text");
+  TakeUnknownOptionsAsWords(set);
+  CLI::App& remove = *AddCommand(settings, "delete", "delete a value, or a key and all below it");
+  AddWord(remove, "KEY", kKey)->required()->check(CheckNotEmpty);
+  AddWord(remove, "NAME", "the value's name");
+  AddWord(*AddCommand(settings, "import", "take over a file, all of it or nothing"), "FILE.reg",
+          "a registry file")
+      ->required();
+  AddWord(*AddCommand(settings, "export", "a registry file on standard output"), "KEY", kKey);
+}
+
+void DeclareConnection(CLI::App& command, const std::string& nameOption) {
+  AddValue(command, "--host", "H", "where the service runs (127.0.0.1)")->check(CheckOneLine);
+  AddValue(command, "--port", "P", "its control port (6901)")->check(CheckPort);
+  AddValue(command, nameOption, "NAME", "the name to take control under (zebctl)")->check(CheckOneLine);
+}
+
+void DeclareSend(CLI::App& program) {
+  CLI::App& send = *AddCommand(program, "send", "messages to a service, as a playout system sends them");
+  AddWords(send, "MESSAGE", "a message; without one the lines of standard input are sent as they come")
+      ->check(CheckMessage);
+  DeclareConnection(send, "--name");
+  send.footer("For instance:\n  zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
+}
+
+void DeclareItem(CLI::App& command) {
+  AddValue(command, "--title", "T", "its title");
+  AddValue(command, "--artist", "A", "its artist");
+  AddValue(command, "--type", "TYPE", "song (unless told otherwise), link, spot, other or a number")
+      ->check(CheckType);
+  AddValue(command, "--cart", "N", "a cart: what is not given here comes from there")->check(CheckCart);
+  AddValue(command, "--notes", "T", "notes");
+  DeclareConnection(command, "--controller");
+}
+
+void DeclareSet(CLI::App& program) {
+  CLI::App& set = *AddCommandGroup(program, "set", "entry by hand, as the messages of a playout system");
+  DeclareItem(*AddCommand(set, "current", "the item that is on air"));
+  DeclareItem(*AddCommand(set, "next", "the item after it"));
+  DeclareItem(*AddCommand(set, "previous", "the item before it"));
+  DeclareItem(*AddCommand(set, "coming", "the item that is announced"));
+  CLI::App& promote = *AddCommand(set, "promote", "make the next or coming item the current one");
+  AddWord(promote, "next|coming", "which item; the options change it")->required()->check(CheckPromotion);
+  DeclareItem(promote);
+  CLI::App& presenter = *AddCommand(set, "presenter", "who presents");
+  AddValue(presenter, "--name", "N", "the presenter's full name");
+  CLI::App& show = *AddCommand(set, "show", "the show on air");
+  AddValue(show, "--title", "T", "the show's title");
+  for (CLI::App* command : {&presenter, &show}) {
+    AddValue(*command, "--reference", "R", "its reference")->required()->check(CheckNotEmpty);
+    DeclareConnection(*command, "--controller");
+  }
+}
+
+void DeclareExpand(CLI::App& program) {
+  CLI::App& expand = *AddCommand(program, "expand", "what a template gives, without any output");
+  AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one");
+  AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded");
+  CLI::Option* page = AddFlag(expand, "--page", "as the file output treats a page");
+  AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
+  AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests")->excludes(page);
+  AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
+  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")->check(CheckMoment);
+  AddValue(expand, "--service", "N", "with the settings of service N")->check(CheckService);
+}
+
+Result<SettingsOptions> SettingsOf(const CLI::App& command) {
+  using Action = SettingsOptions::Action;
+  static const std::map<std::string, Action> actions = {
+      {"list", Action::kList},     {"get", Action::kGet},       {"set", Action::kSet},
+      {"delete", Action::kDelete}, {"import", Action::kImport}, {"export", Action::kExport}};
+  SettingsOptions options;
+  options.action = actions.at(command.get_name());
+  if (options.action == Action::kImport) {
+    options.file = ValueOf(command, "FILE.reg");
+    return options;
+  }
+  options.key = ValueOf(command, "KEY");
+  if (options.action == Action::kList || options.action == Action::kExport) return options;
+  if (IsGiven(command, "NAME")) options.name = ValueOf(command, "NAME");
+  if (options.action != Action::kSet) return options;
+  options.data = ValueOf(command, "DATA");
+  if (!IsGiven(command, "--number")) return options;
+  options.number = StoredNumber(options.data);
+  if (!options.number) return Failure{"DATA must be a whole number of 32 bits, not '" + options.data + "'"};
+  return options;
+}
+
+SendOptions ConnectionOf(const CLI::App& command, const std::string& nameOption) {
+  SendOptions options;
+  options.host = ValueOf(command, "--host", options.host);
+  options.port = WholeNumber<std::uint16_t>(ValueOf(command, "--port")).value_or(options.port);
+  options.name = ValueOf(command, nameOption, options.name);
+  return options;
+}
+
+ManualEntry ItemOf(const CLI::App& command) {
+  static const std::map<std::string, ManualSlot> slots = {{"current", ManualSlot::kCurrent},
+                                                          {"next", ManualSlot::kNext},
+                                                          {"previous", ManualSlot::kPrevious},
+                                                          {"coming", ManualSlot::kComingSoon}};
+  ManualEntry entry;
+  if (command.get_name() != "promote")
+    entry.slot = slots.at(command.get_name());
+  else
+    entry.slot = ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
+  entry.itemName = ValueOf(command, "--title");
+  entry.artist = ValueOf(command, "--artist");
+  entry.notes = ValueOf(command, "--notes");
+  entry.cartNumber = ValueOf(command, "--cart");
+  if (!IsGiven(command, "--type")) return entry;
+  const std::string type = ValueOf(command, "--type");
+  const auto word = TypeWords().find(type);
+  entry.itemType = word != TypeWords().end() ? word->second : WholeNumber<std::int32_t>(type).value();
+  return entry;
+}
+
+Result<SendOptions> SetOf(const CLI::App& command) {
+  SetOptions set;
+  if (command.get_name() == "presenter") {
+    set.what = SetOptions::What::kPresenter;
+    set.entry.presenterReference = ValueOf(command, "--reference");
+    set.entry.presenterFullName = ValueOf(command, "--name");
+  } else if (command.get_name() == "show") {
+    set.what = SetOptions::What::kShow;
+    set.entry.showReference = ValueOf(command, "--reference");
+    set.entry.showTitle = ValueOf(command, "--title");
+  } else {
+    set.entry = ItemOf(command);
+  }
+  SendOptions options = ConnectionOf(command, "--controller");
+  options.messages = {SetMessage(set)};
+  if (const std::string wrong = CheckMessage(options.messages[0]); !wrong.empty())
+    return Failure{"the message " + wrong};
+  return options;
+}
+
+ExpandOptions ExpandOf(const CLI::App& command) {
+  ExpandOptions options;
+  options.simpleText = ValueOf(command, "--simple-text", options.simpleText);
+  options.urlEncode = IsGiven(command, "--url-encode");
+  options.listFiles = IsGiven(command, "--list-files");
+  options.page = IsGiven(command, "--page");
+  options.messagesFile = ValueOf(command, "--messages");
+  options.templateFile = ValueOf(command, "TEMPLATE-FILE");
+  options.now = ReadMoment(ValueOf(command, "--now"));
+  options.service = WholeNumber<int>(ValueOf(command, "--service")).value_or(0);
+  return options;
+}
+
+template <class T>
+Outcome Take(ZebctlOptions& options, Result<T> command) {
+  if (!command) return Failure{command.Reason()};
+  options.command = std::move(command.Value());
+  return {};
+}
+
+Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
+  const std::string& group = command.get_parent()->get_name();
+  if (group == "settings") return Take(options, SettingsOf(command));
+  if (group == "set") return Take(options, SetOf(command));
+  if (command.get_name() == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
+  SendOptions send = ConnectionOf(command, "--name");
+  send.messages = WordsOf(command, "MESSAGE");
+  return Take(options, Result<SendOptions>(std::move(send)));
+}
+
+// `zebctl help set` is `zebctl set --help`.
+std::vector<std::string> WithHelpBehind(std::vector<std::string> words) {
+  if (words.empty() || words.front() != "help") return words;
+  words.erase(words.begin());
+  words.push_back("--help");
+  return words;
+}
+
+}  // namespace
+
+Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
+  CLI::App program("settings, messages and template previews for ZEB");
+  PrepareCommandLine(program, "zebctl");
+  program.require_subcommand(1);
+  AddValue(program, "--home", "DIR", "the data folder, else $ZEB_HOME, /var/lib/zeb or ~/.local/share/zeb")
+      ->check(CheckNotEmpty);
+  DeclareSettings(program);
+  DeclareSend(program);
+  DeclareSet(program);
+  DeclareExpand(program);
+  program.footer(std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
+
+  Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));
+  if (!read) return Failure{read.Reason()};
+  ZebctlOptions options;
+  options.textToShow = std::move(read.Value());
+  if (!options.textToShow.empty()) return options;
+  options.home = ValueOf(program, "--home");
+  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken) return Failure{taken.Reason()};
+  return options;
+}
+
+}  // namespace zeb
