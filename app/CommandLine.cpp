@@ -146,8 +146,8 @@ class HelpFormatter final : public CLI::Formatter {
   // Commands stand in front of the options.
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
     const std::string footer = make_footer(app);
-    return make_description(app) + make_usage(app, name) + make_positionals(app) + make_subcommands(app, mode) +
-           make_groups(app, mode) + (footer.empty() ? "" : "\n" + footer);
+    return make_description(app) + make_usage(app, name) + make_positionals(app) +
+           make_subcommands(app, mode) + make_groups(app, mode) + (footer.empty() ? "" : "\n" + footer);
   }
 };
 
@@ -210,7 +210,8 @@ std::string DescribeLeftOver(const CLI::App& program) {
       if (word.size() > 1 && word.front() == '-' && !given.get_allow_extras())
         return ShortPathOf(*app) + " has no option '" + word + "'";
       if (CommandsOf(given).empty()) return ShortPathOf(given) + " has no use for '" + word + "'";
-      return (&given == &program ? "there is no" : ShortPathOf(given) + " has no") + " command '" + word + "'";
+      return (&given == &program ? "there is no" : ShortPathOf(given) + " has no") + " command '" + word +
+             "'";
     }
     if (app == &given) return "";
   }
@@ -222,7 +223,8 @@ std::string UpTo(const std::string& text, std::string_view mark) {
 
 std::string DescribeMissing(const CLI::App& given, const std::string& error) {
   if (CommandsOf(given).empty()) return ShortPathOf(given) + " needs " + UpTo(error, " is required");
-  const std::string what = given.get_parent() == nullptr ? "a command is missing: " : ShortPathOf(given) + " what? ";
+  const std::string what =
+      given.get_parent() == nullptr ? "a command is missing: " : ShortPathOf(given) + " what? ";
   return what + JoinedNames(CommandsOf(given));
 }
 

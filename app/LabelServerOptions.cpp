@@ -17,7 +17,7 @@ Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>
   program.footer("Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.");
 
   Result<std::string> read = ReadCommandLine(program, words);
-  if (!read) return Failure{read.Reason()};
+  if (!read) return read.AsFailure();
   LabelServerOptions options;
   options.textToShow = std::move(read.Value());
   if (!options.textToShow.empty()) return options;

@@ -1,5 +1,5 @@
 // OutputJournal: what a service's outputs do, as journal lines: each update, and each output (or page of one)
-// that begins to fail or works again. What goes on failing in the same way is told of once.
+// that begins to fail or works again. What goes on failing in the same way is reported once.
 //
 // Owned by the service window.
 #pragma once

@@ -30,8 +30,8 @@ using InputReader = std::function<bool(std::string& bytes)>;
 // `err`), 2 when control is refused. Everything has then reached the service, which answers the log-off only
 // after it has handled what came before. What the service sends back is written to `err`.
 //
-// The input may be still waited for when the connection breaks, so the program should end without joining
-// worker threads. The references must outlive the loop's run.
+// The command may still be waiting for input when the connection breaks, so the program should end without
+// joining worker threads. The references must outlive the loop's run.
 void RunSendCommand(EventLoop& loop, Network& network, SendOptions options, InputReader input,
                     std::ostream& err, std::function<void(int status)> finished);
 

@@ -61,7 +61,7 @@ Result<StartUpOptions> ReadStartUpOptions(const std::vector<std::string>& argume
   options.silent = options.schedule || Holds(line, "/SILENT");
   options.minimised = options.schedule || Holds(line, "/MINIMIZED") || Holds(line, "/MINIMISED");
   Result<std::string> importFile = ImportFileName(words, line);
-  if (!importFile) return Failure{importFile.Reason()};
+  if (!importFile) return importFile.AsFailure();
   options.importFile = importFile.Value();
   return options;
 }

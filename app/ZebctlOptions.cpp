@@ -16,7 +16,8 @@
 namespace zeb {
 namespace {
 
-constexpr char kKey[] = "the key: Service1\\File and the like (Service1/File will do), or a whole path Software\\...";
+constexpr char kKey[] =
+    "the key: Service1\\File and the like (Service1/File will do), or a whole path Software\\...";
 constexpr char kExitStatus[] =
     "Exit status: 0 done, 1 failed (one line says why), 2 wrong usage or control refused.";
 
@@ -135,7 +136,8 @@ void DeclareSend(CLI::App& program) {
   AddWords(send, "MESSAGE", "a message; without one the lines of standard input are sent as they come")
       ->check(CheckMessage);
   DeclareConnection(send, "--name");
-  send.footer("For instance:\n  zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
+  send.footer(
+      "For instance:\n  zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
 }
 
 void DeclareItem(CLI::App& command) {
@@ -175,7 +177,8 @@ void DeclareExpand(CLI::App& program) {
   AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
   AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests")->excludes(page);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
-  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")->check(CheckMoment);
+  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")
+      ->check(CheckMoment);
   AddValue(expand, "--service", "N", "with the settings of service N")->check(CheckService);
 }
 
@@ -218,7 +221,8 @@ ManualEntry ItemOf(const CLI::App& command) {
   if (command.get_name() != "promote")
     entry.slot = slots.at(command.get_name());
   else
-    entry.slot = ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
+    entry.slot =
+        ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
   entry.itemName = ValueOf(command, "--title");
   entry.artist = ValueOf(command, "--artist");
   entry.notes = ValueOf(command, "--notes");
@@ -265,7 +269,7 @@ ExpandOptions ExpandOf(const CLI::App& command) {
 
 template <class T>
 Outcome Take(ZebctlOptions& options, Result<T> command) {
-  if (!command) return Failure{command.Reason()};
+  if (!command) return command.AsFailure();
   options.command = std::move(command.Value());
   return {};
 }
@@ -303,12 +307,12 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   program.footer(std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
 
   Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));
-  if (!read) return Failure{read.Reason()};
+  if (!read) return read.AsFailure();
   ZebctlOptions options;
   options.textToShow = std::move(read.Value());
   if (!options.textToShow.empty()) return options;
   options.home = ValueOf(program, "--home");
-  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken) return Failure{taken.Reason()};
+  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken) return taken.AsFailure();
   return options;
 }
 

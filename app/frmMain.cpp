@@ -187,7 +187,7 @@ void frmMain::Reload() {
 void frmMain::ReloadAll(const Epoch::Mark& mark) {
   try {
     const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
-    // The previous version's services are copied at a start only, when nothing of them runs yet.
+    // The previous version's services are copied at a start only, before any of them runs.
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
     ShrinkTo(count);

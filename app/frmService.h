@@ -2,7 +2,7 @@
 // its timers, gives each output its control, and decides when to update.
 //
 // Owned by frmMain through shared_ptr. What it shows (panels, item list, outputs) it keeps as plain values
-// that a desktop window draws. Its outputs run each for itself: nothing here waits for one of them, but
+// that a desktop window draws. Its outputs run each for itself: nothing here waits for one of them, except
 // closing, which waits for a few seconds at most.
 #pragma once
 

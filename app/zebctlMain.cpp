@@ -48,9 +48,9 @@ int WrongUsage(const std::string& reason) {
 Result<std::unique_ptr<SettingsHive>> OpenHive(FileSystem& files, const std::string& folder, bool toChange) {
   const std::string path = folder + "/settings.db";
   if (!toChange && !files.Stat(path)) return std::unique_ptr<SettingsHive>(std::make_unique<MemoryHive>());
-  if (const Outcome made = files.CreateFolders(folder); !made) return Failure{made.Reason()};
+  if (const Outcome made = files.CreateFolders(folder); !made) return made.AsFailure();
   Result<std::unique_ptr<SqliteHive>> hive = SqliteHive::Open(path);
-  if (!hive) return Failure{hive.Reason()};
+  if (!hive) return hive.AsFailure();
   return std::unique_ptr<SettingsHive>(std::move(hive.Value()));
 }
 

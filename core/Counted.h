@@ -1,4 +1,4 @@
-// Counted: counts what is under way, until the end of the scope, on whatever way that is reached.
+// Counted: counts what is under way, until the end of the scope, however the scope is left.
 #pragma once
 
 namespace zeb {

@@ -33,7 +33,7 @@ class CsvCartStore : public CartStore {
   Operator& person_;
   std::string path_;
   bool seen_ = false;    // and read
-  std::string problem_;  // the last one told of
+  std::string problem_;  // the last one reported
   std::int64_t modified_ = 0;
   std::uint64_t size_ = 0;
   std::unordered_map<std::int32_t, Cart> carts_;

@@ -1,4 +1,4 @@
-// The kinds of output: each is one row, which says what it is called and counted by wherever it is shown, and
+// The kinds of output: each is one row, which says how it is named and counted wherever it is shown, and
 // where it stands in each order. A new kind adds its code and its row here, and its makers in
 // outputs/OutputTable.cpp.
 #pragma once

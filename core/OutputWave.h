@@ -25,7 +25,7 @@ class OutputWave : public std::enable_shared_from_this<OutputWave> {
     // In the runner's task; may wait. Must leave what it uses alone once `owner` has ended meanwhile.
     std::function<void(Phase, OutputRunner&)> run;
     std::function<void(const RunnerPtr&)> ended;  // the runner's last phase is over
-    std::function<void()> over;                   // all phases are over, but for those left behind
+    std::function<void()> over;                   // all phases are over, except for outputs left behind
   };
 
   OutputWave(EventLoop& loop, std::string name, std::vector<RunnerPtr> runners, Owner owner,

@@ -120,7 +120,7 @@ Result<RegChanges> ParseRegFile(std::string_view bytes) {
 
 Result<RegSummary> ImportRegFile(SettingsHive& hive, std::string_view bytes) {
   const Result<RegChanges> changes = ParseRegFile(bytes);
-  if (!changes) return Failure{changes.Reason()};
+  if (!changes) return changes.AsFailure();
   RegSummary summary;
   summary.skippedKeys = changes.Value().skippedKeys;
   summary.skippedValues = changes.Value().skippedValues;

@@ -18,7 +18,7 @@ void MigrateService(Environment& environment, const OutputFactory& makeOutput, c
   service.SetServiceNumber(number);
 
   environment.settingsRoot = root.profile;
-  // Brings along what the service does not know; saving it replaces the rest.
+  // Copies what the service does not know; saving the service replaces the rest.
   WriteSettingsTree(environment.hive, environment.ServiceKey(number), before);
   if (!service.StoreServiceInformation())
     throw SettingsError("service " + std::to_string(number) + " could not be saved");

@@ -300,7 +300,7 @@ UpdateCycle::RecordPtr UpdateCycle::MakeRecord(const SnapshotPtr& snapshot, bool
   record->snapshot = snapshot;
   record->full = full;
   record->began = environment_.loop.Monotonic();
-  record->left = 1;  // whoever makes it, until all its runs are there
+  record->left = 1;  // its maker, until all its runs have been added
   record->slow = environment_.loop.After(
       kSlowUpdate, [this, weak = std::weak_ptr<UpdateRecord>(record), mark = epoch_.Now()] {
         const auto waits = weak.lock();

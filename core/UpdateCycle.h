@@ -35,7 +35,8 @@ class UpdateCycle {
   RunnerPtr MakeRunner(OutputType type, OutputPtr output);
   // Puts others in the place of a type's outputs; one that is in both goes on as it is.
   void SetRunners(OutputType type, std::vector<RunnerPtr> runners);
-  // Ends everything: nothing that runs is told of or goes on. The outputs are handed back, not stopped.
+  // Ends everything: what still runs is neither reported nor continued. The outputs are handed back, not
+  // stopped.
   std::vector<OutputPtr> Clear(OutputType type);
   void EndAll();
 
@@ -73,7 +74,7 @@ class UpdateCycle {
     SnapshotPtr snapshot;
     std::optional<Cue> cue;     // nothing: an update
     std::string_view logName;   // how log lines begin
-    bool updateEvents = false;  // the update phase is told of
+    bool updateEvents = false;  // the update phase is reported
     RecordPtr record;           // of an update
   };
 

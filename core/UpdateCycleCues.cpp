@@ -31,8 +31,8 @@ void UpdateCycle::SendCue(OutputType type, const Cue& cue) {
   BeginCueWave(type, std::move(wave), cue);
 }
 
-// A second near end while one waits is the same end. Of travel cues nothing is lost when far too many wait:
-// the last one tells how things stand.
+// A second near end while one waits is the same end. Nothing is lost by dropping travel cues when far too
+// many wait: the last one tells how things stand.
 void UpdateCycle::QueueCue(OutputRunner& runner, const Cue& cue) {
   if (!cue.IsTravel() || runner.cues.size() >= kMostCues)
     std::erase_if(runner.cues, [&](const Cue& waiting) { return waiting.IsTravel() == cue.IsTravel(); });

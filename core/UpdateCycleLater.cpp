@@ -10,7 +10,7 @@ namespace zeb {
 
 namespace {
 
-// A delayed output holds this many snapshots; more would be of a delay of hours.
+// A delayed output holds this many snapshots; only a delay of hours would need more.
 constexpr std::size_t kMostLater = 1000;
 
 bool Fails(clsZEBTemplate& output) {
@@ -77,7 +77,7 @@ Duration UpdateCycle::RetryDelay(const OutputRunner& runner) const {
       retrySeconds_ > 0 ? std::min(retrySeconds_, kMost) : (runner.owedTravel ? kUsual : 0);
   if (runner.failures <= kMostDoublings)
     return std::min(std::chrono::seconds(first) * (1 << runner.failures), std::chrono::seconds(kMost));
-  // Spread a little, so that a hundred outputs do not come back to their server at one moment.
+  // Spread a little, so that a hundred outputs do not come back to their server at the same moment.
   constexpr int kSpreadMilliseconds = 6000;
   const int spread = ((static_cast<int>(runner.type) * 31 + IndexOf(runner)) * 1301 + runner.failures * 977) %
                      kSpreadMilliseconds;

@@ -1,4 +1,4 @@
-// UpdateRecord: one update as the journal tells of it: what was published, and which outputs took part.
+// UpdateRecord: one update as the journal reports it: what was published, and which outputs took part.
 //
 // Made by the update cycle and shared by the runs that belong to it; complete when the last of them has
 // ended.

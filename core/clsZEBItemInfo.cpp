@@ -16,7 +16,7 @@ namespace {
 
 const std::string kNothing;
 
-// File names in the order added, without repeats but for case.
+// File names in the order added, without repeats that differ only in case.
 class FileList {
  public:
   int Count() const { return static_cast<int>(names_.size()); }

@@ -55,7 +55,7 @@ class clsZEBItemInfo {
   bool AddPictureFile(std::string fileName);  // false: it is there already, or the list is full
   void ClearPictures();
 
-  // An independent record with the same contents; entries that became equal but for case collapse into one.
+  // An independent record with the same contents; entries that now differ only in case become one.
   clsZEBItemInfo Copy() const;
 
   // The value of an element as text; "" for an unknown name. The custom fields are carried but never

@@ -139,7 +139,7 @@ Result<clsZEBService::Changes> clsZEBService::ReadAgain() {
   return changes;
 }
 
-// Puts the outputs as they are stored now in the place of those that run, but for those that are set as
+// Replaces the running outputs by those that are stored now, except for the ones whose settings are as
 // before, wherever in the list they stand now.
 void clsZEBService::TakeOver(OutputType type, std::vector<OutputPtr> stored, Changes& changes) {
   const auto isAs = [](const OutputPtr& output) {

@@ -2,7 +2,7 @@
 //
 // The debug log is process-wide, as it is one file per program and day: the main program (or a test) makes a
 // DebugLog and installs it; without one, or at level 0, every call here costs a comparison. Messages are put
-// together only when they will be written. All on the loop's thread, but for GetTempFile.
+// together only when they will be written. Everything except GetTempFile is called on the loop's thread.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ namespace zeb {
 
 enum class LineKind { kPlain = 0, kStarted = 1, kFinished = 2, kReset = 3 };
 
-// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored, but for a
+// One log file a day: folder + program + "." + yyyymmdd + ".log". Failures to write are ignored, except for a
 // folder that cannot be made: the operator is shown that once.
 class DebugLog {
  public:

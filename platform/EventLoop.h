@@ -1,7 +1,7 @@
 // EventLoop: the one thread on which the engine runs, its clocks and timers, and the tasks that may wait.
 //
 // Owned by the main program (platform/qt) or by a test (platform/simulated); everyone else holds a reference
-// that outlives them. All members are called on the loop's thread, but for PostFromAnyThread.
+// that outlives them. All members except PostFromAnyThread are called on the loop's thread.
 //
 // Waiting: only a task (work given to Start) may call Wait, WaitUntil and RunBlocking; it is suspended, and
 // events and other tasks go on. There are no nested event loops: outside a task these calls throw

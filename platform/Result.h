@@ -25,6 +25,8 @@ class [[nodiscard]] Result {
   T& Value() { return std::get<0>(state_); }
   const T& Value() const { return std::get<0>(state_); }
   const std::string& Reason() const { return std::get<1>(state_).reason; }
+  // Of a result that failed: to be returned as the failure of what asked for it.
+  const Failure& AsFailure() const { return std::get<1>(state_); }
 
  private:
   std::variant<T, Failure> state_;
@@ -35,10 +37,17 @@ class [[nodiscard]] Outcome {
  public:
   Outcome() = default;
   Outcome(Failure failure) : failed_(true), reason_(std::move(failure.reason)) {}
+  // How the operation went, without its value.
+  template <class T>
+  Outcome(const Result<T>& result) : failed_(!result.Ok()) {
+    if (failed_) reason_ = result.Reason();
+  }
 
   bool Ok() const { return !failed_; }
   explicit operator bool() const { return Ok(); }
   const std::string& Reason() const { return reason_; }
+  // Of an outcome that failed: to be returned as the failure of what asked for it.
+  Failure AsFailure() const { return {reason_}; }
 
  private:
   bool failed_ = false;

@@ -1,5 +1,5 @@
-// SerialLineState: what a serial device tells of its line, and which communication events lie between two
-// looks at it.
+// SerialLineState: what a serial device reports about its line, and which communication events lie between
+// two looks at it.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// SerialLineWatch: looks at a serial device twice a second and tells of the communication events between.
+// SerialLineWatch: looks at a serial device twice a second and reports the communication events in between.
 //
 // Owned by a port while it is open; destroying it ends it, also while a look hangs: an adapter may take
 // seconds to answer, so looks are made on a worker thread, one at a time.

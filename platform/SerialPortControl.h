@@ -3,7 +3,7 @@
 //
 // Made by SerialPorts, owned by the output that it is handed to. Output never blocks: what the line does not
 // take yet is counted by OutBufferCount. Events come on the loop's thread, never from inside a call. Those of
-// the line (breaks, errors, changes of its signals) come where the device tells of them, within a second, one
+// the line (breaks, errors, changes of its signals) come where the device reports them, within a second, one
 // of a kind however many there were; pseudo-terminals and the network have none.
 #pragma once
 
@@ -19,7 +19,7 @@
 
 namespace zeb {
 
-// What the control tells of; the codes are those of the classic control.
+// The events that the control reports; the codes are those of the classic control.
 enum CommEvent : std::int32_t {
   kCommSend = 1,
   kCommReceive = 2,

@@ -49,7 +49,7 @@ class BounceRelay {
   void CheckForRing();
   void ConnecttoZEBBounce();
   void Show(const std::string& text);
-  // A journal line, unless it is the same again: a remote that is away for days is told of once.
+  // A journal line, unless it is the same again: a remote that is away for days is reported once.
   void Note(const std::string& text);
   void NoteSeldom(RepeatedNote& kind, const std::string& text);
   bool Send(std::string_view line);

@@ -157,7 +157,7 @@ void ControlLink::HandleBulkLoad(std::string_view arguments) {
   const bool escaped = count > 0 && elements[1].find("Reference={22}") != std::string_view::npos;
   DebugLine("Received ", count, " items");
 
-  // One element beyond the slots, so that the log tells of a list that is too long.
+  // One element beyond the slots, so that the log shows a list that is too long.
   const int taken = std::min(count, kMaxNextItems + 2);
   for (int i = 1; i <= taken; ++i) {
     const std::string_view element = elements[static_cast<std::size_t>(i)];

@@ -99,7 +99,7 @@ void FilePoller::Tick() {
   });
 }
 
-// Each round looks at all that are left, but for those that must be left out, until one does not answer.
+// Each round looks at all that are left, except those that must be left out, until one does not answer.
 void FilePoller::LookAt(Watches due) {
   while (!due.empty()) {
     if (!hanging_.empty()) std::erase_if(due, [this](const WatchPtr& watch) { return LeftOut(*watch); });

@@ -1,10 +1,10 @@
 // InfoFileSource: takes a service's items from a file that a playout system rewrites.
 //
 // A FilePoller looks at the file once a second; it is read when its time stamp or size has changed, on a
-// worker thread, never twice at a time. A share that hangs holds up nothing else, and is told of once. A file
-// that is missing, empty, locked or changing while it is read means "nothing new": the items stay, and the
-// next tick tries again; one that is wrong waits until it, or the definitions it is read with, change. Two
-// seconds after a change the file is read once more, since a rewrite within one tick of the file system's
+// worker thread, never twice at a time. A share that hangs holds up nothing else, and is reported once. A
+// file that is missing, empty, locked or changing while it is read means "nothing new": the items stay, and
+// the next tick tries again; one that is wrong waits until it, or the definitions it is read with, change.
+// Two seconds after a change the file is read once more, since a rewrite within one tick of the file system's
 // clock leaves no other trace; no clock of the station takes part in that.
 //
 // Owned by the service window; used on the loop's thread only.

@@ -119,7 +119,7 @@ Result<SourceItems> ReadDallet50(std::string_view bytes, std::int32_t today) {
 
 Result<SourceItems> ReadDallet51(std::string_view bytes, Markup& markup) {
   const Result<MarkupDocument> document = markup.ReadXml(Decoded(bytes));
-  if (!document) return Failure{document.Reason()};
+  if (!document) return document.AsFailure();
   if (document.Value().Select("/BroadcastMonitor").empty())
     return Failure{"its root is not BroadcastMonitor"};
   SourceItems source;

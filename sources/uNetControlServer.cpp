@@ -274,7 +274,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     if (events.ControllerTookControl) events.ControllerTookControl(name);
   }
 
-  // Whether this is the controller on a new connection, which has noticed before us that the old one is dead.
+  // Whether this is the controller on a new connection, which knew before we did that the old one is dead.
   bool ComesAgain(const ClientPtr& client) const {
     return !client->name.empty() && client->name == controller->name &&
            client->connection->PeerAddress() == controller->connection->PeerAddress();

@@ -28,7 +28,7 @@ std::string JoinArtistNames(const clsZEBItemInfo& item) {
     joined += TrimBlanks(fields.Artist2Name);
   }
   if (!fields.Artist3Name.empty()) {
-    if (joined.empty()) return fields.Artist3Name;  // alone, it keeps its blanks
+    if (joined.empty()) return fields.Artist3Name;  // on its own it keeps its blanks
     joined += " and ";
     joined += TrimBlanks(fields.Artist3Name);
   }

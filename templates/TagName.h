@@ -1,5 +1,5 @@
-// TagName: what stands between "<" and ">" of a tag, in its parts. Views into the template; knows no service
-// but for finding a slot's item.
+// TagName: what stands between "<" and ">" of a tag, in its parts. Views into the template; knows a service
+// only for finding a slot's item.
 #pragma once
 
 #include <cstdint>

@@ -160,7 +160,7 @@ void cTextField::ReadFromConfig(const IniFile& file, std::string_view section, s
 Outcome cTextField::ReadFromConfigFile(FileSystem& files, const std::string& fileName,
                                        std::string_view section, std::string_view key) {
   const Result<IniFile> file = ReadConfigFile(files, fileName);
-  if (!file) return Failure{file.Reason()};
+  if (!file) return file.AsFailure();
   ReadFromConfig(file.Value(), section, key);
   return {};
 }

@@ -20,7 +20,7 @@ void cTextFieldModifier::SetRawSuffix(std::string text) {
 Outcome cTextFieldModifier::ReadFromConfigFile(FileSystem& files, const std::string& fileName,
                                                std::string_view section, std::string_view key) {
   const Result<IniFile> file = ReadConfigFile(files, fileName);
-  if (!file) return Failure{file.Reason()};
+  if (!file) return file.AsFailure();
   const std::string start(key);
   if (auto text = file.Value().Text(section, start + ".Prefix"); text && !text->empty()) SetRawPrefix(*text);
   if (auto text = file.Value().Text(section, start + ".Suffix"); text && !text->empty()) SetRawSuffix(*text);

@@ -118,14 +118,14 @@ Outcome clsZEBEncoderOutput::StartEncoder() {
     case kRealProducer: {
       if (!automation) return kNotAvailable;
       auto made = automation->CreateRealProducer();
-      if (!made) return Failure{made.Reason()};
+      if (!made) return made.AsFailure();
       realProducer_ = std::move(made.Value());
       return {};
     }
     case kAsfEncoder: {
       if (!automation) return kNotAvailable;
       auto made = automation->CreateAsfEncoder();
-      if (!made) return Failure{made.Reason()};
+      if (!made) return made.AsFailure();
       asfEncoder_ = std::move(made.Value());
       return asfEncoder_->LoadASD(settings.ASDFileLocation);
     }
@@ -138,12 +138,12 @@ Outcome clsZEBEncoderOutput::StartEncoder() {
 
 Outcome clsZEBEncoderOutput::FindMediaEncoder(EncoderAutomation& automation) {
   auto agent = automation.CreateEncoderAgent(settings.WME7ComputerName);
-  if (!agent) return Failure{agent.Reason()};
+  if (!agent) return agent.AsFailure();
   const std::string wanted = LowerCase(settings.WME7StreamIDName);
   for (const std::string& name : agent.Value()->EncoderNames()) {
     if (LowerCase(name) != wanted) continue;
     auto encoder = agent.Value()->Encoder(name);
-    if (!encoder) return Failure{encoder.Reason()};
+    if (!encoder) return encoder.AsFailure();
     mediaEncoder_ = std::move(encoder.Value());
     return {};
   }

@@ -39,7 +39,7 @@ struct FileTools {
   DestinationsInProgress& destinations;
   WorkPlace& place;
   bool preserveTempFiles = false;
-  bool trace = false;  // whether the debug log is to be told of the steps
+  bool trace = false;  // whether the steps go to the debug log
 };
 
 // Nothing: failed, and the job says why.

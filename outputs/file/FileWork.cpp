@@ -9,7 +9,7 @@
 namespace zeb {
 namespace {
 
-// What a worker does at a time, far below what a slow share manages within the limit.
+// How much a worker does at a time, far below what a slow share manages within the limit.
 constexpr std::size_t kMostPairs = 100;
 constexpr std::size_t kMostBytes = 32u * 1024 * 1024;
 

@@ -4,7 +4,7 @@
 //
 // Owned by the output and by the worker that does a piece of it. While a worker has it, the loop's thread
 // touches only what is marked so; afterwards everything. A piece ends after so many pairs, so that its time
-// limit tells of a share that hangs and not of the number of pages, and before an additional file that
+// limit is passed by a share that hangs and not by many pages, and before an additional file that
 // another output is writing: the work then waits for its destinations anew, all at once.
 #pragma once
 
@@ -43,10 +43,10 @@ class FileWork {
 
   // The jobs that have ended since the last call.
   std::vector<FileJob> TakeEnded();
-  // The additional files gone about, by their targets; "": all is well.
+  // The additional files that were tried, by their targets; "": all is well.
   const std::map<std::string, std::string>& Copies() const { return copies_; }
 
-  // At any time: it ends with the pair it is at.
+  // At any time: it ends after the pair it is working on.
   void GiveUp() { givenUp_ = true; }
   bool GivenUp() const { return givenUp_; }
   const WorkPlace& Place() const { return place_; }

@@ -7,7 +7,7 @@ namespace zeb {
 
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) {
   Result<std::string> bytes = files.Read(path, kMaxFileBytes);
-  if (!bytes) return Failure{bytes.Reason()};
+  if (!bytes) return bytes.AsFailure();
   LoadedTemplate loaded;
   loaded.encoding = DetectFileEncoding(bytes.Value());
   loaded.text = UndoEscapedTags(DecodeFile(bytes.Value(), loaded.encoding));
@@ -25,7 +25,7 @@ Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, cons
   Result<std::string> name = GetTempFile(files, "TMP", trace);
   if (!name) return name;
   if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding)); !written)
-    return Failure{written.Reason()};
+    return written.AsFailure();
   return name;
 }
 

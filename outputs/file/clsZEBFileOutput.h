@@ -23,7 +23,7 @@ class clsZEBFileOutput : public PairOutput {
   // `destinations` is shared by all file outputs of the program.
   clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations);
 
-  bool StopOutput() override;  // an update under way ends with the page it is at
+  bool StopOutput() override;  // an update under way ends after its present page
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
   // Deletes the work files that the update could not put in place.
   bool FinishOutput(const SnapshotPtr& snapshot) override;

@@ -58,7 +58,7 @@ std::vector<std::string> SplitPieces(std::string_view text);
 // "name:port" as it is written in messages and in a Host line: IPv6 addresses in brackets.
 std::string HostForHeader(const std::string& host);
 std::string ServerText(const RequestTarget& target);
-// What would end a request's line, and with it begin a header of somebody else's making, is left out.
+// What would end a request's line, and so let somebody else begin a header of their own, is left out.
 std::string WithoutLineEnds(std::string_view text);
 
 }  // namespace zeb

@@ -31,7 +31,7 @@ class LabelClient : public DABClientControl {
   void OnData(std::string_view bytes);
   void OnReply(std::string_view line);
   void LeaveSocket();
-  // Ends the connection for a reason of its own or of the server's; `Lose` also tells of it.
+  // Ends the connection for a reason of its own or of the server's; `Lose` also reports it.
   void Drop(std::string reason);
   void Lose(std::string reason);
 

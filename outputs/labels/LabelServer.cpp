@@ -69,7 +69,7 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
   std::vector<PeerPtr> peers;
   std::set<std::string> filesInHand;
   std::map<std::string, WorkLane> lanes;  // by file: a share that hangs holds one worker
-  std::set<std::string> failingFiles;     // told of, until they can be written again
+  std::set<std::string> failingFiles;     // reported, until they can be written again
   RepeatedNote tooMany, refused;
 
   void Note(const std::string& text) const { person.Note(text); }

@@ -1,4 +1,4 @@
-// LabelServices: whom a label server takes labels for, as its ini file names them.
+// LabelServices: the services that a label server takes labels for, as its ini file names them.
 #pragma once
 
 #include <string>

@@ -19,9 +19,9 @@ Outcome ServerFiles::Replace(const std::string& from, const std::string& to, Mov
   old.page = to;
   if (again) {
     const Result<bool> waits = server_.Exists(from);
-    if (!waits) return Failure{waits.Reason()};
+    if (!waits) return waits.AsFailure();
     const Result<bool> stands = server_.Exists(to);
-    if (!stands) return Failure{stands.Reason()};
+    if (!stands) return stands.AsFailure();
     if (!waits.Value() && stands.Value()) {  // done, only the answer was lost
       if (PutBack(old)) old.aside.clear();
       return {};
@@ -34,11 +34,11 @@ Outcome ServerFiles::Replace(const std::string& from, const std::string& to, Mov
     const Outcome replaced = server_.Rename(from, to);
     if (replaced || !server_.Connected()) return replaced;
     const Result<bool> inTheWay = server_.Exists(to);
-    if (!inTheWay) return Failure{inTheWay.Reason()};
+    if (!inTheWay) return inTheWay.AsFailure();
     if (!inTheWay.Value()) return replaced;
   } else {
     const Result<bool> inTheWay = server_.Exists(to);
-    if (!inTheWay) return Failure{inTheWay.Reason()};
+    if (!inTheWay) return inTheWay.AsFailure();
     if (!inTheWay.Value()) return server_.Rename(from, to);
   }
   if (Outcome moved = MoveAside(old); !moved) return moved;
@@ -48,7 +48,7 @@ Outcome ServerFiles::Replace(const std::string& from, const std::string& to, Mov
 // The name is noted before it is used: the answer to the renaming may be lost.
 Outcome ServerFiles::MoveAside(MovedPage& old) {
   const Result<std::string> name = FreeName(old.page);
-  if (!name) return Failure{name.Reason()};
+  if (!name) return name.AsFailure();
   old.aside = name.Value();
   Outcome moved = server_.Rename(old.page, old.aside);
   if (!moved && server_.Connected()) old.aside.clear();
@@ -83,7 +83,7 @@ Result<std::string> ServerFiles::FreeName(const std::string& path) {
     const auto number = std::min<std::int64_t>(99999, std::llround(fraction(source) * 99999 + 1));
     std::string name = std::string(FolderPart(path)) + "ZEB" + PaddedNumber(number, 5) + ".TMP";
     const Result<bool> taken = server_.Exists(name);
-    if (!taken) return Failure{taken.Reason()};
+    if (!taken) return taken.AsFailure();
     if (!taken.Value()) return name;
   }
   return Failure{"no free name beside '" + path + "'"};
@@ -91,7 +91,7 @@ Result<std::string> ServerFiles::FreeName(const std::string& path) {
 
 Outcome ServerFiles::Remove(const std::string& path) {
   const Result<std::string> name = FreeName(path);
-  if (!name) return Failure{name.Reason()};
+  if (!name) return name.AsFailure();
   if (Outcome renamed = server_.Rename(path, name.Value()); !renamed) return renamed;
   return server_.Delete(name.Value());
 }

@@ -25,7 +25,7 @@ class WebServer {
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;
 
-  void Begin();  // a run: what was cancelled before is no longer
+  void Begin();  // begins a run: an earlier Cancel no longer counts
   // A connection that was kept is used again when it is to the same server and still answers.
   Outcome Connect(const FtpTarget& target);
   bool Connected() const { return session_ != nullptr; }

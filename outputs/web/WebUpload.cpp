@@ -234,7 +234,7 @@ bool WebUpload::SendAdditional(const AdditionalFile& file) {
   if (!order_.alwaysCopy) {
     TryStep([&](bool) -> Outcome {
       const Result<bool> found = server_.Exists(file.server);
-      if (!found) return Failure{found.Reason()};
+      if (!found) return found.AsFailure();
       exists = found.Value();
       return {};
     });

@@ -1,5 +1,5 @@
 // WebUpload: one run of a web output: pages are made and sent under ".tmp" names, the pictures that they show
-// are sent, and then each page is moved into place. What came of it stands in its results.
+// are sent, and then each page is moved into place. Its results say how it went.
 //
 // Made by the output for one update, which holds it until the update is finished; Run and Finish wait, in the
 // update's task. Cancel may come at any time.

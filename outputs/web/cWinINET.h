@@ -66,7 +66,7 @@ class cWinINET {
   std::string problem_;
 };
 
-// What a failed operation of a session has to say: the server's own words, else ours. A reply that agrees to
+// Why an operation of a session failed: the server's own words, else ours. A reply that agrees to
 // something does not tell why it failed.
 std::string WhyFtpFailed(const FtpSession& session, const std::string& reason);
 

@@ -24,7 +24,7 @@ std::string LineNumbers(const std::vector<int>& lines) {
   return text;
 }
 
-// What a worker finds of a schedule file. One that is not there has no entries.
+// What a worker finds in a schedule file. One that is not there has no entries.
 struct FoundSchedule {
   ScheduleFile schedule;
   std::string problem;
@@ -95,7 +95,7 @@ Result<std::vector<std::string>> CandidateChooser::Candidates(const WireFormats&
   if (!candidates.empty() && asked.alternatesWhenEmpty) return candidates;
   const std::vector<std::string_view> alternates = SplitAt(asked.alternates, "|");
   const Result<Schedules> schedules = ReadSchedules(alternates);
-  if (!schedules) return Failure{schedules.Reason()};
+  if (!schedules) return schedules.AsFailure();
   const WallTime now = environment_.loop.Now();
   for (const std::string_view alternate : alternates) {
     const auto schedule = schedules.Value().find(PathOf(alternate));

@@ -36,7 +36,7 @@ class CandidateChooser {
   // answer. Line breaks are taken out before a text is looked at.
   Result<std::vector<std::string>> Candidates(const WireFormats& formats, const ServiceSnapshot& snapshot,
                                               LineBreaks breaks);
-  // One of them by chance; "" from none.
+  // One of them at random; "" from none.
   std::string Pick(const std::vector<std::string>& candidates);
 
  private:

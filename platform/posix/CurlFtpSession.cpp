@@ -15,7 +15,7 @@
 namespace zeb {
 namespace {
 
-// More than any server has to say; one that talks on for ever must not hold an update.
+// More than any server has to say; one that never stops talking must not hold up an update.
 constexpr std::size_t kMaxReplyBytes = 64 * 1024;
 constexpr std::size_t kMaxListBytes = 4u * 1024 * 1024;
 
@@ -112,7 +112,7 @@ Outcome CurlFtpSession::Open() {
   return {};
 }
 
-// Takes its leave, but not for long. libcurl would do so again, and wait two minutes for a server that hangs:
+// Says goodbye, but not for long. libcurl would do so again, and wait two minutes for a server that hangs:
 // a socket that is shut keeps it from that.
 void CurlFtpSession::Close() {
   if (handle_ != nullptr) {
@@ -293,16 +293,16 @@ Outcome CurlFtpSession::Upload(const std::string& path, const FtpSource& source)
 }
 
 Result<bool> CurlFtpSession::Exists(const std::string& path) {
-  if (Outcome refused = Begin(path); !refused) return Failure{refused.Reason()};
+  if (Outcome refused = Begin(path); !refused) return refused.AsFailure();
   const std::string what = "cannot look for '" + path + "'";
   if (!binary_) {
     const Outcome set = Command("TYPE I", what);
-    if (!connected_) return Failure{set.Reason()};
+    if (!connected_) return set.AsFailure();
     binary_ = set.Ok();
   }
   const Outcome asked = Command("SIZE " + path, what);
   if (asked) return true;
-  if (!connected_) return Failure{asked.Reason()};
+  if (!connected_) return asked.AsFailure();
   if (LeadingDigits(lastResponse_) == 550) return false;
   return ListHas(path);  // a server without that command
 }
@@ -317,7 +317,7 @@ Result<bool> CurlFtpSession::ListHas(const std::string& path) {
   const Outcome listed = Perform("cannot list the folder of '" + path + "'");
   if (!listed) {
     if (connected_ && LeadingDigits(lastResponse_) / 50 == 11) return false;  // 550: nothing there
-    return Failure{listed.Reason()};
+    return listed.AsFailure();
   }
   const std::string_view name = FileNamePart(path);
   std::string_view rest = sink.bytes;
@@ -348,13 +348,13 @@ Outcome CurlFtpSession::Delete(const std::string& path) {
 }
 
 Result<std::string> CurlFtpSession::Download(const std::string& path, std::size_t limit) {
-  if (Outcome refused = Begin(path); !refused) return Failure{refused.Reason()};
+  if (Outcome refused = Begin(path); !refused) return refused.AsFailure();
   SetUp(path);
   Sink sink{{}, limit};
   curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_WRITEFUNCTION, &CurlCallbacks::OnWrite);
   curl_easy_setopt(static_cast<CURL*>(handle_), CURLOPT_WRITEDATA, &sink);
   const Outcome done = Perform("cannot download '" + path + "'");
-  if (!done) return Failure{done.Reason()};
+  if (!done) return done.AsFailure();
   return std::move(sink.bytes);
 }
 

@@ -1,5 +1,5 @@
-// PosixFiles: the file system of a POSIX machine. Stateless but for the temporary folder, so any thread may
-// call it.
+// PosixFiles: the file system of a POSIX machine. Stateless except for the temporary folder, so any thread
+// may call it.
 //
 // Nothing here waits for a pipe's or device's other end: anything but a regular file is refused. New files
 // get mode 0644 less the umask; a file put in place of another by Rename takes over its mode and, where

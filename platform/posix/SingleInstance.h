@@ -1,4 +1,4 @@
-// SingleInstance: makes sure that one publisher only runs on a data folder.
+// SingleInstance: makes sure that only one publisher runs on a data folder.
 //
 // Holds a lock on the file zeb.lock in the folder for as long as it lives. The system drops the lock with the
 // process, however that ends, so a file left behind by a killed process is no obstacle.

@@ -27,7 +27,7 @@ Result<std::unique_ptr<SqliteHive>> SqliteHive::Open(const std::string& path, bo
   bool isDamaged = false;
   Result<std::unique_ptr<SqliteStore>> store = SqliteStore::Open(path, patience, isDamaged);
   if (damaged != nullptr) *damaged = isDamaged;
-  if (!store) return Failure{store.Reason()};
+  if (!store) return store.AsFailure();
   return std::unique_ptr<SqliteHive>(new SqliteHive(std::move(store.Value())));
 }
 

@@ -66,9 +66,9 @@ SqliteStore::~SqliteStore() {
 Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path,
                                                        std::chrono::milliseconds patience, bool& damaged) {
   damaged = false;
-  if (Outcome usable = CheckSettingsFile(path); !usable) return Failure{usable.Reason()};
+  if (Outcome usable = CheckSettingsFile(path); !usable) return usable.AsFailure();
   if (!FileExists(path)) {
-    if (Outcome created = Create(path, patience); !created) return Failure{created.Reason()};
+    if (Outcome created = Create(path, patience); !created) return created.AsFailure();
   } else if (IsEmptyFile(path)) {
     // Never so by this program, which gives a new file its name when it is complete.
     damaged = true;
@@ -79,9 +79,9 @@ Result<std::unique_ptr<SqliteStore>> SqliteStore::Open(const std::string& path,
   std::unique_ptr<SqliteStore> store(new SqliteStore(path, patience));
   if (Outcome connected = store->Connect(); !connected) {
     damaged = MeansDamage(sqlite3_errcode(store->database_));
-    return Failure{connected.Reason()};
+    return connected.AsFailure();
   }
-  if (Outcome verified = store->Verify(damaged); !verified) return Failure{verified.Reason()};
+  if (Outcome verified = store->Verify(damaged); !verified) return verified.AsFailure();
   return store;
 }
 

@@ -6,7 +6,7 @@
 
 namespace zeb {
 
-// A LineSink. Waits for the reader; false when there is none, or when the file that stands in for one cannot
+// A LineSink. Waits for the reader; false when there is none, or when the file in its place cannot
 // grow. On any thread.
 bool WriteToStandardError(const LogLine& line);
 

@@ -82,7 +82,7 @@ std::size_t SystemQueue([[maybe_unused]] const QSerialPort& port) {
   return 0;
 }
 
-// A line whose adapter was pulled out no longer answers, though nothing may have told of it.
+// A line whose adapter was pulled out no longer answers, though nothing may have said so.
 bool Answers([[maybe_unused]] const QSerialPort& port) {
 #ifdef Q_OS_UNIX
   termios mode{};
@@ -177,7 +177,7 @@ Outcome QtSerialPortControl::Open() {
   Close();
   if (NetworkSerialPort::IsNetworkDevice(line_.device)) return remote_.Open();
   const Result<SerialLineSettings> parsed = ParseSerialLineSettings(line_.settings);
-  if (!parsed) return Failure{parsed.Reason()};
+  if (!parsed) return parsed.AsFailure();
   const SerialLineSettings& settings = parsed.Value();
   if (line_.handshaking < kNoHandshaking || line_.handshaking > kRtsXOn)
     return Failure{"there is no handshaking " + std::to_string(line_.handshaking)};

@@ -53,7 +53,7 @@ class Agent : public EncoderAgent, private Part {
   std::vector<std::string> EncoderNames() override { return state_->names; }
   Result<std::unique_ptr<WindowsMediaEncoder>> Encoder(const std::string& name) override {
     const Outcome recorded = Record(*state_, "Encoder " + name);
-    if (!recorded) return Failure{recorded.Reason()};
+    if (!recorded) return recorded.AsFailure();
     return std::unique_ptr<WindowsMediaEncoder>(std::make_unique<MediaEncoder>(state_));
   }
 };
@@ -72,7 +72,7 @@ Result<std::unique_ptr<AsfEncoder>> SimulatedEncoders::CreateAsfEncoder() {
 
 Result<std::unique_ptr<EncoderAgent>> SimulatedEncoders::CreateEncoderAgent(const std::string& computer) {
   const Outcome recorded = Record(*state_, "Agent on " + computer);
-  if (!recorded) return Failure{recorded.Reason()};
+  if (!recorded) return recorded.AsFailure();
   return std::unique_ptr<EncoderAgent>(std::make_unique<Agent>(state_));
 }
 

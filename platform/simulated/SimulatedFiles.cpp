@@ -38,7 +38,7 @@ bool IsBelow(const std::string& path, const std::string& folder) {
 
 }  // namespace
 
-// An open file outlives its name, so it has the bytes of its own.
+// An open file outlives its name, so it has its own copy of the bytes.
 class SimulatedFiles::Reader : public FileReader {
  public:
   Reader(SimulatedFiles& files, std::string path, std::string bytes)
@@ -130,7 +130,7 @@ Result<std::string> SimulatedFiles::Read(const std::string& path, std::uint64_t 
 
 Result<std::unique_ptr<FileReader>> SimulatedFiles::OpenForReading(const std::string& path) {
   Result<std::string> bytes = Read(path, std::numeric_limits<std::uint64_t>::max());
-  if (!bytes) return Failure{bytes.Reason()};
+  if (!bytes) return bytes.AsFailure();
   return std::unique_ptr<FileReader>(std::make_unique<Reader>(*this, path, std::move(bytes.Value())));
 }
 

@@ -1,4 +1,4 @@
-// SimulatedFiles: a file system in memory, with failures on request. Folders come to be with CreateFolders,
+// SimulatedFiles: a file system in memory, with failures on request. Folders are made by CreateFolders,
 // except "/" and the temporary folder "/tmp", which are there. Used on one thread.
 #pragma once
 
@@ -30,8 +30,8 @@ class SimulatedFiles : public FileSystem {
   // it fails: "cannot write '/x': " + answer.
   std::function<std::string(const std::string& operation, const std::string& path)> fail;
 
-  // Told of each state that another process could find while an operation that changes something runs: a file
-  // just emptied, half written, complete.
+  // Called at each state that another process could find while an operation that changes something runs: a
+  // file just emptied, half written, complete.
   std::function<void(const std::string& operation, const std::string& path)> observe;
 
   std::string Contents(const std::string& path);  // "" when missing

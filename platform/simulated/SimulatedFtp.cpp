@@ -38,7 +38,7 @@ class Session : public FtpSession {
       return std::string(exists ? "" : "550 Could not get file size.");
     });
     if (asked || (connected_ && response_ == "550 Could not get file size.")) return exists;
-    return Failure{asked.Reason()};
+    return asked.AsFailure();
   }
   Outcome Rename(const std::string& from, const std::string& to) override {
     return Do(
@@ -66,7 +66,7 @@ class Session : public FtpSession {
       bytes = found->second;
       return {};
     });
-    if (!done) return Failure{done.Reason()};
+    if (!done) return done.AsFailure();
     if (bytes.size() > limit) return Failure{"cannot download '" + path + "': it is too large"};
     return bytes;
   }

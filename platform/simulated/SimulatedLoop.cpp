@@ -36,7 +36,7 @@ SimulatedLoop::SimulatedLoop() : state_(std::make_unique<State>()) {}
 
 SimulatedLoop::~SimulatedLoop() {
   AbandonTasks();
-  // Releasing what was posted may post again; all of it goes unheard.
+  // Releasing what was posted may post again; all of it is dropped.
   while (state_->TakePosted()) {
   }
 }

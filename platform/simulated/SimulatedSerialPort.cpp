@@ -8,7 +8,7 @@ Outcome SimulatedSerialPort::Open() {
   Close();
   if (!openFailure.empty()) return Failure{openFailure};
   const Result<SerialLineSettings> settings = ParseSerialLineSettings(line.settings);
-  if (!settings) return Failure{settings.Reason()};
+  if (!settings) return settings.AsFailure();
   open_ = true;
   ++opened;
   return {};

@@ -231,7 +231,7 @@ class IcecastTest : public HttpServersTest {
     for (int i = 0; i < 10; ++i) frames += frame;
     source.Send(frames);
   }
-  // Streams on until the listener has been told of `title`.
+  // Streams on until the listener has been told `title`.
   bool Hears(const std::string& title) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < deadline) {
