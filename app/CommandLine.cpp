@@ -9,7 +9,7 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t kHelpWidth = 80;
-constexpr std::size_t kNameWidth = 26;
+constexpr std::size_t kNameWidth = 30;
 constexpr int kMostWords = 1'000'000;  // more than a process can be given
 // As many options are shown one by one in a usage line.
 constexpr std::size_t kMostShownOptions = 2;
@@ -124,7 +124,7 @@ class HelpFormatter final : public CLI::Formatter {
   HelpFormatter() { label("Positionals", "Words"); }
 
   std::string make_description(const CLI::App* app) const override {
-    const std::string start = PathOf(*app) + ": ";
+    const std::string start = PathOf(*app) + ":";
     return start + Wrapped(app->get_description(), start.size(), 2) + "\n\n";
   }
   std::string make_usage(const CLI::App* app, std::string) const override {
@@ -137,7 +137,9 @@ class HelpFormatter final : public CLI::Formatter {
   std::string make_option(const CLI::Option* option, bool isWord) const override {
     if (isWord) return Row(option->get_name() + option->get_option_text(), option->get_description());
     const std::string value = TakesValue(*option) ? " " + option->get_option_text() : "";
-    return Row(option->get_name(false, true) + value, option->get_description());
+    const bool hasShort = !option->get_snames().empty();
+    const std::string shortName = hasShort ? "-" + option->get_snames().front() + ", " : "";
+    return Row(shortName + option->get_name() + value, option->get_description());
   }
   std::string make_footer(const CLI::App* app) const override {
     const std::string footer = app->get_footer();
@@ -146,8 +148,8 @@ class HelpFormatter final : public CLI::Formatter {
   // Commands stand in front of the options.
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
     const std::string footer = make_footer(app);
-    return make_description(app) + make_usage(app, name) + make_positionals(app) + make_subcommands(app, mode) +
-           make_groups(app, mode) + (footer.empty() ? "" : "\n" + footer);
+    return make_description(app) + make_usage(app, name) + make_positionals(app) +
+           make_subcommands(app, mode) + make_groups(app, mode) + (footer.empty() ? "" : "\n" + footer);
   }
 };
 
@@ -201,19 +203,30 @@ std::string JoinedNames(const std::vector<const CLI::App*>& commands) {
   return joined;
 }
 
-// The first word that nothing took, in words; "" when there is none.
+const CLI::App* NextGiven(const CLI::App& app) {
+  const std::vector<CLI::App*> given = app.get_subcommands();
+  return given.empty() ? nullptr : given.front();
+}
+
+// The start of "settings get has no ...".
+std::string HasNo(const CLI::App& app) {
+  return app.get_parent() == nullptr ? "there is no " : ShortPathOf(app) + " has no ";
+}
+
+// The first word that nothing took, options before others; "" when there is none.
 std::string DescribeLeftOver(const CLI::App& program) {
   const CLI::App& given = GivenCommand(program);
-  for (const CLI::App* app = &program;; app = app->get_subcommands().front()) {
+  std::string other;
+  for (const CLI::App* app = &program; app != nullptr; app = NextGiven(*app)) {
     for (const std::string& word : app->remaining()) {
       if (word == "--") continue;
       if (word.size() > 1 && word.front() == '-' && !given.get_allow_extras())
-        return ShortPathOf(*app) + " has no option '" + word + "'";
-      if (CommandsOf(given).empty()) return ShortPathOf(given) + " has no use for '" + word + "'";
-      return (&given == &program ? "there is no" : ShortPathOf(given) + " has no") + " command '" + word + "'";
+        return HasNo(*app) + "option '" + word + "'";
+      if (other.empty())
+        other = HasNo(given) + (CommandsOf(given).empty() ? "use for '" : "command '") + word + "'";
     }
-    if (app == &given) return "";
   }
+  return other;
 }
 
 std::string UpTo(const std::string& text, std::string_view mark) {
@@ -221,9 +234,12 @@ std::string UpTo(const std::string& text, std::string_view mark) {
 }
 
 std::string DescribeMissing(const CLI::App& given, const std::string& error) {
-  if (CommandsOf(given).empty()) return ShortPathOf(given) + " needs " + UpTo(error, " is required");
-  const std::string what = given.get_parent() == nullptr ? "a command is missing: " : ShortPathOf(given) + " what? ";
-  return what + JoinedNames(CommandsOf(given));
+  const bool isProgram = given.get_parent() == nullptr;
+  const std::string missing = UpTo(error, " is required");
+  if (CommandsOf(given).empty())
+    return isProgram ? missing + " is needed" : ShortPathOf(given) + " needs " + missing;
+  return (isProgram ? "a command is missing: " : ShortPathOf(given) + " what? ") +
+         JoinedNames(CommandsOf(given));
 }
 
 // CLI11 tells what happened by the class and begins its text with the name of the option.
@@ -323,8 +339,8 @@ const std::vector<std::string>& WordsOf(const CLI::App& command, const std::stri
 }
 
 const CLI::App& GivenCommand(const CLI::App& program) {
-  const std::vector<CLI::App*> given = program.get_subcommands();
-  return given.empty() ? program : GivenCommand(*given.front());
+  const CLI::App* given = NextGiven(program);
+  return given == nullptr ? program : GivenCommand(*given);
 }
 
 }  // namespace zeb

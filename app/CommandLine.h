@@ -1,5 +1,5 @@
-// CommandLine: what zebctl and zeb-labelserver share in reading their options with CLI11: the declarations give
-// the reading, the help texts and the errors.
+// CommandLine: what zebctl and zeb-labelserver share in reading their options with CLI11: the declarations
+// give the reading, the help texts and the errors.
 //
 // CLI11 is a large header: only what declares options may include this one.
 #pragma once
@@ -15,8 +15,8 @@
 
 namespace zeb {
 
-// Gives the program --help, also below each command, --version, and the layout of the help texts. To be called
-// before anything else is declared. `name` is the program's.
+// Gives the program --help, also below each command, --version, and the layout of the help texts. To be
+// called before anything else is declared. `name` is the program's.
 void PrepareCommandLine(CLI::App& program, const std::string& name);
 
 // `name` with its dashes; `value` stands for the value in the help text. The last one given counts.

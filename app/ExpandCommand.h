@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "core/OutputTypes.h"
 #include "platform/Environment.h"
 #include "platform/Time.h"
-#include "core/OutputTypes.h"
 
 namespace zeb {
 

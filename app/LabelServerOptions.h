@@ -16,7 +16,8 @@ struct LabelServerOptions {
   std::string textToShow;     // not empty: --help or --version, and nothing else
 };
 
-// Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's name.
+// Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's
+// name.
 Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words);
 
 }  // namespace zeb

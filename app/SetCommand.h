@@ -1,5 +1,5 @@
-// SetCommand: `zebctl set`: manual entry from a shell. It becomes a message of a playout system, which is sent
-// as `zebctl send` sends it.
+// SetCommand: `zebctl set`: manual entry from a shell. It becomes a message of a playout system, which is
+// sent as `zebctl send` sends it.
 #pragma once
 
 #include <string>

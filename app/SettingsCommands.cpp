@@ -110,20 +110,26 @@ int Export(const Command& command) {
 int Run(const Command& command) {
   using Action = SettingsOptions::Action;
   switch (command.options.action) {
-    case Action::kList: return List(command);
-    case Action::kGet: return Get(command);
-    case Action::kSet: return Set(command);
-    case Action::kDelete: return Delete(command);
-    case Action::kImport: return Import(command);
-    case Action::kExport: break;
+    case Action::kList:
+      return List(command);
+    case Action::kGet:
+      return Get(command);
+    case Action::kSet:
+      return Set(command);
+    case Action::kDelete:
+      return Delete(command);
+    case Action::kImport:
+      return Import(command);
+    case Action::kExport:
+      break;
   }
   return Export(command);
 }
 
 }  // namespace
 
-int RunSettingsCommand(SettingsHive& hive, FileSystem& files, const SettingsOptions& options, std::ostream& out,
-                       std::ostream& err) {
+int RunSettingsCommand(SettingsHive& hive, FileSystem& files, const SettingsOptions& options,
+                       std::ostream& out, std::ostream& err) {
   const Command command{hive, files, options, out, err};
   try {
     const int status = Run(command);

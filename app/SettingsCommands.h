@@ -25,9 +25,9 @@ struct SettingsOptions {
   bool MakesSettings() const { return action == Action::kSet || action == Action::kImport; }
 };
 
-// The exit status: 0, or 1 when it failed. A failure is one line on `err` that begins with "zebctl: ". Nothing
-// is thrown.
-int RunSettingsCommand(SettingsHive& hive, FileSystem& files, const SettingsOptions& options, std::ostream& out,
-                       std::ostream& err);
+// The exit status: 0, or 1 when it failed. A failure is one line on `err` that begins with "zebctl: ".
+// Nothing is thrown.
+int RunSettingsCommand(SettingsHive& hive, FileSystem& files, const SettingsOptions& options,
+                       std::ostream& out, std::ostream& err);
 
 }  // namespace zeb

@@ -16,7 +16,8 @@
 namespace zeb {
 namespace {
 
-constexpr char kKey[] = "the key: Service1\\File and the like (Service1/File will do), or a whole path Software\\...";
+constexpr char kKey[] =
+    "the key: Service1\\File and the like (Service1/File will do), or a whole path Software\\...";
 constexpr char kExitStatus[] =
     "Exit status: 0 done, 1 failed (one line says why), 2 wrong usage or control refused.";
 
@@ -112,7 +113,7 @@ void DeclareSettings(CLI::App& program) {
     AddWord(*command, "KEY", kKey)->required();
     AddWord(*command, "NAME", "the value's name")->required();
   }
-  AddWord(set, "DATA", "what it is set to; what begins with - may stand behind --")->required();
+  AddWord(set, "DATA", "what it is set to; -- goes in front of a DATA such as --number")->required();
   AddFlag(set, "--number", "DATA is stored as a number of 32 bits, else as a text");
   TakeUnknownOptionsAsWords(set);
   CLI::App& remove = *AddCommand(settings, "delete", "delete a value, or a key and all below it");
@@ -135,7 +136,8 @@ void DeclareSend(CLI::App& program) {
   AddWords(send, "MESSAGE", "a message; without one the lines of standard input are sent as they come")
       ->check(CheckMessage);
   DeclareConnection(send, "--name");
-  send.footer("For instance:\n  zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
+  send.footer(
+      "For instance:\nzebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
 }
 
 void DeclareItem(CLI::App& command) {
@@ -151,8 +153,8 @@ void DeclareItem(CLI::App& command) {
 void DeclareSet(CLI::App& program) {
   CLI::App& set = *AddCommandGroup(program, "set", "entry by hand, as the messages of a playout system");
   DeclareItem(*AddCommand(set, "current", "the item that is on air"));
-  DeclareItem(*AddCommand(set, "next", "the item after it"));
-  DeclareItem(*AddCommand(set, "previous", "the item before it"));
+  DeclareItem(*AddCommand(set, "next", "the item after the one on air"));
+  DeclareItem(*AddCommand(set, "previous", "the item before the one on air"));
   DeclareItem(*AddCommand(set, "coming", "the item that is announced"));
   CLI::App& promote = *AddCommand(set, "promote", "make the next or coming item the current one");
   AddWord(promote, "next|coming", "which item; the options change it")->required()->check(CheckPromotion);
@@ -175,7 +177,8 @@ void DeclareExpand(CLI::App& program) {
   AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
   AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests")->excludes(page);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
-  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")->check(CheckMoment);
+  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")
+      ->check(CheckMoment);
   AddValue(expand, "--service", "N", "with the settings of service N")->check(CheckService);
 }
 
@@ -218,7 +221,8 @@ ManualEntry ItemOf(const CLI::App& command) {
   if (command.get_name() != "promote")
     entry.slot = slots.at(command.get_name());
   else
-    entry.slot = ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
+    entry.slot =
+        ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
   entry.itemName = ValueOf(command, "--title");
   entry.artist = ValueOf(command, "--artist");
   entry.notes = ValueOf(command, "--notes");
@@ -308,7 +312,8 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   options.textToShow = std::move(read.Value());
   if (!options.textToShow.empty()) return options;
   options.home = ValueOf(program, "--home");
-  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken) return Failure{taken.Reason()};
+  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken)
+    return Failure{taken.Reason()};
   return options;
 }
 

@@ -13,12 +13,13 @@
 namespace zeb {
 
 struct ZebctlOptions {
-  std::string home;                                                 // --home; "" when it is not given
-  std::string textToShow;                                           // not empty: --help or --version, no command
+  std::string home;        // --home; "" when it is not given
+  std::string textToShow;  // not empty: --help or --version, no command
   std::variant<SettingsOptions, SendOptions, ExpandOptions> command;  // `set` sends
 };
 
-// Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's name.
+// Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's
+// name.
 Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words);
 
 }  // namespace zeb
