@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -264,32 +265,57 @@ std::string Describe(const CLI::App& program, const CLI::ParseError& error) {
 
 }  // namespace
 
-void PrepareCommandLine(CLI::App& program, const std::string& name) {
-  program.name(name);
-  program.formatter(std::make_shared<HelpFormatter>());
-  program.set_help_flag("-h,--help", "this text");
-  program.set_version_flag("--version", name + " " ZEB_VERSION, "the version");
+DeclaredOption DeclaredOption::Required() const {
+  return DeclaredOption(option_->required());
 }
 
-CLI::Option* AddValue(CLI::App& command, const std::string& name, const std::string& value,
-                      const std::string& help) {
-  return command.add_option(name, CLI::callback_t(), help)->option_text(value)->take_last();
+DeclaredOption DeclaredOption::Check(CheckFunction check) const {
+  return DeclaredOption(option_->check(check));
 }
 
-CLI::Option* AddFlag(CLI::App& command, const std::string& name, const std::string& help) {
-  return command.add_flag(name, help)->disable_flag_override()->take_last();
+DeclaredOption DeclaredOption::Excludes(DeclaredOption other) const {
+  return DeclaredOption(option_->excludes(other.option_));
 }
 
-CLI::Option* AddWord(CLI::App& command, const std::string& name, const std::string& help) {
-  return command.add_option(name, CLI::callback_t(), help);
+std::shared_ptr<CLI::App> MakeProgram(const std::string& name, const std::string& help) {
+  auto program = std::make_shared<CLI::App>(help, name);
+  program->formatter(std::make_shared<HelpFormatter>());
+  program->set_help_flag("-h,--help", "this text");
+  program->set_version_flag("--version", name + " " ZEB_VERSION, "the version");
+  return program;
+}
+
+CLI::App& AddCommand(CLI::App& parent, const std::string& name, const std::string& help) {
+  return *parent.add_subcommand(name, help);
+}
+
+void RequireCommand(CLI::App& command) {
+  command.require_subcommand(1);
+}
+
+void SetFooter(CLI::App& command, const std::string& text) {
+  command.footer(text);
+}
+
+DeclaredOption AddValue(CLI::App& command, const std::string& name, const std::string& value,
+                        const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help)->option_text(value)->take_last());
+}
+
+DeclaredOption AddFlag(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_flag(name, help)->disable_flag_override()->take_last());
+}
+
+DeclaredOption AddWord(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help));
 }
 
 // A list without an end would take "[a,b]" for two words.
-CLI::Option* AddWords(CLI::App& command, const std::string& name, const std::string& help) {
-  return AddWord(command, name, help)
-      ->option_text(" ...")
-      ->expected(kMostWords)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+DeclaredOption AddWords(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help)
+                            ->option_text(" ...")
+                            ->expected(kMostWords)
+                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }
 
 void TakeUnknownOptionsAsWords(CLI::App& command) {
@@ -341,6 +367,14 @@ const std::vector<std::string>& WordsOf(const CLI::App& command, const std::stri
 const CLI::App& GivenCommand(const CLI::App& program) {
   const CLI::App* given = NextGiven(program);
   return given == nullptr ? program : GivenCommand(*given);
+}
+
+std::string NameOf(const CLI::App& command) {
+  return command.get_name();
+}
+
+std::string GroupOf(const CLI::App& command) {
+  return command.get_parent() == nullptr ? "" : command.get_parent()->get_name();
 }
 
 }  // namespace zeb
