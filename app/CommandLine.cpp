@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -9,7 +10,7 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t kHelpWidth = 80;
-constexpr std::size_t kNameWidth = 26;
+constexpr std::size_t kNameWidth = 30;
 constexpr int kMostWords = 1'000'000;  // more than a process can be given
 // As many options are shown one by one in a usage line.
 constexpr std::size_t kMostShownOptions = 2;
@@ -124,7 +125,7 @@ class HelpFormatter final : public CLI::Formatter {
   HelpFormatter() { label("Positionals", "Words"); }
 
   std::string make_description(const CLI::App* app) const override {
-    const std::string start = PathOf(*app) + ": ";
+    const std::string start = PathOf(*app) + ":";
     return start + Wrapped(app->get_description(), start.size(), 2) + "\n\n";
   }
   std::string make_usage(const CLI::App* app, std::string) const override {
@@ -137,7 +138,9 @@ class HelpFormatter final : public CLI::Formatter {
   std::string make_option(const CLI::Option* option, bool isWord) const override {
     if (isWord) return Row(option->get_name() + option->get_option_text(), option->get_description());
     const std::string value = TakesValue(*option) ? " " + option->get_option_text() : "";
-    return Row(option->get_name(false, true) + value, option->get_description());
+    const bool hasShort = !option->get_snames().empty();
+    const std::string shortName = hasShort ? "-" + option->get_snames().front() + ", " : "";
+    return Row(shortName + option->get_name() + value, option->get_description());
   }
   std::string make_footer(const CLI::App* app) const override {
     const std::string footer = app->get_footer();
@@ -201,20 +204,30 @@ std::string JoinedNames(const std::vector<const CLI::App*>& commands) {
   return joined;
 }
 
-// The first word that nothing took, in words; "" when there is none.
+const CLI::App* NextGiven(const CLI::App& app) {
+  const std::vector<CLI::App*> given = app.get_subcommands();
+  return given.empty() ? nullptr : given.front();
+}
+
+// The start of "settings get has no ...".
+std::string HasNo(const CLI::App& app) {
+  return app.get_parent() == nullptr ? "there is no " : ShortPathOf(app) + " has no ";
+}
+
+// The first word that nothing took, options before others; "" when there is none.
 std::string DescribeLeftOver(const CLI::App& program) {
   const CLI::App& given = GivenCommand(program);
-  for (const CLI::App* app = &program;; app = app->get_subcommands().front()) {
+  std::string other;
+  for (const CLI::App* app = &program; app != nullptr; app = NextGiven(*app)) {
     for (const std::string& word : app->remaining()) {
       if (word == "--") continue;
       if (word.size() > 1 && word.front() == '-' && !given.get_allow_extras())
-        return ShortPathOf(*app) + " has no option '" + word + "'";
-      if (CommandsOf(given).empty()) return ShortPathOf(given) + " has no use for '" + word + "'";
-      return (&given == &program ? "there is no" : ShortPathOf(given) + " has no") + " command '" + word +
-             "'";
+        return HasNo(*app) + "option '" + word + "'";
+      if (other.empty())
+        other = HasNo(given) + (CommandsOf(given).empty() ? "use for '" : "command '") + word + "'";
     }
-    if (app == &given) return "";
   }
+  return other;
 }
 
 std::string UpTo(const std::string& text, std::string_view mark) {
@@ -222,10 +235,12 @@ std::string UpTo(const std::string& text, std::string_view mark) {
 }
 
 std::string DescribeMissing(const CLI::App& given, const std::string& error) {
-  if (CommandsOf(given).empty()) return ShortPathOf(given) + " needs " + UpTo(error, " is required");
-  const std::string what =
-      given.get_parent() == nullptr ? "a command is missing: " : ShortPathOf(given) + " what? ";
-  return what + JoinedNames(CommandsOf(given));
+  const bool isProgram = given.get_parent() == nullptr;
+  const std::string missing = UpTo(error, " is required");
+  if (CommandsOf(given).empty())
+    return isProgram ? missing + " is needed" : ShortPathOf(given) + " needs " + missing;
+  return (isProgram ? "a command is missing: " : ShortPathOf(given) + " what? ") +
+         JoinedNames(CommandsOf(given));
 }
 
 // CLI11 tells what happened by the class and begins its text with the name of the option.
@@ -250,32 +265,57 @@ std::string Describe(const CLI::App& program, const CLI::ParseError& error) {
 
 }  // namespace
 
-void PrepareCommandLine(CLI::App& program, const std::string& name) {
-  program.name(name);
-  program.formatter(std::make_shared<HelpFormatter>());
-  program.set_help_flag("-h,--help", "this text");
-  program.set_version_flag("--version", name + " " ZEB_VERSION, "the version");
+DeclaredOption DeclaredOption::Required() const {
+  return DeclaredOption(option_->required());
 }
 
-CLI::Option* AddValue(CLI::App& command, const std::string& name, const std::string& value,
-                      const std::string& help) {
-  return command.add_option(name, CLI::callback_t(), help)->option_text(value)->take_last();
+DeclaredOption DeclaredOption::Check(CheckFunction check) const {
+  return DeclaredOption(option_->check(check));
 }
 
-CLI::Option* AddFlag(CLI::App& command, const std::string& name, const std::string& help) {
-  return command.add_flag(name, help)->disable_flag_override()->take_last();
+DeclaredOption DeclaredOption::Excludes(DeclaredOption other) const {
+  return DeclaredOption(option_->excludes(other.option_));
 }
 
-CLI::Option* AddWord(CLI::App& command, const std::string& name, const std::string& help) {
-  return command.add_option(name, CLI::callback_t(), help);
+std::shared_ptr<CLI::App> MakeProgram(const std::string& name, const std::string& help) {
+  auto program = std::make_shared<CLI::App>(help, name);
+  program->formatter(std::make_shared<HelpFormatter>());
+  program->set_help_flag("-h,--help", "this text");
+  program->set_version_flag("--version", name + " " ZEB_VERSION, "the version");
+  return program;
+}
+
+CLI::App& AddCommand(CLI::App& parent, const std::string& name, const std::string& help) {
+  return *parent.add_subcommand(name, help);
+}
+
+void RequireCommand(CLI::App& command) {
+  command.require_subcommand(1);
+}
+
+void SetFooter(CLI::App& command, const std::string& text) {
+  command.footer(text);
+}
+
+DeclaredOption AddValue(CLI::App& command, const std::string& name, const std::string& value,
+                        const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help)->option_text(value)->take_last());
+}
+
+DeclaredOption AddFlag(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_flag(name, help)->disable_flag_override()->take_last());
+}
+
+DeclaredOption AddWord(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help));
 }
 
 // A list without an end would take "[a,b]" for two words.
-CLI::Option* AddWords(CLI::App& command, const std::string& name, const std::string& help) {
-  return AddWord(command, name, help)
-      ->option_text(" ...")
-      ->expected(kMostWords)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+DeclaredOption AddWords(CLI::App& command, const std::string& name, const std::string& help) {
+  return DeclaredOption(command.add_option(name, CLI::callback_t(), help)
+                            ->option_text(" ...")
+                            ->expected(kMostWords)
+                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }
 
 void TakeUnknownOptionsAsWords(CLI::App& command) {
@@ -325,8 +365,16 @@ const std::vector<std::string>& WordsOf(const CLI::App& command, const std::stri
 }
 
 const CLI::App& GivenCommand(const CLI::App& program) {
-  const std::vector<CLI::App*> given = program.get_subcommands();
-  return given.empty() ? program : GivenCommand(*given.front());
+  const CLI::App* given = NextGiven(program);
+  return given == nullptr ? program : GivenCommand(*given);
+}
+
+std::string NameOf(const CLI::App& command) {
+  return command.get_name();
+}
+
+std::string GroupOf(const CLI::App& command) {
+  return command.get_parent() == nullptr ? "" : command.get_parent()->get_name();
 }
 
 }  // namespace zeb

@@ -1,11 +1,11 @@
 // CommandLine: what zebctl and zeb-labelserver share in reading their options with CLI11: the declarations
 // give the reading, the help texts and the errors.
 //
-// CLI11 is a large header: only what declares options may include this one.
+// CLI11's headers take long to compile: they are included in one file, behind these functions.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <charconv>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,25 +13,50 @@
 
 #include "platform/Result.h"
 
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
 namespace zeb {
 
-// Gives the program --help, also below each command, --version, and the layout of the help texts. To be
-// called before anything else is declared. `name` is the program's.
-void PrepareCommandLine(CLI::App& program, const std::string& name);
+// An option or a word; it belongs to its command.
+class DeclaredOption {
+ public:
+  // Gives what is wrong with a value, to stand behind the option's name; "" when nothing is.
+  using CheckFunction = std::string (*)(const std::string& value);
+
+  explicit DeclaredOption(CLI::Option* option) : option_(option) {}
+  DeclaredOption Required() const;
+  DeclaredOption Check(CheckFunction check) const;
+  DeclaredOption Excludes(DeclaredOption other) const;
+
+ private:
+  CLI::Option* option_;
+};
+
+// A program with --help, also below each command, and --version.
+std::shared_ptr<CLI::App> MakeProgram(const std::string& name, const std::string& help);
+
+CLI::App& AddCommand(CLI::App& parent, const std::string& name, const std::string& help);
+// From here on one of the program's or the command's own commands must be given.
+void RequireCommand(CLI::App& command);
+// Stands at the end of the help text, also of commands that are added afterwards.
+void SetFooter(CLI::App& command, const std::string& text);
 
 // `name` with its dashes; `value` stands for the value in the help text. The last one given counts.
-CLI::Option* AddValue(CLI::App& command, const std::string& name, const std::string& value,
-                      const std::string& help);
-CLI::Option* AddFlag(CLI::App& command, const std::string& name, const std::string& help);
+DeclaredOption AddValue(CLI::App& command, const std::string& name, const std::string& value,
+                        const std::string& help);
+DeclaredOption AddFlag(CLI::App& command, const std::string& name, const std::string& help);
 // A word without a name of its own.
-CLI::Option* AddWord(CLI::App& command, const std::string& name, const std::string& help);
+DeclaredOption AddWord(CLI::App& command, const std::string& name, const std::string& help);
 // Any number of them.
-CLI::Option* AddWords(CLI::App& command, const std::string& name, const std::string& help);
+DeclaredOption AddWords(CLI::App& command, const std::string& name, const std::string& help);
 
 // From here on the words of the command that are no options of it are what they seem, also "-x".
 void TakeUnknownOptionsAsWords(CLI::App& command);
 
-// For CLI::Option::check: they give what is wrong, to stand behind the option's name; "" when nothing is.
+// For DeclaredOption::Check.
 std::string CheckNotEmpty(const std::string& text);
 std::string CheckPort(const std::string& text);
 std::string CheckPortOrNone(const std::string& text);  // takes 0, too
@@ -55,5 +80,8 @@ std::optional<Number> WholeNumber(std::string_view text) {
 
 // The command that was given; the program itself when it has none.
 const CLI::App& GivenCommand(const CLI::App& program);
+std::string NameOf(const CLI::App& command);
+// The command that leads to it; the program's when none does.
+std::string GroupOf(const CLI::App& command);
 
 }  // namespace zeb

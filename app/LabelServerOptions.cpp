@@ -7,14 +7,15 @@
 namespace zeb {
 
 Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words) {
-  CLI::App program("takes DAB labels and writes them to files for a PAD encoder");
-  PrepareCommandLine(program, "zeb-labelserver");
+  const auto owned =
+      MakeProgram("zeb-labelserver", "takes DAB labels and writes them to files for a PAD encoder");
+  CLI::App& program = *owned;
   AddValue(program, "--config", "FILE.ini", "one section a service: [name], Password=..., FileName=...")
-      ->required()
-      ->check(CheckNotEmpty);
-  AddValue(program, "--port", "N", "the TCP port (4000); 0 takes a free one")->check(CheckPortOrNone);
+      .Required()
+      .Check(CheckNotEmpty);
+  AddValue(program, "--port", "N", "the TCP port (4000); 0 takes a free one").Check(CheckPortOrNone);
   AddValue(program, "--address", "A", "the address to listen on (127.0.0.1)");
-  program.footer("Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.");
+  SetFooter(program, "Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.");
 
   Result<std::string> read = ReadCommandLine(program, words);
   if (!read) return read.AsFailure();

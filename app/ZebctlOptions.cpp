@@ -95,91 +95,89 @@ std::optional<std::int32_t> StoredNumber(const std::string& text) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(*number));
 }
 
-CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& help) {
-  return parent.add_subcommand(name, help);
-}
-
-CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::string& help) {
-  return AddCommand(parent, name, help)->require_subcommand(1);
+CLI::App& AddCommandGroup(CLI::App& parent, const std::string& name, const std::string& help) {
+  CLI::App& group = AddCommand(parent, name, help);
+  RequireCommand(group);
+  return group;
 }
 
 void DeclareSettings(CLI::App& program) {
-  CLI::App& settings = *AddCommandGroup(program, "settings", "the settings of the data folder");
-  settings.footer("`systemctl reload zebd` makes a running publisher read what was changed.");
-  AddWord(*AddCommand(settings, "list", "keys and values, from the settings root on"), "KEY", kKey);
-  CLI::App& get = *AddCommand(settings, "get", "one value");
-  CLI::App& set = *AddCommand(settings, "set", "set a value");
+  CLI::App& settings = AddCommandGroup(program, "settings", "the settings of the data folder");
+  SetFooter(settings, "`systemctl reload zebd` makes a running publisher read what was changed.");
+  AddWord(AddCommand(settings, "list", "keys and values, from the settings root on"), "KEY", kKey);
+  CLI::App& get = AddCommand(settings, "get", "one value");
+  CLI::App& set = AddCommand(settings, "set", "set a value");
   for (CLI::App* command : {&get, &set}) {
-    AddWord(*command, "KEY", kKey)->required();
-    AddWord(*command, "NAME", "the value's name")->required();
+    AddWord(*command, "KEY", kKey).Required();
+    AddWord(*command, "NAME", "the value's name").Required();
   }
-  AddWord(set, "DATA", "what it is set to; what begins with - may stand behind --")->required();
+  AddWord(set, "DATA", "what it is set to; -- goes in front of a DATA such as --number").Required();
   AddFlag(set, "--number", "DATA is stored as a number of 32 bits, else as a text");
   TakeUnknownOptionsAsWords(set);
-  CLI::App& remove = *AddCommand(settings, "delete", "delete a value, or a key and all below it");
-  AddWord(remove, "KEY", kKey)->required()->check(CheckNotEmpty);
+  CLI::App& remove = AddCommand(settings, "delete", "delete a value, or a key and all below it");
+  AddWord(remove, "KEY", kKey).Required().Check(CheckNotEmpty);
   AddWord(remove, "NAME", "the value's name");
-  AddWord(*AddCommand(settings, "import", "take over a file, all of it or nothing"), "FILE.reg",
+  AddWord(AddCommand(settings, "import", "take over a file, all of it or nothing"), "FILE.reg",
           "a registry file")
-      ->required();
-  AddWord(*AddCommand(settings, "export", "a registry file on standard output"), "KEY", kKey);
+      .Required();
+  AddWord(AddCommand(settings, "export", "a registry file on standard output"), "KEY", kKey);
 }
 
 void DeclareConnection(CLI::App& command, const std::string& nameOption) {
-  AddValue(command, "--host", "H", "where the service runs (127.0.0.1)")->check(CheckOneLine);
-  AddValue(command, "--port", "P", "its control port (6901)")->check(CheckPort);
-  AddValue(command, nameOption, "NAME", "the name to take control under (zebctl)")->check(CheckOneLine);
+  AddValue(command, "--host", "H", "where the service runs (127.0.0.1)").Check(CheckOneLine);
+  AddValue(command, "--port", "P", "its control port (6901)").Check(CheckPort);
+  AddValue(command, nameOption, "NAME", "the name to take control under (zebctl)").Check(CheckOneLine);
 }
 
 void DeclareSend(CLI::App& program) {
-  CLI::App& send = *AddCommand(program, "send", "messages to a service, as a playout system sends them");
+  CLI::App& send = AddCommand(program, "send", "messages to a service, as a playout system sends them");
   AddWords(send, "MESSAGE", "a message; without one the lines of standard input are sent as they come")
-      ->check(CheckMessage);
+      .Check(CheckMessage);
   DeclareConnection(send, "--name");
-  send.footer(
-      "For instance:\n  zebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
+  SetFooter(
+      send,
+      "For instance:\nzebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
 }
 
 void DeclareItem(CLI::App& command) {
   AddValue(command, "--title", "T", "its title");
   AddValue(command, "--artist", "A", "its artist");
   AddValue(command, "--type", "TYPE", "song (unless told otherwise), link, spot, other or a number")
-      ->check(CheckType);
-  AddValue(command, "--cart", "N", "a cart: what is not given here comes from there")->check(CheckCart);
+      .Check(CheckType);
+  AddValue(command, "--cart", "N", "a cart: what is not given here comes from there").Check(CheckCart);
   AddValue(command, "--notes", "T", "notes");
   DeclareConnection(command, "--controller");
 }
 
 void DeclareSet(CLI::App& program) {
-  CLI::App& set = *AddCommandGroup(program, "set", "entry by hand, as the messages of a playout system");
-  DeclareItem(*AddCommand(set, "current", "the item that is on air"));
-  DeclareItem(*AddCommand(set, "next", "the item after it"));
-  DeclareItem(*AddCommand(set, "previous", "the item before it"));
-  DeclareItem(*AddCommand(set, "coming", "the item that is announced"));
-  CLI::App& promote = *AddCommand(set, "promote", "make the next or coming item the current one");
-  AddWord(promote, "next|coming", "which item; the options change it")->required()->check(CheckPromotion);
+  CLI::App& set = AddCommandGroup(program, "set", "entry by hand, as the messages of a playout system");
+  DeclareItem(AddCommand(set, "current", "the item that is on air"));
+  DeclareItem(AddCommand(set, "next", "the item after the one on air"));
+  DeclareItem(AddCommand(set, "previous", "the item before the one on air"));
+  DeclareItem(AddCommand(set, "coming", "the item that is announced"));
+  CLI::App& promote = AddCommand(set, "promote", "make the next or coming item the current one");
+  AddWord(promote, "next|coming", "which item; the options change it").Required().Check(CheckPromotion);
   DeclareItem(promote);
-  CLI::App& presenter = *AddCommand(set, "presenter", "who presents");
+  CLI::App& presenter = AddCommand(set, "presenter", "who presents");
   AddValue(presenter, "--name", "N", "the presenter's full name");
-  CLI::App& show = *AddCommand(set, "show", "the show on air");
+  CLI::App& show = AddCommand(set, "show", "the show on air");
   AddValue(show, "--title", "T", "the show's title");
   for (CLI::App* command : {&presenter, &show}) {
-    AddValue(*command, "--reference", "R", "its reference")->required()->check(CheckNotEmpty);
+    AddValue(*command, "--reference", "R", "its reference").Required().Check(CheckNotEmpty);
     DeclareConnection(*command, "--controller");
   }
 }
 
 void DeclareExpand(CLI::App& program) {
-  CLI::App& expand = *AddCommand(program, "expand", "what a template gives, without any output");
+  CLI::App& expand = AddCommand(program, "expand", "what a template gives, without any output");
   AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one");
   AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded");
-  CLI::Option* page = AddFlag(expand, "--page", "as the file output treats a page");
+  const DeclaredOption page = AddFlag(expand, "--page", "as the file output treats a page");
   AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
-  AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests")->excludes(page);
+  AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
-  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"")
-      ->check(CheckMoment);
-  AddValue(expand, "--service", "N", "with the settings of service N")->check(CheckService);
+  AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"").Check(CheckMoment);
+  AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
 }
 
 Result<SettingsOptions> SettingsOf(const CLI::App& command) {
@@ -188,7 +186,7 @@ Result<SettingsOptions> SettingsOf(const CLI::App& command) {
       {"list", Action::kList},     {"get", Action::kGet},       {"set", Action::kSet},
       {"delete", Action::kDelete}, {"import", Action::kImport}, {"export", Action::kExport}};
   SettingsOptions options;
-  options.action = actions.at(command.get_name());
+  options.action = actions.at(NameOf(command));
   if (options.action == Action::kImport) {
     options.file = ValueOf(command, "FILE.reg");
     return options;
@@ -218,8 +216,8 @@ ManualEntry ItemOf(const CLI::App& command) {
                                                           {"previous", ManualSlot::kPrevious},
                                                           {"coming", ManualSlot::kComingSoon}};
   ManualEntry entry;
-  if (command.get_name() != "promote")
-    entry.slot = slots.at(command.get_name());
+  if (NameOf(command) != "promote")
+    entry.slot = slots.at(NameOf(command));
   else
     entry.slot =
         ValueOf(command, "next|coming") == "next" ? ManualSlot::kPromoteNext : ManualSlot::kPromoteComing;
@@ -236,11 +234,11 @@ ManualEntry ItemOf(const CLI::App& command) {
 
 Result<SendOptions> SetOf(const CLI::App& command) {
   SetOptions set;
-  if (command.get_name() == "presenter") {
+  if (NameOf(command) == "presenter") {
     set.what = SetOptions::What::kPresenter;
     set.entry.presenterReference = ValueOf(command, "--reference");
     set.entry.presenterFullName = ValueOf(command, "--name");
-  } else if (command.get_name() == "show") {
+  } else if (NameOf(command) == "show") {
     set.what = SetOptions::What::kShow;
     set.entry.showReference = ValueOf(command, "--reference");
     set.entry.showTitle = ValueOf(command, "--title");
@@ -269,16 +267,16 @@ ExpandOptions ExpandOf(const CLI::App& command) {
 
 template <class T>
 Outcome Take(ZebctlOptions& options, Result<T> command) {
-  if (!command) return command.AsFailure();
+  if (!command) return Failure{command.Reason()};
   options.command = std::move(command.Value());
   return {};
 }
 
 Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
-  const std::string& group = command.get_parent()->get_name();
+  const std::string group = GroupOf(command);
   if (group == "settings") return Take(options, SettingsOf(command));
   if (group == "set") return Take(options, SetOf(command));
-  if (command.get_name() == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
+  if (NameOf(command) == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
   SendOptions send = ConnectionOf(command, "--name");
   send.messages = WordsOf(command, "MESSAGE");
   return Take(options, Result<SendOptions>(std::move(send)));
@@ -295,24 +293,25 @@ std::vector<std::string> WithHelpBehind(std::vector<std::string> words) {
 }  // namespace
 
 Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
-  CLI::App program("settings, messages and template previews for ZEB");
-  PrepareCommandLine(program, "zebctl");
-  program.require_subcommand(1);
+  const auto owned = MakeProgram("zebctl", "settings, messages and template previews for ZEB");
+  CLI::App& program = *owned;
+  RequireCommand(program);
   AddValue(program, "--home", "DIR", "the data folder, else $ZEB_HOME, /var/lib/zeb or ~/.local/share/zeb")
-      ->check(CheckNotEmpty);
+      .Check(CheckNotEmpty);
   DeclareSettings(program);
   DeclareSend(program);
   DeclareSet(program);
   DeclareExpand(program);
-  program.footer(std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
+  SetFooter(program, std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
 
   Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));
-  if (!read) return read.AsFailure();
+  if (!read) return Failure{read.Reason()};
   ZebctlOptions options;
   options.textToShow = std::move(read.Value());
   if (!options.textToShow.empty()) return options;
   options.home = ValueOf(program, "--home");
-  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken) return taken.AsFailure();
+  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken)
+    return Failure{taken.Reason()};
   return options;
 }
 

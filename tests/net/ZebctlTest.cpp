@@ -79,7 +79,7 @@ TEST_F(ZebctlTest, TellsEveryFailureInOneLine) {
       {{"expand", "--html"}, 2, "'--html'"},
       {{"expand", "--now", "2026-02-30 00:00:00"}, 2, "'2026-02-30 00:00:00'"},
       {{"expand", "--page", "--url-encode"}, 2, "--url-encode"},
-      {{"expand", "a", "b"}, 2, "one template"},
+      {{"expand", "a", "b"}, 2, "'b'"},
       {{"expand", "--simple-text"}, 2, "--simple-text"},
       {{"expand", "/nowhere/now.html"}, 1, "/nowhere/now.html"},
       {{"expand", "--messages", "/nowhere/list"}, 1, "/nowhere/list"},

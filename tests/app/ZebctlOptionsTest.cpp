@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/LabelServerOptions.h"
+#include "app/ZebctlOptions.h"
+
+namespace zeb {
+namespace {
+
+using Words = std::vector<std::string>;
+
+// What was read, in one line.
+std::string Shown(const Words& words) {
+  const auto read = ReadZebctlOptions(words);
+  if (!read) return read.Reason();
+  const ZebctlOptions& options = read.Value();
+  EXPECT_EQ(options.textToShow, "");
+  std::ostringstream out;
+  if (!options.home.empty()) out << "home=" << options.home << ' ';
+  if (const auto* settings = std::get_if<SettingsOptions>(&options.command)) {
+    out << static_cast<int>(settings->action) << " [" << settings->key << "] ";
+    if (settings->name) out << '[' << *settings->name << "] ";
+    if (settings->number)
+      out << *settings->number;
+    else
+      out << '[' << settings->data << ']';
+    out << settings->file;
+  } else if (const auto* send = std::get_if<SendOptions>(&options.command)) {
+    out << send->host << ' ' << send->port << ' ' << send->name;
+    for (const std::string& message : send->messages) out << " [" << message << ']';
+  } else {
+    const auto& expand = std::get<ExpandOptions>(options.command);
+    out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
+        << expand.page << expand.urlEncode << expand.listFiles << ' ' << expand.now.has_value() << ' '
+        << expand.service;
+  }
+  return out.str();
+}
+
+struct Case {
+  Words words;
+  std::string shown;
+};
+
+template <std::size_t N>
+void Check(const Case (&cases)[N]) {
+  for (const Case& c : cases) {
+    std::string line;
+    for (const std::string& word : c.words) line += "'" + word + "' ";
+    EXPECT_EQ(Shown(c.words), c.shown) << line;
+  }
+}
+
+TEST(ZebctlOptions, ReadsSettings) {
+  Check({{{"settings", "list"}, "0 [] []"},
+         {{"--home", "/d", "settings", "list", "Service1/File"}, "home=/d 0 [Service1/File] []"},
+         {{"--home=/d", "settings", "get", "", "set"}, "home=/d 1 [] [set] []"},
+         {{"settings", "set", "k", "n", ""}, "2 [k] [n] []"},
+         {{"settings", "set", "k", "n", "a b"}, "2 [k] [n] [a b]"},
+         {{"settings", "set", "k", "n", "-1", "--number"}, "2 [k] [n] -1"},
+         {{"settings", "set", "--number", "k", "n", "4294967295"}, "2 [k] [n] -1"},
+         {{"settings", "set", "k", "n", "-1"}, "2 [k] [n] [-1]"},
+         {{"settings", "set", "k", "n", "-p --q=r"}, "2 [k] [n] [-p --q=r]"},
+         {{"settings", "set", "k", "n", "--password="}, "2 [k] [n] [--password=]"},
+         {{"settings", "set", "k", "n", "++"}, "2 [k] [n] [++]"},
+         {{"settings", "set", "k", "n", "--", "--number"}, "2 [k] [n] [--number]"},
+         {{"settings", "set", "--", "k", "n", "--"}, "2 [k] [n] [--]"},
+         {{"settings", "delete", "k"}, "3 [k] []"},
+         {{"settings", "delete", "k", "n"}, "3 [k] [n] []"},
+         {{"settings", "import", "a.reg"}, "4 [] []a.reg"},
+         {{"settings", "export", "--", "-k"}, "5 [-k] []"}});
+}
+
+TEST(ZebctlOptions, ReadsMessages) {
+  const std::string sent = "127.0.0.1 6901 zebctl";
+  Check({{{"send"}, sent},
+         {{"send", "A x=\"1 2\"", "", "-", "send", "settings"},
+          sent + " [A x=\"1 2\"] [] [-] [send] [settings]"},
+         {{"send", "a", "--", "-b", "--", "--port"}, sent + " [a] [-b] [--] [--port]"},
+         // Words to which the reading library gives a meaning of its own.
+         {{"send", "[a,b]", "{}", "++", "help"}, sent + " [[a,b]] [{}] [++] [help]"},
+         {{"send", "{}"}, sent + " [{}]"},
+         {{"send", "a", "--host", "h", "b", "--port=6903", "--name", "-x"}, "h 6903 -x [a] [b]"},
+         {{"send", "--port", "1", "--port", "2"}, "127.0.0.1 2 zebctl"}});
+}
+
+TEST(ZebctlOptions, ReadsEntriesByHand) {
+  const std::string sent = "127.0.0.1 6901 zebctl ";
+  Check(
+      {{{"set", "current", "--title", " Say \"Hi\" ", "--artist", "A=B"},
+        sent + "[SET_CURRENT_ITEM  IType=7 ITitle=\"Say {22}Hi{22}\" AName1=\"A{3D}B\"]"},
+       {{"set", "current", "--title", "--", "--artist=", "--notes", "--artist"},
+        sent + "[SET_CURRENT_ITEM  IType=7 ITitle=\"--\" StNotes=\"--artist\"]"},
+       {{"set", "next", "--type", "spot"}, sent + "[SET_NEXT_ITEM  IType=4]"},
+       {{"set", "previous", "--type", "link"}, sent + "[SET_PREVIOUS_ITEM  IType=3]"},
+       {{"set", "coming", "--type", "12", "--cart", ""}, sent + "[SET_COMINGSOON_ITEM  IType=12]"},
+       {{"set", "promote", "next"}, sent + "[SET_CURRENT_ITEM Promote=NEXT IType=7]"},
+       {{"set", "promote", "coming", "--type", "other"}, sent + "[SET_CURRENT_ITEM Promote=COMING IType=2]"},
+       {{"set", "presenter", "--reference", "NC", "--name", "Nell Carver"},
+        sent + "[SET_PRESENTER  Presenter=\"NC\" Fullname=\"Nell Carver\"]"},
+       {{"set", "show", "--reference", "17", "--title", "Drive FULLNAME=x"},
+        sent + "[SET_SHOW  Show=\"17\" Title=\"Drive FULLNAME{3D}x\"]"},
+       {{"set", "next", "--host", "h", "--port", "6903", "--controller", "me"},
+        "h 6903 me [SET_NEXT_ITEM  IType=7]"}});
+}
+
+TEST(ZebctlOptions, ReadsPreviews) {
+  Check({{{"expand", "-", "--simple-text", "", "--messages", "m", "--url-encode", "--list-files"},
+          "[-] [m] [] 011 0 0"},
+         {{"expand", "--page", "--now", "2026-03-02T07:08:09", "--simple-text", "t", "--service", "2", "--",
+           "-f"},
+          "[-f] [] [t] 100 1 2"}});
+}
+
+TEST(ZebctlOptions, NamesTheWordAtFault) {
+  const std::string type = "takes song, link, spot, other or a number, not ";
+  Check(
+      {{{}, "a command is missing: settings, send, set or expand (zebctl --help)"},
+       {{"--home"}, "--home needs a value (zebctl --help)"},
+       {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
+       {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
+       {{"publish", "send"}, "there is no command 'publish' (zebctl --help)"},
+       {{"settings"}, "settings what? list, get, set, delete, import or export (zebctl settings --help)"},
+       {{"settings", "unset"}, "settings has no command 'unset' (zebctl settings --help)"},
+       {{"settings", "get", "k"}, "settings get needs NAME (zebctl settings get --help)"},
+       {{"settings", "get", "k", "n", "x"}, "settings get has no use for 'x' (zebctl settings get --help)"},
+       {{"settings", "set", "k", "n"}, "settings set needs DATA (zebctl settings set --help)"},
+       {{"settings", "set", "k", "n", "1", "--text"},
+        "settings set has no use for '--text' (zebctl settings set --help)"},
+       {{"settings", "set", "k", "n", "1x", "--number"}, "DATA must be a whole number of 32 bits, not '1x'"},
+       {{"settings", "list", "a", "b"}, "settings list has no use for 'b' (zebctl settings list --help)"},
+       {{"settings", "list", "-x"}, "settings list has no option '-x' (zebctl settings list --help)"},
+       {{"settings", "delete"}, "settings delete needs KEY (zebctl settings delete --help)"},
+       {{"settings", "delete", ""}, "KEY needs a value (zebctl settings delete --help)"},
+       {{"settings", "import"}, "settings import needs FILE.reg (zebctl settings import --help)"},
+       {{"send", "--home", "d"}, "send has no option '--home' (zebctl send --help)"},
+       {{"send", "a", "--port"}, "--port needs a value (zebctl send --help)"},
+       {{"send", "--port", "70000"}, "--port takes a port number, not '70000' (zebctl send --help)"},
+       {{"send", "--port=0"}, "--port takes a port number, not '0' (zebctl send --help)"},
+       {{"send", "--name=", "a"}, "--name needs a value (zebctl send --help)"},
+       {{"send", "--host", "a\nb"}, "--host takes one line (zebctl send --help)"},
+       {{"send", "one\ntwo"},
+        "MESSAGE must be one line: write line ends in values as {0D}{0A} (zebctl send --help)"},
+       {{"send", std::string(kMaxMessageBytes + 1, 'x')},
+        "MESSAGE must not be longer than 1 MiB (zebctl send --help)"},
+       {{"set"}, "set what? current, next, previous, coming, promote, presenter or show (zebctl set --help)"},
+       {{"set", "now"}, "set has no command 'now' (zebctl set --help)"},
+       {{"set", "promote"}, "set promote needs next|coming (zebctl set promote --help)"},
+       {{"set", "promote", "previous"},
+        "next|coming is to be given, not 'previous' (zebctl set promote --help)"},
+       {{"set", "current", "x"}, "set current has no use for 'x' (zebctl set current --help)"},
+       {{"set", "current", "--name", "x"}, "set current has no option '--name' (zebctl set current --help)"},
+       {{"set", "current", "--controller", ""}, "--controller needs a value (zebctl set current --help)"},
+       {{"set", "current", "--type", "tune"}, "--type " + type + "'tune' (zebctl set current --help)"},
+       {{"set", "current", "--cart", "-1"}, "--cart takes a number, not '-1' (zebctl set current --help)"},
+       {{"set", "show", "--title", "x"}, "set show needs --reference (zebctl set show --help)"},
+       {{"expand", "a", "b"}, "expand has no use for 'b' (zebctl expand --help)"},
+       {{"expand", "--page=no"}, "--page takes no value (zebctl expand --help)"},
+       {{"expand", "--page", "--url-encode"}, "--page does not go with --url-encode (zebctl expand --help)"},
+       {{"expand", "--now", "2026-02-30 00:00:00"},
+        "--now takes a moment \"YYYY-MM-DD hh:mm:ss\", not '2026-02-30 00:00:00' (zebctl expand --help)"},
+       {{"expand", "--service", "0"},
+        "--service takes the number of a service, not '0' (zebctl expand --help)"}});
+}
+
+TEST(ZebctlOptions, HelpNamesEverythingInLinesOfEightyColumns) {
+  const struct {
+    Words words;
+    Words named;
+  } cases[] = {
+      {{"help"}, {"--home DIR", "settings import FILE.reg", "set promote next|coming", "Exit status"}},
+      {{"-h"}, {"send [MESSAGE ...]"}},
+      {{"settings", "set", "--help"}, {"settings set [--number] KEY NAME DATA"}},
+      {{"help", "send"}, {"--host H", "--port P", "--name NAME"}},
+      {{"set", "current", "--help"}, {"--title T", "--artist A", "--type", "--cart N", "--controller"}},
+      {{"set", "show", "--help"}, {"set show --reference R"}},
+      {{"expand", "--help"}, {"--messages FILE", "--list-files", "[TEMPLATE-FILE]"}},
+      {{"--version"}, {"zebctl "}},
+  };
+  for (const auto& c : cases) {
+    const auto read = ReadZebctlOptions(c.words);
+    ASSERT_TRUE(read) << read.Reason();
+    const std::string& text = read.Value().textToShow;
+    for (const std::string& name : c.named)
+      EXPECT_NE(text.find(name), std::string::npos) << name << "\n" << text;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
+  }
+}
+
+TEST(LabelServerOptions, ReadsItsLine) {
+  const auto read = ReadLabelServerOptions({"--config", "a.ini", "--port", "0", "--address=::1"});
+  ASSERT_TRUE(read) << read.Reason();
+  EXPECT_EQ(read.Value().config, "a.ini");
+  EXPECT_EQ(read.Value().address, "::1");
+  EXPECT_EQ(read.Value().port, 0);
+  EXPECT_EQ(ReadLabelServerOptions({"--config", "a.ini"}).Value().port, 4000);
+  EXPECT_NE(ReadLabelServerOptions({"--help"}).Value().textToShow.find("--config FILE.ini"),
+            std::string::npos);
+  const Case wrong[] = {
+      {{}, "--config is needed"},
+      {{"--config"}, "--config needs a value"},
+      {{"--config", "a", "--port", "65536"}, "--port takes a port number, not '65536'"},
+      {{"--config", "a", "--loud"}, "there is no option '--loud'"},
+      {{"--config", "a", "b"}, "there is no use for 'b'"},
+  };
+  for (const Case& c : wrong)
+    EXPECT_EQ(ReadLabelServerOptions(c.words).Reason(), c.shown + " (zeb-labelserver --help)");
+}
+
+}  // namespace
+}  // namespace zeb
