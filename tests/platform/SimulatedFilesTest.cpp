@@ -7,7 +7,7 @@ namespace {
 struct SimulatedFolder : testing::Test {
   SimulatedFolder() { EXPECT_TRUE(files.CreateFolders(folder)); }
   SimulatedFiles files;
-  const std::string folder = "/work/here";
+  const std::string folder = "/srv/here";
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Simulated, FileSystemContract, SimulatedFolder);
 
