@@ -1,6 +1,10 @@
 // A running zebd beside whatever hangs: a share, servers that accept and say nothing. The file output of the
 // same station must not notice, and SIGTERM must end the program with 0.
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <csignal>
 
 #include "tests/net/Sockets.h"
@@ -12,7 +16,11 @@ namespace {
 class HangTest : public Station {
  protected:
   HangTest() { AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt"); }
-  ~HangTest() override { std::filesystem::remove(Path("hangs")); }  // or its worker would outlive the test
+  ~HangTest() override { ::close(lock_); }
+
+  // The share hangs for as long as this process has the lock.
+  void HangShare() { ASSERT_EQ(::flock(lock_, LOCK_EX), 0); }
+  void ReleaseShare() { ASSERT_EQ(::flock(lock_, LOCK_UN), 0); }
 
   struct Setting {
     std::string key, name, data;
@@ -37,7 +45,7 @@ class HangTest : public Station {
     std::vector<std::string> command = ZebdCommand();
     command.insert(command.begin(),
                    {"/usr/bin/env", "LD_PRELOAD=" ZEB_HANGING_OPEN, "ZEB_HANG_BELOW=" + Path("share/"),
-                    "ZEB_HANG_WHILE=" + Path("hangs"), "ASAN_OPTIONS=verify_asan_link_order=0"});
+                    "ZEB_HANG_LOCK=" + Path("lock"), "ASAN_OPTIONS=verify_asan_link_order=0"});
     zebd = std::make_unique<Process>(command);
     ASSERT_TRUE(zebd->WaitForError("is ready")) << zebd->error;
   }
@@ -50,6 +58,9 @@ class HangTest : public Station {
     EXPECT_EQ(zebd->Wait(), 0) << zebd->error;
     EXPECT_NE(zebd->error.find("Stopped"), std::string::npos) << zebd->error;
   }
+
+ private:
+  const int lock_ = ::open(Path("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
 };
 
 TEST_F(HangTest, AShareThatHangsHoldsUpItsOwnOutputOnly) {
@@ -57,7 +68,7 @@ TEST_F(HangTest, AShareThatHangsHoldsUpItsOwnOutputOnly) {
   StartOnHangingShare();
   Play("before");
   EXPECT_EQ(AwaitPage("share/now.txt", "before"), "before");
-  WriteFile(Path("hangs"), "");
+  HangShare();
   for (const char* title : {"one", "two", "three"}) {
     Play(title);
     EXPECT_EQ(AwaitPage("now.txt", title), title) << zebd->error;
@@ -65,7 +76,7 @@ TEST_F(HangTest, AShareThatHangsHoldsUpItsOwnOutputOnly) {
   EXPECT_EQ(ReadFile(Path("share/now.txt")), "before");
   zebd->Signal(SIGHUP);
   EXPECT_TRUE(zebd->WaitForError("Settings read again")) << zebd->error;
-  std::filesystem::remove(Path("hangs"));
+  ReleaseShare();
   EXPECT_EQ(AwaitPage("share/now.txt", "three"), "three") << zebd->error;
   ExpectEnd();
 }
@@ -73,11 +84,10 @@ TEST_F(HangTest, AShareThatHangsHoldsUpItsOwnOutputOnly) {
 TEST_F(HangTest, SigtermEndsItWhileAShareHangs) {
   AddSecondFile("share/now.txt");
   StartOnHangingShare();
-  WriteFile(Path("hangs"), "");
+  HangShare();
   Play("one");
   EXPECT_EQ(AwaitPage("now.txt", "one"), "one") << zebd->error;
   ExpectEnd();
-  EXPECT_NE(zebd->error.find("Stopped"), std::string::npos);
 }
 
 // Servers that take a connection and never say a word.

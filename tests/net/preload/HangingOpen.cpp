@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,11 +18,16 @@ Function* Real(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+using OpenFunction = int(const char*, int, mode_t);
+
 void HangBelow(const char* path) {
   const char* below = std::getenv("ZEB_HANG_BELOW");
-  const char* whileThere = std::getenv("ZEB_HANG_WHILE");
-  if (!path || !below || !whileThere || std::strncmp(path, below, std::strlen(below)) != 0) return;
-  while (access(whileThere, F_OK) == 0) usleep(10'000);
+  const char* lock = std::getenv("ZEB_HANG_LOCK");
+  if (!path || !below || !lock || std::strncmp(path, below, std::strlen(below)) != 0) return;
+  const int file = Real<OpenFunction>("open")(lock, O_RDONLY | O_CLOEXEC, 0);
+  if (file < 0) return;
+  flock(file, LOCK_SH);
+  close(file);
 }
 
 }  // namespace
@@ -35,7 +41,7 @@ extern "C" int open(const char* path, int flags, ...) {
     va_end(more);
   }
   HangBelow(path);
-  return Real<int(const char*, int, mode_t)>("open")(path, flags, mode);
+  return Real<OpenFunction>("open")(path, flags, mode);
 }
 
 extern "C" int stat(const char* path, struct stat* status) noexcept {
