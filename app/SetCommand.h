@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "sources/frmManualZEB.h"
+#include "dialogs/frmManualZEB.h"
 
 namespace zeb {
 

@@ -279,14 +279,4 @@ bool clsZEBDABOutput::FinishOutput(const SnapshotPtr&) {
   return false;
 }
 
-// ---- The property dialog
-
-std::string CheckDABProperties(std::string_view simpleTextFormat, std::string_view maxNumberChars) {
-  if (simpleTextFormat.find_first_of("\r\n") != std::string_view::npos)
-    return std::string(kNoLineBreaksInLabels);
-  if (LeadingInteger(maxNumberChars) < 0 || LeadingInteger(maxNumberChars) > kMaxLabelCharacters)
-    return "The maximum number of characters must be from 1 to 128";
-  return {};
-}
-
 }  // namespace zeb

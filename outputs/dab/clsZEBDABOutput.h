@@ -65,12 +65,4 @@ class clsZEBDABOutput : public clsZEBTemplate {
   Epoch run_;  // from a start to the stop
 };
 
-// ---- The property dialog, without the drawing
-
-inline constexpr std::int32_t kMaxLabelCharacters = 128;
-inline constexpr std::string_view kNoLineBreaksInLabels =
-    "The Eureka 147 DAB protocol that ZEB uses does not allow Carriage Returns inside DLS messages";
-// The message to show instead of closing the dialog; "" when all is well.
-std::string CheckDABProperties(std::string_view simpleTextFormat, std::string_view maxNumberChars);
-
 }  // namespace zeb

@@ -156,10 +156,6 @@ std::string clsZEBHTTPOutput::GetInformationString() const {
   return "(" + settings.ServerName + ":" + std::to_string(Target().port) + ")";
 }
 
-std::string clsZEBHTTPOutput::PropertiesProblem(std::optional<HTTPRequestType> chosen) {
-  return chosen ? std::string() : "You musy choose a Request Type";
-}
-
 // ---- Settings
 
 void clsZEBHTTPOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "core/clsZEBTemplate.h"
@@ -62,8 +61,6 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
   std::string BuildRequest(const std::string& requestText) const;
-  // What keeps the property dialog from being closed with OK; empty when nothing does.
-  static std::string PropertiesProblem(std::optional<HTTPRequestType> chosen);
 
   HTTPSettings settings;
 

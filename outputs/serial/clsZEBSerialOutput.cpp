@@ -7,7 +7,6 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/wire/WireCharacters.h"
 #include "templates/ZEB_Class_Functions.h"
-#include "text/Numbers.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -19,7 +18,6 @@ using namespace std::chrono_literals;
 constexpr Duration kSlowSendPace = 10ms;
 constexpr Duration kDrainLimit = 10s;  // without a byte leaving
 constexpr Duration kOpenLimit = 5s;    // of a device on the network
-constexpr std::int32_t kHighestPort = 16;
 constexpr const char* kSettingsKey = "\\Serial";
 
 std::string DeviceOf(Environment& environment, std::int32_t commPort) {
@@ -290,15 +288,6 @@ bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const
   UploadFileList unused;
   return SendString(snapshot,
                     ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused));
-}
-
-// ---- The property dialog
-
-std::string CheckSerialProperties(std::string_view commPort, std::string_view settings) {
-  const std::int32_t port = LeadingInteger(commPort);
-  if (port < 1 || port > kHighestPort) return "You must enter a Com Port number from 1 to 16";
-  if (TrimBlanks(settings).empty()) return "You must enter a set of Serial Settings such as '9600,n,8,1'";
-  return {};
 }
 
 }  // namespace zeb

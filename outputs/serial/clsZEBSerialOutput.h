@@ -2,7 +2,6 @@
 // strings when the travel flag goes on or off.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -71,14 +70,5 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   WireLog log_;
   Epoch run_;  // from a start to the stop
 };
-
-// ---- The property dialog, without the drawing
-
-inline constexpr std::array<std::string_view, 4> kHandshakingTexts = {"None", "XOn-XOff", "RTS-CTS",
-                                                                      "RTS+XON"};
-inline constexpr std::string_view kSlowSendCaption =
-    "Deliberately restrict the data rate (usefull for bandwidth sharing)";
-// The message to show instead of closing the dialog; "" when all is well.
-std::string CheckSerialProperties(std::string_view commPort, std::string_view settings);
 
 }  // namespace zeb

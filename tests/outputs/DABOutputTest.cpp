@@ -233,9 +233,6 @@ TEST_F(DABOutputTest, SettingsComeBackAsTheyWere) {
   EXPECT_EQ(fresh->settings.MaxNumberChars, "64");
   EXPECT_EQ(fresh->settings.append, "a");
   EXPECT_FALSE(fresh->settings.alternatesWhenEmpty);
-  EXPECT_EQ(CheckDABProperties("a\nb", ""), kNoLineBreaksInLabels);
-  EXPECT_EQ(CheckDABProperties("a", "128"), "");
-  EXPECT_NE(CheckDABProperties("a", "129"), "");
 }
 
 // A label server that does what `answer` says to each line.

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "core/clsZEBService.h"
-#include "outputs/file/FileParametersDialog.h"
 #include "outputs/file/clsFileParameters.h"
 #include "platform/simulated/TestEnvironment.h"
 
@@ -159,49 +158,6 @@ TEST(FileParametersSettingsTest, StrangeValuesAreReadSafely) {
   EXPECT_EQ(pairs[0].UpdateRulesUsingItem, 0);
   EXPECT_EQ(pairs[0].RefreshTagSeconds, 32767);
   EXPECT_FALSE(pairs[0].AddNoCache);
-}
-
-TEST(FileParametersDialogTest, ChecksInOrder) {
-  constexpr auto kFile = FileParametersMode::kFile, kWeb = FileParametersMode::kWeb;
-  const std::string seconds =
-      "You can only give a number from 1 to 3600 seconds (1 Hour) for the Auto-Refresh";
-  const std::string back =
-      "You cannot use the \"\\\" character in the destination file name.\nWeb/WAP servers use a \"/\" "
-      "instead";
-  const std::string slash =
-      "You cannot use the \"/\" character in the destination file name.\nFiles use the \"\\\" character "
-      "instead";
-  const std::string same = "The Source and Destination filenames cannot be the same in the same directory.";
-  struct Case {
-    FileParametersMode mode;
-    FileParametersEntries entries;
-    char separator;
-    std::string message;
-  };
-  const Case cases[] = {
-      {kFile, {"a", "b", false, ""}, '/', ""},
-      {kFile, {"a", "b", true, "1"}, '/', ""},
-      {kFile, {"a", "b", true, "3600"}, '/', ""},
-      {kFile, {"", "/", true, "0"}, '\\', seconds},
-      {kFile, {"a", "b", true, "3601"}, '/', seconds},
-      {kFile, {"a", "b", true, ""}, '/', seconds},
-      {kFile, {"a", "b", false, "9999"}, '/', ""},
-      {kWeb, {"", "a\\b", false, ""}, '/', back},
-      {kWeb, {"a", "/a", false, ""}, '/', ""},
-      {kFile, {"", "a/b", false, ""}, '\\', slash},
-      {kFile, {"/t/a", "/w/a", false, ""}, '/', ""},
-      {kFile, {"", "", false, ""}, '/', "You must choose a Source File to use."},
-      {kWeb, {"", "", false, ""}, '/', "You must choose a Source Page to use."},
-      {kFile, {"/t/a", "/t/a", false, ""}, '/', same},
-      {kFile, {"C:\\A", "c:\\a", false, ""}, '\\', same},
-      {kFile, {"/t/A", "/t/a", false, ""}, '/', ""},
-      {kWeb, {"a", "a", false, ""}, '/', ""},
-      {kFile, {"a", "", false, ""}, '/', "You must choose an Destination File to use."},
-      {kWeb, {"a", "", false, ""}, '/', "You must choose an Destination Page to use."},
-  };
-  for (const Case& c : cases)
-    EXPECT_EQ(CheckFileParameters(c.mode, c.entries, c.separator), c.message)
-        << c.entries.source << " " << c.entries.destination;
 }
 
 }  // namespace

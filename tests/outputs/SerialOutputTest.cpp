@@ -349,14 +349,6 @@ TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
       nullptr);
 }
 
-TEST_F(SerialOutputTest, TheDialogChecksPortAndSettings) {
-  EXPECT_EQ(CheckSerialProperties("1", "9600,n,8,1"), "");
-  EXPECT_EQ(CheckSerialProperties("16", "9600,n,8,1"), "");
-  for (const char* port : {"0", "17", "", "x"})
-    EXPECT_EQ(CheckSerialProperties(port, "x"), "You must enter a Com Port number from 1 to 16");
-  EXPECT_EQ(CheckSerialProperties("1", " "), "You must enter a set of Serial Settings such as '9600,n,8,1'");
-}
-
 TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {
   t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice3", "tcp:encoder:4001");
   const auto remote = std::make_shared<NetworkSerialPort>(t.network);

@@ -1,4 +1,3 @@
-#include "outputs/web/WebOutputDialog.h"
 #include "outputs/web/cWinINET.h"
 #include "tests/outputs/WebFixture.h"
 
@@ -183,22 +182,6 @@ TEST_F(WebOutputTest, TransferThroughATemporaryNameRollsBack) {
   EXPECT_EQ(cWinINET::GetUploadResultDescription(5), "The user cancelled the operation");
   EXPECT_EQ(cWinINET::GetUploadResultDescription(6), "");
   EXPECT_EQ(cWinINET::URLEncode("a b&c"), "a+b%26c");
-}
-
-TEST(WebOutputDialogTest, ChecksInOrder) {
-  EXPECT_EQ(CheckWebOutput(0, "", "", "", "", true, "", "").message, "You have not added any files.");
-  EXPECT_EQ(CheckWebOutput(1, "a", "21", "u", "", false, "", "").message,
-            "You must enter a valid FTP Server, Username and Password");
-  EXPECT_EQ(CheckWebOutput(1, "a/b", "21", "u", "p", true, "", "").message.rfind("The FTP Server name", 0),
-            0u);
-  EXPECT_FALSE(CheckWebOutput(1, "a", "21", "u", "p", true, "x", "").warning);
-  EXPECT_EQ(CheckWebOutput(1, "a", "21", "u", "p", false, "", "").message, "");
-  clsFileParameters pair;
-  EXPECT_EQ(UpdateRulesSummary(pair), "Always");
-  pair.UseUpdateRules = true;
-  EXPECT_EQ(UpdateRulesSummary(pair), "No item");
-  pair.UpdateRulesFlags = clsFileParameters::kAdvert | clsFileParameters::kSong | clsFileParameters::kUnknown;
-  EXPECT_EQ(UpdateRulesSummary(pair), "ASU");
 }
 
 }  // namespace

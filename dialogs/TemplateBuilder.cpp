@@ -1,4 +1,4 @@
-#include "templates/TemplateBuilder.h"
+#include "dialogs/TemplateBuilder.h"
 
 namespace zeb {
 

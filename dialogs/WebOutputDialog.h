@@ -1,4 +1,4 @@
-// WebOutputDialog: the web output's property dialog, without the drawing.
+// WebOutputDialog: the web output's property dialog, without the drawing. For the desktop program.
 #pragma once
 
 #include <string>

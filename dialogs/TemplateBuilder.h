@@ -1,5 +1,6 @@
 // TemplateBuilder: what helps people to write templates (frmFormatCreator): the names on offer, what choosing
-// one inserts, deleting a tag as one unit, and the check of optional sections. Draws nothing.
+// one inserts, deleting a tag as one unit, and the check of optional sections. Draws nothing. For the desktop
+// program.
 #pragma once
 
 #include <cstddef>

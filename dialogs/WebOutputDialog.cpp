@@ -1,4 +1,4 @@
-#include "outputs/web/WebOutputDialog.h"
+#include "dialogs/WebOutputDialog.h"
 
 #include <string_view>
 

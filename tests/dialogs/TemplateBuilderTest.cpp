@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "templates/TemplateBuilder.h"
+#include "dialogs/TemplateBuilder.h"
 
 namespace zeb {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "sources/frmManualZEB.h"
+#include "dialogs/frmManualZEB.h"
 
 namespace zeb {
 namespace {

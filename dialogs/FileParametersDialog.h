@@ -1,5 +1,5 @@
 // The property dialog of a file pair, without the drawing: its texts, its lists, and what OK checks. Shared
-// by the file output and the web output, which call the thing "File" and "Page".
+// by the file output and the web output, which call the thing "File" and "Page". For the desktop program.
 #pragma once
 
 #include <array>

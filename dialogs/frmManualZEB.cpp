@@ -1,4 +1,4 @@
-#include "sources/frmManualZEB.h"
+#include "dialogs/frmManualZEB.h"
 
 #include <algorithm>
 #include <charconv>

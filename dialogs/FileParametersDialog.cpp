@@ -1,4 +1,4 @@
-#include "outputs/file/FileParametersDialog.h"
+#include "dialogs/FileParametersDialog.h"
 
 #include "text/LetterCase.h"
 #include "text/Numbers.h"

@@ -1,6 +1,7 @@
 // frmManualZEB: manual entry without its window: the fields, and the messages that they become.
 //
-// The messages are those that a playout system sends, so manual entries go the same way as live ones.
+// The messages are those that a playout system sends, so manual entries go the same way as live ones. For the
+// desktop program and `zebctl set`.
 #pragma once
 
 #include <array>

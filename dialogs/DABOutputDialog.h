@@ -1,0 +1,12 @@
+// DABOutputDialog: the DAB output's property dialog, without the drawing. For the desktop program.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+// The message to show instead of closing the dialog; "" when all is well.
+std::string CheckDABProperties(std::string_view simpleTextFormat, std::string_view maxNumberChars);
+
+}  // namespace zeb
