@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "core/ItemType.h"
 #include "core/clsZEBItemInfo.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
@@ -134,21 +135,19 @@ int PictureNumber(std::string_view behindName) {
 }  // namespace
 
 std::string_view ItemTypeText(std::int32_t itemType) {
-  switch (itemType) {
-    case 2:
-    case 12:
+  switch (KindOfItemType(itemType)) {
+    case ItemKind::kCart:
       return "Cart";
-    case 3:
-    case 13:
+    case ItemKind::kJingle:
       return "Jingle";
-    case 4:
-    case 14:
+    case ItemKind::kAdvert:
       return "Advert";
-    case 7:
+    case ItemKind::kSong:
       return "Song";
-    default:
-      return {};
+    case ItemKind::kUnknown:
+      break;
   }
+  return {};
 }
 
 void clsZEBItemInfo::AppendElementByName(std::string& to, std::string_view name, bool typeAsText) const {

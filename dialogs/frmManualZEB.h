@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/ItemType.h"
 #include "core/clsZEBService.h"
 #include "platform/CartStore.h"
 
@@ -18,7 +19,8 @@ namespace zeb {
 enum class ManualSlot { kCurrent, kNext, kPrevious, kComingSoon, kPromoteNext, kPromoteComing };
 
 // The type codes behind the type list: song, link, spot, other, and one more.
-inline constexpr std::array<std::int32_t, 5> kManualItemTypes = {7, 3, 4, 2, 9};
+inline constexpr std::array<std::int32_t, 5> kManualItemTypes = {kItemTypeSong, kItemTypeJingle,
+                                                                 kItemTypeAdvert, kItemTypeCart, 9};
 
 struct ManualEntry {
   ManualSlot slot = ManualSlot::kCurrent;

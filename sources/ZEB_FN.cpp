@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "core/ItemType.h"
 #include "core/clsZEBService.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Encodings.h"
@@ -14,8 +15,6 @@
 
 namespace zeb {
 namespace {
-
-constexpr std::int32_t kTypeCart = 2, kTypeLink = 3, kTypeSpot = 4, kTypeSong = 7;
 
 std::string Decoded(std::string_view bytes) {
   return DecodeFile(bytes, DetectFileEncoding(bytes));
@@ -48,7 +47,7 @@ clsZEBItemInfo BroadcastItem(const MarkupDocument& document, std::size_t element
       {"artistName", &ItemFields::Artist1Name}, {"albumName", &ItemFields::AlbumName}};
   clsZEBItemInfo item;
   ItemFields& fields = item.Edit();
-  fields.ItemType = kTypeSong;
+  fields.ItemType = kItemTypeSong;
   // The children of one element are looked at once, so that a document of many items takes linear time.
   std::vector<std::string_view> taken;
   for (std::size_t i = element + 1; i < document.elements.size(); ++i) {
@@ -78,10 +77,11 @@ void AddNext(SourceItems& source, clsZEBItemInfo item) {
   source.items.emplace_back(std::move(item));
 }
 
+// A link goes by the jingle's code, as playout systems send it.
 std::int32_t TypeOf(const std::string& word) {
-  if (word == "song") return kTypeSong;
-  if (word == "link") return kTypeLink;
-  return word == "spot" ? kTypeSpot : kTypeCart;
+  if (word == "song") return kItemTypeSong;
+  if (word == "link") return kItemTypeJingle;
+  return word == "spot" ? kItemTypeAdvert : kItemTypeCart;
 }
 
 // "3:45" → "00003:45".
@@ -95,7 +95,7 @@ std::string PaddedTime(std::string_view text) {
 Result<SourceItems> ReadDallet50(std::string_view bytes, std::int32_t today) {
   clsZEBItemInfo item;
   ItemFields& fields = item.Edit();
-  fields.ItemType = kTypeSong;
+  fields.ItemType = kItemTypeSong;
   const std::string text = Decoded(bytes);
   ForEachLine(text, [&](std::string_view line) {
     const std::size_t equals = line.find('=');

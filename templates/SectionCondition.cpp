@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "core/ItemType.h"
 #include "templates/ExtractToDelimiter.h"
 #include "templates/TagName.h"
 #include "text/LetterCase.h"
@@ -42,9 +43,12 @@ std::int32_t ItemTypeOfWord(std::string_view word) {
   static constexpr struct {
     std::string_view word;
     std::int32_t code;
-  } kWords[] = {{"SONG", 7},    {"TRACK", 7},     {"PELMORA", 7},     {"ADVERT", 4},  {"AD", 4},
-                {"SPOTSET", 4}, {"JINGLE", 3},    {"RCART", 3},       {"ID", 3},      {"CART", 2},
-                {"VOICE", 3},   {"VOICELINK", 3}, {"VOICECUSTOM", 3}, {"VCUSTOM", 3}, {"LINK", 3}};
+  } kWords[] = {
+      {"SONG", kItemTypeSong},          {"TRACK", kItemTypeSong},     {"PELMORA", kItemTypeSong},
+      {"ADVERT", kItemTypeAdvert},      {"AD", kItemTypeAdvert},      {"SPOTSET", kItemTypeAdvert},
+      {"JINGLE", kItemTypeJingle},      {"RCART", kItemTypeJingle},   {"ID", kItemTypeJingle},
+      {"CART", kItemTypeCart},          {"VOICE", kItemTypeJingle},   {"VOICELINK", kItemTypeJingle},
+      {"VOICECUSTOM", kItemTypeJingle}, {"VCUSTOM", kItemTypeJingle}, {"LINK", kItemTypeJingle}};
   for (const auto& entry : kWords)
     if (entry.word == word) return entry.code;
   return 0;

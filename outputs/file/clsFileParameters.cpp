@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "core/ItemType.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
 
@@ -78,21 +79,19 @@ bool clsFileParameters::IsDue(const ServiceSnapshot& snapshot) const {
 
 // No type counts as a voice link: that switch is kept and shown, but not asked.
 bool clsFileParameters::AllowsType(std::int32_t itemType) const {
-  switch (itemType) {
-    case 2:
-    case 12:
+  switch (KindOfItemType(itemType)) {
+    case ItemKind::kCart:
       return UpdateIfCart();
-    case 3:
-    case 13:
+    case ItemKind::kJingle:
       return UpdateIfJingle();
-    case 4:
-    case 14:
+    case ItemKind::kAdvert:
       return UpdateIfAdvert();
-    case 7:
+    case ItemKind::kSong:
       return UpdateIfSong();
-    default:
-      return UpdateIfUnknown();
+    case ItemKind::kUnknown:
+      break;
   }
+  return UpdateIfUnknown();
 }
 
 bool ReadSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool byDefault) {
