@@ -121,7 +121,7 @@ void frmService::Close() {
   state.server.Close();
   state.infoFile->Close();
   state.bounce.Close();
-  state.service.StopRetrying();
+  state.service.BeginStopping();
   state.intake.EndTravelFlag();
   state.environment.loop.Start("close", [self = shared_from_this()] {
     State& closing = *self->state_;

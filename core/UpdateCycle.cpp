@@ -103,10 +103,6 @@ void UpdateCycle::CancelAll() {
       if (runner->busy) Guarded("cancelling an output", [&] { runner->output->Cancel(); });
 }
 
-void UpdateCycle::StopRetrying() {
-  retrying_ = false;
-}
-
 void UpdateCycle::Start(OutputType type, int index, const std::shared_ptr<Control>& control) {
   const RunnerPtr runner = Runners(type).at(static_cast<std::size_t>(index) - 1);
   runner->busy = true;

@@ -60,7 +60,8 @@ class UpdateCycle {
   void CancelAll();
   // How soon an output that failed tries again; 0: with the next information only.
   void SetRetrySeconds(std::int32_t seconds) { retrySeconds_ = seconds; }
-  void StopRetrying();
+  // The service stops: what failed is not tried again, and cues go out undelayed.
+  void BeginStopping() { stopping_ = true; }
 
  private:
   struct TypeState {
@@ -110,7 +111,7 @@ class UpdateCycle {
   std::array<TypeState, kNumberOutputTypes + 1> types_;
   int openWaves_ = 0;  // of updates
   std::int32_t retrySeconds_ = 5;
-  bool retrying_ = true;
+  bool stopping_ = false;
   Epoch epoch_;  // a new one when everything ends
 };
 

@@ -17,7 +17,7 @@ constexpr std::size_t kMostCues = 16;  // that wait for one output
 void UpdateCycle::SendCue(OutputType type, const Cue& cue) {
   std::vector<RunnerPtr> wave;
   for (const RunnerPtr& runner : StateOf(type).runners) {
-    if (runner->output->DelaySeconds > 0) {
+    if (runner->output->DelaySeconds > 0 && !stopping_) {
       Delay(runner, {environment_.loop.Monotonic() + std::chrono::seconds(runner->output->DelaySeconds), cue,
                      cue.snapshot});
       continue;

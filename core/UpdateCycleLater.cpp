@@ -67,6 +67,8 @@ void UpdateCycle::Judge(const RunnerPtr& runner) {
     runner->retry.Stop();
   } else if (runner->owedTravel || (runner->target && output.MayPass())) {
     TryAgainLater(runner);
+  } else {
+    runner->retry.Stop();  // an earlier failure may have passed, this one will not
   }
 }
 
@@ -85,13 +87,13 @@ Duration UpdateCycle::RetryDelay(const OutputRunner& runner) const {
 }
 
 void UpdateCycle::TryAgainLater(const RunnerPtr& runner) {
-  if (!retrying_ || runner->removed) return;
+  if (stopping_ || runner->removed) return;
   const Duration delay = RetryDelay(*runner);
   if (delay == Duration::zero()) return;
   ++runner->failures;
   runner->retry =
       environment_.loop.After(delay, [this, weak = std::weak_ptr<OutputRunner>(runner), mark = epoch_.Now()] {
-        if (const auto failed = weak.lock(); failed && mark.Holds() && retrying_) TryAgain(failed);
+        if (const auto failed = weak.lock(); failed && mark.Holds() && !stopping_) TryAgain(failed);
       });
 }
 

@@ -135,9 +135,9 @@ class clsZEBService {
   void SetTravelFlagActivated();
   void SetTravelFlagCleared();
   bool TravelCueOwed() const { return cycle_.TravelCueOwed(); }  // it has not left on every output
-  // For a service that stops: what is under way is given up; what failed is not tried again.
-  void CancelOutputs() { cycle_.CancelAll(); }
-  void StopRetrying() { cycle_.StopRetrying(); }
+  // The service is about to be cleared: what failed is not tried again, and cues go out undelayed.
+  void BeginStopping() { cycle_.BeginStopping(); }
+  void CancelOutputs() { cycle_.CancelAll(); }  // what is under way is given up
 
   // Presenter, show, service name, dates; "Unknown tag " and the name for anything else.
   std::string GetSpecialElementByName(std::string_view name) const;

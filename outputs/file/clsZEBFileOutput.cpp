@@ -160,8 +160,7 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);
 }
 
-// A picture that stays missing is worth one line, not one an update. `ofAll`: all that are wanted were tried
-// about.
+// A picture that stays missing is worth one line, not one an update. `ofAll`: all that are wanted were tried.
 void clsZEBFileOutput::NoteFailedCopies(const FileWork& work, bool ofAll) {
   std::map<std::string, std::string> failed;
   if (!ofAll) failed = failedCopies_;

@@ -421,6 +421,28 @@ TEST_F(ServiceUpdateTest, WhatDoesNotPassAndWhatIsTurnedOffIsNotTriedAgain) {
   }
 }
 
+// A text that the server refuses for good takes the place of one that might have passed.
+TEST_F(ServiceUpdateTest, ARefusalForGoodEndsTheTries) {
+  const auto output = Add(OutputType::kHTTP, "h");
+  output->problem = "no answer";
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(2s);
+  output->mayPass = false;
+  service_.UpdateOutputs(true);
+  ports_.loop.RunFor(1h);
+  EXPECT_EQ(output->shown.size(), 2U);
+}
+
+TEST_F(ServiceUpdateTest, AServiceThatStopsEndsTheTravelFlagOfADelayedOutputAtOnce) {
+  Add<RecordingSerial>(OutputType::kSerial, "late")->DelaySeconds = 25;
+  service_.SetTravelFlagActivated();
+  ports_.loop.RunFor(30s);
+  service_.BeginStopping();
+  service_.SetTravelFlagCleared();
+  EXPECT_EQ(Take(), Lines({"25 prepare late", "25 travel on late", "25 finish late", "30 prepare late",
+                           "30 travel off late", "30 finish late"}));
+}
+
 TEST_F(ServiceUpdateTest, WhatIsShownAndLostIsSentAgain) {
   const auto output = Add(OutputType::kDAB, "d");
   output->onShownLost();  // nothing was shown yet

@@ -321,7 +321,7 @@ TEST_F(FileOutputHangsTest, AnUpdateThatIsCancelledEndsWithThePageItIsAt) {
   }
   Publish("One");
   t.loop.RunFor(3s);
-  service.StopRetrying();
+  service.BeginStopping();
   service.CancelOutputs();
   t.loop.RunFor(1s);
   EXPECT_FALSE(service.UpdateInProgress());
