@@ -62,7 +62,7 @@ Outcome frmMain::Load() {
     if (options_.minimised && display.minimise) display.minimise();
     return {};
   } catch (const std::exception& error) {
-    ReportException("loading the services", true);
+    ReportException("loading the services", Report::kQuietly);
     return Failure{error.what()};
   }
 }
@@ -99,7 +99,7 @@ void frmMain::OpenWindow(int number) {
   try {
     windows_.back()->Open(number);
   } catch (const std::exception& error) {
-    ReportException("opening service " + std::to_string(number), true);
+    ReportException("opening service " + std::to_string(number), Report::kQuietly);
     environment_.person.Note("Service " + std::to_string(number) + " could not be opened: " + error.what());
   }
 }
@@ -107,14 +107,14 @@ void frmMain::OpenWindow(int number) {
 int frmMain::AddService() {
   const int number = NumberServices() + 1;
   if (number > kMaxServices) {
-    ShowProblem("adding a service", "there are " + std::to_string(kMaxServices) + " already", false);
+    ShowProblem("adding a service", "there are " + std::to_string(kMaxServices) + " already", Report::kShown);
     return 0;
   }
   try {
     WriteDebugLine("Incrementing NumberServices");
     WriteNumberServices(environment_.hive, environment_.settingsRoot, number);
   } catch (const std::exception&) {
-    ReportException("adding a service", false);
+    ReportException("adding a service", Report::kShown);
     return 0;
   }
   WriteDebugLine("Loading New Service info");
@@ -163,7 +163,7 @@ bool frmMain::StoreWithout(int number) {
     });
     return true;
   } catch (const std::exception&) {
-    ReportException("removing a service", false);
+    ReportException("removing a service", Report::kShown);
   }
   if (number < count && Window(number + 1)->service().ServiceNumber() == number) {
     ShrinkTo(number);
@@ -197,7 +197,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
   } catch (const std::exception& error) {
-    ReportException("reading the settings again", true);
+    ReportException("reading the settings again", Report::kQuietly);
     ReloadLater(std::string("the settings stay as they were: ") + error.what());
   }
 }

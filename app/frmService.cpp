@@ -277,7 +277,7 @@ void frmService::ShowUpdateState() {
 }
 
 void frmService::UpdateThrough(const UpdateRecord& record) {
-  if (record.full) state_->journal.NoteUpdate(record);
+  if (record.cause == UpdateCause::kInformation) state_->journal.NoteUpdate(record);
   ShowUpdateState();
 }
 
@@ -286,7 +286,7 @@ void frmService::UpdateFinished() {
 }
 
 void frmService::UpdateWaits(const UpdateRecord& record) {
-  if (record.full) state_->journal.NoteWaiting(record);
+  if (record.cause == UpdateCause::kInformation) state_->journal.NoteWaiting(record);
 }
 
 void frmService::OutputUpdateFinished(int index, OutputType type) {
@@ -329,7 +329,7 @@ void frmService::StoreTravelFlag(bool active) {
                                        kTravelFlagActive, active ? 1 : 0);
     state.service.settings.TravelFlagActive = active;
   } catch (const std::exception&) {
-    ReportException("storing the travel flag", true);
+    ReportException("storing the travel flag", Report::kQuietly);
   }
 }
 

@@ -82,7 +82,7 @@ class Publisher {
   int Run() {
     loop_.OnTaskFailure([this](const std::string& task, const std::string& what) {
       person_.Note("Internal error in " + task + ": " + what);
-      ReportError("in " + task, what, 0, true);
+      ReportError("in " + task, what, 0, Report::kQuietly);
     });
     if (const Outcome made = files_.CreateFolders(folder_); !made) return Fail(journal_, made.Reason());
     Result<std::unique_ptr<SingleInstance>> instance = SingleInstance::Claim(folder_);

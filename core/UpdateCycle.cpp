@@ -128,8 +128,9 @@ bool UpdateCycle::IsDue(OutputType type) const {
          environment_.loop.Monotonic() - *state.lastUpdate > std::chrono::seconds(state.interval);
 }
 
-void UpdateCycle::Update(const std::vector<OutputType>& types, const SnapshotPtr& snapshot, bool full) {
-  const RecordPtr record = MakeRecord(snapshot, full);
+void UpdateCycle::Update(const std::vector<OutputType>& types, const SnapshotPtr& snapshot,
+                         UpdateCause cause) {
+  const RecordPtr record = MakeRecord(snapshot, cause);
   const Epoch::Mark mark = epoch_.Now();
   for (const OutputType type : types) {
     UpdateType(type, snapshot, record);
@@ -151,12 +152,13 @@ void UpdateCycle::UpdateType(OutputType type, const SnapshotPtr& snapshot, const
       continue;
     }
     const bool free = runner->Free();
-    if (free || record->full) runner->target = snapshot;
+    const bool isShown = free || record->cause == UpdateCause::kInformation;
+    if (isShown) runner->target = snapshot;
     if (free && !runner->owedTravel) {
       wave.push_back(runner);
       continue;
     }
-    if (free || record->full) runner->Want(OutputRunner::Wanted::kNews);
+    if (isShown) runner->Want(OutputRunner::Wanted::kNews);
     ++record->postponed;
     if (free) laterOnes.push_back(runner);
   }
@@ -284,17 +286,19 @@ void UpdateCycle::GoOn(const RunnerPtr& runner) {
   }
   if (ShowLater(runner)) return;
   if (runner->wanted == OutputRunner::Wanted::kNo) return;
-  const RecordPtr record = MakeRecord(runner->target, runner->wanted == OutputRunner::Wanted::kNews);
+  const UpdateCause cause =
+      runner->wanted == OutputRunner::Wanted::kNews ? UpdateCause::kInformation : UpdateCause::kRepair;
+  const RecordPtr record = MakeRecord(runner->target, cause);
   BeginUpdateWave(runner->type, {runner}, runner->target, record);
   Release(record);
 }
 
 // ---- Records
 
-UpdateCycle::RecordPtr UpdateCycle::MakeRecord(const SnapshotPtr& snapshot, bool full) {
+UpdateCycle::RecordPtr UpdateCycle::MakeRecord(const SnapshotPtr& snapshot, UpdateCause cause) {
   const auto record = std::make_shared<UpdateRecord>();
   record->snapshot = snapshot;
-  record->full = full;
+  record->cause = cause;
   record->began = environment_.loop.Monotonic();
   record->left = 1;  // its maker, until all its runs have been added
   record->slow = environment_.loop.After(
@@ -322,7 +326,7 @@ bool UpdateCycle::Guarded(std::string_view doing, const std::function<void()>& w
     return true;
   } catch (const std::exception& fault) {
     if (what) *what = fault.what();
-    ReportException(doing, true);
+    ReportException(doing, Report::kQuietly);
     return false;
   }
 }

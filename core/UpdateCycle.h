@@ -48,8 +48,9 @@ class UpdateCycle {
   // Whether a periodic pass would update the type now.
   bool IsDue(OutputType type) const;
 
-  // Begins an update of some types, in their order. `full`: outputs that are busy show it when they are free.
-  void Update(const std::vector<OutputType>& types, const SnapshotPtr& snapshot, bool full);
+  // Begins an update of some types, in their order. New information is shown also by outputs that are busy,
+  // when they are free.
+  void Update(const std::vector<OutputType>& types, const SnapshotPtr& snapshot, UpdateCause cause);
   // Begins a run of one output with the newest items, when there are any.
   void Show(const RunnerPtr& runner, const SnapshotPtr& snapshot);
   void SendCue(OutputType type, const Cue& cue);
@@ -98,7 +99,7 @@ class UpdateCycle {
   void Judge(const RunnerPtr& runner);
   void TryAgainLater(const RunnerPtr& runner);
   void TryAgain(const RunnerPtr& runner);
-  RecordPtr MakeRecord(const SnapshotPtr& snapshot, bool full);
+  RecordPtr MakeRecord(const SnapshotPtr& snapshot, UpdateCause cause);
   void Release(const RecordPtr& record);
   void Tell(void (ServiceEvents::*event)(int, OutputType), int index, OutputType type) const;
   int IndexOf(const OutputRunner& runner) const;  // 0: removed

@@ -50,7 +50,7 @@ bool UpdateCycle::ShowLater(const RunnerPtr& runner) {
     BeginCueWave(runner->type, {runner}, *later.cue);
     return true;
   }
-  const RecordPtr record = MakeRecord(later.snapshot, true);
+  const RecordPtr record = MakeRecord(later.snapshot, UpdateCause::kInformation);
   BeginUpdateWave(runner->type, {runner}, later.snapshot, record);
   Release(record);
   return true;

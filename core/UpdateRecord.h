@@ -11,6 +11,10 @@
 
 namespace zeb {
 
+// Why outputs are updated: there is new information (a full update), or an interval has passed, or what an
+// output shows is not right.
+enum class UpdateCause { kInformation, kInterval, kRepair };
+
 struct UpdateRecord {
   struct Run {
     OutputType type;
@@ -21,7 +25,7 @@ struct UpdateRecord {
   };
 
   SnapshotPtr snapshot;
-  bool full = false;  // new information; else what falls due by an interval, or is done again
+  UpdateCause cause = UpdateCause::kInformation;
   MonotonicTime began{};
   std::vector<Run> runs;
   int delayed = 0;    // outputs that show it later, as they are set

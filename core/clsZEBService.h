@@ -148,12 +148,14 @@ class clsZEBService {
   static constexpr bool IsTypeCode(std::int32_t code) { return code >= 1 && code <= kNumberOutputTypes; }
   bool HasSlot(int index) const { return index >= 1 && index <= itemCount_; }
   void SendCue(OutputType type, Cue::Kind kind);
-  void Publish(const std::vector<OutputType>& types, bool full);
+  void Publish(const std::vector<OutputType>& types, UpdateCause cause);
   // False when the work threw; reported then.
   static bool Guarded(std::string_view what, const std::function<void()>& work);
   struct Stored;
-  // `allOrNothing`: throws when something cannot be read; else that has its default, and it is reported.
-  Stored ReadStored(bool allOrNothing) const;
+  // What cannot be read: it is reported and has its default, or all is a failure.
+  enum class Unreadable { kDefault, kThrow };
+  static void Try(Unreadable unreadable, const std::string& what, const std::function<void()>& work);
+  Stored ReadStored(Unreadable unreadable) const;
   void TakeOver(OutputType type, std::vector<OutputPtr> stored, Changes& changes);
   int StoredOutputCount(const OutputTypeInfo& info, const std::string& typeKey) const;
   void WriteAll(const std::string& key);

@@ -78,18 +78,6 @@ struct clsZEBService::Stored {
 
 namespace {
 
-// How a value that cannot be read is taken: at a start as if it were not there, else as a failure of all.
-enum class Missing { kDefault, kThrow };
-
-void Try(Missing missing, const std::string& what, const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const std::exception&) {
-    if (missing == Missing::kThrow) throw;
-    ReportException(what, true);
-  }
-}
-
 std::string OutputsOf(const OutputTypeInfo& info, int serviceNumber) {
   return std::string(info.name) + " outputs of service " + std::to_string(serviceNumber);
 }
@@ -102,7 +90,7 @@ void clsZEBService::SetServiceNumber(int number) {
   if (TotalNumberOutputs() > 0) ClearService();
   serviceNumber_ = number;
   if (number > 0) {
-    Stored stored = ReadStored(false);
+    Stored stored = ReadStored(Unreadable::kDefault);
     settings = std::move(stored.settings);
     cycle_.SetRetrySeconds(stored.retrySeconds);
     for (Stored::Type& type : stored.types) {
@@ -119,7 +107,7 @@ void clsZEBService::SetServiceNumber(int number) {
 Result<clsZEBService::Changes> clsZEBService::ReadAgain() {
   Stored stored;
   try {
-    environment_.hive.ReadTransaction([&] { stored = ReadStored(true); });
+    environment_.hive.ReadTransaction([&] { stored = ReadStored(Unreadable::kThrow); });
   } catch (const std::exception& error) {
     return Failure{error.what()};
   }
@@ -166,20 +154,28 @@ void clsZEBService::TakeOver(OutputType type, std::vector<OutputPtr> stored, Cha
       std::any_of(former.begin(), former.end(), [](const RunnerPtr& runner) { return runner != nullptr; });
 }
 
-clsZEBService::Stored clsZEBService::ReadStored(bool allOrNothing) const {
-  const Missing missing = allOrNothing ? Missing::kThrow : Missing::kDefault;
+void clsZEBService::Try(Unreadable unreadable, const std::string& what, const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::exception&) {
+    if (unreadable == Unreadable::kThrow) throw;
+    ReportException(what, Report::kQuietly);
+  }
+}
+
+clsZEBService::Stored clsZEBService::ReadStored(Unreadable unreadable) const {
   SettingsHive& hive = environment_.hive;
   const std::string key = environment_.ServiceKey(serviceNumber_);
   Stored stored;
   for (const Row& row : kRows)
-    Try(missing, "reading the setting " + std::string(row.name),
+    Try(unreadable, "reading the setting " + std::string(row.name),
         [&] { ReadSetting(hive, key, "", row, stored.settings); });
   // Kept when the store has no value.
-  Try(missing, "reading the control port", [&] {
+  Try(unreadable, "reading the control port", [&] {
     stored.settings.TolvanTCPControlPort =
         hive.ReadNumber(key, "TolvanTCPControlPort", settings.TolvanTCPControlPort);
   });
-  Try(missing, "reading RetrySeconds", [&] {
+  Try(unreadable, "reading RetrySeconds", [&] {
     stored.retrySeconds = hive.ReadNumber(environment_.settingsRoot, "RetrySeconds", stored.retrySeconds);
   });
   for (const OutputTypeInfo& info : kOutputTypes) {
@@ -187,11 +183,12 @@ clsZEBService::Stored clsZEBService::ReadStored(bool allOrNothing) const {
     Stored::Type& type = stored.types.emplace_back();
     type.info = &info;
     int count = 0;
-    Try(missing, "reading the number of " + OutputsOf(info, serviceNumber_),
+    Try(unreadable, "reading the number of " + OutputsOf(info, serviceNumber_),
         [&] { count = StoredOutputCount(info, typeKey); });
     for (int i = 1; i <= count; ++i) {
       OutputPtr output;
-      Try(missing, "making the " + OutputsOf(info, serviceNumber_), [&] { output = makeOutput_(info.type); });
+      Try(unreadable, "making the " + OutputsOf(info, serviceNumber_),
+          [&] { output = makeOutput_(info.type); });
       if (output == nullptr) {
         environment_.person.Note("This program has no " + std::string(info.name) + " outputs: the " +
                                  OutputsOf(info, serviceNumber_) +
@@ -199,14 +196,14 @@ clsZEBService::Stored clsZEBService::ReadStored(bool allOrNothing) const {
         break;
       }
       // An output whose settings cannot be read is there all the same, so that the others keep their numbers.
-      Try(missing, "reading the " + OutputsOf(info, serviceNumber_), [&] {
+      Try(unreadable, "reading the " + OutputsOf(info, serviceNumber_), [&] {
         output->GetOutputInformation(serviceNumber_, i);
         output->DelaySeconds =
             std::clamp(hive.ReadNumber(typeKey, kDelaySeconds + std::to_string(i), 0), 0, kLongestDelay);
       });
       type.outputs.push_back(std::move(output));
     }
-    Try(missing, "reading the update interval of the " + OutputsOf(info, serviceNumber_),
+    Try(unreadable, "reading the update interval of the " + OutputsOf(info, serviceNumber_),
         [&] { type.interval = LeadingInteger(hive.ReadText(typeKey, "UpdateInterval", "0")); });
   }
   return stored;
@@ -233,7 +230,7 @@ bool clsZEBService::StoreServiceInformation() {
     environment_.hive.Transaction([this] { WriteAll(environment_.ServiceKey(serviceNumber_)); });
     return true;
   } catch (...) {
-    ReportException("saving the settings of service " + std::to_string(serviceNumber_), false);
+    ReportException("saving the settings of service " + std::to_string(serviceNumber_), Report::kShown);
     return false;
   }
 }
@@ -262,7 +259,7 @@ bool clsZEBService::MoveToServiceNumber(int number) {
   } catch (...) {
     serviceNumber_ = oldNumber;
     ReportException("storing service " + std::to_string(oldNumber) + " as service " + std::to_string(number),
-                    false);
+                    Report::kShown);
     return false;
   }
 }

@@ -26,16 +26,16 @@ void clsZEBService::UpdateOutputs(bool full) {
     const auto type = static_cast<OutputType>(typeCode);
     if (full ? OutputCount(typeCode) > 0 : cycle_.IsDue(type)) types.push_back(type);
   }
-  Publish(types, full);
+  Publish(types, full ? UpdateCause::kInformation : UpdateCause::kInterval);
 }
 
 void clsZEBService::UpdateOutputType(std::int32_t typeCode) {
-  if (IsTypeCode(typeCode)) Publish({static_cast<OutputType>(typeCode)}, true);
+  if (IsTypeCode(typeCode)) Publish({static_cast<OutputType>(typeCode)}, UpdateCause::kInformation);
 }
 
-void clsZEBService::Publish(const std::vector<OutputType>& types, bool full) {
+void clsZEBService::Publish(const std::vector<OutputType>& types, UpdateCause cause) {
   lastSnapshot_ = TakeSnapshot();
-  cycle_.Update(types, lastSnapshot_, full);
+  cycle_.Update(types, lastSnapshot_, cause);
 }
 
 void clsZEBService::ShowPresentTo(OutputType type, int index) {
@@ -72,7 +72,7 @@ bool clsZEBService::Guarded(std::string_view what, const std::function<void()>& 
     work();
     return true;
   } catch (const std::exception&) {
-    ReportException(what, true);
+    ReportException(what, Report::kQuietly);
     return false;
   }
 }

@@ -45,32 +45,32 @@ void Trace::Write(std::string_view start, LineKind kind) const {
   detail::WriteInstalled(message, kind);
 }
 
-void ShowProblem(std::string_view what, std::string_view description, bool quiet) {
-  if (quiet && !DebugLevelAllows(5)) return;
+void ShowProblem(std::string_view what, std::string_view description, Report report) {
+  if (report == Report::kQuietly && !DebugLevelAllows(5)) return;
   const std::string text = ProblemText(what, description);
-  if (!quiet) detail::ShowInstalled(text);
+  if (report == Report::kShown) detail::ShowInstalled(text);
   WriteDebugLine(text);
 }
 
-void ReportError(std::string_view what, std::string_view description, int number, bool quiet) {
-  if (description.empty() && number == 0) return ShowProblem(what, "", quiet);
+void ReportError(std::string_view what, std::string_view description, int number, Report report) {
+  if (description.empty() && number == 0) return ShowProblem(what, "", report);
   std::string withNumber(description);
   withNumber += " (";
   AppendPlainNumber(withNumber, static_cast<std::int64_t>(number));
   withNumber += ')';
-  ShowProblem(what, withNumber, quiet);
+  ShowProblem(what, withNumber, report);
 }
 
-void ReportException(std::string_view what, bool quiet) {
-  if (!std::current_exception()) return ShowProblem(what, "", quiet);
+void ReportException(std::string_view what, Report report) {
+  if (!std::current_exception()) return ShowProblem(what, "", report);
   try {
     throw;
   } catch (const std::system_error& error) {
-    ReportError(what, error.what(), error.code().value(), quiet);
+    ReportError(what, error.what(), error.code().value(), report);
   } catch (const std::exception& error) {
-    ShowProblem(what, error.what(), quiet);  // it has no number
+    ShowProblem(what, error.what(), report);  // it has no number
   } catch (...) {
-    ShowProblem(what, "unknown error", quiet);
+    ShowProblem(what, "unknown error", report);
   }
 }
 

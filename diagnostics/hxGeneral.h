@@ -111,13 +111,15 @@ class Trace {
   bool on_;
 };
 
-// "There was a problem " + what, with the error's description when there is one; logged at level 5, and shown
-// unless quiet.
-void ShowProblem(std::string_view what, std::string_view description, bool quiet);
+// Whether the operator sees a problem, or only the debug log.
+enum class Report { kShown, kQuietly };
+
+// "There was a problem " + what, with the error's description when there is one; logged at level 5.
+void ShowProblem(std::string_view what, std::string_view description, Report report);
 // The same with "description (number)". Call it in the handler that ends the error's way.
-void ReportError(std::string_view what, std::string_view description, int number, bool quiet);
+void ReportError(std::string_view what, std::string_view description, int number, Report report);
 // In a catch block: reports the exception in flight.
-void ReportException(std::string_view what, bool quiet);
+void ReportException(std::string_view what, Report report);
 
 // Undoes {hh} escapes in a loop: the first digit from 0-9A-F, the second any character; other four-character
 // pieces that begin with "{" are removed; a produced "{" is examined again.

@@ -146,7 +146,7 @@ void BounceRelay::RetryLater() {
   try {
     seconds = environment.hive.ReadNumber(environment.settingsRoot, "BounceRetrySeconds", 0);
   } catch (const SettingsError&) {
-    ReportException("reading BounceRetrySeconds", true);
+    ReportException("reading BounceRetrySeconds", Report::kQuietly);
   }
   if (seconds <= 0 || !inUse_) return;
   retry_ = environment.loop.After(std::chrono::seconds(std::min(seconds, kLongestRetry)),

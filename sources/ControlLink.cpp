@@ -66,7 +66,7 @@ void ControlLink::MessageFromController(int connectionIndex, std::string_view li
     const FirstWord words = CutFirstWord(line);
     Dispatch(UpperCaseAscii(words.word), words.rest);
   } catch (const std::exception&) {
-    ReportException("handling a message from the controller", true);
+    ReportException("handling a message from the controller", Report::kQuietly);
   }
 }
 
@@ -74,7 +74,7 @@ void ControlLink::Relay(int connectionIndex, std::string_view line) {
   try {
     if (relay && relay(connectionIndex, line)) DebugLine("Bouncing to Client ZEB");
   } catch (const std::exception&) {
-    ReportException("bouncing a message", true);
+    ReportException("bouncing a message", Report::kQuietly);
   }
 }
 

@@ -93,7 +93,7 @@ void FilePoller::Tick() {
     try {
       self->LookAt(due);
     } catch (const std::exception&) {
-      ReportException("looking at the information files", true);
+      ReportException("looking at the information files", Report::kQuietly);
     }
     self->looking_ = false;
   });
@@ -135,7 +135,7 @@ void FilePoller::Answer(Watch& watch) {
   try {
     if (const auto tell = watch.onLook) tell();
   } catch (const std::exception&) {
-    ReportException("looking at an information file", true);
+    ReportException("looking at an information file", Report::kQuietly);
   }
 }
 

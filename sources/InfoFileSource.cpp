@@ -176,7 +176,7 @@ void InfoFileSource::Read(const FileInfo& stamp) {
     try {
       if (inTime) self->Finish(*reading);
     } catch (const std::exception&) {
-      ReportException("reading the information file", true);
+      ReportException("reading the information file", Report::kQuietly);
     }
   });
 }

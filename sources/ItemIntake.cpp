@@ -50,7 +50,7 @@ void ItemIntake::SetCurrentItem(const clsZEBItemInfo* item, bool updateNow) {
     service_.SetCurrentItem(*item);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
-    ReportException("setting the current item", true);
+    ReportException("setting the current item", Report::kQuietly);
   }
 }
 
@@ -69,7 +69,7 @@ void ItemIntake::SetNextItem(const clsZEBItemInfo* item, bool updateNow) {
     service_.SetNextItem(slot, arriving);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
-    ReportException("setting a next item", true);
+    ReportException("setting a next item", Report::kQuietly);
   }
 }
 
@@ -88,7 +88,7 @@ void ItemIntake::SetPreviousItem(const clsZEBItemInfo* item, bool updateNow) {
     service_.SetPreviousItem(slot, arriving);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
-    ReportException("setting a previous item", true);
+    ReportException("setting a previous item", Report::kQuietly);
   }
 }
 
@@ -104,7 +104,7 @@ void ItemIntake::SetComingSoonItem(const clsZEBItemInfo* item, bool updateNow) {
     service_.SetComingSoonItem(*item);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
-    ReportException("setting the coming soon item", true);
+    ReportException("setting the coming soon item", Report::kQuietly);
   }
 }
 

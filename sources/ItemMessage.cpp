@@ -254,7 +254,7 @@ bool ParseItemMessage(std::string_view message, ItemIntake& intake, CartStore& c
     ReadPictures(values, item);
     return true;
   } catch (const std::exception&) {
-    ReportException("reading an item message", true);
+    ReportException("reading an item message", Report::kQuietly);
     return false;
   }
 }

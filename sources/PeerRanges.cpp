@@ -52,14 +52,16 @@ std::optional<unsigned> HexGroup(std::string_view text) {
   return value;
 }
 
+enum class Ending { kGroup, kMayBeIPv4 };
+
 // The bytes of groups divided by ":", without "::". Nothing when they are malformed or more than 16 bytes.
-std::optional<std::vector<std::uint8_t>> ParseGroups(std::string_view text, bool mayEndInIPv4) {
+std::optional<std::vector<std::uint8_t>> ParseGroups(std::string_view text, Ending ending) {
   std::vector<std::uint8_t> bytes;
   while (!text.empty()) {
     const std::size_t colon = text.find(':');
     const std::string_view part = text.substr(0, colon);
     const bool last = colon == std::string_view::npos;
-    if (last && mayEndInIPv4 && part.find('.') != std::string_view::npos) {
+    if (last && ending == Ending::kMayBeIPv4 && part.find('.') != std::string_view::npos) {
       std::uint8_t four[4];
       if (!ParseIPv4(part, four)) return std::nullopt;
       bytes.insert(bytes.end(), four, four + 4);
@@ -81,13 +83,13 @@ std::optional<IpAddress> ParseIPv6(std::string_view text) {
   IpAddress address{};
   const std::size_t gap = text.find("::");
   if (gap == std::string_view::npos) {
-    const auto bytes = ParseGroups(text, true);
+    const auto bytes = ParseGroups(text, Ending::kMayBeIPv4);
     if (!bytes || bytes->size() != 16) return std::nullopt;
     std::copy(bytes->begin(), bytes->end(), address.begin());
     return address;
   }
-  const auto front = ParseGroups(text.substr(0, gap), false);
-  const auto back = ParseGroups(text.substr(gap + 2), true);
+  const auto front = ParseGroups(text.substr(0, gap), Ending::kGroup);
+  const auto back = ParseGroups(text.substr(gap + 2), Ending::kMayBeIPv4);
   if (!front || !back || front->size() + back->size() > 14) return std::nullopt;
   std::copy(front->begin(), front->end(), address.begin());
   std::copy(back->begin(), back->end(), address.end() - static_cast<std::ptrdiff_t>(back->size()));

@@ -29,7 +29,7 @@ struct uNetControlClient::Impl : std::enable_shared_from_this<Impl> {
     try {
       event(arguments...);
     } catch (const std::exception&) {
-      ReportException("handling an event of the control client", true);
+      ReportException("handling an event of the control client", Report::kQuietly);
     }
   }
 

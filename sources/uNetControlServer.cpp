@@ -78,7 +78,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     try {
       return environment.hive.ReadText(environment.settingsRoot, name, "");
     } catch (const SettingsError&) {
-      ReportException("reading who may connect", true);
+      ReportException("reading who may connect", Report::kQuietly);
       return {};
     }
   }
@@ -209,7 +209,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
                                   ", which sent a line of more than 1 MiB");
       Drop(client);
     } catch (const std::exception&) {
-      ReportException("handling a line of the control link", true);
+      ReportException("handling a line of the control link", Report::kQuietly);
     }
   }
 

@@ -110,13 +110,14 @@ class Formatter {
         time_(std::chrono::floor<std::chrono::seconds>(moment - day_)) {}
 
   std::string Format(std::string_view pattern) {
-    Run(pattern, true);
+    Run(pattern, Whose::kCallers);
     return std::move(result_);
   }
 
  private:
   // The locale's own patterns may not refer to themselves: there, the codes for them are passed over.
-  void Run(std::string_view pattern, bool outermost) {
+  enum class Whose { kCallers, kLocales };
+  void Run(std::string_view pattern, Whose whose) {
     const bool twelveHours = HasHalfDayMark(pattern);
     bool afterHour = false;
     Scanner scanner(pattern);
@@ -132,7 +133,7 @@ class Formatter {
       } else if (token.letter == 'm' && token.count <= 2 && afterHour) {
         Number(time_.minutes().count(), token.count);
       } else if (IsLocalePattern(token)) {
-        if (outermost) LocalePattern(token);
+        if (whose == Whose::kCallers) LocalePattern(token);
       } else {
         DateOrTimeCode(token);
       }
@@ -146,11 +147,12 @@ class Formatter {
 
   void LocalePattern(const Token& token) {
     const LocaleFormats& locale = CurrentLocale();
-    if (token.letter == 't') return Run(locale.longTime, false);
-    if (token.letter == 'd') return Run(token.count == 5 ? locale.shortDate : locale.longDate, false);
-    Run(locale.shortDate, false);
+    if (token.letter == 't') return Run(locale.longTime, Whose::kLocales);
+    if (token.letter == 'd')
+      return Run(token.count == 5 ? locale.shortDate : locale.longDate, Whose::kLocales);
+    Run(locale.shortDate, Whose::kLocales);
     result_ += ' ';
-    Run(locale.longTime, false);
+    Run(locale.longTime, Whose::kLocales);
   }
 
   void DateOrTimeCode(const Token& token) {

@@ -1,5 +1,6 @@
 #include "text/Encodings.h"
 
+#include <bit>
 #include <cstdint>
 
 #include "text/CharacterTables.h"
@@ -23,11 +24,11 @@ std::string DecodeWindows1252(std::string_view bytes) {
   return text;
 }
 
-std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
+std::string DecodeUtf16(std::string_view bytes, std::endian order) {
   const auto unit = [&](std::size_t at) {
     const auto first = static_cast<unsigned char>(bytes[at]);
     const auto second = static_cast<unsigned char>(bytes[at + 1]);
-    return static_cast<char32_t>(bigEndian ? first * 256u + second : second * 256u + first);
+    return static_cast<char32_t>(order == std::endian::big ? first * 256u + second : second * 256u + first);
   };
   std::string text;
   text.reserve(bytes.size());
@@ -48,14 +49,14 @@ std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
   return text;
 }
 
-std::string EncodeUtf16(std::string_view text, bool bigEndian) {
+std::string EncodeUtf16(std::string_view text, std::endian order) {
   std::string bytes;
   bytes.reserve(text.size() * 2);
   const auto append = [&](char32_t unit) {
     const char high = static_cast<char>(static_cast<unsigned char>(unit >> 8));
     const char low = static_cast<char>(static_cast<unsigned char>(unit & 0xFF));
-    bytes += bigEndian ? high : low;
-    bytes += bigEndian ? low : high;
+    bytes += order == std::endian::big ? high : low;
+    bytes += order == std::endian::big ? low : high;
   };
   std::size_t at = 0;
   while (at < text.size()) {
@@ -214,9 +215,9 @@ std::string DecodeFile(std::string_view bytes, const FileEncoding& encoding) {
     case FileEncoding::kUtf8:
       return DecodeLenient(without(kUtf8Mark));
     case FileEncoding::kUtf16LE:
-      return DecodeUtf16(without(kUtf16LEMark), false);
+      return DecodeUtf16(without(kUtf16LEMark), std::endian::little);
     case FileEncoding::kUtf16BE:
-      return DecodeUtf16(without(kUtf16BEMark), true);
+      return DecodeUtf16(without(kUtf16BEMark), std::endian::big);
     case FileEncoding::kWindows1252:
     case FileEncoding::kIso8859_1:  // its control bytes 80 to 9F are in practice always Windows-1252
       break;
@@ -233,11 +234,11 @@ std::string EncodeFile(std::string_view text, const FileEncoding& encoding) {
       break;
     case FileEncoding::kUtf16LE:
       if (encoding.byteOrderMark) bytes = kUtf16LEMark;
-      bytes += EncodeUtf16(text, false);
+      bytes += EncodeUtf16(text, std::endian::little);
       break;
     case FileEncoding::kUtf16BE:
       if (encoding.byteOrderMark) bytes = kUtf16BEMark;
-      bytes += EncodeUtf16(text, true);
+      bytes += EncodeUtf16(text, std::endian::big);
       break;
     case FileEncoding::kWindows1252:
       bytes = EncodeSingleByte(text, CharacterSet::kWindows1252, encoding.markup);

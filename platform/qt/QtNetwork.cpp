@@ -145,7 +145,7 @@ class QtClient : public TcpClientControl, public QtStreamUser {
 
   void Connect(const std::string& host, std::uint16_t port) override {
     Begin(std::make_unique<QTcpSocket>());
-    stream_->Connect(host, port, false);
+    stream_->Connect(host, port, QtStream::Security::kNone);
   }
 
   void ConnectTls(const std::string& host, std::uint16_t port) override {
@@ -156,7 +156,7 @@ class QtClient : public TcpClientControl, public QtStreamUser {
       socket->setSslConfiguration(configuration);
     }
     Begin(std::move(socket));
-    stream_->Connect(host, port, true);
+    stream_->Connect(host, port, QtStream::Security::kTls);
   }
 
   void SendData(std::string_view bytes) override {

@@ -52,7 +52,7 @@ void QtStream::Watch() {
   QObject::connect(socket, &QTcpSocket::disconnected, &context_, [this] { End(""); });
 }
 
-void QtStream::Connect(const std::string& host, std::uint16_t port, bool tls) {
+void QtStream::Connect(const std::string& host, std::uint16_t port, Security security) {
   target_ = host + ":" + std::to_string(port);
   const auto whenConnected = [this] {
     TuneSocket();
@@ -63,7 +63,7 @@ void QtStream::Connect(const std::string& host, std::uint16_t port, bool tls) {
   QString name = QString::fromStdString(host);
   if (name.startsWith('[') && name.endsWith(']')) name = name.mid(1, name.size() - 2);
   socket_->setProxy(QNetworkProxy::NoProxy);
-  if (!tls) {
+  if (security == Security::kNone) {
     QObject::connect(socket_.get(), &QTcpSocket::connected, &context_, whenConnected);
     return socket_->connectToHost(name, port);
   }

@@ -40,7 +40,8 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
  public:
   QtStream(std::shared_ptr<QtStreams> shared, std::unique_ptr<QTcpSocket> socket, QtStreamUser* user);
 
-  void Connect(const std::string& host, std::uint16_t port, bool tls);
+  enum class Security { kNone, kTls };
+  void Connect(const std::string& host, std::uint16_t port, Security security);
   void TakeAccepted();  // the socket is connected already; its user hears nothing before Release
   void Release();
 

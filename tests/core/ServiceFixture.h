@@ -113,7 +113,7 @@ class ServiceTest : public ::testing::Test, protected ServiceEvents {
   void UpdateStarted() override { Tell("update started"); }
   void UpdateFinished() override { Tell("update finished"); }
   void UpdateThrough(const UpdateRecord& record) override {
-    if (!record.full) return;
+    if (record.cause != UpdateCause::kInformation) return;
     records_.push_back(Moment() + " full '" + record.snapshot->currentItem->ItemName + "' " +
                        std::to_string(record.runs.size()) + (record.runs.size() == 1 ? " run, " : " runs, ") +
                        std::to_string(record.postponed) + " postponed");

@@ -81,7 +81,7 @@ TEST_F(DebugLogTest, LevelZeroTouchesNothing) {
   const Trace trace("X");
   WriteDebugLine("a");
   DebugLine("b");
-  ShowProblem("opening", "", true);
+  ShowProblem("opening", "", Report::kQuietly);
   EXPECT_EQ(env_.files.operations, 0);
   EXPECT_FALSE(env_.files.Exists("/logs"));
 }

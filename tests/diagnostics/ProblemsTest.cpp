@@ -27,8 +27,8 @@ class ProblemsTest : public testing::Test {
 
 TEST_F(ProblemsTest, ShownUnlessQuietAndAlwaysLogged) {
   Install(5);
-  ShowProblem("  opening the serial port ", "  ", false);
-  ShowProblem("saving", " Disk full ", true);
+  ShowProblem("  opening the serial port ", "  ", Report::kShown);
+  ShowProblem("saving", " Disk full ", Report::kQuietly);
   EXPECT_EQ(env_.person.shown, std::vector<std::string>{"There was a problem opening the serial port"});
   EXPECT_EQ(Log(),
             "12:00:00 There was a problem opening the serial port\n"
@@ -37,10 +37,10 @@ TEST_F(ProblemsTest, ShownUnlessQuietAndAlwaysLogged) {
 }
 
 TEST_F(ProblemsTest, ShownWithTheLogOff) {
-  ShowProblem("a", "b", false);  // nobody to show it to
+  ShowProblem("a", "b", Report::kShown);  // nobody to show it to
   Install(0);
-  ReportError("closing", "Bad file", 52, false);
-  ReportError("closing", "", 0, false);
+  ReportError("closing", "Bad file", 52, Report::kShown);
+  ReportError("closing", "", 0, Report::kShown);
   EXPECT_EQ(
       env_.person.shown,
       (std::vector<std::string>{
@@ -55,13 +55,13 @@ TEST_F(ProblemsTest, ExceptionsInFlight) {
     try {
       work();
     } catch (...) {
-      ReportException("working", false);
+      ReportException("working", Report::kShown);
     }
   };
   report([] { throw std::runtime_error("went wrong"); });
   report([] { throw std::system_error(2, std::generic_category(), "open"); });
   report([] { throw 5; });
-  ReportException("working", false);
+  ReportException("working", Report::kShown);
   const std::string start =
       "There was a problem working and the error's description was reported as : \n\n\"";
   EXPECT_EQ(env_.person.shown,
