@@ -127,8 +127,6 @@ class clsZEBService {
   bool PeriodicUpdateDue() const;
   // Shows an output that has just been started what the others show; nothing when there was no update yet.
   void ShowPresentTo(OutputType type, int index);
-  // What the last update published; null before the first.
-  const SnapshotPtr& LastSnapshot() const { return lastSnapshot_; }
   SnapshotPtr TakeSnapshot() const;  // of this moment
 
   void CurrentItemNearEnd();
@@ -168,7 +166,7 @@ class clsZEBService {
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
   UpdateCycle cycle_;
-  SnapshotPtr lastSnapshot_;
+  SnapshotPtr lastSnapshot_;  // what the last update published; null before the first
 };
 
 }  // namespace zeb
