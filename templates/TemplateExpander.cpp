@@ -100,16 +100,21 @@ void TemplateExpander::AppendItemValue(const clsZEBItemInfo& item, const TagName
 void TemplateExpander::AppendPictureName(const clsZEBItemInfo& item, std::int32_t index, std::string& to) {
   if (index == 0) index = 1;
   if (index < 0 || item.PictureFileName(index).empty()) {
-    to += snapshot_.NoPictureFileName;
+    AppendEscaped(to, snapshot_.NoPictureFileName, values_.escape);
     return;
   }
   const std::string& picture = item.PictureFileName(index);
   uploadFiles_.Add(picture);
-  to += FileNamePart(picture);
+  AppendEscaped(to, FileNamePart(picture), values_.escape);
 }
 
 // Trims and encodes the value that stands from `start` on.
 void TemplateExpander::FinishValue(std::string& to, std::size_t start) const {
+  if (values_.escape != ValueEscape::kNone) {
+    const std::string plain(TrimBlanks(std::string_view(to).substr(start)));
+    to.resize(start);
+    AppendEscaped(to, plain, values_.escape);
+  }
   const std::string_view trimmed = TrimBlanks(std::string_view(to).substr(start));
   if (values_.urlEncode) {
     const std::string encoded = UrlEncode(EncodeFor(trimmed, values_.characterSet));

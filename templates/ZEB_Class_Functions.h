@@ -12,6 +12,7 @@
 #include "core/ServiceSnapshot.h"
 #include "platform/Time.h"
 #include "text/Encodings.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 
@@ -30,10 +31,12 @@ class UploadFileList {
   std::unordered_set<std::string> lowerCased_;
 };
 
-// How values (never literal text or picture names) are put into the text.
+// How values (never literal text) are put into the text: escaped, then URL-encoded. Picture names are
+// only escaped.
 struct ValueEncoding {
   bool urlEncode = false;
   CharacterSet characterSet = CharacterSet::kUtf8;  // whose bytes are URL-encoded
+  ValueEscape escape = ValueEscape::kNone;
 };
 
 // Expands optional sections, then tags, each in one pass from left to right with one output buffer: linear in
@@ -57,7 +60,7 @@ std::string UndoEscapedTags(std::string_view page);
 // Expands a page piece by piece of at most 2000 characters, as the file and web outputs do. No tag or
 // conditional section is ever split between two pieces.
 std::string ExpandPage(std::string_view page, const ServiceSnapshot& snapshot, std::string_view simpleText,
-                       UploadFileList& uploadFiles);
+                       UploadFileList& uploadFiles, ValueEncoding values = {});
 
 // Puts the generator comment, and the refresh and no-cache tags when asked for, on the line after the page's
 // first
