@@ -215,8 +215,8 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   std::vector<std::string>& candidates = found.Value();
   if (candidates.empty()) {
     UploadFileList unused;
-    std::string text =
-        WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText, unused));
+    std::string text = WithoutLineBreaks(
+        ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText, unused, settings.Values()));
     if (!text.empty()) candidates.push_back(std::move(text));
   }
   if (candidates.empty()) return exitAs("no strings to choose from");
@@ -241,7 +241,8 @@ void clsZEBDABOutput::NoteNotLoggedOn() {
 
 std::string clsZEBDABOutput::LabelOf(const ServiceSnapshot& snapshot, std::string text) const {
   UploadFileList unused;
-  text += ExpandTemplate(ConvertHexEscapes(settings.append), snapshot, settings.simpleText, unused);
+  text += ExpandTemplate(ConvertHexEscapes(settings.append), snapshot, settings.simpleText, unused,
+                         settings.Values());
   text = WithoutLineBreaks(KeepToSet(text, settings.characterSet));
   std::string_view label = text;
   if (const std::int32_t most = LeadingInteger(settings.MaxNumberChars); most > 0)

@@ -11,6 +11,7 @@
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 #include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
@@ -250,8 +251,8 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   mayPass_ = true;
   UploadFileList unused;
   std::vector<EncoderCommand> commands;
-  for (const std::string& piece :
-       SplitPieces(ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused))) {
+  for (const std::string& piece : SplitPieces(ExpandTemplate(
+           settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, {.oneLine = true}))) {
     EncoderCommand command = SplitCommand(piece);
     if (!command.value.empty() || settings.SendEmptyStrings) commands.push_back(std::move(command));
   }
@@ -314,11 +315,12 @@ Verdict clsZEBEncoderOutput::SendToServer(const std::string& text) {
 }
 
 std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
-  const std::string title = WithoutLineEnds(text);
+  const std::string title = WithoutControls(text);
   std::string request = "GET ";
   if (settings.IcecastMount.empty())
-    request += "/admin.cgi?pass=" + WithoutLineEnds(settings.SHOUTCastServerPassword) +
-               "&mode=updinfo&song=" + BlanksEncoded(EncodeFor(title, settings.characterSet));
+    request +=
+        "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
+        "&mode=updinfo&song=" + ControlsEncoded(BlanksEncoded(EncodeFor(title, settings.characterSet)));
   else
     request += "/admin/metadata?mount=" + PercentEncoded(settings.IcecastMount) +
                "&mode=updinfo&charset=UTF-8&song=" + PercentEncoded(title);

@@ -286,8 +286,8 @@ bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
 
 bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format) {
   UploadFileList unused;
-  return SendString(snapshot,
-                    ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused));
+  return SendString(snapshot, ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused,
+                                             settings.Values()));
 }
 
 }  // namespace zeb

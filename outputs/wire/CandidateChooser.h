@@ -14,6 +14,7 @@
 #include "platform/Environment.h"
 #include "platform/Result.h"
 #include "platform/WorkLane.h"
+#include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
 
@@ -23,6 +24,9 @@ struct WireFormats {
   std::string append;               // with {hh} escapes
   std::string alternates;           // templates and "FILE:name" entries, separated by "|"
   bool alternatesWhenEmpty = true;  // only when the main text is empty
+
+  // How values are put in: one that holds a line end must not become two commands.
+  ValueEncoding Values() const { return {.oneLine = true}; }
 };
 
 enum class LineBreaks { kKept, kTakenOut };
