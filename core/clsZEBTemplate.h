@@ -94,6 +94,9 @@ class clsZEBTemplate {
   std::string simpleTextFormat_;
   std::string problem_;  // of the output as a whole; "" while nothing fails
 
+  // Notes a word of an "EscapeValues" setting that there is not. `where` names the output, or its pair.
+  void CheckEscapeWord(const std::string& where, const std::string& word);
+
   // For an output that counts for itself, in UpdateOutput.
   void SetTally(Tally tally) {
     tally_ = tally;

@@ -80,6 +80,7 @@ constexpr SettingRow<S> kRows[] = {
     {"CharacterSet", &S::characterSet},
     {"IcecastMount", &S::IcecastMount},
     {"IcecastUsername", &S::IcecastUsername},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -232,6 +233,7 @@ void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputInde
   const Trace trace("Encoder.GetOutputInformation");
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("Encoder output " + std::to_string(outputIndex), settings.EscapeValues);
   std::string& mount = settings.IcecastMount;
   if (!mount.empty() && mount.front() != '/') mount.insert(mount.begin(), '/');
 }
@@ -250,9 +252,11 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   mayPass_ = true;
   UploadFileList unused;
+  const ValueEncoding values{.escape = EscapeFor(settings.EscapeValues, {}, settings.SimpleTextFormat),
+                             .oneLine = true};
   std::vector<EncoderCommand> commands;
-  for (const std::string& piece : SplitPieces(ExpandTemplate(
-           settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, {.oneLine = true}))) {
+  for (const std::string& piece : SplitPieces(
+           ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, values))) {
     EncoderCommand command = SplitCommand(piece);
     if (!command.value.empty() || settings.SendEmptyStrings) commands.push_back(std::move(command));
   }

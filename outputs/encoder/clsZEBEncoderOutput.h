@@ -37,6 +37,7 @@ struct EncoderSettings {
   // When set, the title is sent the way that present Icecast servers take it, to this mount point.
   std::string IcecastMount;
   std::string IcecastUsername = "source";
+  std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
 struct EncoderCommand {

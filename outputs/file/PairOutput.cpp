@@ -70,6 +70,8 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
   pairs_ = ReadPairs(environment_.hive, key, outputIndex);
+  for (const clsFileParameters& pair : pairs_)
+    CheckEscapeWord("'" + pair.DestinationFileName() + "'", pair.EscapeValues);
   PairsChanged();
   for (const Switch& one : kSwitches)
     this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);

@@ -51,6 +51,7 @@ constexpr SettingRow<S> kRows[] = {
     {"HTTPPassword", &S::HTTPPassword, StoredAs::kText, true},
     {"CharacterSet", &S::characterSet},
     {"UseTLS", &S::UseTLS, StoredAs::kNumber},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -116,8 +117,7 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   UploadFileList unused;
   const std::vector<std::string> pieces = SplitPieces(
-      ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused,
-                     {.urlEncode = true, .characterSet = settings.characterSet, .oneLine = true}));
+      ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, Values()));
   const Epoch::Mark mine = run_.Now();
   if (!requests_.Run(environment_.loop, snapshot, pieces.size(), mine,
                      [&](std::size_t i) { return Send(*client, pieces[i]); }))
@@ -157,6 +157,7 @@ void clsZEBHTTPOutput::GetOutputInformation(int serviceNumber, int outputIndex) 
   const Trace trace("HTTP.GetOutputInformation");
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("HTTP output " + std::to_string(outputIndex), settings.EscapeValues);
 }
 
 std::string clsZEBHTTPOutput::SettingsText() const {
@@ -164,6 +165,13 @@ std::string clsZEBHTTPOutput::SettingsText() const {
 }
 
 // ---- Requests
+
+ValueEncoding clsZEBHTTPOutput::Values() const {
+  return {.urlEncode = true,
+          .characterSet = settings.characterSet,
+          .escape = EscapeFor(settings.EscapeValues, {}, settings.SimpleTextFormat),
+          .oneLine = true};
+}
 
 RequestTarget clsZEBHTTPOutput::Target() const {
   const bool usualTlsPort = settings.UseTLS && settings.ServerPort == kHttpPort;

@@ -46,6 +46,7 @@ constexpr SettingRow<S> kRows[] = {
     {"MaxNumberChars", &S::MaxNumberChars},
     {"UseSlowSend", &S::UseSlowSend},
     {"CharacterSet", &S::characterSet},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -62,6 +63,7 @@ clsZEBSerialOutput::~clsZEBSerialOutput() {
 void clsZEBSerialOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("Serial output " + std::to_string(outputIndex), settings.EscapeValues);
   simpleTextFormat_ = settings.simpleText;
   device_ = DeviceOf(environment_, settings.CommPort);
   SetStatus(kStatusOK);
@@ -287,7 +289,7 @@ bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
 bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format) {
   UploadFileList unused;
   return SendString(snapshot, ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused,
-                                             settings.Values()));
+                                             settings.Values(format)));
 }
 
 }  // namespace zeb

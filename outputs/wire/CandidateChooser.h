@@ -25,8 +25,12 @@ struct WireFormats {
   std::string alternates;           // templates and "FILE:name" entries, separated by "|"
   bool alternatesWhenEmpty = true;  // only when the main text is empty
 
-  // How values are put in: one that holds a line end must not become two commands.
-  ValueEncoding Values() const { return {.oneLine = true}; }
+  std::string EscapeValues{};  // a word of text/ValueEscapes.h
+
+  // How values are put into a template: one that holds a line end must not become two commands.
+  ValueEncoding Values(std::string_view templateText) const {
+    return {.escape = EscapeFor(EscapeValues, {}, templateText), .oneLine = true};
+  }
 };
 
 enum class LineBreaks { kKept, kTakenOut };
