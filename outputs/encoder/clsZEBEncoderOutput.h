@@ -33,6 +33,7 @@ struct EncoderSettings {
   std::string SHOUTCastServerName = "127.0.0.1";
   std::int32_t SHOUTCastServerPort = 8000;
   std::string SHOUTCastServerPassword;
+  std::string SHOUTCastEncoding;  // "full": the title is percent-encoded; "": only its blanks are
   CharacterSet characterSet = CharacterSet::kUtf8;
   // When set, the title is sent the way that present Icecast servers take it, to this mount point.
   std::string IcecastMount;
@@ -72,6 +73,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   EncoderSettings settings;
 
  private:
+  void CheckEncodingWord(int outputIndex) const;
   Outcome StartEncoder();
   Outcome FindMediaEncoder(EncoderAutomation& automation);
   Verdict Send(const EncoderCommand& command);
