@@ -72,10 +72,9 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
 }
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
+  CopyAdditionalFiles = false;  // unless it is known where from
   pairs_ = ReadPairs(environment_.hive, key, outputIndex);
   PairsChanged();
-  // Before the switches: without it nothing may be copied.
-  CopyAdditionalFiles = false;
   mediaFolders_ = environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, "");
   for (const Switch& one : kSwitches)
     this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);
