@@ -172,7 +172,7 @@ TEST_F(MediaAttackTest, MediaFoldersIsTakenOverByAReload) {
   ExpectUnharmed({".htaccess", "b.jpg", "index.html", "now.html"});
   ASSERT_EQ(Zebctl({"settings", "set", "", "MediaFolders", "none;" + (x / "pics").string()}).status, 0);
   zebd->Signal(SIGHUP);
-  ASSERT_TRUE(zebd->WaitForError("eload")) << zebd->error;
+  ASSERT_TRUE(zebd->WaitForError("Settings read again")) << zebd->error;
   Play((x / "c.jpg").string());
   Play((x / "pics/c.jpg").string());
   Play((x / "pics/a.jpg").string());
