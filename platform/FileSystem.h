@@ -22,6 +22,9 @@ struct FileInfo {
   std::int64_t modified = 0;  // nanoseconds since 1970, for comparing only
   bool isFolder = false;
   bool isRegular = true;  // false for folders, pipes, devices
+  // Everyone on the machine may read the file, or enter the folder, as far as its mode says; true where the
+  // system has no such modes.
+  bool openToAll = true;
 };
 
 // A file that is open for reading, for those that are too large to be held. Used on one thread at a time.
@@ -29,8 +32,13 @@ class FileReader {
  public:
   virtual ~FileReader() = default;
   virtual std::uint64_t Size() const = 0;  // when it was opened
+  // Of the open file itself, when it was opened: whoever puts another in its place changes nothing here.
+  virtual FileInfo Info() const = 0;
+  // Where the open file lies, links followed; fails when it can no longer be found there.
+  virtual Result<std::string> RealPath() const = 0;
   // The next bytes, at most `most`; 0 at the end, wherever that is by now.
   virtual Result<std::size_t> Read(char* to, std::size_t most) = 0;
+  virtual Outcome Rewind() = 0;  // the next bytes are the first again
 };
 
 class FileSystem {
@@ -42,6 +50,8 @@ class FileSystem {
   virtual Result<std::string> Read(const std::string& path, std::uint64_t limit) = 0;
   // Fails on anything but a regular file, as Read does.
   virtual Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) = 0;
+  // The absolute path of what is there, links followed, without "." and "..".
+  virtual Result<std::string> RealPath(const std::string& path) = 0;
   // Creates or empties the file, then writes it whole. A failure part way removes what was written.
   virtual Outcome Write(const std::string& path, std::string_view bytes) = 0;
   // Appends in one piece, creating the file when missing.
@@ -52,6 +62,8 @@ class FileSystem {
   virtual Outcome Rename(const std::string& from, const std::string& to) = 0;
   // Copies contents and time stamp; an existing target is deleted first. A failure leaves no part of it.
   virtual Outcome Copy(const std::string& from, const std::string& to) = 0;
+  // The same from an open file, from its beginning: what was looked at is what is copied.
+  virtual Outcome CopyFrom(FileReader& from, const std::string& to) = 0;
   virtual Outcome CreateFolders(const std::string& path) = 0;
   virtual Result<std::vector<std::string>> List(const std::string& folder) = 0;  // plain names, sorted
   // A new empty file in the user's temporary folder whose name starts with `prefix`.

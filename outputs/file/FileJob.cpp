@@ -9,14 +9,6 @@
 namespace zeb {
 namespace {
 
-// Some shares keep times to 100 ns or whole or even seconds only, and cut what they are given.
-bool SameTime(std::int64_t source, std::int64_t copy) {
-  for (std::int64_t tick :
-       {std::int64_t{1}, std::int64_t{100}, std::int64_t{1'000'000'000}, std::int64_t{2'000'000'000}})
-    if (copy == source - source % tick) return true;
-  return false;
-}
-
 // Copies the temporary file under the work name of `to`.
 bool Stage(FileJob& job, const FileTools& tools, const std::string& temp, const std::string& to) {
   tools.place.AtFile(to);
@@ -90,28 +82,6 @@ void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, cons
     tools.destinations.SetLastVersion(job.destination, number);
   else
     static_cast<void>(tools.files.Delete(WorkName(version)));
-}
-
-std::string CopyAdditional(const FileTools& tools, const AdditionalCopy& copy, bool always) {
-  if (copy.source == copy.target) return {};
-  FileSystem& files = tools.files;
-  if (!always) {
-    tools.place.AtFile(copy.source);
-    const std::optional<FileInfo> source = files.Stat(copy.source);
-    tools.place.AtFile(copy.target);
-    const std::optional<FileInfo> target = files.Stat(copy.target);
-    if (source && target && source->isRegular && target->isRegular && source->size == target->size &&
-        SameTime(source->modified, target->modified))
-      return {};
-  }
-  tools.place.At("copying '" + copy.source + "' to '" + copy.target + "'");
-  const std::string work = WorkName(copy.target);
-  const Outcome copied = files.Copy(copy.source, work);
-  if (!copied) return copied.Reason();
-  const Outcome renamed = files.Rename(work, copy.target);
-  if (renamed) return {};
-  static_cast<void>(files.Delete(work));
-  return renamed.Reason();
 }
 
 }  // namespace zeb

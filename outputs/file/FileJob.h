@@ -52,12 +52,4 @@ void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, cons
 // The name under which a file is made beside its final one.
 std::string WorkName(const std::string& path);
 
-// A file that travels with a page.
-struct AdditionalCopy {
-  std::string source, target;
-};
-// Copies through a work file and a rename. With `always` off, an equal file (same size and time) is left
-// alone. The reason, when it fails.
-std::string CopyAdditional(const FileTools& tools, const AdditionalCopy& copy, bool always);
-
 }  // namespace zeb

@@ -75,17 +75,18 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
 
 // Every listed file goes beside every page, once a folder.
 bool FileWork::CopyBesidePages(Claim& claim) {
+  const MediaTools media{setting_.media, *setting_.names};
   for (auto& [folder, done] : folders_) {
     for (; done < listed_.Paths().size(); ++done) {
       const std::string& path = listed_.Paths()[done];
       const std::string_view name = FileNamePart(path);
       if (name.empty()) continue;
-      const AdditionalCopy copy{JoinPath(setting_.dataFolder, path), folder + std::string(name)};
+      const AdditionalCopy copy{JoinPath(setting_.media.dataFolder, path), folder + std::string(name)};
       if (givenUp_) return false;
       const bool ours = claim.Holds(copy.target) || claim.Add(copy.target);
       if (!ours && waitedFor_.insert(copy.target).second) return false;
       copies_[copy.target] =
-          ours ? CopyAdditional(Tools(), copy, setting_.alwaysCopy) : StillBeingWritten(copy.target);
+          ours ? CopyAdditional(Tools(), media, copy, setting_.alwaysCopy) : StillBeingWritten(copy.target);
     }
   }
   return true;

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "outputs/file/AdditionalCopy.h"
 #include "outputs/file/FileJob.h"
 
 namespace zeb {
@@ -25,7 +26,8 @@ class FileWork {
   struct Setting {
     FileSystem& files;
     std::shared_ptr<DestinationsInProgress> destinations;
-    std::string dataFolder;
+    MediaRules media;  // for additional files; its data folder is what relative names start from
+    std::shared_ptr<PublishedNames> names;
     bool copyAdditional = false, alwaysCopy = false;  // as the output is set
     bool preserveTempFiles = false, trace = false;
   };

@@ -1,7 +1,6 @@
 #include "outputs/file/clsZEBFileOutput.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
@@ -20,8 +19,9 @@ constexpr const char* kSettingsKey = "\\File";
 }  // namespace
 
 clsZEBFileOutput::clsZEBFileOutput(Environment& environment,
-                                   std::shared_ptr<DestinationsInProgress> destinations)
-    : PairOutput(environment), destinations_(std::move(destinations)) {}
+                                   std::shared_ptr<DestinationsInProgress> destinations,
+                                   std::shared_ptr<PublishedNames> names)
+    : PairOutput(environment, std::move(names)), destinations_(std::move(destinations)) {}
 
 std::string clsZEBFileOutput::GetStatusString(std::uint32_t& colour) {
   switch (Status()) {
@@ -108,7 +108,7 @@ std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
     job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
     job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }
-  FileWork::Setting setting{environment_.files, destinations_, environment_.dataFolder};
+  FileWork::Setting setting{environment_.files, destinations_, Media(), Names()};
   setting.copyAdditional = CopyAdditionalFiles;
   setting.alwaysCopy = AlwaysCopyFiles;
   setting.preserveTempFiles = environment_.preserveTempFiles;
@@ -160,19 +160,9 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);
 }
 
-// A picture that stays missing is worth one line, not one an update. `ofAll`: all that are wanted were tried.
 void clsZEBFileOutput::NoteFailedCopies(const FileWork& work, bool ofAll) {
-  std::map<std::string, std::string> failed;
-  if (!ofAll) failed = failedCopies_;
-  std::set<std::string> told;
-  for (const auto& [target, reason] : failedCopies_) told.insert(reason);
-  for (const auto& [target, reason] : work.Copies()) {
-    failed.erase(target);
-    if (reason.empty()) continue;
-    failed[target] = reason;
-    if (told.insert(reason).second) environment_.person.Note("File: " + reason);
-  }
-  failedCopies_ = std::move(failed);
+  copyNotes_.Take(work.Copies(), ofAll,
+                  [this](const std::string& line) { environment_.person.Note("File: " + line); });
 }
 
 void clsZEBFileOutput::NoteHanging(const WorkPlace& place, bool progressed) {

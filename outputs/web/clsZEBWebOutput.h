@@ -10,8 +10,10 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "outputs/file/CopyNotes.h"
 #include "outputs/file/PairOutput.h"
 #include "outputs/web/WebServer.h"
 #include "outputs/web/WebSettings.h"
@@ -21,7 +23,10 @@ namespace zeb {
 
 class clsZEBWebOutput : public PairOutput {
  public:
-  using PairOutput::PairOutput;
+  // `names` is shared by all outputs of the program; an output without it knows its own only.
+  explicit clsZEBWebOutput(Environment& environment,
+                           std::shared_ptr<PublishedNames> names = std::make_shared<PublishedNames>())
+      : PairOutput(environment, std::move(names)) {}
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;  // an upload under way is cancelled
@@ -63,6 +68,7 @@ class clsZEBWebOutput : public PairOutput {
   std::set<std::size_t> failedPages_;
   std::vector<AdditionalFile> failedAdditional_;
   std::vector<Problem> additionalProblems_;
+  CopyNotes copyNotes_;                // of those that may not be published
   std::vector<MovedPage> movedPages_;  // remembered in the settings too, for a restart
   std::string movedPagesKey_, movedPagesName_;
 };

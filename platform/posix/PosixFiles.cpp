@@ -107,6 +107,23 @@ bool CopyContents(const Descriptor& from, const Descriptor& to, std::uint64_t si
   return true;
 }
 
+FileInfo InfoOf(const struct stat& status) {
+  FileInfo info;
+  info.size = static_cast<std::uint64_t>(status.st_size);
+  info.modified = Nanoseconds(status.st_mtim);
+  info.isFolder = S_ISDIR(status.st_mode);
+  info.isRegular = S_ISREG(status.st_mode);
+  info.openToAll = (status.st_mode & static_cast<mode_t>(info.isFolder ? S_IXOTH : S_IROTH)) != 0;
+  return info;
+}
+
+Result<std::string> RealPathOf(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(
+      HasNul(path) ? nullptr : ::realpath(path.c_str(), nullptr), std::free);
+  if (!real) return Cannot("find", path, ErrorText(HasNul(path) ? EINVAL : errno));
+  return std::string(real.get());
+}
+
 class Reader : public FileReader {
  public:
   Reader(std::string path, int number) : path_(std::move(path)), file_(number) {}
@@ -116,21 +133,55 @@ class Reader : public FileReader {
     if (!file_.IsOpen()) return ErrorText(errno);
     struct stat status = {};
     std::string why = WhyNotRegular(file_, status);
-    size_ = static_cast<std::uint64_t>(status.st_size);
+    device_ = status.st_dev;
+    inode_ = status.st_ino;
+    info_ = InfoOf(status);
     return why;
   }
-  std::uint64_t Size() const override { return size_; }
+  std::uint64_t Size() const override { return info_.size; }
+  FileInfo Info() const override { return info_; }
+  // The kernel knows where the open file lies; a system without /proc finds it by its name again.
+  Result<std::string> RealPath() const override {
+    for (const std::string& name : {"/proc/self/fd/" + std::to_string(file_.Number()), path_}) {
+      Result<std::string> real = RealPathOf(name);
+      struct stat status = {};
+      if (real && StatOf(real.Value(), status) && status.st_dev == device_ && status.st_ino == inode_)
+        return real;
+    }
+    return Cannot("find", path_, "it was moved or deleted meanwhile");
+  }
   Result<std::size_t> Read(char* to, std::size_t most) override {
     const ssize_t got = ReadSome(file_, to, most);
     if (got < 0) return Cannot("read", path_, ErrorText(errno));
     return static_cast<std::size_t>(got);
   }
+  Outcome Rewind() override {
+    if (::lseek(file_.Number(), 0, SEEK_SET) == 0) return {};
+    return Cannot("read", path_, ErrorText(errno));
+  }
 
  private:
   const std::string path_;
   Descriptor file_;
-  std::uint64_t size_ = 0;
+  FileInfo info_;
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
 };
+
+// At most the size that the source had when it was opened. The reason when it fails; "" when it is done.
+std::string FillFrom(FileReader& from, const Descriptor& to) {
+  std::uint64_t left = from.Size();
+  std::string buffer(static_cast<std::size_t>(std::min<std::uint64_t>(left, 256 * 1024)), '\0');
+  while (left > 0) {
+    const auto most = std::min<std::uint64_t>(left, buffer.size());
+    const Result<std::size_t> got = from.Read(buffer.data(), static_cast<std::size_t>(most));
+    if (!got) return got.Reason();
+    if (got.Value() == 0) break;
+    if (!WriteAll(to, std::string_view(buffer).substr(0, got.Value()))) return ErrorText(errno);
+    left -= got.Value();
+  }
+  return {};
+}
 
 // What people set on a published file outlives its replacement. Not being allowed to is no failure.
 void TakeOverModeAndOwner(const std::string& from, const std::string& to) {
@@ -155,12 +206,11 @@ PosixFiles::PosixFiles() : tempFolder_(TempFolder()) {}
 std::optional<FileInfo> PosixFiles::Stat(const std::string& path) {
   struct stat status = {};
   if (!StatOf(path, status)) return std::nullopt;
-  FileInfo info;
-  info.size = static_cast<std::uint64_t>(status.st_size);
-  info.modified = Nanoseconds(status.st_mtim);
-  info.isFolder = S_ISDIR(status.st_mode);
-  info.isRegular = S_ISREG(status.st_mode);
-  return info;
+  return InfoOf(status);
+}
+
+Result<std::string> PosixFiles::RealPath(const std::string& path) {
+  return RealPathOf(path);
 }
 
 Result<std::string> PosixFiles::Read(const std::string& path, std::uint64_t limit) {
@@ -252,6 +302,26 @@ Outcome PosixFiles::Copy(const std::string& from, const std::string& to) {
   int error = errno;
   ::unlink(to.c_str());
   return Cannot(verb, to, ErrorText(error));
+}
+
+Outcome PosixFiles::CopyFrom(FileReader& from, const std::string& to) {
+  if (Outcome rewound = from.Rewind(); !rewound) return rewound;
+  if (Outcome deleted = Delete(to); !deleted) return Cannot("write", to, deleted.Reason());
+  Descriptor target(Open(to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW));
+  if (!target.IsOpen()) return Cannot("write", to, ErrorText(errno));
+  std::string why = FillFrom(from, target);
+  if (why.empty()) {
+    const std::int64_t modified = from.Info().modified;
+    const timespec time = {static_cast<time_t>(modified / 1'000'000'000),
+                           static_cast<long>(modified % 1'000'000'000)};
+    const timespec times[2] = {time, time};
+    // Some shares refuse to set times; the contents are what matters.
+    static_cast<void>(::futimens(target.Number(), times));
+    if (target.Close()) return {};
+    why = ErrorText(errno);
+  }
+  ::unlink(to.c_str());
+  return Cannot("write", to, why);
 }
 
 Outcome PosixFiles::CreateFolders(const std::string& path) {

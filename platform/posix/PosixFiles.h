@@ -17,11 +17,13 @@ class PosixFiles : public FileSystem {
   std::optional<FileInfo> Stat(const std::string& path) override;
   Result<std::string> Read(const std::string& path, std::uint64_t limit) override;
   Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) override;
+  Result<std::string> RealPath(const std::string& path) override;
   Outcome Write(const std::string& path, std::string_view bytes) override;
   Outcome Append(const std::string& path, std::string_view bytes) override;
   Outcome Delete(const std::string& path) override;
   Outcome Rename(const std::string& from, const std::string& to) override;
   Outcome Copy(const std::string& from, const std::string& to) override;
+  Outcome CopyFrom(FileReader& from, const std::string& to) override;
   Outcome CreateFolders(const std::string& path) override;
   Result<std::vector<std::string>> List(const std::string& folder) override;
   Result<std::string> MakeTempFile(const std::string& prefix) override;

@@ -41,19 +41,31 @@ bool IsBelow(const std::string& path, const std::string& folder) {
 // An open file outlives its name, so it has its own copy of the bytes.
 class SimulatedFiles::Reader : public FileReader {
  public:
-  Reader(SimulatedFiles& files, std::string path, std::string bytes)
-      : files_(files), path_(std::move(path)), bytes_(std::move(bytes)) {}
+  Reader(SimulatedFiles& files, std::string path, std::string bytes, FileInfo info, Result<std::string> real)
+      : files_(files),
+        path_(std::move(path)),
+        bytes_(std::move(bytes)),
+        info_(info),
+        real_(std::move(real)) {}
   std::uint64_t Size() const override { return bytes_.size(); }
+  FileInfo Info() const override { return info_; }
+  Result<std::string> RealPath() const override { return real_; }
   Result<std::size_t> Read(char* to, std::size_t most) override {
     if (std::string why = files_.Refusal("Read", path_); !why.empty()) return Cannot("read", path_, why);
     const std::size_t got = bytes_.copy(to, most, at_);
     at_ += got;
     return got;
   }
+  Outcome Rewind() override {
+    at_ = 0;
+    return {};
+  }
 
  private:
   SimulatedFiles& files_;
   const std::string path_, bytes_;
+  const FileInfo info_;
+  const Result<std::string> real_;
   std::size_t at_ = 0;
 };
 
@@ -108,13 +120,25 @@ std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
   ++operations;
   auto found = files_.find(Normal(path));
   if (found == files_.end()) return std::nullopt;
-  const File& file = found->second;
+  return InfoOf(found->second);
+}
+
+FileInfo SimulatedFiles::InfoOf(const File& file) {
   FileInfo info;
   info.size = file.bytes.size();
   info.modified = file.modified;
   info.isFolder = file.isFolder;
   info.isRegular = !file.isFolder && !file.isSpecial;
+  info.openToAll = file.openToAll;
   return info;
+}
+
+Result<std::string> SimulatedFiles::RealPath(const std::string& path) {
+  ++operations;
+  const std::string normal = Normal(path);
+  if (files_.count(normal) == 0) return Cannot("find", path, WhyMissing(normal));
+  const auto link = realPaths.find(normal);
+  return link == realPaths.end() ? normal : link->second;
 }
 
 Result<std::string> SimulatedFiles::Read(const std::string& path, std::uint64_t limit) {
@@ -131,7 +155,8 @@ Result<std::string> SimulatedFiles::Read(const std::string& path, std::uint64_t 
 Result<std::unique_ptr<FileReader>> SimulatedFiles::OpenForReading(const std::string& path) {
   Result<std::string> bytes = Read(path, std::numeric_limits<std::uint64_t>::max());
   if (!bytes) return bytes.AsFailure();
-  return std::unique_ptr<FileReader>(std::make_unique<Reader>(*this, path, std::move(bytes.Value())));
+  return std::unique_ptr<FileReader>(std::make_unique<Reader>(
+      *this, path, std::move(bytes.Value()), InfoOf(files_.at(Normal(path))), RealPath(path)));
 }
 
 Outcome SimulatedFiles::Write(const std::string& path, std::string_view bytes) {
@@ -204,12 +229,25 @@ Outcome SimulatedFiles::Copy(const std::string& from, const std::string& to) {
   if (found->second.isFolder || found->second.isSpecial) return Cannot(verb, to, "it is not a regular file");
   if (source == target) return Cannot(verb, to, "they are the same file");
   if (std::string why = CannotHoldFile(target); !why.empty()) return Cannot(verb, to, why);
-  std::int64_t modified = found->second.modified;
-  files_.erase(target);
-  Observe("Copy", target);
-  FillInSteps("Copy", target, files_[source].bytes);
-  files_[target].modified = modified;
-  Observe("Copy", target);
+  return CopyBytes(found->second.bytes, found->second.modified, target);
+}
+
+Outcome SimulatedFiles::CopyFrom(FileReader& from, const std::string& to) {
+  if (std::string why = Refusal("Copy", to); !why.empty()) return Cannot("write", to, why);
+  if (std::string why = CannotHoldFile(Normal(to)); !why.empty()) return Cannot("write", to, why);
+  std::string bytes(static_cast<std::size_t>(from.Size()), '\0');
+  if (Outcome rewound = from.Rewind(); !rewound) return rewound;
+  if (const Result<std::size_t> got = from.Read(bytes.data(), bytes.size()); !got)
+    return Cannot("write", to, got.Reason());
+  return CopyBytes(bytes, from.Info().modified, Normal(to));
+}
+
+Outcome SimulatedFiles::CopyBytes(std::string bytes, std::int64_t modified, const std::string& to) {
+  files_.erase(to);
+  Observe("Copy", to);
+  FillInSteps("Copy", to, std::move(bytes));
+  files_[to].modified = modified;
+  Observe("Copy", to);
   return {};
 }
 
@@ -267,6 +305,10 @@ void SimulatedFiles::Put(const std::string& path, std::string bytes) {
 void SimulatedFiles::PutSpecial(const std::string& path) {
   Put(path, {});
   files_[Normal(path)].isSpecial = true;
+}
+
+void SimulatedFiles::SetOpenToAll(const std::string& path, bool open) {
+  files_.at(Normal(path)).openToAll = open;
 }
 
 void SimulatedFiles::SetModified(const std::string& path, std::int64_t modified) {

@@ -15,11 +15,13 @@ class SimulatedFiles : public FileSystem {
   std::optional<FileInfo> Stat(const std::string& path) override;
   Result<std::string> Read(const std::string& path, std::uint64_t limit) override;
   Result<std::unique_ptr<FileReader>> OpenForReading(const std::string& path) override;
+  Result<std::string> RealPath(const std::string& path) override;
   Outcome Write(const std::string& path, std::string_view bytes) override;
   Outcome Append(const std::string& path, std::string_view bytes) override;
   Outcome Delete(const std::string& path) override;
   Outcome Rename(const std::string& from, const std::string& to) override;
   Outcome Copy(const std::string& from, const std::string& to) override;
+  Outcome CopyFrom(FileReader& from, const std::string& to) override;
   Outcome CreateFolders(const std::string& path) override;
   Result<std::vector<std::string>> List(const std::string& folder) override;
   Result<std::string> MakeTempFile(const std::string& prefix) override;
@@ -39,8 +41,10 @@ class SimulatedFiles : public FileSystem {
   void Put(const std::string& path, std::string bytes);  // makes the folders too
   // Gives a file the time stamp of another moment, as a rewrite within one tick of the clock would.
   void SetModified(const std::string& path, std::int64_t modified);
-  void PutSpecial(const std::string& path);  // a pipe or device: exists, but is not regular
-  int operations = 0;                        // how many were asked for
+  void PutSpecial(const std::string& path);               // a pipe or device: exists, but is not regular
+  void SetOpenToAll(const std::string& path, bool open);  // files and folders are, until then
+  std::map<std::string, std::string> realPaths;           // where a path leads through links
+  int operations = 0;                                     // how many were asked for
 
  private:
   class Reader;
@@ -49,7 +53,10 @@ class SimulatedFiles : public FileSystem {
     std::int64_t modified = 0;
     bool isFolder = false;
     bool isSpecial = false;
+    bool openToAll = true;
   };
+  static FileInfo InfoOf(const File& file);
+  Outcome CopyBytes(std::string bytes, std::int64_t modified, const std::string& to);
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
   std::string WhyMissing(const std::string& path) const;      // of a path where nothing is

@@ -154,6 +154,51 @@ TYPED_TEST_P(FileSystemContract, CopiesContentsAndTime) {
   EXPECT_EQ(this->Contents("a"), "new");
 }
 
+// Also when another file has taken its name, and whatever has been read already.
+TYPED_TEST_P(FileSystemContract, CopiesTheFileThatIsOpen) {
+  this->Put("a", "looked at");
+  this->Put("b", "old");
+  const std::int64_t modified = this->files.Stat(this->In("a"))->modified;
+  Result<std::unique_ptr<FileReader>> opened = this->files.OpenForReading(this->In("a"));
+  ASSERT_TRUE(opened) << opened.Reason();
+  EXPECT_EQ(opened.Value()->Info().size, 9u);
+  EXPECT_TRUE(opened.Value()->Info().isRegular && opened.Value()->Info().openToAll);
+  char first = 0;
+  ASSERT_TRUE(opened.Value()->Read(&first, 1));
+  EXPECT_EQ(first, 'l');
+  this->Put("other", "secret");
+  ASSERT_TRUE(this->files.Rename(this->In("other"), this->In("a")));
+  for (int i = 0; i < 2; ++i) {
+    const Outcome copied = this->files.CopyFrom(*opened.Value(), this->In("b"));
+    ASSERT_TRUE(copied) << copied.Reason();
+    EXPECT_EQ(this->Contents("b"), "looked at");
+    EXPECT_EQ(this->files.Stat(this->In("b"))->modified, modified);
+  }
+  EXPECT_FALSE(this->files.CopyFrom(*opened.Value(), this->In("none/b")));
+  ASSERT_TRUE(this->files.CreateFolders(this->In("folder")));
+  EXPECT_FALSE(this->files.CopyFrom(*opened.Value(), this->In("folder")));
+  ASSERT_TRUE(opened.Value()->Rewind());
+  ASSERT_TRUE(opened.Value()->Read(&first, 1));
+  EXPECT_EQ(first, 'l');
+}
+
+TYPED_TEST_P(FileSystemContract, TellsWhereThingsLie) {
+  ASSERT_TRUE(this->files.CreateFolders(this->In("x")));
+  this->Put("x/a", "1");
+  const Result<std::string> folder = this->files.RealPath(this->folder);
+  ASSERT_TRUE(folder) << folder.Reason();
+  const Result<std::string> real = this->files.RealPath(this->In("./x//a"));
+  ASSERT_TRUE(real) << real.Reason();
+  EXPECT_EQ(real.Value(), folder.Value() + "/x/a");
+  EXPECT_EQ(this->files.RealPath(this->In("x/")).Value(), folder.Value() + "/x");
+  const Result<std::unique_ptr<FileReader>> opened = this->files.OpenForReading(this->In("./x//a"));
+  ASSERT_TRUE(opened) << opened.Reason();
+  ASSERT_TRUE(opened.Value()->RealPath());
+  EXPECT_EQ(opened.Value()->RealPath().Value(), real.Value());
+  this->Refused(this->files.RealPath(this->In("x/none")), kNoSuchFile);
+  EXPECT_FALSE(this->files.RealPath(""));
+}
+
 TYPED_TEST_P(FileSystemContract, MakesAndListsFolders) {
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
@@ -178,7 +223,7 @@ TYPED_TEST_P(FileSystemContract, TemporaryFilesHaveNamesOfTheirOwn) {
 
 REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, WritesAppendsAndReads, ReadsInBlocksWhatWasOpened,
                             RefusesWhatIsNoFile, DeletingWhatIsNotThereIsASuccess, RenamingAFileReplacesAFile,
-                            RenamingAFolderTakesItsFilesAlong, CopiesContentsAndTime, MakesAndListsFolders,
-                            TemporaryFilesHaveNamesOfTheirOwn);
+                            RenamingAFolderTakesItsFilesAlong, CopiesContentsAndTime, CopiesTheFileThatIsOpen,
+                            TellsWhereThingsLie, MakesAndListsFolders, TemporaryFilesHaveNamesOfTheirOwn);
 
 }  // namespace zeb

@@ -145,6 +145,68 @@ TEST_F(PosixFilesTest, CopyTakesTheTimeAndReplacesLinksInsteadOfFollowingThem) {
   EXPECT_EQ(files.Stat(Path("to"))->size, 600'001u);
 }
 
+TEST_F(PosixFilesTest, TellsWhomAFileIsOpenTo) {
+  struct Case {
+    mode_t mode;
+    bool folder, open;
+  };
+  for (const Case& c :
+       {Case{0644, false, true}, Case{0604, false, true}, Case{0640, false, false}, Case{0661, false, false},
+        Case{0755, true, true}, Case{0751, true, true}, Case{0754, true, false}, Case{0750, true, false}}) {
+    const std::string path = Path(c.folder ? "folder" : "file");
+    ASSERT_TRUE(c.folder ? files.CreateFolders(path) : files.Write(path, "x"));
+    ASSERT_EQ(::chmod(path.c_str(), c.mode), 0);
+    EXPECT_EQ(files.Stat(path)->openToAll, c.open) << std::oct << c.mode;
+    if (c.folder) continue;
+    const auto opened = files.OpenForReading(path);
+    ASSERT_TRUE(opened) << opened.Reason();
+    EXPECT_EQ(opened.Value()->Info().openToAll, c.open) << std::oct << c.mode;
+    EXPECT_EQ(opened.Value()->Info().modified, files.Stat(path)->modified);
+  }
+}
+
+TEST_F(PosixFilesTest, AnOpenFileIsFoundBehindLinksAndNotByANewName) {
+  ASSERT_TRUE(files.CreateFolders(Path("real")));
+  ASSERT_TRUE(files.Write(Path("real/a"), "1"));
+  std::filesystem::create_symlink("real", Path("link"));
+  std::filesystem::create_symlink("link/a", Path("again"));
+  for (const char* name : {"real/a", "link/a", "again", "link/../real/a"}) {
+    const auto opened = files.OpenForReading(Path(name));
+    ASSERT_TRUE(opened) << opened.Reason();
+    const Result<std::string> real = opened.Value()->RealPath();
+    ASSERT_TRUE(real) << real.Reason();
+    EXPECT_EQ(real.Value(), std::filesystem::canonical(folder).string() + "/real/a") << name;
+  }
+  const auto opened = files.OpenForReading(Path("again"));
+  ASSERT_TRUE(files.Write(Path("new"), "2"));
+  ASSERT_TRUE(files.Rename(Path("new"), Path("real/a")));
+  EXPECT_FALSE(opened.Value()->RealPath());
+  ASSERT_TRUE(files.Delete(Path("real/a")));
+  EXPECT_FALSE(opened.Value()->RealPath());
+}
+
+TEST_F(PosixFilesTest, ACopyOfAnOpenFileIsNeverWrittenThroughALink) {
+  ASSERT_TRUE(files.Write(Path("a"), "new"));
+  ASSERT_TRUE(files.Write(Path("victim"), "kept"));
+  std::filesystem::create_symlink("victim", Path("there"));
+  std::filesystem::create_symlink("none", Path("nowhere"));
+  ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0644), 0);
+  for (const char* name : {"there", "nowhere", "pipe"}) {
+    const auto opened = files.OpenForReading(Path("a"));
+    ASSERT_TRUE(files.CopyFrom(*opened.Value(), Path(name)));
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(Path(name)))) << name;
+    EXPECT_EQ(Contents(name), "new");
+  }
+  EXPECT_EQ(Contents("victim"), "kept");
+  EXPECT_FALSE(std::filesystem::exists(Path("none")));
+
+  ASSERT_TRUE(files.Write(Path("big"), std::string(200'000, 'x')));
+  const auto opened = files.OpenForReading(Path("big"));
+  const SmallDisk disk(100'000);
+  EXPECT_FALSE(files.CopyFrom(*opened.Value(), Path("part")));
+  EXPECT_FALSE(std::filesystem::exists(Path("part")));
+}
+
 TEST_F(PosixFilesTest, AReplacedFileKeepsItsMode) {
   ASSERT_TRUE(files.Write(Path("page"), "old"));
   ASSERT_EQ(::chmod(Path("page").c_str(), 0664), 0);
