@@ -187,7 +187,7 @@ class Publisher {
   QtLoop loop_;
   QtNetwork network_{loop_};
   QtSerialPorts serialPorts_{loop_, network_};
-  PosixFiles files_;
+  PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
   ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};

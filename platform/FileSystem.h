@@ -41,6 +41,41 @@ class FileReader {
   virtual Outcome Rewind() = 0;  // the next bytes are the first again
 };
 
+// A place where a file is to be put, found fit for one: nothing is there, or a regular file. Used at once, on
+// one thread.
+//
+// The file is made beside its place, under WorkName, and takes the place in one step: whoever reads finds the
+// old file or the new one, whole, and never none. What has the work name already (left over, or a link that
+// somebody planted) is removed and never written through. The new file has the mode and, where that is
+// allowed, the owner of the old one. A failure leaves the old file, and nothing else.
+class FileTarget {
+ public:
+  virtual ~FileTarget() = default;
+  // Where the file really is; another path than was asked for when a link was followed.
+  virtual const std::string& Path() const = 0;
+  virtual Outcome Replace(std::string_view bytes) = 0;
+  // With what is left to read of `source`, as far as the size that it was opened with. The time stamp is
+  // `modified` where the file system can keep it.
+  virtual Outcome ReplaceByCopy(FileReader& source, std::int64_t modified) = 0;
+  // Removes a work file that surely was left by an earlier run: a regular file of this user's or of the old
+  // file's owner, not changed since this program began. Whether one was removed.
+  virtual bool RemoveLeftOver() = 0;
+};
+
+// The name under which a file is made beside its place.
+inline std::string WorkName(const std::string& path) {
+  return path + ".tmp";
+}
+
+// What a symbolic link at a target means.
+struct LinkRules {
+  // It is followed, once, when it belongs to this user, to root or to the owner of the folder that it is in;
+  // else refused. Off: the link itself is replaced.
+  bool follow = false;
+  std::string notBelow;  // a folder that a followed link must not lead into; "": none
+  std::string notFile;   // a file that it must not lead to; "": none
+};
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -58,16 +93,16 @@ class FileSystem {
   virtual Outcome Append(const std::string& path, std::string_view bytes) = 0;
   // A missing file, or an empty name, is a success.
   virtual Outcome Delete(const std::string& path) = 0;
-  // Puts `from` in the place of `to` in one step: no reader ever finds `to` missing or in part.
-  virtual Outcome Rename(const std::string& from, const std::string& to) = 0;
-  // Copies contents and time stamp; an existing target is deleted first. A failure leaves no part of it.
-  virtual Outcome Copy(const std::string& from, const std::string& to) = 0;
-  // The same from an open file, from its beginning: what was looked at is what is copied.
-  virtual Outcome CopyFrom(FileReader& from, const std::string& to) = 0;
+  // Refuses what is no regular file (folder, pipe, device) and links that break the rules; the reason says
+  // what to do. A folder that is missing or closed to this user shows when the file is put there.
+  virtual Result<std::unique_ptr<FileTarget>> FindTarget(const std::string& path, const LinkRules& rules) = 0;
   virtual Outcome CreateFolders(const std::string& path) = 0;
   virtual Result<std::vector<std::string>> List(const std::string& folder) = 0;  // plain names, sorted
   // A new empty file in the user's temporary folder whose name starts with `prefix`.
   virtual Result<std::string> MakeTempFile(const std::string& prefix) = 0;
+  // Removes the files that MakeTempFile made with just this prefix for earlier runs on the same data folder;
+  // how many. None when this program has no data folder of its own.
+  virtual std::size_t DeleteLeftTempFiles(const std::string& prefix) = 0;
 };
 
 constexpr std::uint64_t kMaxFileBytes = 16u * 1024 * 1024;  // polled files and templates

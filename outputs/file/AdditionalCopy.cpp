@@ -1,6 +1,7 @@
 #include "outputs/file/AdditionalCopy.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -87,12 +88,11 @@ std::string CopyAdditional(const FileTools& tools, const MediaTools& media, cons
   if (!opened.file) return opened.reason;
   if (const std::string why = WhyNotInto(tools, media, copy, *opened.file); !why.empty())
     return NotPublished(copy.source, why);
-  const std::string work = WorkName(copy.target);
-  if (const Outcome copied = tools.files.CopyFrom(*opened.file, work); !copied) return copied.Reason();
-  if (const Outcome renamed = tools.files.Rename(work, copy.target); !renamed) {
-    static_cast<void>(tools.files.Delete(work));
-    return renamed.Reason();
-  }
+  if (const Outcome rewound = opened.file->Rewind(); !rewound) return rewound.Reason();
+  const Result<std::unique_ptr<FileTarget>> target = tools.files.FindTarget(copy.target, {});
+  if (!target) return target.Reason();
+  const Outcome copied = target.Value()->ReplaceByCopy(*opened.file, opened.file->Info().modified);
+  if (!copied) return copied.Reason();
   const std::optional<FileInfo> placed = pageName ? tools.files.Stat(copy.target) : std::nullopt;
   if (placed) media.names.NoteCopy(copy.target, *placed);
   return {};

@@ -19,7 +19,7 @@ struct MediaTools {
   PublishedNames& names;
 };
 
-// Copies through a work file and a rename. With `always` off, an equal file (same size and time) is left
+// Puts it in its place in one step. With `always` off, an equal file (same size and time) is left
 // alone. The reason, when it fails or is refused.
 //
 // A file that is there and is named like a page (IsPageName) is never replaced, unless ZEB put it there since

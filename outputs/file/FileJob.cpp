@@ -9,19 +9,11 @@
 namespace zeb {
 namespace {
 
-// Copies the temporary file under the work name of `to`.
-bool Stage(FileJob& job, const FileTools& tools, const std::string& temp, const std::string& to) {
-  tools.place.AtFile(to);
-  const Outcome copied = tools.files.Copy(temp, WorkName(to));
-  if (!copied) job.Fail(kStatusDestinationFileProblem, copied.Reason() + std::string(kCheckDestination));
-  return copied.Ok();
-}
-
-bool Publish(FileJob& job, const FileTools& tools, const std::string& to) {
-  tools.place.AtFile(to);
-  const Outcome renamed = tools.files.Rename(WorkName(to), to);
-  if (!renamed) job.Fail(kStatusDestinationFileProblem, renamed.Reason() + std::string(kCheckDestination));
-  return renamed.Ok();
+bool Put(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view bytes) {
+  tools.place.AtFile(target.Path());
+  const Outcome put = target.Replace(bytes);
+  if (!put) job.Fail(kStatusDestinationFileProblem, put.Reason() + std::string(kCheckDestination));
+  return put.Ok();
 }
 
 // The number that the next version gets; 0 when the folder cannot be looked through.
@@ -35,11 +27,17 @@ std::int64_t NextVersion(FileJob& job, const FileTools& tools) {
   return 0;
 }
 
-}  // namespace
-
-std::string WorkName(const std::string& path) {
-  return path + ".tmp";
+void PlaceVersion(FileJob& job, const FileTools& tools, std::string_view bytes) {
+  const std::int64_t number = NextVersion(job, tools);
+  if (number == 0) return;
+  const std::string version = NumberedVersion(job.destination, number);
+  tools.place.AtFile(version);
+  const Result<std::unique_ptr<FileTarget>> target = tools.files.FindTarget(version, {});
+  if (!target) return job.Fail(kStatusDestinationFileProblem, target.Reason());
+  if (Put(job, tools, *target.Value(), bytes)) tools.destinations.SetLastVersion(job.destination, number);
 }
+
+}  // namespace
 
 // The later status stands, as each step sets it; the first reason is the cause of those that follow.
 void FileJob::Fail(std::int32_t withStatus, std::string reason) {
@@ -59,29 +57,27 @@ std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools) {
   return std::nullopt;
 }
 
-void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding) {
-  tools.place.At("the temporary folder");
-  const Result<std::string> temp =
-      WriteTempPage(tools.files, page, encoding, tools.trace ? &job.trace : nullptr);
-  if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
+// A link to a share keeps working; one to ZEB's settings or to the template is a mistake or an attack.
+std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools) {
+  tools.place.AtFile(job.destination);
+  Result<std::unique_ptr<FileTarget>> target =
+      tools.files.FindTarget(job.destination, {true, tools.dataFolder, job.source});
+  if (target) return std::move(target.Value());
+  job.Fail(kStatusDestinationFileProblem, target.Reason());
+  return nullptr;
+}
 
-  const bool staged = Stage(job, tools, temp.Value(), job.destination);
-  const std::int64_t number = job.parameters.UseMultipleVersions ? NextVersion(job, tools) : 0;
-  const std::string version = number > 0 ? NumberedVersion(job.destination, number) : std::string();
-  const bool versionStaged = number > 0 && Stage(job, tools, temp.Value(), version);
-
-  if (!tools.preserveTempFiles) {
+void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
+               const FileEncoding& encoding) {
+  if (tools.preserveTempFiles) {
     tools.place.At("the temporary folder");
-    if (const Outcome deleted = tools.files.Delete(temp.Value()); !deleted)
-      job.Fail(kStatusSourceFileProblem, deleted.Reason() + std::string(kCheckTempFolder));
+    const Result<std::string> temp =
+        WriteTempPage(tools.files, page, encoding, TempPage::kKept, tools.trace ? &job.trace : nullptr);
+    if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
   }
-  if (staged) job.published = Publish(job, tools, job.destination);
-  job.leftOver = staged && !job.published;
-  if (!versionStaged) return;
-  if (Publish(job, tools, version))
-    tools.destinations.SetLastVersion(job.destination, number);
-  else
-    static_cast<void>(tools.files.Delete(WorkName(version)));
+  const std::string bytes = EncodeFile(page, encoding);
+  job.published = Put(job, tools, target, bytes);
+  if (job.parameters.UseMultipleVersions) PlaceVersion(job, tools, bytes);
 }
 
 }  // namespace zeb

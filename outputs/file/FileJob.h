@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,7 +28,6 @@ struct FileJob {
   std::int32_t status = kStatusOK;
   std::string problem;             // one line; "" when all is well
   bool published = false;          // the page is in place
-  bool leftOver = false;           // the work file could not be renamed
   std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);
@@ -38,6 +38,7 @@ struct FileTools {
   FileSystem& files;
   DestinationsInProgress& destinations;
   WorkPlace& place;
+  const std::string& dataFolder;
   bool preserveTempFiles = false;
   bool trace = false;  // whether the steps go to the debug log
 };
@@ -45,11 +46,11 @@ struct FileTools {
 // Nothing: failed, and the job says why.
 std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools);
 
-// Puts the page in place: a temporary file, its copy beside the destination, and a rename, so that a reader
-// always finds the old page or the new one. Then the same for a numbered version, when wanted.
-void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding);
+// Where the page goes. Nothing: refused, and the job says why.
+std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools);
 
-// The name under which a file is made beside its final one.
-std::string WorkName(const std::string& path);
+// Puts the page in place, then a numbered version of it, when wanted.
+void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
+               const FileEncoding& encoding);
 
 }  // namespace zeb

@@ -49,7 +49,7 @@ void FileWork::DoPiece() {
   if (!Ended()) claim_ = std::move(claim);
 }
 
-// False: it must wait for additional files that another output is writing, or has been given up.
+// False: it must wait for files that another output is writing, or has been given up.
 bool FileWork::Do(FileJob& job, Claim& claim) {
   const FileTools tools = Tools();
   std::optional<LoadedTemplate> loaded = LoadFor(job, tools);
@@ -62,6 +62,15 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     job.Fail(kStatusDestinationFileProblem, std::move(why));
     return true;
   }
+  const std::unique_ptr<FileTarget> target = FindPlace(job, tools);
+  if (!target) return true;
+  // Behind a link, another path than the one that was claimed.
+  const Hold hold = HoldAlso(claim, target->Path());
+  if (hold == Hold::kWait) return false;
+  if (hold == Hold::kTaken) {
+    job.Fail(kStatusDestinationFileProblem, StillBeingWritten(target->Path()));
+    return true;
+  }
   UploadFileList named;
   const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named);
   if (setting_.copyAdditional) {
@@ -69,8 +78,13 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
     if (!CopyBesidePages(claim)) return false;
   }
-  PlacePage(job, tools, page, loaded->encoding);
+  PlacePage(job, tools, *target, page, loaded->encoding);
   return true;
+}
+
+FileWork::Hold FileWork::HoldAlso(Claim& claim, const std::string& path) {
+  if (claim.Holds(path) || claim.Add(path)) return Hold::kOurs;
+  return waitedFor_.insert(path).second ? Hold::kWait : Hold::kTaken;
 }
 
 // Every listed file goes beside every page, once a folder.
@@ -83,10 +97,10 @@ bool FileWork::CopyBesidePages(Claim& claim) {
       if (name.empty()) continue;
       const AdditionalCopy copy{JoinPath(setting_.media.dataFolder, path), folder + std::string(name)};
       if (givenUp_) return false;
-      const bool ours = claim.Holds(copy.target) || claim.Add(copy.target);
-      if (!ours && waitedFor_.insert(copy.target).second) return false;
-      copies_[copy.target] =
-          ours ? CopyAdditional(Tools(), media, copy, setting_.alwaysCopy) : StillBeingWritten(copy.target);
+      const Hold hold = HoldAlso(claim, copy.target);
+      if (hold == Hold::kWait) return false;
+      copies_[copy.target] = hold == Hold::kOurs ? CopyAdditional(Tools(), media, copy, setting_.alwaysCopy)
+                                                 : StillBeingWritten(copy.target);
     }
   }
   return true;

@@ -4,6 +4,11 @@
 #include "platform/EventLoop.h"
 
 namespace zeb {
+namespace {
+
+constexpr const char* kKeptTempPrefix = "TMPKEPT";
+
+}  // namespace
 
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) {
   Result<std::string> bytes = files.Read(path, kMaxFileBytes);
@@ -21,8 +26,9 @@ std::string BuildPage(std::string text, const clsFileParameters& pair, const Ser
 }
 
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
-                                  std::vector<std::string>* trace) {
-  Result<std::string> name = GetTempFile(files, "TMP", trace);
+                                  TempPage kind, std::vector<std::string>* trace) {
+  Result<std::string> name =
+      GetTempFile(files, kind == TempPage::kKept ? kKeptTempPrefix : kTempPrefix, trace);
   if (!name) return name;
   if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding)); !written)
     return written.AsFailure();

@@ -28,10 +28,12 @@ Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
 std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
                       UploadFileList& uploadFiles);
 
-// A new temporary file that holds the page, in its template's encoding; the caller deletes it. What the
-// debug log is to say of it is added to `trace`.
+// A new temporary file that holds the page, in its template's encoding. The caller deletes it, unless it is
+// to be kept: then its name tells the next start so. What the debug log is to say of it is added to `trace`.
+enum class TempPage { kPassing, kKept };
+inline constexpr const char* kTempPrefix = "TMP";
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
-                                  std::vector<std::string>* trace = nullptr);
+                                  TempPage kind, std::vector<std::string>* trace = nullptr);
 
 // What to do about a failure, to be put behind its reason.
 inline constexpr std::string_view kCheckTemplate = "; check the template's name and rights";

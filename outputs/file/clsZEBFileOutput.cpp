@@ -153,7 +153,6 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   if (!job.problem.empty()) DebugLine("File: ", job.problem);
   SetStatus(job.status);
   if (job.published) ++lastTally_.published;
-  if (job.leftOver) leftOvers_.push_back(job.destination);
   if (!pairsMark_->Holds()) return;  // it may be about another pair by now
   KeepProblem(job.pair, job.problem);
   const auto owed = owed_.find(job.pair);
@@ -177,24 +176,9 @@ void clsZEBFileOutput::NoteHanging(const WorkPlace& place, bool progressed) {
     problem_ = at + " has not answered for 30 s; check the disk or share that it is on";
 }
 
+// Each page was put in place, or its work file removed, as it was made.
 bool clsZEBFileOutput::FinishOutput(const SnapshotPtr&) {
   const Trace trace("File.FinishOutput");
-  if (leftOvers_.empty() || Hangs()) return false;
-  std::vector<std::string> names = std::exchange(leftOvers_, {});
-  std::shared_ptr<DestinationsInProgress::Claim> claim =
-      destinations_->Take(environment_.loop, names, kDestinationLimit);
-  const auto place = std::make_shared<WorkPlace>();
-  auto work = [&files = environment_.files, names = std::move(names), claim = std::move(claim),
-               place]() mutable {
-    for (const std::string& name : names) {
-      // Whoever else writes it makes its work file anew.
-      if (!claim->Holds(name)) continue;
-      place->AtFile(name);
-      static_cast<void>(files.Delete(WorkName(name)));
-    }
-    claim.reset();
-  };
-  if (!lane_.Run(std::move(work), kFileWorkLimit)) NoteHanging(*place, false);
   return false;
 }
 

@@ -56,7 +56,6 @@ class clsZEBFileOutput : public PairOutput {
   std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
   std::optional<Epoch::Mark> pairsMark_;     // of the pairs that those are about
   std::shared_ptr<FileWork> work_;           // under way, or not yet asked what became of it
-  std::vector<std::string> leftOvers_;       // destinations whose work file is left
   CopyNotes copyNotes_;
   Tally lastTally_;
 };

@@ -109,13 +109,14 @@ struct WebUpload::Prepared {
 // From the template to a temporary file that holds the page, in one go.
 WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
   const auto work = [&files = environment_.files, pair, snapshot = order_.snapshot,
+                     kind = environment_.preserveTempFiles ? TempPage::kKept : TempPage::kPassing,
                      source = JoinPath(environment_.dataFolder, pair.SourceFileName())] {
     Prepared prepared;
     prepared.loaded = LoadTemplate(files, source);
     if (!prepared.loaded) return prepared;
     LoadedTemplate& loaded = prepared.loaded.Value();
     const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named);
-    prepared.temp = WriteTempPage(files, page, loaded.encoding);
+    prepared.temp = WriteTempPage(files, page, loaded.encoding, kind);
     if (!prepared.temp) return prepared;
     const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
     prepared.size = info ? info->size : 0;

@@ -145,12 +145,8 @@ std::int32_t cWinINET::UploadFile(FtpSessions& sessions, const FtpTarget& target
 Outcome cWinINET::DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local) {
   Result<std::string> bytes = session.Download(serverPath, kMaxDownloadBytes);
   if (!bytes) return bytes.AsFailure();
-  const std::string work = local + ".tmp";
-  Outcome written = files_.Write(work, bytes.Value());
-  if (written) written = files_.Rename(work, local);
-  DebugLine("Removing Tempfiles");
-  if (!written) static_cast<void>(files_.Delete(work));
-  return written;
+  const auto target = files_.FindTarget(local, {});
+  return target ? target.Value()->Replace(bytes.Value()) : Outcome(target);
 }
 
 }  // namespace zeb

@@ -19,17 +19,16 @@ class SimulatedFiles : public FileSystem {
   Outcome Write(const std::string& path, std::string_view bytes) override;
   Outcome Append(const std::string& path, std::string_view bytes) override;
   Outcome Delete(const std::string& path) override;
-  Outcome Rename(const std::string& from, const std::string& to) override;
-  Outcome Copy(const std::string& from, const std::string& to) override;
-  Outcome CopyFrom(FileReader& from, const std::string& to) override;
+  Result<std::unique_ptr<FileTarget>> FindTarget(const std::string& path, const LinkRules& rules) override;
   Outcome CreateFolders(const std::string& path) override;
   Result<std::vector<std::string>> List(const std::string& folder) override;
   Result<std::string> MakeTempFile(const std::string& prefix) override;
+  std::size_t DeleteLeftTempFiles(const std::string& prefix) override;
 
   // Asked before each operation ("Read" (also before each block of an open file), "Write", "Append",
-  // "Delete", "Rename", "Copy", "CreateFolders", "List", "MakeTempFile"), with the path that it changes or
-  // reads (the target of a rename or copy; the prefix of a temporary file). A non-empty answer is the reason
-  // it fails: "cannot write '/x': " + answer.
+  // "Delete", "CreateFolders", "List", "MakeTempFile"), with the path that it changes or reads (the prefix of
+  // a temporary file). Putting a file in its place asks for the work file "Write" or "Copy", for the place
+  // "Rename". A non-empty answer is the reason it fails: "cannot write '/x': " + answer.
   std::function<std::string(const std::string& operation, const std::string& path)> fail;
 
   // Called at each state that another process could find while an operation that changes something runs: a
@@ -44,30 +43,35 @@ class SimulatedFiles : public FileSystem {
   void PutSpecial(const std::string& path);               // a pipe or device: exists, but is not regular
   void SetOpenToAll(const std::string& path, bool open);  // files and folders are, until then
   std::map<std::string, std::string> realPaths;           // where a path leads through links
-  int operations = 0;                                     // how many were asked for
+  void PutLink(const std::string& path, const std::string& to);  // a symbolic link of this user's
+  void Restart() { startedAt_ = clock_; }                        // what is there is an earlier run's
+  int operations = 0;                                            // how many were asked for
 
  private:
   class Reader;
+  class Target;
   struct File {
     std::string bytes;
     std::int64_t modified = 0;
     bool isFolder = false;
     bool isSpecial = false;
     bool openToAll = true;
+    std::string linksTo;  // "": no link
+    std::int64_t changed = 0;
   };
   static FileInfo InfoOf(const File& file);
-  Outcome CopyBytes(std::string bytes, std::int64_t modified, const std::string& to);
+  static File Folder();
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
   std::string WhyMissing(const std::string& path) const;      // of a path where nothing is
-  std::string CannotRename(const std::string& from, const std::string& to) const;
-  bool HoldsFiles(const std::string& folder) const;
+  std::string Behind(const std::string& normal) const;        // of a link
+  std::string WhyNoTarget(const std::string& normal, const LinkRules& rules, std::string& behind) const;
   void Observe(const char* operation, const std::string& path) const;
   void FillInSteps(const char* operation, const std::string& path, std::string bytes);
   void Touch(File& file);
 
-  std::map<std::string, File> files_ = {{"/", {"", 0, true}}, {"/tmp", {"", 0, true}}};
-  std::int64_t clock_ = 1;
+  std::map<std::string, File> files_ = {{"/", Folder()}, {"/tmp", Folder()}};
+  std::int64_t clock_ = 1, startedAt_ = 1;
   int nextTemp_ = 1;
 };
 

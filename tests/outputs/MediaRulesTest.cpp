@@ -373,7 +373,10 @@ TEST_F(MediaLinksTest, ASwapGainsNothing) {
   ASSERT_TRUE(opened.file);
   std::filesystem::create_symlink(folder / "data/settings.db", folder / "trap");
   std::filesystem::rename(folder / "trap", folder / "pics/a.jpg");
-  ASSERT_TRUE(files.CopyFrom(*opened.file, (folder / "copy.jpg").string()));
+  ASSERT_TRUE(opened.file->Rewind());
+  const auto copy = files.FindTarget((folder / "copy.jpg").string(), {});
+  ASSERT_TRUE(copy) << copy.Reason();
+  ASSERT_TRUE(copy.Value()->ReplaceByCopy(*opened.file, 0));
   EXPECT_EQ(files.Read((folder / "copy.jpg").string(), 1000).Value(), kJpeg);
   EXPECT_EQ(Bytes(*opened.file), "") << "it was read to its end";
 }
