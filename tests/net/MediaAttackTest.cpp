@@ -2,11 +2,14 @@
 // not to be taken.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "tests/net/FtpServers.h"
@@ -68,6 +71,27 @@ class MediaAttackTest : public Station {
     vsftpd = StartVsftpd(folder, port, false, "force_dot_files=YES\n");
     ASSERT_TRUE(vsftpd);
   }
+  static void GiveToNobody(const fs::path& path) {
+    ASSERT_EQ(::lchown(path.c_str(), 65534, 65534), 0) << path;
+  }
+  // As the packaged service runs: under a user who owns the data folder and no more.
+  void StartAsNobody() {
+    for (const fs::path& top : {folder, outside}) {
+      GiveToNobody(top);
+      for (auto at = fs::recursive_directory_iterator(top); at != fs::recursive_directory_iterator(); ++at) {
+        const std::string name = at->path().filename().string();
+        if (name == "site" || name == "empty")  // the FTP server's
+          at.disable_recursion_pending();
+        else
+          GiveToNobody(at->path());
+      }
+    }
+    std::vector<std::string> command = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534",
+                                        "--clear-groups"};
+    for (std::string& word : ZebdCommand()) command.push_back(std::move(word));
+    zebd = std::make_unique<Process>(command);
+    ASSERT_TRUE(zebd->WaitForError("is ready")) << zebd->error;
+  }
   // The item is published, whatever becomes of its picture.
   void Play(const std::string& picture) {
     const std::string title = "Song " + std::to_string(++played) + ".";
@@ -98,14 +122,19 @@ class MediaAttackTest : public Station {
   int played = 0;
 };
 
-TEST_F(MediaAttackTest, NothingGetsOutAndNothingIsReplaced) {
+// Whether zebd may read everything, or its own files only.
+class MediaAttackTestAs : public MediaAttackTest, public testing::WithParamInterface<bool> {};
+INSTANTIATE_TEST_SUITE_P(User, MediaAttackTestAs, testing::Values(true, false),
+                         [](const auto& one) { return one.param ? "Root" : "Nobody"; });
+
+TEST_P(MediaAttackTestAs, NothingGetsOutAndNothingIsReplaced) {
   const std::string store = Path("settings.db");
   ASSERT_NE(ReadFile(store).find(kPassword), std::string::npos) << "else there is nothing to be had";
   fs::create_symlink(store, x / "cover.jpg");
   fs::create_directory_symlink(folder, x / "way");
   fs::create_hard_link(store, x / "hard.jpg");
   ASSERT_EQ(::mkfifo((x / "pipe.jpg").c_str(), 0644), 0);
-  for (const char* name : {".htaccess", "index.html", "INDEX.html", "now.html", "now.html.tmp", "web.config"})
+  for (const char* name : {".htaccess", "index.html", "now.html", "now.html.tmp", "web.config"})
     WriteFile((x / name).string(), "the attacker's");
   const std::string pictures[] = {"settings.db",
                                   "./settings.db",
@@ -121,8 +150,14 @@ TEST_F(MediaAttackTest, NothingGetsOutAndNothingIsReplaced) {
                                   (x / "now.html").string(),
                                   (x / "now.html.tmp").string(),
                                   (x / "web.config").string()};
-  Start();
-  for (const std::string& picture : pictures) Play(picture);
+  GetParam() ? Start() : StartAsNobody();
+  ASSERT_FALSE(HasFatalFailure());
+  const auto playAll = [&](const std::string& except) {
+    for (const std::string& picture : pictures)
+      if (picture != except && !HasFatalFailure()) Play(picture);
+  };
+  playAll("");
+  ASSERT_FALSE(HasFatalFailure());
   ExpectUnharmed({".htaccess", "index.html", "now.html"});
   EXPECT_NE(zebd->error.find("File: '" + store + "' is not published: only a file that everyone may read"),
             std::string::npos)
@@ -132,8 +167,8 @@ TEST_F(MediaAttackTest, NothingGetsOutAndNothingIsReplaced) {
 
   // Also when somebody has opened the store to all.
   ASSERT_EQ(::chmod(store.c_str(), 0644), 0);
-  for (const std::string& picture : pictures)
-    if (picture != (x / "hard.jpg").string()) Play(picture);  // whoever may link it may read it
+  playAll((x / "hard.jpg").string());  // whoever may link it may read it
+  ASSERT_FALSE(HasFatalFailure());
   ExpectUnharmed({".htaccess", "index.html", "now.html"});
   EXPECT_NE(
       zebd->error.find("'" + store + "' is not published: it lies in the data folder and is no picture"),
@@ -144,6 +179,8 @@ TEST_F(MediaAttackTest, NothingGetsOutAndNothingIsReplaced) {
   fs::create_directories(Path("pictures"));
   WriteFile(Path("pictures/a.jpg"), kPicture);
   WriteFile((x / "b.jpg").string(), kPicture);
+  GiveToNobody(Path("pictures"));
+  GiveToNobody(Path("pictures/a.jpg"));
   ASSERT_EQ(::chmod(Path("pictures").c_str(), 0750), 0);
   ASSERT_EQ(::chmod(Path("pictures/a.jpg").c_str(), 0640), 0);
   Play("pictures/a.jpg");
