@@ -39,10 +39,14 @@ void RunExpandCommand(Environment& environment, const ExpandOptions& options, st
   if (options.page) {
     const FileEncoding encoding = DetectFileEncoding(templateBytes);
     const std::string page = UndoEscapedTags(DecodeFile(templateBytes, encoding));
-    bytes = EncodeFile(ExpandPage(page, *service.TakeSnapshot(), options.simpleText, files), encoding);
+    const ValueEncoding values{.escape = EscapeFor(options.escape, options.templateFile, page)};
+    bytes =
+        EncodeFile(ExpandPage(page, *service.TakeSnapshot(), options.simpleText, files, values), encoding);
   } else {
-    bytes = ExpandTemplate(DecodeLenient(templateBytes), service, options.simpleText, files,
-                           ValueEncoding{options.urlEncode, CharacterSet::kUtf8});
+    const std::string text = DecodeLenient(templateBytes);
+    bytes = ExpandTemplate(
+        text, service, options.simpleText, files,
+        {.urlEncode = options.urlEncode, .escape = EscapeFor(options.escape, options.templateFile, text)});
   }
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   out.flush();

@@ -16,6 +16,7 @@ namespace zeb {
 struct ExpandOptions {
   std::string simpleText{kDefaultSimpleTextFormat};
   bool urlEncode = false;
+  std::string escape;  // a word of text/ValueEscapes.h
   bool listFiles = false;
   bool page = false;
   std::string messagesFile;

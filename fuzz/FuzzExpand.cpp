@@ -23,6 +23,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string expanded = station.Expand(text, simple);
   Require(IsValidUtf8(expanded));
   Require(IsValidUtf8(station.Expand(text, simple, {true, CharacterSet::kRds})));
+  // However values are put in, what the text does not hold itself does not come from them.
+  const bool controls = text.find_first_of("\r\n\t\x1B") != std::string::npos;
+  for (const char* word : {"html", "xml", "json", "auto"}) {
+    const std::string line =
+        station.Expand(text, simple, {.escape = EscapeFor(word, simple, text), .oneLine = true});
+    Require(IsValidUtf8(line));
+    Require(controls || line.find_first_of("\r\n\t\x1B") == std::string::npos);
+  }
 
   const std::string page = UndoEscapedTags(text);
   Require(page.size() <= text.size());

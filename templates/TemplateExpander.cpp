@@ -4,6 +4,7 @@
 
 #include "templates/SectionCondition.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 #include "text/Paths.h"
 #include "text/PercentEncoding.h"
 #include "text/Utf8.h"
@@ -99,17 +100,20 @@ void TemplateExpander::AppendItemValue(const clsZEBItemInfo& item, const TagName
 
 void TemplateExpander::AppendPictureName(const clsZEBItemInfo& item, std::int32_t index, std::string& to) {
   if (index == 0) index = 1;
+  const std::size_t start = to.size();
   if (index < 0 || item.PictureFileName(index).empty()) {
     AppendEscaped(to, snapshot_.NoPictureFileName, values_.escape);
-    return;
+  } else {
+    const std::string& picture = item.PictureFileName(index);
+    uploadFiles_.Add(picture);
+    AppendEscaped(to, FileNamePart(picture), values_.escape);
   }
-  const std::string& picture = item.PictureFileName(index);
-  uploadFiles_.Add(picture);
-  AppendEscaped(to, FileNamePart(picture), values_.escape);
+  if (values_.oneLine) BlankControls(to, start);
 }
 
 // Trims and encodes the value that stands from `start` on.
 void TemplateExpander::FinishValue(std::string& to, std::size_t start) const {
+  if (values_.oneLine && !values_.urlEncode) BlankControls(to, start);
   if (values_.escape != ValueEscape::kNone) {
     const std::string plain(TrimBlanks(std::string_view(to).substr(start)));
     to.resize(start);

@@ -32,11 +32,14 @@ class UploadFileList {
 };
 
 // How values (never literal text) are put into the text: escaped, then URL-encoded. Picture names are
-// only escaped.
+// only escaped and made one line.
 struct ValueEncoding {
   bool urlEncode = false;
   CharacterSet characterSet = CharacterSet::kUtf8;  // whose bytes are URL-encoded
   ValueEscape escape = ValueEscape::kNone;
+  // For protocols in which a line end begins something new: control characters in values become blanks.
+  // URL-encoded values keep theirs, since encoded ones are harmless.
+  bool oneLine = false;
 };
 
 // Expands optional sections, then tags, each in one pass from left to right with one output buffer: linear in

@@ -72,7 +72,8 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     return true;
   }
   UploadFileList named;
-  const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named);
+  const ValueEncoding values = PageValues(job.parameters, loaded->text);
+  const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named, values);
   if (setting_.copyAdditional) {
     for (const std::string& path : named.Paths()) listed_.Add(path);
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);

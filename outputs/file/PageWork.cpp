@@ -19,10 +19,14 @@ Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) 
   return loaded;
 }
 
+ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templateText) {
+  return {.escape = EscapeFor(pair.EscapeValues, pair.DestinationFileName(), templateText)};
+}
+
 std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
-                      UploadFileList& uploadFiles) {
+                      UploadFileList& uploadFiles, ValueEncoding values) {
   InsertRefreshHeader(text, pair.RefreshTagSeconds, pair.AddNoCache, snapshot.moment, ZEB_VERSION);
-  return ExpandPage(text, snapshot, pair.SimpleTextFormat, uploadFiles);
+  return ExpandPage(text, snapshot, pair.SimpleTextFormat, uploadFiles, values);
 }
 
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,

@@ -24,9 +24,12 @@ struct LoadedTemplate {
 // about times; reading and decoding one takes far less time than putting its page in place.
 Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
 
+// How the pair puts values into its template.
+ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templateText);
+
 // The finished page of a template's text. Files that it names are added to `uploadFiles`.
 std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
-                      UploadFileList& uploadFiles);
+                      UploadFileList& uploadFiles, ValueEncoding values = {});
 
 // A new temporary file that holds the page, in its template's encoding. The caller deletes it, unless it is
 // to be kept: then its name tells the next start so. What the debug log is to say of it is added to `trace`.

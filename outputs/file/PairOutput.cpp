@@ -74,6 +74,8 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
   CopyAdditionalFiles = false;  // unless it is known where from
   pairs_ = ReadPairs(environment_.hive, key, outputIndex);
+  for (const clsFileParameters& pair : pairs_)
+    CheckEscapeWord("'" + pair.DestinationFileName() + "'", pair.EscapeValues);
   PairsChanged();
   mediaFolders_ = environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, "");
   for (const Switch& one : kSwitches)

@@ -115,7 +115,8 @@ WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
     prepared.loaded = LoadTemplate(files, source);
     if (!prepared.loaded) return prepared;
     LoadedTemplate& loaded = prepared.loaded.Value();
-    const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named);
+    const ValueEncoding values = PageValues(pair, loaded.text);
+    const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named, values);
     prepared.temp = WriteTempPage(files, page, loaded.encoding, kind);
     if (!prepared.temp) return prepared;
     const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
