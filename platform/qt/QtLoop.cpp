@@ -14,6 +14,7 @@
 
 #include "platform/TimerQueue.h"
 #include "platform/WorkerPool.h"
+#include "platform/qt/EpollDispatcher.h"
 #include "platform/qt/QtMailbox.h"
 
 namespace zeb {
@@ -58,7 +59,7 @@ QtLoop::~QtLoop() {
 }
 
 void QtLoop::ChoosePlainDispatcher() {
-  qputenv("QT_NO_GLIB", "1");
+  QCoreApplication::setEventDispatcher(new EpollDispatcher());
 }
 
 int QtLoop::Run() {
@@ -151,6 +152,11 @@ void QtLoop::ArmTimer() {
   const Duration sleep = std::clamp(*due - Monotonic(), Duration::zero(), kLongestSleep);
   // Rounded up: a timer is never early.
   state_->timer.start(std::chrono::ceil<std::chrono::milliseconds>(sleep));
+}
+
+void QtLoop::HandleEvent(const std::function<void()>& work) noexcept {
+  Call(work);
+  RunReadyTasks();
 }
 
 void QtLoop::Call(const std::function<void()>& work) noexcept {
