@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "platform/TimerQueue.h"
-#include "platform/WorkerPool.h"
 #include "platform/qt/EpollDispatcher.h"
 #include "platform/qt/QtMailbox.h"
+#include "platform/qt/WorkerPool.h"
 
 namespace zeb {
 
@@ -106,13 +106,13 @@ void QtLoop::PostFromAnyThread(std::function<void()> work) {
 }
 
 void QtLoop::Offload(std::function<void()> work, std::function<void()> done) {
-  state_->workers.Submit(
+  const bool begun = state_->workers.Submit(
       [work = std::move(work), done = std::move(done), mailbox = state_->mailbox]() mutable {
         work();
         work = nullptr;
         mailbox->PostFromAnyThread(std::move(done));
       });
-  if (!state_->relief.Running()) RelieveWorkers();
+  if (!begun && !state_->relief.Running()) RelieveWorkers();
 }
 
 void QtLoop::RelieveWorkers() {
