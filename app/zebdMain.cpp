@@ -45,6 +45,9 @@ constexpr int kAlreadyRunning = 3;
 constexpr std::chrono::milliseconds kStorePatience(100);
 constexpr Duration kQuitLimit = std::chrono::milliseconds(4300);
 
+// Where the journal is a file, its lines may come so much later.
+constexpr std::chrono::milliseconds kGatherJournal(50);
+
 // Debug lines come in bursts, with each item a hundred or more.
 constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
 
@@ -112,8 +115,10 @@ class Publisher {
     const bool onCommandLine = FindIgnoringAsciiCase(options_.commandLine, "/DEBUG") != std::string::npos;
     log_ = std::make_unique<DebugLog>(
         loop_, files_, person_, programName_, DebugLog::StartUpFolder(hive, folder_),
-        DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine,
-        [](LineSink sink) { return std::make_unique<ThreadedLineWriter>(std::move(sink), kMostDebugBytes); });
+        DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine, [](LineSink sink) {
+          return std::make_unique<ThreadedLineWriter>(
+              std::move(sink), ThreadedLineWriter::Options{.mostWaiting = kMostDebugBytes});
+        });
     log_->Install();
     WriteDebugLine("Started InitialiseTool", 5, LineKind::kStarted);
     if (!options_.noPreviousCheck) WriteDebugLine("Check if already running");
@@ -222,7 +227,8 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
 }  // namespace zeb
 
 int main(int argc, char** argv) {
-  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError);
+  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError,
+                                  {.atOnce = zeb::TryStandardError(), .gather = zeb::kGatherJournal});
   try {
     return zeb::Run(journal, argc, argv);
   } catch (const std::exception& error) {
