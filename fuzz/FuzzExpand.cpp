@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string page = UndoEscapedTags(text);
   Require(page.size() <= text.size());
   UploadFileList files;
-  const std::string whole = ExpandPage(page, *station.service.TakeSnapshot(), simple, files);
+  const std::string whole = ExpandPage(page, *station.service.TakeSnapshot(), simple, files).value();
   Require(IsValidUtf8(whole));
   // A page that is one piece is a template.
   if (CountCharacters(page) <= kChunkCharacters) Require(whole == station.Expand(page, simple));

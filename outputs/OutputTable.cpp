@@ -12,6 +12,7 @@
 #include "outputs/web/clsZEBWebOutput.h"
 #include "platform/SerialPortControl.h"
 #include "platform/Tcp.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 namespace {
@@ -20,6 +21,7 @@ namespace {
 struct Shared {
   Environment& environment;
   std::shared_ptr<DestinationsInProgress> destinations = std::make_shared<DestinationsInProgress>();
+  std::shared_ptr<TemplateStore> templates = std::make_shared<TemplateStore>();
 };
 
 using ControlPtr = std::shared_ptr<Control>;
@@ -48,13 +50,17 @@ ControlPtr MakeSerialPort(Environment& environment) {
 }
 
 OutputPtr MakeFileOutput(const Shared& shared) {
-  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
+  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations, shared.templates);
+}
+
+OutputPtr MakeWebOutput(const Shared& shared) {
+  return std::make_shared<clsZEBWebOutput>(shared.environment, shared.templates);
 }
 
 constexpr Row kTable[] = {
     {OutputType::kFile, MakeFileOutput, nullptr},
     {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient},
-    {OutputType::kWeb, Make<clsZEBWebOutput>, nullptr},
+    {OutputType::kWeb, MakeWebOutput, nullptr},
     {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient},
     {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient},
     {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort},

@@ -55,16 +55,16 @@ void FileJob::Fail(std::int32_t withStatus, std::string reason) {
   if (problem.empty()) problem = std::move(reason);
 }
 
-std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools) {
+std::shared_ptr<const PageTemplate> LoadFor(FileJob& job, const FileTools& tools) {
   if (job.parameters.SourceFileName().empty()) {
     job.Fail(kStatusSourceFileProblem, "no template is set for '" + job.destination + "'; choose one");
-    return std::nullopt;
+    return nullptr;
   }
   tools.place.AtFile(job.source);
-  Result<LoadedTemplate> loaded = LoadTemplate(tools.files, job.source);
+  Result<std::shared_ptr<const PageTemplate>> loaded = tools.templates.Load(tools.files, job.source);
   if (loaded) return std::move(loaded.Value());
   job.Fail(kStatusSourceFileProblem, loaded.Reason() + std::string(kCheckTemplate));
-  return std::nullopt;
+  return nullptr;
 }
 
 void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding) {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +12,7 @@
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/PageWork.h"
 #include "outputs/file/WorkPlace.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -37,13 +38,14 @@ struct FileJob {
 struct FileTools {
   FileSystem& files;
   DestinationsInProgress& destinations;
+  TemplateStore& templates;
   WorkPlace& place;
   bool preserveTempFiles = false;
   bool trace = false;  // whether the steps go to the debug log
 };
 
 // Nothing: failed, and the job says why.
-std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools);
+std::shared_ptr<const PageTemplate> LoadFor(FileJob& job, const FileTools& tools);
 
 // Puts the page in place: a temporary file, its copy beside the destination, and a rename, so that a reader
 // always finds the old page or the new one. Then the same for a numbered version, when wanted.

@@ -25,6 +25,7 @@ class FileWork {
   struct Setting {
     FileSystem& files;
     std::shared_ptr<DestinationsInProgress> destinations;
+    std::shared_ptr<TemplateStore> templates;
     std::string dataFolder;
     bool copyAdditional = false, alwaysCopy = false;  // as the output is set
     bool preserveTempFiles = false, trace = false;
@@ -56,7 +57,8 @@ class FileWork {
   bool Do(FileJob& job, Claim& claim);
   bool CopyBesidePages(Claim& claim);
   FileTools Tools() {
-    return {setting_.files, *setting_.destinations, place_, setting_.preserveTempFiles, setting_.trace};
+    return {setting_.files, *setting_.destinations,     *setting_.templates,
+            place_,         setting_.preserveTempFiles, setting_.trace};
   }
 
   const Setting setting_;

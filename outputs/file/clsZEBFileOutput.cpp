@@ -20,8 +20,9 @@ constexpr const char* kSettingsKey = "\\File";
 }  // namespace
 
 clsZEBFileOutput::clsZEBFileOutput(Environment& environment,
-                                   std::shared_ptr<DestinationsInProgress> destinations)
-    : PairOutput(environment), destinations_(std::move(destinations)) {}
+                                   std::shared_ptr<DestinationsInProgress> destinations,
+                                   std::shared_ptr<TemplateStore> templates)
+    : PairOutput(environment), destinations_(std::move(destinations)), templates_(std::move(templates)) {}
 
 std::string clsZEBFileOutput::GetStatusString(std::uint32_t& colour) {
   switch (Status()) {
@@ -108,7 +109,7 @@ std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
     job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
     job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }
-  FileWork::Setting setting{environment_.files, destinations_, environment_.dataFolder};
+  FileWork::Setting setting{environment_.files, destinations_, templates_, environment_.dataFolder};
   setting.copyAdditional = CopyAdditionalFiles;
   setting.alwaysCopy = AlwaysCopyFiles;
   setting.preserveTempFiles = environment_.preserveTempFiles;

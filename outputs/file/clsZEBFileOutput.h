@@ -20,8 +20,9 @@ namespace zeb {
 
 class clsZEBFileOutput : public PairOutput {
  public:
-  // `destinations` is shared by all file outputs of the program.
-  clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations);
+  // `destinations` is shared by all file outputs of the program, `templates` by all that use template files.
+  clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations,
+                   std::shared_ptr<TemplateStore> templates);
 
   bool StopOutput() override;  // an update under way ends after its present page
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
@@ -49,6 +50,7 @@ class clsZEBFileOutput : public PairOutput {
   void NoteHanging(const WorkPlace& place, bool progressed);
 
   std::shared_ptr<DestinationsInProgress> destinations_;
+  std::shared_ptr<TemplateStore> templates_;
   SnapshotPtr last_;                         // of the last run
   std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
   std::optional<Epoch::Mark> pairsMark_;     // of the pairs that those are about

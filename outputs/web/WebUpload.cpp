@@ -91,7 +91,7 @@ void WebUpload::RemoveUnfinished() {
 // ---- Pages
 
 struct WebUpload::Prepared {
-  Result<LoadedTemplate> loaded = Failure{};
+  Outcome loaded = Failure{};
   Result<std::string> temp = Failure{};
   UploadFileList named;
   std::uint64_t size = 0;
@@ -101,13 +101,18 @@ struct WebUpload::Prepared {
 // From the template to a temporary file that holds the page, in one go.
 WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
   const auto work = [&files = environment_.files, pair, snapshot = order_.snapshot,
+                     templates = order_.templates,
                      source = JoinPath(environment_.dataFolder, pair.SourceFileName())] {
     Prepared prepared;
-    prepared.loaded = LoadTemplate(files, source);
-    if (!prepared.loaded) return prepared;
-    LoadedTemplate& loaded = prepared.loaded.Value();
-    const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named);
-    prepared.temp = WriteTempPage(files, page, loaded.encoding);
+    const Result<std::shared_ptr<const PageTemplate>> loaded = templates->Load(files, source);
+    if (!loaded) {
+      prepared.loaded = Failure{loaded.Reason() + std::string(kCheckTemplate)};
+      return prepared;
+    }
+    const Result<std::string> page = BuildPage(*loaded.Value(), pair, *snapshot, prepared.named);
+    prepared.loaded = page;
+    if (!page) return prepared;
+    prepared.temp = WriteTempPage(files, page.Value(), loaded.Value()->Encoding());
     if (!prepared.temp) return prepared;
     const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
     prepared.size = info ? info->size : 0;
@@ -140,7 +145,7 @@ void WebUpload::ProcessPage(const WebOrder::Page& page) {
   }
   if (!prepared.loaded) {
     DebugLine("Error loading file - ", name, " - ", prepared.loaded.Reason());
-    return sourceFails(prepared.loaded.Reason() + std::string(kCheckTemplate));
+    return sourceFails(prepared.loaded.Reason());
   }
   DebugLine("Checking for &lt; and &gt; tags");
   DebugLine("Checking for %3c and %3e tags");

@@ -9,12 +9,14 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/ServiceSnapshot.h"
 #include "outputs/file/clsFileParameters.h"
 #include "outputs/web/ServerFiles.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -32,6 +34,7 @@ struct WebOrder {
     bool isDue = true;
   };
   SnapshotPtr snapshot;
+  std::shared_ptr<TemplateStore> templates;
   FtpTarget target;
   std::vector<Page> pages;
   std::vector<AdditionalFile> additional;  // left from an earlier run

@@ -10,18 +10,22 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "outputs/file/PairOutput.h"
 #include "outputs/web/WebServer.h"
 #include "outputs/web/WebSettings.h"
 #include "outputs/web/WebUpload.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
 class clsZEBWebOutput : public PairOutput {
  public:
-  using PairOutput::PairOutput;
+  // `templates` is shared by all outputs that use template files.
+  clsZEBWebOutput(Environment& environment, std::shared_ptr<TemplateStore> templates)
+      : PairOutput(environment), templates_(std::move(templates)) {}
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;  // an upload under way is cancelled
@@ -52,6 +56,7 @@ class clsZEBWebOutput : public PairOutput {
   void KeepMovedPages(const std::vector<MovedPage>& moved);
   bool Repeats(const SnapshotPtr& snapshot) const;
 
+  std::shared_ptr<TemplateStore> templates_;
   WebServer server_{environment_, lane_};
   Timer keepTimer_;                 // while the connection is kept
   std::shared_ptr<WebUpload> run_;  // from an update to its end

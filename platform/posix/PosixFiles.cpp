@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
@@ -158,6 +159,10 @@ std::optional<FileInfo> PosixFiles::Stat(const std::string& path) {
   FileInfo info;
   info.size = static_cast<std::uint64_t>(status.st_size);
   info.modified = Nanoseconds(status.st_mtim);
+  info.changed = Nanoseconds(status.st_ctim);
+  info.device = status.st_dev;
+  info.inode = status.st_ino;
+  info.seen = std::chrono::steady_clock::now().time_since_epoch();
   info.isFolder = S_ISDIR(status.st_mode);
   info.isRegular = S_ISREG(status.st_mode);
   return info;

@@ -89,12 +89,15 @@ void SimulatedFiles::Observe(const char* operation, const std::string& path) con
 }
 
 void SimulatedFiles::Touch(File& file) {
-  file.modified = clock_++;
+  file.modified = file.changed = clock_++;
+  if (file.inode == 0) file.inode = nextInode_++;
 }
 
 // A real write is seen by others as it grows.
 void SimulatedFiles::FillInSteps(const char* operation, const std::string& path, std::string bytes) {
+  const std::uint64_t inode = files_[path].inode;
   files_[path] = File{};
+  files_[path].inode = inode;
   Observe(operation, path);
   if (bytes.size() > 1) {
     files_[path].bytes = bytes.substr(0, bytes.size() / 2);
@@ -112,6 +115,9 @@ std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
   FileInfo info;
   info.size = file.bytes.size();
   info.modified = file.modified;
+  info.changed = file.changed;
+  info.inode = file.inode;
+  info.seen = now;
   info.isFolder = file.isFolder;
   info.isRegular = !file.isFolder && !file.isSpecial;
   return info;
@@ -208,7 +214,7 @@ Outcome SimulatedFiles::Copy(const std::string& from, const std::string& to) {
   files_.erase(target);
   Observe("Copy", target);
   FillInSteps("Copy", target, files_[source].bytes);
-  files_[target].modified = modified;
+  files_[target].modified = modified;  // not what it says of the last change
   Observe("Copy", target);
   return {};
 }
@@ -219,7 +225,7 @@ Outcome SimulatedFiles::CreateFolders(const std::string& path) {
   std::string normal = Normal(path);
   for (std::size_t end = 1; end <= normal.size(); ++end) {
     if (end < normal.size() && normal[end] != '/') continue;
-    auto [folder, isNew] = files_.try_emplace(normal.substr(0, end), File{"", 0, true});
+    auto [folder, isNew] = files_.try_emplace(normal.substr(0, end), Folder());
     if (!folder->second.isFolder) return Cannot("create folder", path, "Not a directory");
   }
   return {};
@@ -258,7 +264,7 @@ bool SimulatedFiles::Exists(const std::string& path) {
 void SimulatedFiles::Put(const std::string& path, std::string bytes) {
   std::string normal = Normal(path);
   for (std::string folder = ParentOf(normal); !folder.empty() && folder != "/"; folder = ParentOf(folder))
-    files_.try_emplace(folder, File{"", 0, true});
+    files_.try_emplace(folder, Folder());
   File& file = files_[normal];
   file.bytes = std::move(bytes);
   Touch(file);
@@ -270,7 +276,8 @@ void SimulatedFiles::PutSpecial(const std::string& path) {
 }
 
 void SimulatedFiles::SetModified(const std::string& path, std::int64_t modified) {
-  files_.at(Normal(path)).modified = modified;
+  File& file = files_.at(Normal(path));
+  file.modified = file.changed = modified;
 }
 
 }  // namespace zeb

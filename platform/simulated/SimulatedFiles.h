@@ -37,19 +37,26 @@ class SimulatedFiles : public FileSystem {
   std::string Contents(const std::string& path);  // "" when missing
   bool Exists(const std::string& path);
   void Put(const std::string& path, std::string bytes);  // makes the folders too
-  // Gives a file the time stamp of another moment, as a rewrite within one tick of the clock would.
+  // Gives a file the time stamps of another moment, as a rewrite within one tick of the clock would.
   void SetModified(const std::string& path, std::int64_t modified);
   void PutSpecial(const std::string& path);  // a pipe or device: exists, but is not regular
+  MonotonicTime now{};                       // what a look at a file gives as its moment
   int operations = 0;                        // how many were asked for
 
  private:
   class Reader;
   struct File {
     std::string bytes;
-    std::int64_t modified = 0;
+    std::int64_t modified = 0, changed = 0;
+    std::uint64_t inode = 0;
     bool isFolder = false;
     bool isSpecial = false;
   };
+  static File Folder() {
+    File folder;
+    folder.isFolder = true;
+    return folder;
+  }
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
   std::string WhyMissing(const std::string& path) const;      // of a path where nothing is
@@ -59,8 +66,9 @@ class SimulatedFiles : public FileSystem {
   void FillInSteps(const char* operation, const std::string& path, std::string bytes);
   void Touch(File& file);
 
-  std::map<std::string, File> files_ = {{"/", {"", 0, true}}, {"/tmp", {"", 0, true}}};
+  std::map<std::string, File> files_ = {{"/", Folder()}, {"/tmp", Folder()}};
   std::int64_t clock_ = 1;
+  std::uint64_t nextInode_ = 1;
   int nextTemp_ = 1;
 };
 

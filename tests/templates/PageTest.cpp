@@ -10,7 +10,7 @@ namespace {
 
 std::string Page(Station& station, const std::string& page) {
   UploadFileList files;
-  return ExpandPage(page, *station.service.TakeSnapshot(), "", files);
+  return ExpandPage(page, *station.service.TakeSnapshot(), "", files).value();
 }
 
 TEST(ExpandPage, ConstructsAtEveryPlaceAroundTheCut) {
@@ -83,7 +83,7 @@ WallTime Moment() {
 
 TEST(InsertRefreshHeader, BehindTheFirstHtmlLine) {
   std::string page = "<!-- <hTmL --><HEAD>\r\n<html>\r\n";
-  InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+  InsertRefreshHeader(page, {30, true, "1.2.3"}, Moment());
   EXPECT_EQ(page,
             "<!-- <hTmL --><HEAD>\r\n"
             "<!-- ZEB last updated this file...09:05:05 02 March 2026 -->\r\n"
@@ -98,7 +98,7 @@ TEST(InsertRefreshHeader, BehindTheFirstHtmlLine) {
 TEST(InsertRefreshHeader, TagsOnlyWhenAskedFor) {
   for (const std::int32_t seconds : {0, -1}) {
     std::string page = "\r\n<html lang=\"en\">\r\n";
-    InsertRefreshHeader(page, seconds, false, Moment(), "1.2.3");
+    InsertRefreshHeader(page, {seconds, false, "1.2.3"}, Moment());
     EXPECT_EQ(page.find("HTTP-EQUIV"), std::string::npos);
     EXPECT_EQ(page.find("http-equiv"), std::string::npos);
     EXPECT_TRUE(page.starts_with("\r\n<html lang=\"en\">\r\n<!-- ZEB last updated"));
@@ -108,7 +108,7 @@ TEST(InsertRefreshHeader, TagsOnlyWhenAskedFor) {
 TEST(InsertRefreshHeader, OtherPagesStayAsTheyAre) {
   for (const char* text : {"", "text\r\n", "\r\n<html>\n", "<HTM\r\nL>"}) {
     std::string page = text;
-    InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+    InsertRefreshHeader(page, {30, true, "1.2.3"}, Moment());
     EXPECT_EQ(page, text);
   }
 }
