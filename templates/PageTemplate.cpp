@@ -37,15 +37,21 @@ std::optional<std::string> PageTemplate::Expand(const RefreshHeader& header, con
 
 PageTemplate::Compiled PageTemplate::CompiledFor(std::string_view header) const {
   const std::size_t characters = CountCharacters(header);
+  if (Compiled known = Known(characters)) return known;
+  // Not under the lock: another thread may do the same meanwhile, and either result serves.
+  Compiled compiled = CompiledTemplate::OfPage(text_, {headerAt_, header});
+  const std::lock_guard lock(mutex_);
+  if (variants_.size() == kMostVariants) variants_.erase(variants_.begin());
+  variants_.push_back({characters, compiled});
+  return compiled;
+}
+
+PageTemplate::Compiled PageTemplate::Known(std::size_t characters) const {
   const std::lock_guard lock(mutex_);
   const auto known = std::find_if(variants_.begin(), variants_.end(),
                                   [&](const Variant& variant) { return variant.characters == characters; });
-  if (known != variants_.end()) {
-    std::rotate(known, known + 1, variants_.end());
-    return variants_.back().compiled;
-  }
-  if (variants_.size() == kMostVariants) variants_.erase(variants_.begin());
-  variants_.push_back({characters, CompiledTemplate::OfPage(text_, {headerAt_, header})});
+  if (known == variants_.end()) return nullptr;
+  std::rotate(known, known + 1, variants_.end());
   return variants_.back().compiled;
 }
 

@@ -40,6 +40,7 @@ class PageTemplate {
  private:
   using Compiled = std::shared_ptr<const CompiledTemplate>;
   Compiled CompiledFor(std::string_view header) const;
+  Compiled Known(std::size_t characters) const;
 
   const CompiledTemplate::Text text_;
   const FileEncoding encoding_;

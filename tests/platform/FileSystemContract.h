@@ -154,6 +154,23 @@ TYPED_TEST_P(FileSystemContract, CopiesContentsAndTime) {
   EXPECT_EQ(this->Contents("a"), "new");
 }
 
+// A file in another one's place is told apart from it, however alike they are.
+TYPED_TEST_P(FileSystemContract, TellsWhichFileItIs) {
+  this->Put("a", "1");
+  const FileInfo old = *this->files.Stat(this->In("a"));
+  ASSERT_TRUE(this->files.Copy(this->In("a"), this->In("b")));
+  const FileInfo copy = *this->files.Stat(this->In("b"));
+  EXPECT_EQ(copy.device, old.device);
+  EXPECT_NE(copy.inode, old.inode);
+  EXPECT_EQ(copy.modified, old.modified);
+  EXPECT_GE(copy.changed, old.changed);
+  EXPECT_GE(copy.seen, old.seen);
+  ASSERT_TRUE(this->files.Rename(this->In("b"), this->In("a")));
+  EXPECT_EQ(this->files.Stat(this->In("a"))->inode, copy.inode);
+  ASSERT_TRUE(this->files.Write(this->In("a"), "2"));
+  EXPECT_EQ(this->files.Stat(this->In("a"))->inode, copy.inode);
+}
+
 TYPED_TEST_P(FileSystemContract, MakesAndListsFolders) {
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
@@ -178,7 +195,7 @@ TYPED_TEST_P(FileSystemContract, TemporaryFilesHaveNamesOfTheirOwn) {
 
 REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, WritesAppendsAndReads, ReadsInBlocksWhatWasOpened,
                             RefusesWhatIsNoFile, DeletingWhatIsNotThereIsASuccess, RenamingAFileReplacesAFile,
-                            RenamingAFolderTakesItsFilesAlong, CopiesContentsAndTime, MakesAndListsFolders,
-                            TemporaryFilesHaveNamesOfTheirOwn);
+                            RenamingAFolderTakesItsFilesAlong, CopiesContentsAndTime, TellsWhichFileItIs,
+                            MakesAndListsFolders, TemporaryFilesHaveNamesOfTheirOwn);
 
 }  // namespace zeb
