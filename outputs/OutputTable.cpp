@@ -13,6 +13,7 @@
 #include "outputs/web/clsZEBWebOutput.h"
 #include "platform/SerialPortControl.h"
 #include "platform/Tcp.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 namespace {
@@ -22,6 +23,7 @@ struct Shared {
   Environment& environment;
   std::shared_ptr<DestinationsInProgress> destinations = std::make_shared<DestinationsInProgress>();
   std::shared_ptr<PublishedNames> names = std::make_shared<PublishedNames>();
+  std::shared_ptr<TemplateStore> templates = std::make_shared<TemplateStore>();
 };
 
 using ControlPtr = std::shared_ptr<Control>;
@@ -50,11 +52,12 @@ ControlPtr MakeSerialPort(Environment& environment) {
 }
 
 OutputPtr MakeFileOutput(const Shared& shared) {
-  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations, shared.names);
+  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations, shared.templates,
+                                            shared.names);
 }
 
 OutputPtr MakeWebOutput(const Shared& shared) {
-  return std::make_shared<clsZEBWebOutput>(shared.environment, shared.names);
+  return std::make_shared<clsZEBWebOutput>(shared.environment, shared.templates, shared.names);
 }
 
 constexpr Row kTable[] = {

@@ -14,12 +14,16 @@
 #include <vector>
 
 #include "platform/Result.h"
+#include "platform/Time.h"
 
 namespace zeb {
 
 struct FileInfo {
   std::uint64_t size = 0;
   std::int64_t modified = 0;  // nanoseconds since 1970, for comparing only
+  std::int64_t changed = 0;   // the same of the last change of anything about it, which nobody can set
+  std::uint64_t device = 0, inode = 0;  // which file it is; 0 where there is no such thing
+  MonotonicTime seen{};                 // once this had been found out
   bool isFolder = false;
   bool isRegular = true;  // false for folders, pipes, devices
   // Everyone on the machine may read the file, or enter the folder, as far as its mode says; true where the

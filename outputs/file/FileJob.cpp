@@ -45,16 +45,16 @@ void FileJob::Fail(std::int32_t withStatus, std::string reason) {
   if (problem.empty()) problem = std::move(reason);
 }
 
-std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools) {
+std::shared_ptr<const PageTemplate> LoadFor(FileJob& job, const FileTools& tools) {
   if (job.parameters.SourceFileName().empty()) {
     job.Fail(kStatusSourceFileProblem, "no template is set for '" + job.destination + "'; choose one");
-    return std::nullopt;
+    return nullptr;
   }
   tools.place.AtFile(job.source);
-  Result<LoadedTemplate> loaded = LoadTemplate(tools.files, job.source);
+  Result<std::shared_ptr<const PageTemplate>> loaded = tools.templates.Load(tools.files, job.source);
   if (loaded) return std::move(loaded.Value());
   job.Fail(kStatusSourceFileProblem, loaded.Reason() + std::string(kCheckTemplate));
-  return std::nullopt;
+  return nullptr;
 }
 
 // A link to a share keeps working; one to ZEB's settings or to the template is a mistake or an attack.
@@ -75,7 +75,8 @@ void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::st
         WriteTempPage(tools.files, page, encoding, TempPage::kKept, tools.trace ? &job.trace : nullptr);
     if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
   }
-  const std::string bytes = EncodeFile(page, encoding);
+  std::string room;
+  const std::string_view bytes = EncodeFile(page, encoding, room);
   job.published = Put(job, tools, target, bytes);
   if (job.parameters.UseMultipleVersions) PlaceVersion(job, tools, bytes);
 }

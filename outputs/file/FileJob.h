@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +12,7 @@
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/PageWork.h"
 #include "outputs/file/WorkPlace.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -37,6 +37,7 @@ struct FileJob {
 struct FileTools {
   FileSystem& files;
   DestinationsInProgress& destinations;
+  TemplateStore& templates;
   WorkPlace& place;
   const std::string& dataFolder;
   bool preserveTempFiles = false;
@@ -44,7 +45,7 @@ struct FileTools {
 };
 
 // Nothing: failed, and the job says why.
-std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools);
+std::shared_ptr<const PageTemplate> LoadFor(FileJob& job, const FileTools& tools);
 
 // Where the page goes. Nothing: refused, and the job says why.
 std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools);

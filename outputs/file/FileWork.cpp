@@ -1,7 +1,6 @@
 #include "outputs/file/FileWork.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "text/Paths.h"
@@ -52,9 +51,9 @@ void FileWork::DoPiece() {
 // False: it must wait for files that another output is writing, or has been given up.
 bool FileWork::Do(FileJob& job, Claim& claim) {
   const FileTools tools = Tools();
-  std::optional<LoadedTemplate> loaded = LoadFor(job, tools);
+  const std::shared_ptr<const PageTemplate> loaded = LoadFor(job, tools);
   if (!loaded) return true;
-  pieceBytes_ += loaded->text.size();
+  pieceBytes_ += loaded->Text().size();
   std::string why = WhyNoDestination(job);
   if (why.empty() && !claim.Holds(job.destination))
     why = StillBeingWritten(job.destination) + "; give each output a destination of its own";
@@ -72,14 +71,18 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     return true;
   }
   UploadFileList named;
-  const ValueEncoding values = PageValues(job.parameters, loaded->text);
-  const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named, values);
+  const ValueEncoding values = PageValues(job.parameters, loaded->Text());
+  const Result<std::string> page = BuildPage(*loaded, job.parameters, *job.snapshot, named, values);
+  if (!page) {
+    job.Fail(kStatusSourceFileProblem, page.Reason());
+    return true;
+  }
   if (setting_.copyAdditional) {
     for (const std::string& path : named.Paths()) listed_.Add(path);
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
     if (!CopyBesidePages(claim)) return false;
   }
-  PlacePage(job, tools, *target, page, loaded->encoding);
+  PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
   return true;
 }
 

@@ -27,6 +27,7 @@ class FileWork {
   struct Setting {
     FileSystem& files;
     std::shared_ptr<DestinationsInProgress> destinations;
+    std::shared_ptr<TemplateStore> templates;
     MediaRules media;  // for additional files; its data folder is what relative names start from
     std::shared_ptr<PublishedNames> names;
     bool copyAdditional = false, alwaysCopy = false;  // as the output is set
@@ -63,9 +64,9 @@ class FileWork {
   bool Do(FileJob& job, Claim& claim);
   bool CopyBesidePages(Claim& claim);
   FileTools Tools() {
-    return {
-        setting_.files, *setting_.destinations, place_, setting_.media.dataFolder, setting_.preserveTempFiles,
-        setting_.trace};
+    return {setting_.files, *setting_.destinations,    *setting_.templates,
+            place_,         setting_.media.dataFolder, setting_.preserveTempFiles,
+            setting_.trace};
   }
 
   const Setting setting_;

@@ -20,8 +20,11 @@ constexpr const char* kSettingsKey = "\\File";
 
 clsZEBFileOutput::clsZEBFileOutput(Environment& environment,
                                    std::shared_ptr<DestinationsInProgress> destinations,
+                                   std::shared_ptr<TemplateStore> templates,
                                    std::shared_ptr<PublishedNames> names)
-    : PairOutput(environment, std::move(names)), destinations_(std::move(destinations)) {}
+    : PairOutput(environment, std::move(names)),
+      destinations_(std::move(destinations)),
+      templates_(std::move(templates)) {}
 
 std::string clsZEBFileOutput::GetStatusString(std::uint32_t& colour) {
   switch (Status()) {
@@ -108,7 +111,7 @@ std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
     job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
     job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }
-  FileWork::Setting setting{environment_.files, destinations_, Media(), Names()};
+  FileWork::Setting setting{environment_.files, destinations_, templates_, Media(), Names()};
   setting.copyAdditional = CopyAdditionalFiles;
   setting.alwaysCopy = AlwaysCopyFiles;
   setting.preserveTempFiles = environment_.preserveTempFiles;

@@ -21,9 +21,10 @@ namespace zeb {
 
 class clsZEBFileOutput : public PairOutput {
  public:
-  // `destinations` is shared by all file outputs of the program.
+  // `destinations` and `names` are shared by all file outputs of the program, `templates` by all that use
+  // template files.
   clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations,
-                   std::shared_ptr<PublishedNames> names);
+                   std::shared_ptr<TemplateStore> templates, std::shared_ptr<PublishedNames> names);
 
   bool StopOutput() override;  // an update under way ends after its present page
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
@@ -52,6 +53,7 @@ class clsZEBFileOutput : public PairOutput {
   void NoteHanging(const WorkPlace& place, bool progressed);
 
   std::shared_ptr<DestinationsInProgress> destinations_;
+  std::shared_ptr<TemplateStore> templates_;
   SnapshotPtr last_;                         // of the last run
   std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
   std::optional<Epoch::Mark> pairsMark_;     // of the pairs that those are about

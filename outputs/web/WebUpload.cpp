@@ -99,7 +99,7 @@ void WebUpload::RemoveUnfinished() {
 // ---- Pages
 
 struct WebUpload::Prepared {
-  Result<LoadedTemplate> loaded = Failure{};
+  Outcome loaded = Failure{};
   Result<std::string> temp = Failure{};
   UploadFileList named;
   std::uint64_t size = 0;
@@ -110,14 +110,19 @@ struct WebUpload::Prepared {
 WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
   const auto work = [&files = environment_.files, pair, snapshot = order_.snapshot,
                      kind = environment_.preserveTempFiles ? TempPage::kKept : TempPage::kPassing,
+                     templates = order_.templates,
                      source = JoinPath(environment_.dataFolder, pair.SourceFileName())] {
     Prepared prepared;
-    prepared.loaded = LoadTemplate(files, source);
-    if (!prepared.loaded) return prepared;
-    LoadedTemplate& loaded = prepared.loaded.Value();
-    const ValueEncoding values = PageValues(pair, loaded.text);
-    const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named, values);
-    prepared.temp = WriteTempPage(files, page, loaded.encoding, kind);
+    const Result<std::shared_ptr<const PageTemplate>> loaded = templates->Load(files, source);
+    if (!loaded) {
+      prepared.loaded = Failure{loaded.Reason() + std::string(kCheckTemplate)};
+      return prepared;
+    }
+    const ValueEncoding values = PageValues(pair, loaded.Value()->Text());
+    const Result<std::string> page = BuildPage(*loaded.Value(), pair, *snapshot, prepared.named, values);
+    prepared.loaded = page;
+    if (!page) return prepared;
+    prepared.temp = WriteTempPage(files, page.Value(), loaded.Value()->Encoding(), kind);
     if (!prepared.temp) return prepared;
     const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
     prepared.size = info ? info->size : 0;
@@ -150,7 +155,7 @@ void WebUpload::ProcessPage(const WebOrder::Page& page) {
   }
   if (!prepared.loaded) {
     DebugLine("Error loading file - ", name, " - ", prepared.loaded.Reason());
-    return sourceFails(prepared.loaded.Reason() + std::string(kCheckTemplate));
+    return sourceFails(prepared.loaded.Reason());
   }
   DebugLine("Checking for &lt; and &gt; tags");
   DebugLine("Checking for %3c and %3e tags");

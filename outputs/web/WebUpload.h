@@ -18,6 +18,7 @@
 #include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsFileParameters.h"
 #include "outputs/web/ServerFiles.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -35,6 +36,7 @@ struct WebOrder {
     bool isDue = true;
   };
   SnapshotPtr snapshot;
+  std::shared_ptr<TemplateStore> templates;
   FtpTarget target;
   std::vector<Page> pages;
   std::vector<AdditionalFile> additional;  // left from an earlier run

@@ -179,6 +179,7 @@ bool clsZEBWebOutput::Repeats(const SnapshotPtr& snapshot) const {
 WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
   WebOrder order;
   order.snapshot = snapshot;
+  order.templates = templates_;
   order.target = TargetOf(settings, environment_.dataFolder);
   const bool repeats = order.isRepetition = Repeats(snapshot);
   for (std::size_t pair = 0; pair < Pairs().size(); ++pair)

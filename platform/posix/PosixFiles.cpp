@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -50,6 +51,10 @@ FileInfo InfoOf(const struct stat& status) {
   FileInfo info;
   info.size = static_cast<std::uint64_t>(status.st_size);
   info.modified = Nanoseconds(status.st_mtim);
+  info.changed = Nanoseconds(status.st_ctim);
+  info.device = status.st_dev;
+  info.inode = status.st_ino;
+  info.seen = std::chrono::steady_clock::now().time_since_epoch();
   info.isFolder = S_ISDIR(status.st_mode);
   info.isRegular = S_ISREG(status.st_mode);
   info.openToAll = (status.st_mode & static_cast<mode_t>(info.isFolder ? S_IXOTH : S_IROTH)) != 0;

@@ -98,6 +98,7 @@ void SimulatedFiles::Observe(const char* operation, const std::string& path) con
 
 void SimulatedFiles::Touch(File& file) {
   file.modified = file.changed = clock_++;
+  if (file.inode == 0) file.inode = nextInode_++;
 }
 
 SimulatedFiles::File SimulatedFiles::Folder() {
@@ -108,7 +109,9 @@ SimulatedFiles::File SimulatedFiles::Folder() {
 
 // A real write is seen by others as it grows.
 void SimulatedFiles::FillInSteps(const char* operation, const std::string& path, std::string bytes) {
+  const std::uint64_t inode = files_[path].inode;
   files_[path] = File{};
+  files_[path].inode = inode;
   Observe(operation, path);
   if (bytes.size() > 1) {
     files_[path].bytes = bytes.substr(0, bytes.size() / 2);
@@ -125,10 +128,13 @@ std::optional<FileInfo> SimulatedFiles::Stat(const std::string& path) {
   return InfoOf(found->second);
 }
 
-FileInfo SimulatedFiles::InfoOf(const File& file) {
+FileInfo SimulatedFiles::InfoOf(const File& file) const {
   FileInfo info;
   info.size = file.bytes.size();
   info.modified = file.modified;
+  info.changed = file.changed;
+  info.inode = file.inode;
+  info.seen = now;
   info.isFolder = file.isFolder;
   info.isRegular = !file.isFolder && !file.isSpecial;
   info.openToAll = file.openToAll;
@@ -382,7 +388,8 @@ void SimulatedFiles::PutLink(const std::string& path, const std::string& to) {
 }
 
 void SimulatedFiles::SetModified(const std::string& path, std::int64_t modified) {
-  files_.at(Normal(path)).modified = modified;
+  File& file = files_.at(Normal(path));
+  file.modified = file.changed = modified;
 }
 
 }  // namespace zeb

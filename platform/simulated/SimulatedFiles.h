@@ -38,13 +38,14 @@ class SimulatedFiles : public FileSystem {
   std::string Contents(const std::string& path);  // "" when missing
   bool Exists(const std::string& path);
   void Put(const std::string& path, std::string bytes);  // makes the folders too
-  // Gives a file the time stamp of another moment, as a rewrite within one tick of the clock would.
+  // Gives a file the time stamps of another moment, as a rewrite within one tick of the clock would.
   void SetModified(const std::string& path, std::int64_t modified);
   void PutSpecial(const std::string& path);               // a pipe or device: exists, but is not regular
   void SetOpenToAll(const std::string& path, bool open);  // files and folders are, until then
   std::map<std::string, std::string> realPaths;           // where a path leads through links
   void PutLink(const std::string& path, const std::string& to);  // a symbolic link of this user's
   void Restart() { startedAt_ = clock_; }                        // what is there is an earlier run's
+  MonotonicTime now{};                                           // what a look at a file gives as its moment
   int operations = 0;                                            // how many were asked for
 
  private:
@@ -52,14 +53,14 @@ class SimulatedFiles : public FileSystem {
   class Target;
   struct File {
     std::string bytes;
-    std::int64_t modified = 0;
+    std::int64_t modified = 0, changed = 0;
+    std::uint64_t inode = 0;
     bool isFolder = false;
     bool isSpecial = false;
     bool openToAll = true;
     std::string linksTo;  // "": no link
-    std::int64_t changed = 0;
   };
-  static FileInfo InfoOf(const File& file);
+  FileInfo InfoOf(const File& file) const;
   static File Folder();
   std::string Refusal(const char* operation, const std::string& path);
   std::string CannotHoldFile(const std::string& path) const;  // why a file cannot be there; "" when it can
@@ -72,6 +73,7 @@ class SimulatedFiles : public FileSystem {
 
   std::map<std::string, File> files_ = {{"/", Folder()}, {"/tmp", Folder()}};
   std::int64_t clock_ = 1, startedAt_ = 1;
+  std::uint64_t nextInode_ = 1;
   int nextTemp_ = 1;
 };
 

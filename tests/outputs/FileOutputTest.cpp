@@ -32,12 +32,37 @@ TEST_F(FileOutputTest, PublishesEveryPairAndLeavesNothingElse) {
 
 TEST_F(FileOutputTest, AnEditedTemplateIsSeenAtOnce) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  for (int i = 0; i < 3; ++i, t.files.now += 2s) Update();
+  FailOn("Read", "/t/a");  // it is not read any more
+  service.SetCurrentItem(Song("Two"));
   Update();
-  std::int64_t time = t.files.Stat("/t/a")->modified;
+  EXPECT_EQ(t.files.Contents("/w/a"), "Two!");
+  t.files.fail = nullptr;
   t.files.Put("/t/a", "<ZEB_NOW_ITEMNAME>?");
-  ASSERT_NE(t.files.Stat("/t/a")->modified, time);
+  service.SetCurrentItem(Song("Three"));
   Update();
-  EXPECT_EQ(t.files.Contents("/w/a"), "One?");
+  EXPECT_EQ(t.files.Contents("/w/a"), "Three?");
+}
+
+TEST_F(FileOutputTest, APageThatIsTooLargeIsRefusedAlone) {
+  t.files.Put("/w/a", "old");
+  std::string tags;
+  for (int i = 0; i < 17; ++i) tags += "<ZEB_NOW_ITEMNAME>";
+  t.files.Put("/t/large", tags);
+  output->AddUpdateFile(Pair("/t/large", "/w/a"));
+  output->AddUpdateFile(Pair("/t/a", "/w/b"));
+  service.SetCurrentItem(Song(std::string(1 << 20, 'x')));
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a"), "old");
+  EXPECT_EQ(t.files.Contents("/w/b").size(), (1u << 20) + 1);
+  EXPECT_EQ(
+      output->ProblemText(),
+      "the page of '/t/large' would be larger than 16777216 bytes; shorten the template or what its tags "
+      "stand for");
+  service.SetCurrentItem(Song("One"));
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a").size(), 17u * 3);
+  EXPECT_EQ(output->ProblemText(), "");
 }
 
 // Whatever moment another program chooses to look at.

@@ -268,6 +268,20 @@ TYPED_TEST_P(FileSystemContract, TellsWhereThingsLie) {
   EXPECT_FALSE(this->files.RealPath(""));
 }
 
+// A file in another one's place is told apart from it, however alike they are.
+TYPED_TEST_P(FileSystemContract, TellsWhichFileItIs) {
+  this->Put("a", "1");
+  const FileInfo old = *this->files.Stat(this->In("a"));
+  this->Place("a", "2");
+  const FileInfo fresh = *this->files.Stat(this->In("a"));
+  EXPECT_EQ(fresh.device, old.device);
+  EXPECT_NE(fresh.inode, old.inode);
+  EXPECT_GE(fresh.changed, old.changed);
+  EXPECT_GE(fresh.seen, old.seen);
+  ASSERT_TRUE(this->files.Write(this->In("a"), "3"));
+  EXPECT_EQ(this->files.Stat(this->In("a"))->inode, fresh.inode);
+}
+
 TYPED_TEST_P(FileSystemContract, MakesAndListsFolders) {
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
   ASSERT_TRUE(this->files.CreateFolders(this->In("x/y")));
@@ -295,6 +309,6 @@ REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, WritesAppendsAndReads, ReadsInBl
                             PutsAFileInItsPlaceAndLeavesNothingElse, CopiesContentsAndTime,
                             CopiesTheFileThatIsOpen, TellsWhereThingsLie, ALinkIsReplacedOrFollowedOnce,
                             ALinkIsNotFollowedJustAnywhere, OnlyWhatAnEarlierRunLeftIsRemoved,
-                            MakesAndListsFolders, TemporaryFilesHaveNamesOfTheirOwn);
+                            TellsWhichFileItIs, MakesAndListsFolders, TemporaryFilesHaveNamesOfTheirOwn);
 
 }  // namespace zeb
