@@ -19,6 +19,7 @@
 #include "platform/ThreadedLineWriter.h"
 #include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
@@ -215,6 +216,7 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
   if (!folder) return Fail(journal, folder.Reason());
 
   std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
+  RaiseDescriptorLimit();
   SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
