@@ -85,6 +85,11 @@ constexpr SettingRow<S> kRows[] = {
     {"CharacterSet", &S::characterSet},
     {"IcecastMount", &S::IcecastMount},
     {"IcecastUsername", &S::IcecastUsername},
+    {.name = "IcecastCheckSeconds",
+     .member = &S::IcecastCheckSeconds,
+     .storedAs = StoredAs::kNumber,
+     .least = 0,
+     .most = 3600},
     {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
@@ -161,6 +166,7 @@ Outcome clsZEBEncoderOutput::FindMediaEncoder(EncoderAutomation& automation) {
 bool clsZEBEncoderOutput::StopOutput() {
   const Trace trace("Encoder.StopOutput");
   run_.Next();
+  watch_.Stop();
   if (auto* client = dynamic_cast<TcpClientControl*>(control_.get())) client->Close();
   control_.reset();
   problem_.clear();
@@ -279,7 +285,17 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
+  WatchStream();
   return commands_.Taken() > 0;
+}
+
+// From the first title on: before it there is nothing to be forgotten.
+void clsZEBEncoderOutput::WatchStream() {
+  if (settings.IcecastMount.empty() || settings.IcecastCheckSeconds == 0 || watch_.Watching()) return;
+  if (settings.EncoderType != kShoutcast || commands_.Taken() == 0) return;
+  watch_.Begin(Target(), settings.IcecastMount, std::chrono::seconds(settings.IcecastCheckSeconds), [this] {
+    if (const auto tell = onShownLost) tell();
+  });
 }
 
 void clsZEBEncoderOutput::SendScriptCommand(const std::string& commandType, const std::string& text) {

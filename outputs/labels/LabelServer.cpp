@@ -226,11 +226,8 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
     const auto written = lanes.try_emplace(file, loop)
                              .first->second.Run(
                                  [&written = files, file, label] {
-                                   const std::string work = file + ".tmp";
-                                   Outcome outcome = written.Write(work, label);
-                                   if (outcome) outcome = written.Rename(work, file);
-                                   if (!outcome) static_cast<void>(written.Delete(work));
-                                   return outcome;
+                                   const auto target = written.FindTarget(file, LinkRules{true, {}, {}});
+                                   return target ? target.Value()->Replace(label) : Outcome(target);
                                  },
                                  kWriteLimit);
     return written ? *written : Failure{"'" + file + "' is still being written"};

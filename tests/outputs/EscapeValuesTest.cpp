@@ -113,6 +113,7 @@ TEST_F(EscapeValues, AnEncodersAndASerialLinesValuesAreEscaped) {
   encoder.settings.SimpleTextFormat = "####TEXT:<ZEB_NOW_ITEMNAME>";
   encoder.settings.EscapeValues = "xml";
   encoder.settings.IcecastMount = "/live";
+  encoder.settings.IcecastCheckSeconds = 0;
   encoder.StartOutput(t.network.MakeClient());
   Update(encoder);
   ASSERT_EQ(server.requests.size(), 1u);

@@ -158,6 +158,7 @@ TEST_F(HostileValues, AStreamingServerGetsOneRequest) {
     for (const CharacterSet set : {CharacterSet::kUtf8, CharacterSet::kIso8859_1, CharacterSet::kEbuLatin}) {
       output.settings.characterSet = set;
       output.settings.IcecastMount = mount;
+      output.settings.IcecastCheckSeconds = 0;
       server.requests.clear();
       Update(output);
       ASSERT_EQ(server.requests.size(), 1u);
