@@ -347,13 +347,18 @@ Verdict clsZEBEncoderOutput::SendToServer(const std::string& text) {
   return VerdictOn(result, target);
 }
 
+std::string clsZEBEncoderOutput::SongValue(const std::string& title) const {
+  const std::string bytes = EncodeFor(title, settings.characterSet);
+  return IsFullEncoding(settings.SHOUTCastEncoding) ? PercentEncoded(bytes)
+                                                    : ControlsEncoded(BlanksEncoded(bytes));
+}
+
 std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
   const std::string title = WithoutControls(text);
   std::string request = "GET ";
   if (settings.IcecastMount.empty())
-    request +=
-        "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
-        "&mode=updinfo&song=" + ControlsEncoded(BlanksEncoded(EncodeFor(title, settings.characterSet)));
+    request += "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
+               "&mode=updinfo&song=" + SongValue(title);
   else
     request += "/admin/metadata?mount=" + PercentEncoded(settings.IcecastMount) +
                "&mode=updinfo&charset=UTF-8&song=" + PercentEncoded(title);

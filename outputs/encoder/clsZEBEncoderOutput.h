@@ -69,6 +69,8 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   bool MayPass() const override { return mayPass_; }
 
   // The bytes that bring one title to a streaming server.
+  // The title as it stands in the request of a SHOUTcast server.
+  std::string SongValue(const std::string& title) const;
   std::string BuildRequest(const std::string& text) const;
   // What the server's answer says of the title that it was sent.
   static Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target);
