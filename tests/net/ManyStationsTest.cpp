@@ -28,10 +28,13 @@ class ManyStationsTest : public Station {
     for (int number = 1; number <= count; ++number)
       settings << std::dec << root << "\\Service" << number << "]\n\"ServiceName\"=\"Station " << number
                << "\"\n\"InstantUpdate\"=dword:1\n"
-               << source(number) << root << "\\Service" << std::dec << number << "\\File]\n"
+               << source(number) << root << std::dec << "\\Service" << number << "\\File]\n"
                << "\"NumberOutputs\"=\"1\"\n\"Output1.NumberFiles\"=\"1\"\n"
                << "\"Output1.SourceFileName1\"=\"page\"\n\"Output1.DestinationFileName1\"=\""
-               << PageName(number) << "\"\n";
+               << PageName(number) << "\"\n"
+               << root << "\\Service" << number << "\\DAB]\n"
+               << "\"NumberOutputs\"=\"" << (labelPort_ > 0 ? 1 : 0) << "\"\n\"ServerName1\"=\"localhost\"\n"
+               << "\"ServerPort1\"=\"" << labelPort_ << "\"\n\"ServiceName1\"=\"x\"\n";
     WriteFile(Path("stations.reg"), settings.str());
     const Finished imported = Zebctl({"settings", "import", Path("stations.reg")});
     ASSERT_EQ(imported.status, 0) << imported.error;
@@ -92,12 +95,18 @@ class ManyStationsTest : public Station {
     EXPECT_NE(zebd->error.find("Stopped"), std::string::npos) << zebd->error;
   }
 
+  // From now on each station that is added also has a label server there, looked up by its name.
+  void UseLabelServer(int port) { labelPort_ = port; }
+
  private:
+  int labelPort_ = 0;
   std::vector<int> controls_;
 };
 
 TEST_F(ManyStationsTest, ThoseThatDescriptorsSufficeForWorkAndTheOthersAreNamed) {
   const int stations = 1100;
+  const Socket silent = Socket::Listen();
+  UseLabelServer(silent.Port());
   AddLinkedStations(stations);
   StartWithDescriptors(kUsualLimit);
   const std::vector<int> fit = StationsWhoseLineHolds(": listening on port ");
@@ -106,7 +115,7 @@ TEST_F(ManyStationsTest, ThoseThatDescriptorsSufficeForWorkAndTheOthersAreNamed)
   EXPECT_GE(fit.size(), 400u);
   EXPECT_EQ(fit.size() + left.size(), static_cast<std::size_t>(stations)) << zebd->error;
 
-  // All that fit are logged on to at a time, and publish.
+  // All that fit are logged on to at a time, and publish, whatever their label servers' connections take.
   std::vector<Socket> links;
   for (const int number : fit) links.push_back(LogOn(PortOf(number), "playout"));
   for (std::size_t i = 0; i < fit.size(); ++i) Play(links[i], "Title " + std::to_string(fit[i]));
