@@ -4,6 +4,7 @@
 #include <QNetworkProxy>
 #include <QSslError>
 #include <QSslSocket>
+#include <QUrl>
 #include <algorithm>
 #include <utility>
 
@@ -98,7 +99,9 @@ bool QtStream::TakePlace() {
 void QtStream::LookUp(const std::string& name) {
   resolving_ = true;
   const auto found = std::make_shared<HostAddresses>();
-  const auto wanted = [found, name, weak = weak_from_this()] {
+  // Name servers know names of other scripts by an ASCII form.
+  const QByteArray ascii = QUrl::toAce(peerName_);
+  const auto wanted = [found, name = ascii.isEmpty() ? name : ascii.toStdString(), weak = weak_from_this()] {
     if (!weak.expired()) *found = LookUpHost(name);
   };
   shared_->loop.LookUp(wanted, [found, weak = weak_from_this()] {
