@@ -1,6 +1,11 @@
 // A zebd with a thousand stations and more: what it needs of the system, and what it does when that runs out.
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <filesystem>
 #include <sstream>
 #include <vector>
 
@@ -12,6 +17,8 @@ namespace {
 
 constexpr int kUsualLimit = 1024;
 constexpr int kMostThreads = 32;
+// Above those that the system gives to whoever connects; no other test is there.
+constexpr int kFirstPort = 61000;
 
 class ManyStationsTest : public Station {
  protected:
@@ -41,7 +48,7 @@ class ManyStationsTest : public Station {
   }
   void AddLinkedStations(int count) {
     AddStations(count, [this](int) {
-      controls_.push_back(FreeControlPort());
+      controls_.push_back(NextControlPort());
       std::ostringstream setting;
       setting << "\"TolvanTCPControlPort\"=dword:" << std::hex << controls_.back() << "\n";
       return setting.str();
@@ -99,6 +106,31 @@ class ManyStationsTest : public Station {
   void UseLabelServer(int port) { labelPort_ = port; }
 
  private:
+  int NextControlPort() {
+    do ++lastControl_;
+    while (!IsFree(lastControl_));
+    return lastControl_;
+  }
+
+  // One of these tests at a time: two would look for their ports in the same place.
+  class Turn {
+   public:
+    Turn() { EXPECT_EQ(::flock(lock_, LOCK_EX), 0) << "the lock file cannot be opened"; }
+    ~Turn() { ::close(lock_); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+   private:
+    // What another user has made there may be opened, but not made.
+    static int Open() {
+      const auto path = std::filesystem::temp_directory_path() / "zeb-many-stations.lock";
+      const int found = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+      return found >= 0 ? found : ::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644);
+    }
+    const int lock_ = Open();
+  };
+  Turn turn_;
+  int lastControl_ = kFirstPort - 6900;
   int labelPort_ = 0;
   std::vector<int> controls_;
 };
