@@ -1,0 +1,28 @@
+// zebd of this build as a process, on a temporary data folder.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "bench/system/Process.h"
+
+namespace zeb::bench {
+
+// Service i's control link listens on this port + i.
+inline constexpr int kFirstZebdPort = 16900;
+
+// Writes the settings of N services into the data folder: InstantUpdate on, a control port, and pairs as
+// Publisher names them.
+void SetUpFilePairs(const std::filesystem::path& home, int services, int pairs);
+// The same without outputs, each service with an information file "in/i/onair.wsx" that it looks at.
+void SetUpPolledFiles(const std::filesystem::path& home, int services);
+
+struct StartedZebd {
+  std::unique_ptr<Process> process;
+  double seconds;  // from before its start until it said that it is ready
+};
+StartedZebd StartZebd(const std::filesystem::path& home, Process::Cores cores);
+
+}  // namespace zeb::bench
