@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "core/clsZEBTemplate.h"
+#include "outputs/encoder/IcecastWatch.h"
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
 #include "platform/EncoderAutomation.h"
@@ -37,6 +38,9 @@ struct EncoderSettings {
   // When set, the title is sent the way that present Icecast servers take it, to this mount point.
   std::string IcecastMount;
   std::string IcecastUsername = "source";
+  // How often that server is asked whether the stream began anew and so lost its title, in seconds; 0: never.
+  std::int32_t IcecastCheckSeconds = 10;
+  std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
 struct EncoderCommand {
@@ -48,7 +52,7 @@ EncoderCommand SplitCommand(std::string_view piece);
 
 class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
  public:
-  using clsZEBTemplate::clsZEBTemplate;
+  explicit clsZEBEncoderOutput(Environment& environment) : clsZEBTemplate(environment), watch_(environment) {}
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
@@ -76,11 +80,13 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   Verdict Send(const EncoderCommand& command);
   Verdict SendToServer(const std::string& text);
   RequestTarget Target() const;
+  void WatchStream();
 
   std::unique_ptr<RealProducerEncoder> realProducer_;
   std::unique_ptr<AsfEncoder> asfEncoder_;
   std::unique_ptr<WindowsMediaEncoder> mediaEncoder_;
   RequestSeries commands_;
+  IcecastWatch watch_;
   Epoch run_;  // from a start to the stop
   bool mayPass_ = true;
 };

@@ -231,15 +231,19 @@ class IcecastTest : public HttpServersTest {
     for (int i = 0; i < 10; ++i) frames += frame;
     source.Send(frames);
   }
-  // Streams on until the listener has been told `title`.
-  bool Hears(const std::string& title) {
+  // Streams on until the condition holds.
+  bool StreamUntil(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < deadline) {
-      if (heard.find("StreamTitle='" + title + "'") != std::string::npos) return true;
+      if (condition()) return true;
       Stream();
       listener.Receive(heard, 20);
     }
     return false;
+  }
+  // Whether the listener is told `title`.
+  bool Hears(const std::string& title) {
+    return StreamUntil([&] { return heard.find("StreamTitle='" + title + "'") != std::string::npos; });
   }
 
   int port = FreePortPair();
@@ -290,6 +294,28 @@ TEST_F(IcecastTest, AServerThatIsRestartedGetsTheTitleThatItMissed) {
   ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
   ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
   EXPECT_TRUE(Hears("Missed - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
+}
+
+// Between two songs nothing else would tell that the title is gone.
+TEST_F(IcecastTest, AServerThatIsRestartedBetweenTwoSongsGetsThePresentTitle) {
+  SetEncoder("IcecastMount1", "/new.mp3");
+  Set("Service1\\Encoder", "IcecastCheckSeconds1", "1");
+  Set("", "RetrySeconds", "1");
+  ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
+  ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
+  Start();
+  Play("Still on");
+  ASSERT_TRUE(Hears("Still on - Zoë")) << zebd->error;
+  ASSERT_TRUE(StreamUntil([this] {
+    return ReadFile(Path("log/access.log")).find("GET /status-json.xsl ") != std::string::npos;
+  }));
+  icecast.reset();
+  heard.clear();
+  icecast =
+      std::make_unique<Process>(std::vector<std::string>{"/usr/bin/icecast2", "-c", Path("icecast.xml")});
+  ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
+  ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
+  EXPECT_TRUE(Hears("Still on - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
 }
 
 TEST_F(IcecastTest, RefusalsAreTold) {

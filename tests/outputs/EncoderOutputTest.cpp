@@ -31,6 +31,7 @@ TEST_F(EncoderOutputTest, SendsTheGoldenRequests) {
   ASSERT_TRUE(Start(kShoutcast));
   Update("####TEXT:<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS>\r\nlive");
   output.settings.IcecastMount = "/live stream.mp3";
+  output.settings.IcecastCheckSeconds = 0;
   output.settings.SHOUTCastServerName = "::1";
   Update("####TEXT:<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS> 100%");
   ASSERT_EQ(server.requests.size(), 2u);
@@ -198,6 +199,60 @@ TEST_F(EncoderOutputTest, ACueIsSentAndASocketIsNeeded) {
   EXPECT_TRUE(t.loop.RunTask([&] { output.SendScriptCommand("CUE", "x"); }));
   EXPECT_EQ(server.requests.size(), 1u);
   EXPECT_EQ(output.Status(), kStatusOff);  // what is set is not shown without a socket
+}
+
+std::string StatusPage(const std::string& source) {
+  return "HTTP/1.0 200 OK\r\n\r\n{\"icestats\":{\"server_start_iso8601\":\"2026-03-01T00:00:00+0000\"," +
+         source + "\"dummy\":null}}";
+}
+std::string SourceOf(const std::string& mount, const std::string& began) {
+  return "{\"listenurl\":\"http://radio.example:8000" + mount +
+         "\",\"server_name\":\"x\",\"stream_start_iso8601\":\"" + began + "\",\"dummy\":null}";
+}
+
+TEST_F(EncoderOutputTest, AStatusPageSaysWhenAStreamBegan) {
+  struct Case {
+    std::string page, began;
+  };
+  for (const Case& c : {Case{"\"source\":" + SourceOf("/live", "T1") + ",", "T1"},
+                        {"\"source\":[" + SourceOf("/a", "T1") + "," + SourceOf("/live", "T2") + "],", "T2"},
+                        {"\"source\":[" + SourceOf("/live", "T1") + "," + SourceOf("/a", "T2") + "],", "T1"},
+                        {"\"source\":[{\"listenurl\":\"http://x/live\"}," + SourceOf("/a", "T2") + "],", ""},
+                        {"\"source\":{\"listenurl\":\"http://x/live", ""},
+                        {"", ""}})
+    EXPECT_EQ(StreamBeginning(StatusPage(c.page), "/live"), c.began) << c.page;
+}
+
+TEST_F(EncoderOutputTest, AStreamThatBeginsAnewHasForgottenItsTitle) {
+  std::string source = "\"source\":" + SourceOf("/live", "T1") + ",";
+  ScriptedServer server(t, 8000);
+  int looks = 0, lost = 0;
+  server.answerTo = [&](const std::string& request) {
+    if (request.find("GET /status-json.xsl?mount=%2Flive HTTP/1.1\r\n") == 0) {
+      ++looks;
+      return StatusPage(source);
+    }
+    return std::string("HTTP/1.0 200 OK\r\n\r\n");
+  };
+  output.onShownLost = [&] { ++lost; };
+  output.settings.IcecastMount = "/live";
+  ASSERT_TRUE(Start(kShoutcast));
+  t.loop.RunFor(std::chrono::minutes(1));
+  EXPECT_EQ(looks, 0);  // nothing was sent yet
+  Update("T");
+  t.loop.RunFor(std::chrono::seconds(60));
+  EXPECT_EQ(looks, 6);  // each takes a second, then ten pass
+  EXPECT_EQ(lost, 0);
+  source.clear();  // the source is away
+  t.loop.RunFor(std::chrono::seconds(30));
+  source = "\"source\":" + SourceOf("/live", "T2") + ",";
+  EXPECT_EQ(lost, 0);
+  t.loop.RunFor(std::chrono::seconds(30));
+  EXPECT_EQ(lost, 1);
+  output.StopOutput();
+  const int before = looks;
+  t.loop.RunFor(std::chrono::minutes(1));
+  EXPECT_EQ(looks, before);
 }
 
 TEST_F(EncoderOutputTest, SettingsSurviveTheStore) {
