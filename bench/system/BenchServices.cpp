@@ -7,15 +7,22 @@
 namespace zeb::bench {
 namespace {
 
-constexpr double kIdleSeconds = 10;
+// Seconds; the times of idle are counted in ticks of a second each.
+double IdleSeconds() {
+  return Times(10, 1);
+}
+int Services(int often) {
+  return Times(often, std::min(often, 20));
+}
 
 void ItemEach(benchmark::State& state, Medium medium, int services) {
   constexpr int kRounds = 5;
+  constexpr int kWarmUp = 1;
   Row(state, [&] {
-    Rivals rivals({medium, services, 1});
-    for (Publisher* publisher : {&rivals.zeb, &rivals.bare}) SendEverywhere(*publisher);
+    Rivals rivals({medium, Services(services), 1});
+    WarmUp(rivals, kWarmUp);
     std::size_t threads = 0;
-    const std::vector<Compared> compared = InTurns(rivals, kRounds, [&](Publisher& publisher) {
+    const std::vector<Compared> compared = InTurns(rivals, Times(kRounds, 2), [&](Publisher& publisher) {
       LetRest(publisher, 0.2);
       const Everywhere result = SendEverywhere(publisher);
       if (publisher.IsZeb()) threads = std::max(threads, result.threads);
@@ -36,7 +43,7 @@ BENCHMARK_CAPTURE(ItemEach, memory_1000, Medium::kMemory, 1000)->UseManualTime()
 double CoreShare(Process& process) {
   const Usage before = process.Used();
   const Moment start = Now();
-  Sleep(kIdleSeconds);
+  Sleep(IdleSeconds());
   process.MustRun();
   return 100 * (process.Used() - before).seconds / Seconds(start, Now());
 }
@@ -55,7 +62,7 @@ void Start(benchmark::State& state, int services) {
   Row(state, [&] {
     const TemporaryFolder home(Medium::kDisk);
     std::filesystem::create_directories(home.Path() / "www");
-    SetUpFilePairs(home.Path(), services, 1);
+    SetUpFilePairs(home.Path(), Services(services), 1);
     std::vector<double> times;
     for (int i = 0; i < kStarts; ++i) {
       StartedZebd zebd = StartZebd(home.Path(), Process::Cores::kAll);
@@ -74,7 +81,7 @@ BENCHMARK_CAPTURE(Start, 5000, 5000)->UseManualTime()->Iterations(1);
 void PolledFiles(benchmark::State& state, int files) {
   Row(state, [&] {
     const TemporaryFolder home(Medium::kDisk);
-    SetUpPolledFiles(home.Path(), files);
+    SetUpPolledFiles(home.Path(), Services(files));
     const StartedZebd zebd = StartZebd(home.Path(), Process::Cores::kAll);
     CountIdle(state, *zebd.process);
     return zebd.seconds;

@@ -1,5 +1,6 @@
 #include "bench/system/Measures.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 namespace zeb::bench {
@@ -7,6 +8,7 @@ namespace {
 
 constexpr double kLimit = 60;
 constexpr double kThreadsEach = 0.005;
+constexpr double kTemplateSettles = 2.2;
 
 // Calls `look` again and again until it says that all has come.
 template <class Look>
@@ -38,8 +40,22 @@ double LineToFiles(Publisher& publisher) {
   return Seconds(start, arrivals.back().at);
 }
 
+bool IsQuick() {
+  return std::getenv("ZEB_BENCH_QUICK") != nullptr;
+}
+
+void WarmUp(Rivals& rivals, int items) {
+  for (int i = 0; i <= items; ++i) {
+    for (Publisher* publisher : {&rivals.zeb, &rivals.bare}) {
+      SendEverywhere(*publisher);
+      LetRest(*publisher);
+    }
+    if (i == 0) Sleep(kTemplateSettles);
+  }
+}
+
 Everywhere SendEverywhere(Publisher& publisher) {
-  const auto services = static_cast<std::size_t>(publisher.Planned().services);
+  const auto pages = static_cast<std::size_t>(publisher.Planned().services * publisher.Planned().pairs);
   std::vector<Moment> sent;
   std::vector<Arrival> arrivals;
   Everywhere result;
@@ -56,7 +72,7 @@ Everywhere SendEverywhere(Publisher& publisher) {
       publisher.Program().Listen();
       result.threads = std::max(result.threads, publisher.Program().Threads().size());
     }
-    return arrivals.size() >= services;
+    return arrivals.size() >= pages;
   });
   std::vector<double> times;
   for (const Arrival& arrival : arrivals)

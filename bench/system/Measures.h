@@ -16,6 +16,16 @@ void LetRest(Publisher& publisher, double seconds = 0.002);
 // Seconds from an item's line to service 1 until all of its pages are in place.
 double LineToFiles(Publisher& publisher);
 
+// With ZEB_BENCH_QUICK set, every row does little: enough to see that it works, too little for figures.
+bool IsQuick();
+inline int Times(int often, int quick) {
+  return IsQuick() ? quick : often;
+}
+
+// Both publish so many items to each service, after a first one and a wait: a template that has just been
+// made is read anew at each use until two seconds have passed, and a station's is older than that.
+void WarmUp(Rivals& rivals, int items);
+
 // One item to each service at once.
 struct Everywhere {
   double all = 0;           // seconds from the first line until the last page
