@@ -4,8 +4,9 @@
 //
 //     zeb_bench_bare FOLDER FIRST-PORT SERVICES PAIRS
 //
-// Service i listens on FIRST-PORT + i. Pair p of each makes FOLDER/www/i-p.html of FOLDER/page-p.html. A
-// template is kept, and looked at each time, since an edit of it must show with the next item.
+// Service i, from 1, listens on FIRST-PORT + i. Pair p of each makes FOLDER/www/i-p.html of
+// FOLDER/page-p.html. A template is kept, and looked at each time, since an edit of it must show with the
+// next item.
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/epoll.h>

@@ -1,13 +1,13 @@
 // Many services: an item for each at once; how long zebd takes to begin with them, what they take while
 // nothing happens, and what looking at information files takes.
 
+#include "bench/system/Ports.h"
 #include "bench/system/Row.h"
 #include "bench/system/Zebd.h"
 
 namespace zeb::bench {
 namespace {
 
-// Seconds; the times of idle are counted in ticks of a second each.
 double IdleSeconds() {
   return Times(10, 1);
 }
@@ -62,7 +62,7 @@ void Start(benchmark::State& state, int services) {
   Row(state, [&] {
     const TemporaryFolder home(Medium::kDisk);
     std::filesystem::create_directories(home.Path() / "www");
-    SetUpFilePairs(home.Path(), Services(services), 1);
+    SetUpFilePairs(home.Path(), PortsFor(Services(services)), Services(services), 1);
     std::vector<double> times;
     for (int i = 0; i < kStarts; ++i) {
       StartedZebd zebd = StartZebd(home.Path(), Process::Cores::kAll);

@@ -14,13 +14,13 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "bench/system/Ports.h"
 #include "bench/system/Zebd.h"
 
 namespace zeb::bench {
 namespace {
 
 constexpr double kStartLimit = 60;
-constexpr int kFirstBarePort = 22000;  // above those of 5,000 services of ours
 
 std::runtime_error Broken(const std::string& what) {
   return std::runtime_error(what + " (" + std::generic_category().message(errno) + ")");
@@ -75,17 +75,18 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-Publisher::Publisher(Kind kind, const Plan& plan) : kind_(kind), plan_(plan), home_(plan.medium) {
+Publisher::Publisher(Kind kind, const Plan& plan)
+    : kind_(kind), plan_(plan), home_(plan.medium), ports_(PortsFor(plan.services)) {
   std::filesystem::create_directories(home_.Path() / "www");
   for (int pair = 1; pair <= plan.pairs; ++pair)
     WritePage(home_.Path() / ("page-" + std::to_string(pair) + ".html"));
   if (IsZeb()) {
-    SetUpFilePairs(home_.Path(), plan.services, plan.pairs);
+    SetUpFilePairs(home_.Path(), ports_, plan.services, plan.pairs);
     program_ = StartZebd(home_.Path(), Process::Cores::kBesideDriver).process;
   } else {
     program_ = std::make_unique<Process>(std::vector<std::string>{
-        std::string(ZEB_PROGRAMS) + "/bench/zeb_bench_bare", home_.Path().string(),
-        std::to_string(kFirstBarePort), std::to_string(plan.services), std::to_string(plan.pairs)});
+        std::string(ZEB_PROGRAMS) + "/bench/zeb_bench_bare", home_.Path().string(), std::to_string(ports_),
+        std::to_string(plan.services), std::to_string(plan.pairs)});
   }
   watch_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
   if (watch_ < 0 || inotify_add_watch(watch_, (home_.Path() / "www").c_str(), IN_MOVED_TO) < 0)
@@ -104,7 +105,7 @@ Publisher::~Publisher() {
 int Publisher::Connect(int service) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>((IsZeb() ? kFirstZebdPort : kFirstBarePort) + service));
+  address.sin_port = htons(static_cast<std::uint16_t>(ports_ + service));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const Moment start = Now();
   for (;;) {

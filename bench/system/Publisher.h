@@ -74,6 +74,7 @@ class Publisher {
   const Kind kind_;
   const Plan plan_;
   TemporaryFolder home_;
+  const int ports_;  // service i listens on this + i
   std::unique_ptr<Process> program_;
   int watch_ = -1;
   int item_ = 0;

@@ -87,10 +87,10 @@ void Import(const std::filesystem::path& home, int services, const ServiceLines&
 
 }  // namespace
 
-void SetUpFilePairs(const std::filesystem::path& home, int services, int pairs) {
+void SetUpFilePairs(const std::filesystem::path& home, int ports, int services, int pairs) {
   Import(home, services, [&](const std::string& key, int service) {
     std::string lines = "\"InstantUpdate\"=dword:00000001\r\n\"TolvanTCPControlPort\"=" +
-                        Number(kFirstZebdPort - kPortOfNumberZero + service) + "\r\n\r\n[" + key +
+                        Number(ports - kPortOfNumberZero + service) + "\r\n\r\n[" + key +
                         "\\File]\r\n\"NumberOutputs\"=\"1\"\r\n\"Output1.NumberFiles\"=\"" +
                         std::to_string(pairs) + "\"\r\n";
     for (int pair = 1; pair <= pairs; ++pair) {

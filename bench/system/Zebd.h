@@ -10,12 +10,9 @@
 
 namespace zeb::bench {
 
-// Service i's control link listens on this port + i.
-inline constexpr int kFirstZebdPort = 16900;
-
-// Writes the settings of N services into the data folder: InstantUpdate on, a control port, and pairs as
-// Publisher names them.
-void SetUpFilePairs(const std::filesystem::path& home, int services, int pairs);
+// Writes the settings of N services into the data folder: InstantUpdate on, a control port (`ports` + i), and
+// pairs as Publisher names them.
+void SetUpFilePairs(const std::filesystem::path& home, int ports, int services, int pairs);
 // The same without outputs, each service with an information file "in/i/onair.wsx" that it looks at.
 void SetUpPolledFiles(const std::filesystem::path& home, int services);
 
