@@ -29,9 +29,9 @@ void clsZEBService::SetItemCount(int count) {
 void clsZEBService::SetCurrentItem(const clsZEBItemInfo& item) {
   clsZEBItemInfo arriving = item.Copy();  // first: `item` may be one of the slots that move
   if (currentItem_->ItemType > 0) {
-    for (std::size_t i = static_cast<std::size_t>(itemCount_) - 1; i > 0; --i)
-      previousItems_[i] = previousItems_[i - 1].Copy();
-    previousItems_[0] = currentItem_.Copy();
+    const auto last = previousItems_.begin() + (itemCount_ - 1);
+    std::move_backward(previousItems_.begin(), last, last + 1);
+    previousItems_[0] = std::move(currentItem_);
   }
   currentItem_ = std::move(arriving);
 }

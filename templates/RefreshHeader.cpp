@@ -4,6 +4,11 @@
 #include "text/SharedTime.h"
 
 namespace zeb {
+namespace {
+
+constexpr std::size_t kUsualHeader = 384;  // bytes, and room for long names of months
+
+}  // namespace
 
 std::size_t RefreshHeaderPlace(std::string_view page) {
   const std::size_t html = FindIgnoringAsciiCase(page, "<HTML");
@@ -14,7 +19,9 @@ std::size_t RefreshHeaderPlace(std::string_view page) {
 
 std::string RefreshHeaderText(const RefreshHeader& header, WallTime now) {
   // Programs at stations look for this line: the minutes twice and no seconds, no blank before the time.
-  std::string text = "<!-- ZEB last updated this file...";
+  std::string text;
+  text.reserve(kUsualHeader);
+  text += "<!-- ZEB last updated this file...";
   text += FormatDateTime(now, "hh:mm:nn dddddd");
   text += " -->\r\n<meta content=\"Hexmoor ZEB ";
   text += header.version;

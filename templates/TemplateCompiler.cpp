@@ -162,9 +162,12 @@ class Compiler {
 }  // namespace
 
 bool IsHarmlessHeader(std::string_view header) {
-  for (const std::string_view harm : {"[", "]", "<<"})
-    if (header.find(harm) != std::string_view::npos) return false;
-  return header.find(kTagStart) == std::string_view::npos;
+  if (header.find('[') != std::string_view::npos || header.find(']') != std::string_view::npos) return false;
+  for (std::size_t at = 0; (at = header.find('<', at)) != std::string_view::npos; ++at) {
+    const std::string_view from = header.substr(at);
+    if (from.starts_with("<<") || from.starts_with(kTagStart)) return false;
+  }
+  return true;
 }
 
 TemplateProgram CompileText(std::string_view text) {

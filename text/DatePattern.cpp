@@ -10,6 +10,8 @@ namespace {
 
 using std::chrono::days;
 
+constexpr std::size_t kUsualLength = 48;  // bytes of what a pattern with a whole date becomes
+
 enum class TokenKind { kEnd, kLiteral, kCode, kHalfDay };
 
 // A piece of a pattern. Of a code, `letter` in small letters and how often it stands there; of a half-day
@@ -112,6 +114,7 @@ class Formatter {
         time_(std::chrono::floor<std::chrono::seconds>(moment - day_)) {}
 
   std::string Format(std::string_view pattern) {
+    result_.reserve(kUsualLength);
     Run(pattern, Whose::kCallers);
     return std::move(result_);
   }
@@ -179,7 +182,7 @@ class Formatter {
   }
 
   void Number(std::int64_t number, std::size_t width) {
-    result_ += PaddedNumber(number, static_cast<int>(width));
+    AppendPaddedNumber(result_, number, static_cast<int>(width));
   }
 
   void Day(std::size_t count) {

@@ -118,12 +118,19 @@ std::string PlainNumber(float number) {
 }
 
 std::string PaddedNumber(std::int64_t number, int width) {
-  std::string text = PlainNumber(number);
-  const std::size_t sign = number < 0 ? 1 : 0;
-  const std::size_t digits = text.size() - sign;
-  if (width > 0 && digits < static_cast<std::size_t>(width))
-    text.insert(sign, static_cast<std::size_t>(width) - digits, '0');
+  std::string text;
+  AppendPaddedNumber(text, number, width);
   return text;
+}
+
+void AppendPaddedNumber(std::string& to, std::int64_t number, int width) {
+  std::array<char, 24> buffer;
+  const char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+  const char* const start = buffer.data();
+  const char* const digits = start + (number < 0 ? 1 : 0);
+  to.append(start, digits);
+  if (width > end - digits) to.append(static_cast<std::size_t>(width - (end - digits)), '0');
+  to.append(digits, end);
 }
 
 std::string_view TrimBlanks(std::string_view text) {

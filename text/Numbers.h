@@ -21,6 +21,7 @@ void AppendPlainNumber(std::string& to, std::int64_t number);
 void AppendPlainNumber(std::string& to, float number);
 // With leading zeros to at least `width` digits.
 std::string PaddedNumber(std::int64_t number, int width);
+void AppendPaddedNumber(std::string& to, std::int64_t number, int width);
 
 // Blanks (U+0020) only, at both ends.
 std::string_view TrimBlanks(std::string_view text);

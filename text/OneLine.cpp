@@ -16,12 +16,18 @@ std::size_t ControlAt(std::string_view text, std::size_t at) {
   return lineEnd ? 3 : 0;
 }
 
+// Whether a control character may begin with this byte; of most text, none does.
+constexpr bool MayBeControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7F || byte == 0xC2 || byte == 0xE2;
+}
+
 // Hands what lies between control characters to `keep`, and calls `atControl` for each of those.
 template <class Keep, class AtControl>
 void TakeApart(std::string_view text, Keep keep, AtControl atControl) {
   std::size_t kept = 0;
   for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = ControlAt(text, at);
+    const std::size_t length = MayBeControl(text[at]) ? ControlAt(text, at) : 0;
     if (length == 0) {
       ++at;
       continue;
@@ -49,7 +55,7 @@ std::string OneLine(std::string_view text, std::size_t maxCharacters) {
 
 void BlankControls(std::string& text, std::size_t start) {
   std::size_t first = start;
-  while (first < text.size() && ControlAt(text, first) == 0) ++first;
+  while (first < text.size() && (!MayBeControl(text[first]) || ControlAt(text, first) == 0)) ++first;
   if (first == text.size()) return;  // as nearly always
   std::string blanked;
   TakeApart(

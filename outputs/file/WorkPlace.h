@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace zeb {
@@ -21,7 +22,11 @@ class WorkPlace {
     step_.what = std::move(what);
     ++step_.number;
   }
-  void AtFile(const std::string& path) { At("'" + path + "'"); }
+  void AtFile(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    step_.what.assign(1, '\'').append(path).append(1, '\'');
+    ++step_.number;
+  }
 
   Step Now() const {
     const std::lock_guard lock(mutex_);
