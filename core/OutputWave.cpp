@@ -1,5 +1,6 @@
 #include "core/OutputWave.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -31,18 +32,30 @@ void OutputWave::StartPhase() {
   running_ = 0;
   for (Member& member : members_)
     if (!member.leftBehind) ++running_;
-  if (running_ == 0) {
-    phase_ = Phase::kOver;
-    return owner_.over();
-  }
+  if (running_ == 0) return End();
   for (Member& member : members_) {
     if (member.leftBehind) continue;
     member.through = false;
     loop_.Start(name_, [self = shared_from_this(), &member, phase] { self->RunMember(member, phase); });
   }
   if (phase_ != phase || running_ == 0) return;  // all are through already
-  limit_ = loop_.After(kPhaseLimit, [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->LeaveBehind();
+  BeginLimit();
+}
+
+// One timer for all phases: most of them end long before their time, and a timer at each would be for
+// nothing.
+void OutputWave::BeginLimit() {
+  phaseEnd_ = loop_.Monotonic() + kPhaseLimit;
+  if (!limit_.Running()) ArmLimit(kPhaseLimit);
+}
+
+void OutputWave::ArmLimit(Duration delay) {
+  limit_ = loop_.After(delay, [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return;
+    const Duration left = self->phaseEnd_ - self->loop_.Monotonic();
+    if (left > Duration::zero()) return self->ArmLimit(left);
+    self->LeaveBehind();
   });
 }
 
@@ -53,14 +66,27 @@ void OutputWave::RunMember(Member& member, Phase phase) {
     if (!mark_.Holds()) return;
     if (phase == Phase::kFinish) owner_.ended(member.runner);
     if (!mark_.Holds()) return;
-    if (!member.leftBehind) return MemberThrough(member);
+    if (!member.leftBehind && !GoesOn(member)) return;
     if (phase == Phase::kFinish) return;
   }
 }
 
-void OutputWave::MemberThrough(Member& member) {
+// A member is through with the present phase. True when its task goes on with the next one: nobody else is
+// in the wave.
+bool OutputWave::GoesOn(Member& member) {
   member.through = true;
-  if (--running_ == 0) NextPhase();
+  if (--running_ > 0) return false;
+  const bool alone =
+      std::count_if(members_.begin(), members_.end(), [](const Member& one) { return !one.leftBehind; }) == 1;
+  if (!alone || After(phase_) == Phase::kOver) {
+    NextPhase();
+    return false;
+  }
+  phase_ = After(phase_);
+  member.through = false;
+  running_ = 1;
+  BeginLimit();
+  return true;
 }
 
 void OutputWave::LeaveBehind() {
@@ -71,10 +97,15 @@ void OutputWave::LeaveBehind() {
 }
 
 void OutputWave::NextPhase() {
-  limit_.Stop();
   phase_ = After(phase_);
-  if (phase_ == Phase::kOver) return owner_.over();
+  if (phase_ == Phase::kOver) return End();
   StartPhase();
+}
+
+void OutputWave::End() {
+  limit_.Stop();
+  phase_ = Phase::kOver;
+  owner_.over();
 }
 
 }  // namespace zeb

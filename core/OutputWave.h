@@ -42,9 +42,12 @@ class OutputWave : public std::enable_shared_from_this<OutputWave> {
 
   void StartPhase();
   void RunMember(Member& member, Phase phase);
-  void MemberThrough(Member& member);
+  bool GoesOn(Member& member);
+  void BeginLimit();
+  void ArmLimit(Duration delay);
   void LeaveBehind();
   void NextPhase();
+  void End();
 
   EventLoop& loop_;
   std::string name_;
@@ -53,7 +56,8 @@ class OutputWave : public std::enable_shared_from_this<OutputWave> {
   Epoch::Mark mark_;
   Phase phase_ = Phase::kPrepare;
   int running_ = 0;  // members whose present phase is waited for
-  Timer limit_;
+  MonotonicTime phaseEnd_{};
+  Timer limit_;  // from the first phase that is waited for on
 };
 
 }  // namespace zeb

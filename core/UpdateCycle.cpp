@@ -218,19 +218,24 @@ void UpdateCycle::BeginWave(OutputType type, std::vector<RunnerPtr> runners, Run
 void UpdateCycle::RunPhase(const Run& run, Phase phase, OutputRunner& runner) {
   const int index = IndexOf(runner);
   if (index == 0) return;  // removed meanwhile
-  std::string step(VerbOf(phase));
-  step.append(NameOf(runner.type)).append(" ").append(std::to_string(index));
-  DebugLine(run.logName, " - ", step);
+  const auto step = [phase, index, &runner] {
+    return std::string(VerbOf(phase)).append(NameOf(runner.type)).append(" ").append(std::to_string(index));
+  };
+  if (DebugLevelAllows(5)) DebugLine(run.logName, " - ", step());
   if (phase == Phase::kPrepare) Tell(&ServiceEvents::OutputUpdateStarting, index, runner.type);
   if (phase == Phase::kUpdate && run.updateEvents)
     Tell(&ServiceEvents::OutputUpdateUpdating, index, runner.type);
 
-  step.front() = AsciiLower(step.front());
+  const auto doing = [&step] {
+    std::string text = step();
+    text.front() = AsciiLower(text.front());
+    return text;
+  };
   const Epoch::Mark mark = epoch_.Now();
   const OutputPtr output = runner.output;
   std::string fault;
   const bool done = Guarded(
-      step,
+      doing,
       [&] {
         if (phase == Phase::kPrepare) {
           output->PrepareOutput(run.snapshot);
@@ -244,7 +249,7 @@ void UpdateCycle::RunPhase(const Run& run, Phase phase, OutputRunner& runner) {
       },
       &fault);
   if (!done) {
-    Guarded(step, [&] {
+    Guarded(doing, [&] {
       output->NoteFault(fault);
       output->CountRun(false);
     });
@@ -324,17 +329,6 @@ void UpdateCycle::Release(const RecordPtr& record) {
 
 void UpdateCycle::Tell(void (ServiceEvents::*event)(int, OutputType), int index, OutputType type) const {
   Guarded("telling of an output's update", [&] { (events_.*event)(index, type); });
-}
-
-bool UpdateCycle::Guarded(std::string_view doing, const std::function<void()>& work, std::string* what) {
-  try {
-    work();
-    return true;
-  } catch (const std::exception& fault) {
-    if (what) *what = fault.what();
-    ReportException(doing, Report::kQuietly);
-    return false;
-  }
 }
 
 }  // namespace zeb

@@ -11,17 +11,19 @@
 #pragma once
 
 #include <array>
-#include <functional>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "core/OutputRunner.h"
 #include "core/OutputWave.h"
 #include "core/ServiceEvents.h"
 #include "core/UpdateRecord.h"
+#include "diagnostics/hxGeneral.h"
 #include "platform/Epoch.h"
 
 namespace zeb {
@@ -104,8 +106,9 @@ class UpdateCycle {
   void Tell(void (ServiceEvents::*event)(int, OutputType), int index, OutputType type) const;
   int IndexOf(const OutputRunner& runner) const;  // 0: removed
   Duration RetryDelay(const OutputRunner& runner) const;
-  // False when the work threw; reported then, and its words are in `what`.
-  static bool Guarded(std::string_view doing, const std::function<void()>& work, std::string* what = nullptr);
+  // False when the work threw; reported then, and its words are in `what`. `doing` is a text, or makes one.
+  template <class Doing, class Work>
+  static bool Guarded(const Doing& doing, const Work& work, std::string* what = nullptr);
 
   Environment& environment_;
   ServiceEvents& events_;
@@ -115,5 +118,20 @@ class UpdateCycle {
   bool stopping_ = false;
   Epoch epoch_;  // a new one when everything ends
 };
+
+template <class Doing, class Work>
+bool UpdateCycle::Guarded(const Doing& doing, const Work& work, std::string* what) {
+  try {
+    work();
+    return true;
+  } catch (const std::exception& fault) {
+    if (what) *what = fault.what();
+    if constexpr (std::is_invocable_v<Doing>)
+      ReportException(doing(), Report::kQuietly);
+    else
+      ReportException(doing, Report::kQuietly);
+    return false;
+  }
+}
 
 }  // namespace zeb

@@ -346,6 +346,29 @@ TEST_F(ServiceUpdateTest, APhaseWaitsForAllButNoLongerThanASecond) {
                            "1900 finish quick", "1900 finish 0.9", "5000 update slow", "5000 finish slow"}));
 }
 
+TEST_F(ServiceUpdateTest, EachPhaseHasASecondOfItsOwn) {
+  const auto one = Add(OutputType::kHTTP, "one");
+  one->during["prepare"] = Wait(700ms);
+  writeMilliseconds_ = writeEvents_ = true;
+  struct Case {
+    Duration update;
+    Lines lines;
+  };
+  for (const Case& c : {Case{900ms,
+                             {"700 update one", "1600 updated 1 of type 14", "1600 finish one",
+                              "1600 finished 1 of type 14", "1600 update finished"}},
+                        Case{1500ms,
+                             {"700 update one", "1700 update finished", "2200 updated 1 of type 14",
+                              "2200 finish one", "2200 finished 1 of type 14"}}}) {
+    one->during["update"] = Wait(c.update);
+    started_ = ports_.loop.Monotonic();
+    service_.UpdateOutputs(true);
+    ports_.loop.RunFor(10s);
+    Lines lines = Take();
+    EXPECT_EQ(Lines(lines.end() - 5, lines.end()), c.lines);
+  }
+}
+
 TEST_F(ServiceUpdateTest, WhoeverHangsHoldsNobodyUpAndThenShowsTheNewest) {
   const auto hangs = Add(OutputType::kWeb, "web");
   hangs->during["update"] = Wait(20s);
