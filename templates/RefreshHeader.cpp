@@ -17,12 +17,17 @@ std::size_t RefreshHeaderPlace(std::string_view page) {
   return lineEnd == std::string_view::npos ? lineEnd : lineEnd + 2;
 }
 
+// Programs at stations look for this: the minutes twice and no seconds.
+std::string HeaderDate(WallTime now) {
+  return FormatDateTime(now, "hh:mm:nn dddddd");
+}
+
 std::string RefreshHeaderText(const RefreshHeader& header, WallTime now) {
-  // Programs at stations look for this line: the minutes twice and no seconds, no blank before the time.
+  // No blank before the time, for the same programs.
   std::string text;
   text.reserve(kUsualHeader);
   text += "<!-- ZEB last updated this file...";
-  text += FormatDateTime(now, "hh:mm:nn dddddd");
+  text += header.date.empty() ? HeaderDate(now) : header.date;
   text += " -->\r\n<meta content=\"Hexmoor ZEB ";
   text += header.version;
   text += "\" name=\"RE-GENERATOR\">\r\n";

@@ -76,7 +76,9 @@ struct RefreshHeader {
   std::int32_t refreshSeconds = 0;  // 0 or less: no refresh tag
   bool noCache = false;
   std::string_view version;  // "major.minor.revision"
+  std::string_view date{};   // HeaderDate of the moment, by whoever makes many pages; "": not known yet
 };
+std::string HeaderDate(WallTime now);
 std::string RefreshHeaderText(const RefreshHeader& header, WallTime now);
 // Where it goes: the start of the line after the page's first "<HTML" line, which must end in CR LF; npos
 // when there is none.

@@ -9,8 +9,21 @@
 namespace zeb {
 namespace {
 
+// Whether a path is its own key, as nearly all are.
+bool IsKey(std::string_view path) {
+  if (path.empty() || path.front() != kPathSeparator || path.back() == kPathSeparator) return false;
+  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+    if (path[i] != kPathSeparator) continue;
+    const char next = path[i + 1];
+    if (next == kPathSeparator) return false;
+    if (next == '.' && (i + 2 == path.size() || path[i + 2] == kPathSeparator)) return false;
+  }
+  return true;
+}
+
 // "/a/./b" and "/a//b" are one file.
 std::string KeyOf(const std::string& path) {
+  if (IsKey(path)) return path;
   std::string key;
   key.reserve(path.size() + 1);
   for (std::size_t start = 0; start <= path.size();) {
@@ -28,13 +41,15 @@ DestinationsInProgress::ClaimPtr DestinationsInProgress::Take(EventLoop& loop,
                                                               const std::vector<std::string>& paths,
                                                               Duration limit,
                                                               const std::function<bool()>& enough) {
-  std::set<std::string> wanted;
-  for (const std::string& path : paths) wanted.insert(KeyOf(path));
+  std::set<std::string> keys;
+  for (const std::string& path : paths) keys.insert(KeyOf(path));
+  auto claim = std::make_unique<Claim>(shared_from_this(), std::move(keys));
+  std::set<std::string>& wanted = claim->held_;
   bool all = false;
   const auto ready = [&] { return (all = TakeAll(wanted)) || (enough && enough()); };
   if (!ready()) static_cast<void>(loop.WaitUntil(ready, limit));
   if (!all) std::erase_if(wanted, [this](const std::string& key) { return !TakeOne(key); });
-  return std::make_unique<Claim>(shared_from_this(), std::move(wanted));
+  return claim;
 }
 
 bool DestinationsInProgress::TakeAll(const std::set<std::string>& keys) {
@@ -52,18 +67,22 @@ bool DestinationsInProgress::TakeOne(const std::string& key) {
 
 DestinationsInProgress::Claim::~Claim() {
   const std::lock_guard lock(owner_->mutex_);
-  for (const std::string& key : held_) owner_->busy_.erase(key);
+  for (const std::string& key : held_) {
+    const auto busy = owner_->busy_.find(key);
+    if (busy != owner_->busy_.end() && busy->data() == key.data()) owner_->busy_.erase(busy);
+  }
 }
 
 bool DestinationsInProgress::Claim::Holds(const std::string& path) const {
-  return held_.contains(KeyOf(path));
+  return IsKey(path) ? held_.contains(path) : held_.contains(KeyOf(path));
 }
 
 bool DestinationsInProgress::Claim::Add(const std::string& path) {
-  std::string key = KeyOf(path);
-  if (!owner_->TakeOne(key)) return false;
-  held_.insert(std::move(key));
-  return true;
+  const auto [key, isNew] = held_.insert(KeyOf(path));
+  if (!isNew) return false;
+  if (owner_->TakeOne(*key)) return true;
+  held_.erase(key);
+  return false;
 }
 
 std::optional<std::int64_t> DestinationsInProgress::LastVersion(const std::string& destination) const {

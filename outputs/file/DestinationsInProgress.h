@@ -14,6 +14,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/EventLoop.h"
@@ -35,8 +37,9 @@ class DestinationsInProgress : public std::enable_shared_from_this<DestinationsI
     bool Add(const std::string& path);
 
    private:
+    friend class DestinationsInProgress;
     std::shared_ptr<DestinationsInProgress> owner_;
-    std::set<std::string> held_;
+    std::set<std::string> held_;  // those of them that are busy by another claim are not its own
   };
   using ClaimPtr = std::unique_ptr<Claim>;
 
@@ -54,7 +57,8 @@ class DestinationsInProgress : public std::enable_shared_from_this<DestinationsI
   bool TakeOne(const std::string& key);
 
   mutable std::mutex mutex_;
-  std::set<std::string> busy_;
+  std::unordered_set<std::string_view>
+      busy_;  // the texts are those of the claims, each of the one that holds it
   std::map<std::string, std::int64_t> lastVersions_;
 };
 

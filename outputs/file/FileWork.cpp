@@ -31,6 +31,7 @@ FileWork::FileWork(Setting setting, std::vector<FileJob> jobs, UploadFileList li
 
 std::vector<std::string> FileWork::Destinations() const {
   std::vector<std::string> paths;
+  paths.reserve(jobs_.size() - next_ + waitedFor_.size());
   for (std::size_t i = next_; i < jobs_.size(); ++i)
     if (WhyNoDestination(jobs_[i]).empty()) paths.push_back(jobs_[i].destination);
   paths.insert(paths.end(), waitedFor_.begin(), waitedFor_.end());
@@ -73,7 +74,8 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
   }
   UploadFileList named;
   const ValueEncoding values = PageValues(job.parameters, loaded->Text());
-  const Result<std::string> page = BuildPage(*loaded, job.parameters, *job.snapshot, named, values);
+  const Result<std::string> page =
+      BuildPage(*loaded, job.parameters, *job.snapshot, named, values, DateOf(job.snapshot));
   if (!page) {
     job.Fail(kStatusSourceFileProblem, page.Reason());
     return true;
@@ -85,6 +87,12 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
   }
   PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
   return true;
+}
+
+const std::string& FileWork::DateOf(const SnapshotPtr& snapshot) {
+  if (dated_ != snapshot) date_ = HeaderDate(snapshot->moment);
+  dated_ = snapshot;
+  return date_;
 }
 
 FileWork::Hold FileWork::HoldAlso(Claim& claim, const std::string& path) {
@@ -113,6 +121,7 @@ bool FileWork::CopyBesidePages(Claim& claim) {
 
 std::vector<FileJob> FileWork::TakeEnded() {
   std::vector<FileJob> ended;
+  ended.reserve(next_ - taken_);
   for (; taken_ < next_; ++taken_) ended.push_back(std::move(jobs_[taken_]));
   return ended;
 }

@@ -63,6 +63,8 @@ class FileWork {
   Hold HoldAlso(Claim& claim, const std::string& path);
   bool Do(FileJob& job, Claim& claim);
   bool CopyBesidePages(Claim& claim);
+  // What the headers of its pages say; they are many, and have nearly always one snapshot.
+  const std::string& DateOf(const SnapshotPtr& snapshot);
   FileTools Tools() {
     return {setting_.files, *setting_.destinations,    *setting_.templates,
             place_,         setting_.media.dataFolder, setting_.preserveTempFiles,
@@ -78,6 +80,8 @@ class FileWork {
   std::set<std::string> waitedFor_;  // files that another output was writing
   DestinationsInProgress::ClaimPtr claim_;
   std::size_t pieceBytes_ = 0;  // of templates
+  SnapshotPtr dated_;           // what `date_` is the date of
+  std::string date_;
   std::atomic<bool> givenUp_ = false;
   WorkPlace place_;
 };

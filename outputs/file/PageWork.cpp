@@ -18,8 +18,8 @@ ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templat
 
 Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters& pair,
                               const ServiceSnapshot& snapshot, UploadFileList& uploadFiles,
-                              ValueEncoding values) {
-  const RefreshHeader header{pair.RefreshTagSeconds, pair.AddNoCache, ZEB_VERSION};
+                              ValueEncoding values, std::string_view date) {
+  const RefreshHeader header{pair.RefreshTagSeconds, pair.AddNoCache, ZEB_VERSION, date};
   std::optional<std::string> built =
       page.Expand(header, snapshot, pair.SimpleTextFormat, uploadFiles, values);
   if (built) return std::move(*built);

@@ -19,11 +19,11 @@ namespace zeb {
 // How the pair puts values into its template.
 ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templateText);
 
-// The finished page. Files that it names are added to `uploadFiles`. Fails when it would be larger than
-// kMaxPageBytes.
+// The finished page. `date`: as in RefreshHeader. Files that it names are added to `uploadFiles`. Fails when
+// it would be larger than kMaxPageBytes.
 Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters& pair,
                               const ServiceSnapshot& snapshot, UploadFileList& uploadFiles,
-                              ValueEncoding values = {});
+                              ValueEncoding values = {}, std::string_view date = {});
 
 // A new temporary file that holds the page, in its template's encoding. The caller deletes it, unless it is
 // to be kept: then its name tells the next start so. What the debug log is to say of it is added to `trace`.

@@ -103,6 +103,7 @@ void clsZEBFileOutput::NoteOwed(const SnapshotPtr& snapshot) {
 
 std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
   std::vector<FileJob> jobs;
+  jobs.reserve(owed_.size());
   for (const auto& [pair, snapshot] : owed_) {
     FileJob& job = jobs.emplace_back();
     job.pair = pair;

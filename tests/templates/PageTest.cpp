@@ -127,6 +127,8 @@ TEST(PageTemplate, PutsTheHeaderOfTheMomentIn) {
         const auto expanded = page.Expand(header, snapshot, "", files);
         ASSERT_TRUE(expanded);
         EXPECT_TRUE(*expanded == ExpandPage(general, snapshot, "", files)) << month << " " << seconds;
+        const std::string date = HeaderDate(snapshot.moment);
+        EXPECT_TRUE(page.Expand({seconds, noCache, "1.2.3", date}, snapshot, "", files) == expanded);
       }
 }
 
