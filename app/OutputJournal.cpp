@@ -1,7 +1,8 @@
 #include "app/OutputJournal.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <array>
+#include <charconv>
 #include <string_view>
 #include <utility>
 
@@ -15,6 +16,7 @@ namespace {
 using Problem = clsZEBTemplate::Problem;
 
 constexpr std::size_t kMaxReasonCharacters = 500;
+constexpr std::size_t kUsualLine = 128;  // bytes
 
 std::vector<Problem> ProblemsOf(clsZEBTemplate& output) {
   std::vector<Problem> problems = output.Problems();
@@ -33,23 +35,25 @@ std::string PlaceText(OutputType type, int index) {
   return std::string(NameOf(type)) + " " + std::to_string(index);
 }
 
-std::string TimeText(Duration took) {
-  char text[32];
-  if (took < std::chrono::seconds(10))
-    std::snprintf(text, sizeof text, "%.1f ms", std::chrono::duration<double, std::milli>(took).count());
-  else
-    std::snprintf(text, sizeof text, "%.1f s", std::chrono::duration<double>(took).count());
-  return text;
+void AppendTime(std::string& to, Duration took) {
+  const bool isShort = took < std::chrono::seconds(10);
+  const double number = isShort ? std::chrono::duration<double, std::milli>(took).count()
+                                : std::chrono::duration<double>(took).count();
+  std::array<char, 32> text;
+  const auto written =
+      std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, 1);
+  to.append(text.data(), written.ptr).append(isShort ? " ms" : " s");
 }
 
-std::string ItemText(const ServiceSnapshot& snapshot) {
+void AppendItem(std::string& to, const ServiceSnapshot& snapshot) {
   const ItemFields& item = snapshot.currentItem.Fields();
-  return "'" + OneLine(item.ItemName) + "' by '" + OneLine(item.Artists) + "'";
+  to.append("'").append(OneLine(item.ItemName)).append("' by '").append(OneLine(item.Artists)).append("'");
 }
 
 // "updated 19 files, 1 web page, 1 failing".
 std::string CountsText(const UpdateRecord& record) {
   std::string text;
+  text.reserve(kUsualLine);
   int failing = 0, givenUp = 0;
   for (std::int32_t code = 1; code <= kNumberOutputTypes; ++code) {
     const OutputTypeInfo* info = FindOutputType(code);
@@ -62,7 +66,7 @@ std::string CountsText(const UpdateRecord& record) {
       givenUp += run.tally.givenUp;
     }
     if (published == 0) continue;
-    text += (text.empty() ? "updated " : ", ") + std::to_string(published) + " ";
+    text.append(text.empty() ? "updated " : ", ").append(std::to_string(published)).append(" ");
     text += published == 1 ? info->one : info->many;
   }
   if (text.empty()) text = record.runs.empty() ? "no outputs to update" : "updated nothing";
@@ -110,14 +114,21 @@ void OutputJournal::NoteChanges(const std::string& name, const std::vector<Probl
 
 void OutputJournal::NoteUpdate(const UpdateRecord& record) {
   const Duration took = service_.environment().loop.Monotonic() - record.began;
-  Note(CountsText(record) + " in " + TimeText(took) + ": " + ItemText(*record.snapshot));
+  std::string text = CountsText(record);
+  text += " in ";
+  AppendTime(text, took);
+  text += ": ";
+  AppendItem(text, *record.snapshot);
+  Note(text);
 }
 
 void OutputJournal::NoteWaiting(const UpdateRecord& record) const {
   std::string outputs;
   for (const UpdateRecord::Run& run : record.runs)
     if (!run.ended) outputs += (outputs.empty() ? "" : ", ") + PlaceText(run.type, run.index);
-  Note(ItemText(*record.snapshot) + " still waits for " + outputs);
+  std::string text;
+  AppendItem(text, *record.snapshot);
+  Note(text + " still waits for " + outputs);
 }
 
 }  // namespace zeb

@@ -29,8 +29,9 @@ constexpr std::int32_t kHighestPort = 65535;
 constexpr std::int32_t kSourceControlLink = 0;
 
 constexpr const char* kNoController = "No controller connected";
-constexpr const char* kWaiting = "Information Update received, waiting..";
-constexpr const char* kUpdating = "Information Update received, updating..";
+const std::string kWaiting = "Information Update received, waiting..";
+const std::string kUpdating = "Information Update received, updating..";
+const std::string kNothing;
 constexpr const char* kForcing = "Forcing Information Update, waiting..";
 constexpr const char* kTravelFlagActive = "TravelFlagActive";
 
@@ -272,7 +273,7 @@ void frmService::ShowUpdateState() {
   const State& state = *state_;
   SetPanel(Panel::kInformation, state.unpublished                  ? kWaiting
                                 : state.service.UpdateInProgress() ? kUpdating
-                                                                   : "");
+                                                                   : kNothing);
   RefreshItemList();
 }
 

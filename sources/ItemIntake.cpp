@@ -11,6 +11,9 @@ namespace zeb {
 
 namespace {
 
+const std::string kUpdating = "Information Update received, Updating..";
+const std::string kWaiting = "Information Update received, waiting..";
+
 bool SameAsExisting(const clsZEBItemInfo& arriving, const clsZEBItemInfo* existing, bool compareStartTime) {
   if (!existing || !arriving.IsSame(*existing, compareStartTime)) return false;
   DebugLine("Same as existing so aborting - '", arriving->ItemName, "' by '", arriving->Artists, "'");
@@ -159,10 +162,10 @@ void ItemIntake::RequestUpdate() {
   window_.RefreshItemList();
   window_.InformationReceived();
   if (service_.settings.InstantUpdate && !window_.UpdateRunning()) {
-    window_.SetPanel(Panel::kInformation, "Information Update received, Updating..");
+    window_.SetPanel(Panel::kInformation, kUpdating);
     window_.UpdateOutputsNow();
   } else {
-    window_.SetPanel(Panel::kInformation, "Information Update received, waiting..");
+    window_.SetPanel(Panel::kInformation, kWaiting);
   }
 }
 

@@ -98,7 +98,8 @@ class Scanner {
 };
 
 bool HasHalfDayMark(std::string_view pattern) {
-  if (pattern.find_first_of("aA") == std::string_view::npos) return false;
+  if (pattern.find('a') == std::string_view::npos && pattern.find('A') == std::string_view::npos)
+    return false;
   Scanner scanner(pattern);
   for (Token token = scanner.Next(); token.kind != TokenKind::kEnd; token = scanner.Next())
     if (token.kind == TokenKind::kHalfDay) return true;

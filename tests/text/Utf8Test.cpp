@@ -60,6 +60,9 @@ TEST(Utf8, BrokenBytesNeverStopTheWalk) {
     ASSERT_TRUE(IsValidUtf8(text));
     ASSERT_EQ(DecodeLenient(text), text);
     for (std::size_t at = 0; at < bytes.size();) NextCharacter(bytes, at);
+    std::size_t characters = 0;
+    for (std::size_t at = 0; at < text.size(); ++characters) NextCharacter(text, at);
+    ASSERT_EQ(CountCharacters(text), characters) << text;
   }
 }
 
