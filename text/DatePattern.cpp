@@ -48,7 +48,6 @@ std::size_t LongestCode(char letter) {
 
 // The half-day mark at the start of the text: "AM/PM", "A/P" or "AMPM" in any case, or "".
 std::string_view HalfDayMark(std::string_view text) {
-  if (text.empty() || AsciiLower(text[0]) != 'a') return {};
   for (const std::string_view mark : {"AM/PM", "A/P", "AMPM"})
     if (EqualIgnoringAsciiCase(text.substr(0, mark.size()), mark)) return text.substr(0, mark.size());
   return {};
@@ -65,9 +64,10 @@ class Scanner {
       rest_.remove_prefix(1);
       return Take(TokenKind::kLiteral, 1);  // further bytes of its character follow as literals
     }
-    if (const std::string_view mark = HalfDayMark(rest_); !mark.empty())
-      return Take(TokenKind::kHalfDay, mark.size());
     const char letter = AsciiLower(rest_[0]);
+    if (letter == 'a')
+      if (const std::string_view mark = HalfDayMark(rest_); !mark.empty())
+        return Take(TokenKind::kHalfDay, mark.size());
     const std::size_t longest = LongestCode(letter);
     std::size_t count = 1;
     while (count < longest && count < rest_.size() && AsciiLower(rest_[count]) == letter) ++count;

@@ -1,5 +1,7 @@
 #include "text/OneLine.h"
 
+#include <array>
+
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -16,18 +18,26 @@ std::size_t ControlAt(std::string_view text, std::size_t at) {
   return lineEnd ? 3 : 0;
 }
 
-// Whether a control character may begin with this byte; of most text, none does.
-constexpr bool MayBeControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7F || byte == 0xC2 || byte == 0xE2;
+// Whether a control character may begin with a byte; in most text, none does.
+constexpr std::array<bool, 256> kMayBeControl = [] {
+  std::array<bool, 256> may{};
+  for (std::size_t byte = 0; byte < 0x20; ++byte) may[byte] = true;
+  may[0x7F] = may[0xC2] = may[0xE2] = true;
+  return may;
+}();
+
+// Where the next control character may be, from `at` on; the size of the text when there is none.
+std::size_t NextPossible(std::string_view text, std::size_t at) {
+  while (at < text.size() && !kMayBeControl[static_cast<unsigned char>(text[at])]) ++at;
+  return at;
 }
 
 // Hands what lies between control characters to `keep`, and calls `atControl` for each of those.
 template <class Keep, class AtControl>
 void TakeApart(std::string_view text, Keep keep, AtControl atControl) {
   std::size_t kept = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = MayBeControl(text[at]) ? ControlAt(text, at) : 0;
+  for (std::size_t at = 0; (at = NextPossible(text, at)) < text.size();) {
+    const std::size_t length = ControlAt(text, at);
     if (length == 0) {
       ++at;
       continue;
@@ -54,9 +64,9 @@ std::string OneLine(std::string_view text, std::size_t maxCharacters) {
 }
 
 void BlankControls(std::string& text, std::size_t start) {
-  std::size_t first = start;
-  while (first < text.size() && (!MayBeControl(text[first]) || ControlAt(text, first) == 0)) ++first;
-  if (first == text.size()) return;  // as nearly always
+  std::size_t first = NextPossible(text, start);
+  while (first < text.size() && ControlAt(text, first) == 0) first = NextPossible(text, first + 1);
+  if (first >= text.size()) return;  // as nearly always
   std::string blanked;
   TakeApart(
       std::string_view(text).substr(first), [&](std::string_view part) { blanked += part; },
