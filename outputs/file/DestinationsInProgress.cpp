@@ -22,7 +22,7 @@ bool IsKey(std::string_view path) {
 }
 
 // "/a/./b" and "/a//b" are one file.
-std::string KeyOf(const std::string& path) {
+std::string KeyOf(std::string path) {
   if (IsKey(path)) return path;
   std::string key;
   key.reserve(path.size() + 1);
@@ -37,12 +37,11 @@ std::string KeyOf(const std::string& path) {
 
 }  // namespace
 
-DestinationsInProgress::ClaimPtr DestinationsInProgress::Take(EventLoop& loop,
-                                                              const std::vector<std::string>& paths,
+DestinationsInProgress::ClaimPtr DestinationsInProgress::Take(EventLoop& loop, std::vector<std::string> paths,
                                                               Duration limit,
                                                               const std::function<bool()>& enough) {
   std::set<std::string> keys;
-  for (const std::string& path : paths) keys.insert(KeyOf(path));
+  for (std::string& path : paths) keys.insert(KeyOf(std::move(path)));
   auto claim = std::make_unique<Claim>(shared_from_this(), std::move(keys));
   std::set<std::string>& wanted = claim->held_;
   bool all = false;

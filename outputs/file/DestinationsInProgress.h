@@ -45,7 +45,7 @@ class DestinationsInProgress : public std::enable_shared_from_this<DestinationsI
 
   // Claims all the paths at once, so that two outputs never wait for each other. Waits (in a task) until all
   // are free; after `limit`, or when `enough` says so, it claims those that are.
-  ClaimPtr Take(EventLoop& loop, const std::vector<std::string>& paths, Duration limit,
+  ClaimPtr Take(EventLoop& loop, std::vector<std::string> paths, Duration limit,
                 const std::function<bool()>& enough = nullptr);
 
   // The number of the newest numbered version of a destination; nothing: not known yet.

@@ -119,11 +119,9 @@ bool FileWork::CopyBesidePages(Claim& claim) {
   return true;
 }
 
-std::vector<FileJob> FileWork::TakeEnded() {
-  std::vector<FileJob> ended;
-  ended.reserve(next_ - taken_);
-  for (; taken_ < next_; ++taken_) ended.push_back(std::move(jobs_[taken_]));
-  return ended;
+std::span<FileJob> FileWork::TakeEnded() {
+  const std::size_t first = std::exchange(taken_, next_);
+  return std::span(jobs_).subspan(first, next_ - first);
 }
 
 }  // namespace zeb

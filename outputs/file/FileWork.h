@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -45,8 +46,8 @@ class FileWork {
   // On a worker. Whatever it throws or gives up, nothing stays claimed.
   void DoPiece();
 
-  // The jobs that have ended since the last call.
-  std::vector<FileJob> TakeEnded();
+  // The jobs that have ended since the last call. They stay here.
+  std::span<FileJob> TakeEnded();
   // The additional files that were tried, by their targets; "": all is well.
   const std::map<std::string, std::string>& Copies() const { return copies_; }
 

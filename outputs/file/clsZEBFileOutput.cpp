@@ -1,6 +1,7 @@
 #include "outputs/file/clsZEBFileOutput.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
@@ -147,7 +148,7 @@ void clsZEBFileOutput::TakeLateResults() {
 
 // Whether there were any.
 bool clsZEBFileOutput::KeepResults(FileWork& work) {
-  std::vector<FileJob> ended = work.TakeEnded();
+  const std::span<FileJob> ended = work.TakeEnded();
   for (FileJob& job : ended) KeepResult(job);
   return !ended.empty();
 }
