@@ -10,8 +10,17 @@ async function refusal(answer) {
   }
 }
 
+// What fetch says itself when nobody answers helps no one.
+async function ask(path, options) {
+  try {
+    return await fetch(path, options);
+  } catch {
+    throw new Error('The publisher does not answer');
+  }
+}
+
 async function post(path, body) {
-  return fetch(path, {
+  return ask(path, {
     method: 'POST',
     headers: {'Content-Type': 'application/json'},
     body: JSON.stringify(body ?? {}),
@@ -19,15 +28,30 @@ async function post(path, body) {
 }
 
 export async function get(path) {
-  const answer = await fetch(path);
+  const answer = await ask(path);
   if (!answer.ok) throw new Error(await refusal(answer));
   return answer.json();
+}
+
+// {loggedOn, mayRead, mayAct, passwordSet}
+export async function session() {
+  try {
+    return await get('/api/v1/session');
+  } catch {
+    return {loggedOn: false, mayRead: true, mayAct: false, passwordSet: true};
+  }
+}
+
+function sessionChanged() {
+  dispatchEvent(new Event('session'));
 }
 
 // Does something; asks for the password first when that is what is missing.
 export async function act(path, body) {
   let answer = await post(path, body);
   if (answer.status === 401) {
+    const why = await refusal(answer);
+    if (!(await session()).passwordSet) throw new Error(why);
     if (!(await logIn('This changes what is on air, so it needs the password.'))) throw new Error('Not logged in');
     answer = await post(path, body);
   }
@@ -37,6 +61,7 @@ export async function act(path, body) {
 
 export async function logOut() {
   await post('/logout');
+  sessionChanged();
 }
 
 // True once the publisher has taken the password.
@@ -51,11 +76,16 @@ export function logIn(why = '') {
     let taken = false;
     form.onsubmit = async (event) => {
       event.preventDefault();
-      const answer = await post('/login', {password: form.password.value});
-      taken = answer.ok;
-      if (taken) return login.close();
-      problem.textContent = await refusal(answer);
-      form.password.select();
+      try {
+        const answer = await post('/login', {password: form.password.value});
+        taken = answer.ok;
+        problem.textContent = taken ? '' : await refusal(answer);
+      } catch (fault) {
+        problem.textContent = fault.message;
+      }
+      if (!taken) return form.password.select();
+      sessionChanged();
+      return login.close();
     };
     form.querySelector('[value=cancel]').onclick = () => login.close();
     login.onclose = () => resolve(taken);
@@ -63,10 +93,14 @@ export function logIn(why = '') {
 }
 
 // Events as they come. The browser connects again by itself; `onLink` is told whether what is shown is live.
-// The publisher sends something at least every 15 s, so silence means that the connection is dead.
+// The publisher sends something at least every 10 s, so silence means that the connection is dead.
+const silence = 30000;
+const again = 2000;
+
 export function listen(onEvent, onLink) {
   let source;
   let lastHeard = Date.now();
+  let lastTried = lastHeard;
   const heard = (name) => (event) => {
     lastHeard = Date.now();
     onLink(true);
@@ -74,18 +108,18 @@ export function listen(onEvent, onLink) {
   };
   const connect = () => {
     source?.close();
+    lastTried = Date.now();
     source = new EventSource('/api/v1/events');
     for (const name of ['services', 'service', 'note', 'alive']) source.addEventListener(name, heard(name));
     source.onerror = () => {
       onLink(false, lastHeard);
-      if (source.readyState === EventSource.CLOSED) setTimeout(connect, 2000);
+      if (source.readyState === EventSource.CLOSED) setTimeout(connect, again);
     };
   };
   connect();
   setInterval(() => {
-    if (Date.now() - lastHeard < 30000) return;
+    if (Date.now() - Math.max(lastHeard, lastTried) < silence) return;
     onLink(false, lastHeard);
-    lastHeard = Date.now() - 20000;
     connect();
   }, 5000);
 }

@@ -9,8 +9,39 @@ export function element(name, attributes = {}, ...children) {
     else if (key === 'value') made.value = value;
     else made.setAttribute(key, value === true ? '' : value);
   }
-  made.append(...children.filter((child) => child !== undefined && child !== null && child !== ''));
+  fill(made, ...children);
   return made;
+}
+
+const shows = (child) => child !== undefined && child !== null && child !== '';
+
+// Puts children in place of those that are there. An element whose contents stay the same is not touched, so
+// that what is being read, or has the focus, stays.
+export function fill(parent, ...children) {
+  const made = document.createDocumentFragment();
+  made.append(...children.filter(shows));
+  if (!sameNodes(parent.childNodes, made.childNodes)) parent.replaceChildren(made);
+}
+
+function sameNodes(these, those) {
+  return these.length === those.length && [...these].every((node, i) => node.isEqualNode(those[i]));
+}
+
+// One element for each thing, by key, in order; elements of things that stay are kept and not moved without
+// need. `make` makes an element, `update(element, thing)` brings it up to date.
+export function fillKeyed(parent, things, keyOf, make, update) {
+  const old = new Map([...parent.children].map((child) => [child.dataset.key, child]));
+  let place = parent.firstElementChild;
+  for (const thing of things) {
+    const key = String(keyOf(thing));
+    const child = old.get(key) ?? make(thing);
+    old.delete(key);
+    child.dataset.key = key;
+    if (child === place) place = place.nextElementSibling;
+    else parent.insertBefore(child, place);
+    update(child, thing);
+  }
+  for (const child of old.values()) child.remove();
 }
 
 const svg = 'http://www.w3.org/2000/svg';
@@ -26,7 +57,7 @@ export function sparkline(values) {
   const most = Math.max(...values, 1e-9);
   const line = document.createElementNS(svg, 'polyline');
   line.setAttribute('points', values.map((value, i) =>
-    `${(100 * i) / (values.length - 1)},${19 - (18 * value) / most}`).join(' '));
+    `${((100 * i) / (values.length - 1)).toFixed(1)},${(19 - (18 * value) / most).toFixed(1)}`).join(' '));
   picture.append(line);
   return picture;
 }
@@ -54,11 +85,17 @@ export function ageOf(moment, before = '', behind = ' ago') {
 }
 
 export function countAges() {
-  for (const shown of document.querySelectorAll('[data-since]'))
-    shown.textContent = shown.dataset.before + age(shown.dataset.since) + shown.dataset.behind;
+  for (const shown of document.querySelectorAll('[data-since]')) {
+    const text = shown.dataset.before + age(shown.dataset.since) + shown.dataset.behind;
+    if (shown.textContent !== text) shown.textContent = text;
+  }
 }
 
 export function itemText(item) {
   if (!item || (!item.title && !item.artists)) return '';
   return item.artists ? `${item.title} – ${item.artists}` : item.title;
+}
+
+export function plural(count, word) {
+  return `${count} ${word}${count === 1 ? '' : 's'}`;
 }

@@ -1,9 +1,9 @@
 // The page: keeps the stations as the publisher tells them, and draws the overview or one station.
 
-import {listen, logIn, logOut} from './api.js';
-import {countAges} from './dom.js';
-import {drawOverview} from './overview.js';
-import {drawStation} from './station.js';
+import {listen, logIn, logOut, session} from './api.js';
+import {countAges, element, fill} from './dom.js';
+import {Overview} from './overview.js';
+import {Station} from './station.js';
 
 const stations = new Map();   // by number
 const latencies = new Map();  // by station and output: the last publications' milliseconds
@@ -13,40 +13,49 @@ const link = document.getElementById('link');
 
 const mostLatencies = 40;
 const mostNotes = 200;
+const latencyKey = (number, name) => `${number}/${name}`;
 
 function keepLatencies(station) {
   for (const output of station.outputs) {
     if (output.latencyMs === null) continue;
-    const key = `${station.number}/${output.name}`;
+    const key = latencyKey(station.number, output.name);
     const kept = latencies.get(key) ?? {published: '', values: []};
-    if (kept.published !== output.published) kept.values.push(output.latencyMs);
-    kept.published = output.published;
-    kept.values.splice(0, kept.values.length - mostLatencies);
     latencies.set(key, kept);
+    if (kept.published === output.published) continue;
+    kept.published = output.published;
+    kept.values.push(output.latencyMs);
+    kept.values.splice(0, kept.values.length - mostLatencies);
   }
+}
+
+function keep(station) {
+  stations.set(station.number, station);
+  keepLatencies(station);
 }
 
 function onEvent(name, data) {
   if (name === 'services') {
     stations.clear();
-    for (const station of data.services) stations.set(station.number, station);
-    document.getElementById('about').textContent = `ZEB ${data.version}`;
+    latencies.clear();
+    notes.length = 0;
+    data.services.forEach(keep);
+    fill(document.getElementById('about'), `ZEB ${data.version}`);
   } else if (name === 'service') {
-    stations.set(data.number, data);
+    keep(data);
   } else if (name === 'note') {
     notes.unshift(data);
     notes.splice(mostNotes);
   }
-  for (const station of stations.values()) keepLatencies(station);
-  drawSoon();
+  if (name !== 'alive') drawSoon();
 }
 
 function onLink(live, since) {
   link.classList.toggle('lost', !live);
-  link.textContent = live ? '' :
-    `No connection to the publisher: what is shown is of ${new Date(since).toLocaleTimeString()}`;
+  fill(link, live ? 'Live' :
+    `No connection to the publisher: what is shown is of ${new Date(since).toLocaleTimeString()}`);
 }
 
+// A page in the background draws nothing; it has what came when it is looked at again.
 let drawWaits = false;
 function drawSoon() {
   if (drawWaits) return;
@@ -57,32 +66,54 @@ function drawSoon() {
   });
 }
 
+const overview = new Overview();
+const shared = {notes, latenciesOf: (number, name) => latencies.get(latencyKey(number, name))?.values ?? []};
+let view = {number: -1, part: undefined};
+
+function show(number) {
+  if (view.number === number) return view.part;
+  view = {number, part: number === 0 ? overview : new Station(number)};
+  content.replaceChildren(view.part.frame);
+  return view.part;
+}
+
 function draw() {
-  const number = Number(/^#\/(\d+)$/.exec(location.hash)?.[1] ?? 0);
-  const station = stations.get(number);
-  if (station) {
-    drawStation(content, station, {latencies, notes});
-  } else {
-    drawOverview(content, [...stations.values()].sort((a, b) => a.number - b.number));
-  }
+  const asked = Number(/^#\/(\d+)$/.exec(location.hash)?.[1] ?? 0);
+  const station = stations.get(asked);
+  if (station) show(asked).draw(station, shared);
+  else show(0).draw([...stations.values()]);
   document.title = station ? `${station.name} – ZEB` : 'ZEB';
 }
 
-const session = document.getElementById('session');
-session.onclick = async () => {
-  if (session.dataset.open) {
-    await logOut();
-    delete session.dataset.open;
-  } else if (await logIn()) {
-    session.dataset.open = 'yes';
-  }
-  session.textContent = session.dataset.open ? 'Log out' : 'Log in';
+const sessionButton = document.getElementById('session');
+
+async function followSession() {
+  const state = await session();
+  sessionButton.hidden = !state.passwordSet;
+  sessionButton.dataset.open = state.loggedOn ? 'yes' : '';
+  fill(sessionButton, state.loggedOn ? 'Log out' : 'Log in');
+  return state;
+}
+
+sessionButton.onclick = async () => {
+  if (sessionButton.dataset.open) await logOut();
+  else await logIn();
 };
 
+async function begin() {
+  const state = await followSession();
+  if (!state.mayRead && !(await logIn('What is on at the stations is shown after the password.'))) {
+    content.replaceChildren(element('p', {}, 'Log in to see the stations.'));
+    return;
+  }
+  listen(onEvent, onLink);
+  draw();
+}
+
+addEventListener('session', followSession);
 addEventListener('hashchange', () => {
   draw();
   content.focus();
 });
 setInterval(countAges, 1000);
-listen(onEvent, onLink);
-draw();
+begin();
