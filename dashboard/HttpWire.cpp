@@ -106,8 +106,7 @@ HttpRequestReader::State HttpRequestReader::Take(std::string& buffer) {
     return parser_->is_header_done() ? Refuse(413, "the request is longer than 64 KiB")
                                      : Refuse(431, "the request's header is too long");
   if (parser_->is_done()) return Finish();
-  if (taken_ == 0 && buffer.size() > kMostTargetBytes + 32 &&
-      buffer.find('\n') > kMostTargetBytes + 32)
+  if (taken_ == 0 && buffer.size() > kMostTargetBytes + 32 && buffer.find('\n') > kMostTargetBytes + 32)
     return Refuse(414, "the address is too long");
   return State::kMore;
 }
