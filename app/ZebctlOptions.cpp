@@ -12,6 +12,7 @@
 
 #include "app/CommandLine.h"
 #include "app/SetCommand.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 namespace {
@@ -80,6 +81,10 @@ std::string CheckPromotion(const std::string& text) {
 
 std::string CheckMoment(const std::string& text) {
   return ReadMoment(text) ? "" : "takes a moment \"YYYY-MM-DD hh:mm:ss\", not '" + text + "'";
+}
+
+std::string CheckEscape(const std::string& text) {
+  return EscapeChoiceByName(text) && !text.empty() ? "" : "takes html, xml, json or auto, not '" + text + "'";
 }
 
 std::string CheckService(const std::string& text) {
@@ -175,6 +180,8 @@ void DeclareExpand(CLI::App& program) {
   const DeclaredOption page = AddFlag(expand, "--page", "as the file output treats a page");
   AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
   AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
+  AddValue(expand, "--escape", "WORD", "values as html, xml, json or (by the template) auto takes them")
+      .Check(CheckEscape);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
   AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"").Check(CheckMoment);
   AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
@@ -256,6 +263,7 @@ ExpandOptions ExpandOf(const CLI::App& command) {
   ExpandOptions options;
   options.simpleText = ValueOf(command, "--simple-text", options.simpleText);
   options.urlEncode = IsGiven(command, "--url-encode");
+  options.escape = ValueOf(command, "--escape");
   options.listFiles = IsGiven(command, "--list-files");
   options.page = IsGiven(command, "--page");
   options.messagesFile = ValueOf(command, "--messages");
