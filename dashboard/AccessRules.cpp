@@ -11,9 +11,11 @@ namespace zeb {
 
 namespace {
 
+// Of "[::1]:6980" and "radio.lan:6980"; a text that is no such thing stays as it is, and is nobody's name.
 std::string_view WithoutPort(std::string_view host) {
-  if (host.starts_with('[')) return host.substr(0, std::min(host.find(']'), host.size() - 1) + 1);
-  return host.substr(0, host.find(':'));
+  const std::size_t colon = host.starts_with('[') ? host.find("]:") : host.find(':');
+  if (colon == std::string_view::npos) return host;
+  return host.substr(0, host.starts_with('[') ? colon + 1 : colon);
 }
 
 bool IsAddress(std::string_view host) {

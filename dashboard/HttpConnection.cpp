@@ -115,6 +115,12 @@ void HttpConnection::RequestTooSlow() {
   Refuse(ErrorAnswer(408, "the request did not come in whole within 10 s"));
 }
 
+// Who still takes the last answer is not idle; WatchSending looks after that.
+void HttpConnection::IdleTooLong() {
+  if (connection_->UnsentBytes() == 0) return Drop();
+  Enter(Phase::kIdle, HttpLimits::kIdle, &HttpConnection::IdleTooLong);
+}
+
 void HttpConnection::HandlerTooSlow() {
   Answer(request_, ErrorAnswer(503, "there is no answer within 30 s"));
 }
@@ -126,7 +132,7 @@ void HttpConnection::Answer(std::uint64_t request, const HttpAnswer& answer) {
   const bool stays = keepAlive_ && !overrun_;
   Send(WriteHttpAnswer(answer, stays, headOnly_ ? AnswerBody::kLeftOut : AnswerBody::kSent));
   if (stays) {
-    Enter(Phase::kIdle, HttpLimits::kIdle, &HttpConnection::Drop);
+    Enter(Phase::kIdle, HttpLimits::kIdle, &HttpConnection::IdleTooLong);
     return AdvanceLater();
   }
   // WatchSending ends it earlier, or when the peer does not take it.

@@ -67,6 +67,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   void AdvanceLater();
   void Refuse(const HttpAnswer& answer);
   void RequestTooSlow();
+  void IdleTooLong();
   void HandlerTooSlow();
   void Send(const std::string& bytes);
   void WatchSending();

@@ -20,7 +20,7 @@ namespace zeb {
 inline constexpr std::size_t kMostHttpConnections = 64;
 inline constexpr std::size_t kMostEventReaders = 32;
 
-class HttpServer : private HttpConnection::Owner {
+class HttpServer : public HttpConnection::Owner {
  public:
   using Handler = std::function<void(const HttpRequest&, const HttpReply&)>;
   using Note = std::function<void(const std::string& line)>;
