@@ -3,17 +3,21 @@
 namespace zeb {
 
 void EventHub::Add(const HttpReply& reply, std::function<bool()> still) {
-  auto reader = reply.BeginEvents(std::move(still));
+  const auto reader = reply.BeginEvents(std::move(still));
   if (!reader) return;
-  for (const Event& event : present_()) reader->Send(event.name, NextId(), event.data);
   (void)ReaderCount();
-  readers_.push_back(std::move(reader));
+  readers_.push_back(reader);
+  greet_(reader);
 }
 
 void EventHub::Publish(std::string_view name, std::string_view data) {
   if (ReaderCount() == 0) return;
   const std::string id = NextId();
   for (const auto& reader : readers_) reader->Send(name, id, data);
+}
+
+void EventHub::Send(const EventStream& reader, std::string_view name, std::string_view data) {
+  reader.Send(name, NextId(), data);
 }
 
 void EventHub::CloseAll() {

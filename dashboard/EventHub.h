@@ -1,7 +1,7 @@
 // EventHub: one source of server-sent events and its readers.
 //
-// A reader first gets the present state, also when it comes again with a Last-Event-ID: what it missed is in
-// there. Then it gets what is published, as long as it reads.
+// A reader is first given the present state, also when it comes again with a Last-Event-ID: what it missed is
+// in there. Then it gets what is published, as long as it reads.
 #pragma once
 
 #include <cstddef>
@@ -19,23 +19,23 @@ namespace zeb {
 
 class EventHub {
  public:
-  struct Event {
-    std::string name, data;  // `data` is UTF-8, of any number of lines
-  };
-  using Present = std::function<std::vector<Event>()>;
+  // Sends the present state to a reader that has come; it is among the readers already.
+  using Greet = std::function<void(const std::shared_ptr<EventStream>& reader)>;
 
-  explicit EventHub(Present present) : present_(std::move(present)) {}
+  explicit EventHub(Greet greet) : greet_(std::move(greet)) {}
 
   // Answers with the stream; `still` as HttpReply::BeginEvents has it.
   void Add(const HttpReply& reply, std::function<bool()> still = nullptr);
+  // `data` is UTF-8, of any number of lines.
   void Publish(std::string_view name, std::string_view data);
+  void Send(const EventStream& reader, std::string_view name, std::string_view data);
   void CloseAll();
   std::size_t ReaderCount();
 
  private:
   std::string NextId() { return std::to_string(++lastId_); }
 
-  Present present_;
+  Greet greet_;
   std::vector<std::shared_ptr<EventStream>> readers_;
   std::uint64_t lastId_ = 0;
 };

@@ -52,6 +52,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   Phase CurrentPhase() const { return phase_; }
   MonotonicTime Since() const { return since_; }  // when the phase began
   std::string PeerAddress() const { return peerAddress_; }
+  std::size_t UnsentBytes() const { return connection_ ? connection_->UnsentBytes() : 0; }
 
   // `request` tells which: what comes too late is left out.
   void Answer(std::uint64_t request, const HttpAnswer& answer);

@@ -50,6 +50,11 @@ bool EventStream::Open() const {
   return open && open->Streams(request_);
 }
 
+std::size_t EventStream::Unread() const {
+  const auto open = connection_.lock();
+  return open ? open->UnsentBytes() : 0;
+}
+
 void EventStream::Close() const {
   if (const auto open = connection_.lock()) open->EndEvents(request_);
 }

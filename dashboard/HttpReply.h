@@ -3,6 +3,7 @@
 // peer is told of a fault. The connection may be gone by then: nothing happens.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -23,6 +24,7 @@ class EventStream {
   // One event; line ends in `data` are taken care of. `id` comes back as Last-Event-ID.
   void Send(std::string_view event, std::string_view id, std::string_view data) const;
   bool Open() const;
+  std::size_t Unread() const;  // bytes that wait for the reader
   void Close() const;
 
  private:

@@ -17,7 +17,7 @@ struct HttpServerTest : testing::Test {
   std::vector<std::string> notes;
   std::vector<std::string> asked;
   std::optional<HttpReply> kept;
-  EventHub hub{[] { return std::vector<EventHub::Event>{{"state", "all"}}; }};
+  EventHub hub{[this](const auto& reader) { hub.Send(*reader, "state", "all"); }};
   HttpServer server{ports.loop, WayIn::kLoopback,
                     [this](const HttpRequest& request, const HttpReply& reply) { Handle(request, reply); },
                     [this](const std::string& line) { notes.push_back(line); }};
