@@ -177,6 +177,7 @@ HttpServer::Handler Dashboard::Handler() {
 
 void Dashboard::Handle(const HttpRequest& given, const HttpReply& reply) {
   HttpRequest request = given;
+  request.way = rules_.WayOf(given);
   const Router::Found found = router_.Find(request);
   const bool hasSession = logon_ && logon_->HasSession(request);
   const AccessRules::Verdict verdict =

@@ -15,7 +15,7 @@
 namespace zeb {
 
 // What a peer that did not come by the local socket must have: see AccessRules.
-enum class Need { kNothing, kRead, kAct };
+enum class Need { kNothing, kRead, kAct, kLocal };
 
 class Router {
  public:

@@ -37,9 +37,7 @@ StationEvents::StationEvents(EventLoop& loop, Stations& stations, JournalTail& j
       if (mark.Holds()) hub_.Publish("note", boost::json::serialize(JsonOf(line, loop_.UtcOffset())));
     });
   };
-  alive_ = loop_.Every(kAlive, [this] {
-    hub_.Publish("alive", boost::json::serialize(TimeJson(loop_)));
-  });
+  alive_ = loop_.Every(kAlive, [this] { hub_.Publish("alive", boost::json::serialize(TimeJson(loop_))); });
 }
 
 StationEvents::~StationEvents() {
@@ -74,8 +72,7 @@ void StationEvents::Greet(const std::shared_ptr<EventStream>& reader) {
 
 void StationEvents::SendRest(const std::shared_ptr<EventStream>& reader, int from, const Epoch::Mark& mark) {
   for (int number = from; mark.Holds() && reader->Open() && number <= stations_.Count(); ++number) {
-    hub_.Send(*reader, "service",
-              boost::json::serialize(JsonOf(stations_.State(number), loop_.UtcOffset())));
+    hub_.Send(*reader, "service", boost::json::serialize(JsonOf(stations_.State(number), loop_.UtcOffset())));
     loop_.Wait(Duration::zero());  // others have their turn
     if (reader->Unread() > kMostUnread &&
         !loop_.WaitUntil([&] { return !reader->Open() || reader->Unread() <= kMostUnread; }, kReading))
