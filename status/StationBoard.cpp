@@ -59,7 +59,7 @@ void StationBoard::RunEnded(const UpdateRecord& record, const UpdateRun& run) {
     if (record.snapshot->information > (known.shows ? known.shows->information : 0))
       known.latency = service_.environment().loop.Monotonic() - record.snapshot->arrived;
   }
-  if (run.tally.failed == 0 && !run.output->Fails()) known.shows = record.snapshot;
+  if (run.tally.failed == 0 && run.tally.givenUp == 0 && !run.output->Fails()) known.shows = record.snapshot;
   Look(run.output);
   TellSoon();
 }
