@@ -18,6 +18,7 @@
 #include "dashboard/Dashboard.h"
 #include "dashboard/JournalTail.h"
 #include "dashboard/PageRoutes.h"
+#include "dashboard/PictureRoute.h"
 #include "dashboard/StationEvents.h"
 #include "dashboard/StationRoutes.h"
 #include "diagnostics/hxGeneral.h"
@@ -163,8 +164,10 @@ class Publisher {
     dashboard_ = &dashboard;
     RunningStations stations(environment, main, [this] { Reload(); });
     StationRoutes routes(loop_, stations);
+    PictureRoute pictures(environment, stations);
     StationEvents events(loop_, stations, person_);
     routes.AddTo(dashboard.Routes());
+    pictures.AddTo(dashboard.Routes());
     AddPageRoutes(dashboard.Routes());
     dashboard.AddEvents("/api/v1/events", events.Hub());
     dashboard.Open();

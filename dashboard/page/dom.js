@@ -65,7 +65,7 @@ export function sparkline(values) {
 const marks = {ok: '✔', busy: '…', off: '–', failing: '✘'};
 
 export function mark(severity, words = severity) {
-  return element('span', {class: `mark ${severity}`}, `${marks[severity] ?? '?'} ${words}`);
+  return element('span', {class: `mark ${severity}`}, `${marks[severity] ?? '?'}\u00a0${words}`);
 }
 
 // "4 s", "3 min", "2 h", "5 days" since a moment.

@@ -15,12 +15,18 @@ function list(title, items) {
 function picture(station) {
   if (station.current.pictures.length === 0) return '';
   const name = encodeURIComponent(station.current.pictures[0]);
-  return element('img', {class: 'picture', alt: '', src: `/api/v1/services/${station.number}/picture?of=${name}`});
+  return element('img', {class: 'picture', alt: '', src: `/api/v1/services/${station.number}/picture?${name}`});
 }
 
 function sourceWords(station) {
   return [station.source.text, station.source.controller ? `${station.source.controller} has control` : '']
     .filter(Boolean).join(', ');
+}
+
+// Without what the source's line says already.
+function panels(station) {
+  const {netControl, ...others} = station.panels;
+  return [station.source.controller ? '' : netControl, ...Object.values(others)].filter(Boolean);
 }
 
 export class Station {
@@ -45,8 +51,7 @@ export class Station {
         .filter(Boolean).join(' · ')),
       element('p', {}, mark(station.source.state === 'ok' ? 'ok' : 'failing',
         `Source: ${sourceWords(station) || 'none'}`)),
-      ...[...new Set(Object.values(station.panels))].filter((text) => text && text !== station.source.text)
-        .map((text) => element('p', {class: 'soft'}, text))));
+      ...panels(station).map((text) => element('p', {class: 'soft'}, text))));
     fill(this.lists, list('Next', station.next.slice(0, 5)), list('Played', station.previous.slice(0, 10)));
     this.outputs.draw(station, (name) => shared.latenciesOf(station.number, name));
     this.history.draw(station);

@@ -11,7 +11,6 @@ struct Switch {
   const char* name;
   bool PairOutput::*member;
 };
-constexpr const char* kMediaFolders = "MediaFolders";
 constexpr Switch kSwitches[] = {
     {"CopyAdditionalFiles", &PairOutput::CopyAdditionalFiles},
     {"AlwaysCopyFiles", &PairOutput::AlwaysCopyFiles},

@@ -4,6 +4,7 @@ a playout's connection that feeds it, and servers for its outputs."""
 import http.server
 import os
 import pathlib
+import random
 import shutil
 import socket
 import subprocess
@@ -15,9 +16,12 @@ START_SECONDS = 30
 
 
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """One below those that the system gives to whoever connects, so that no connection takes it meanwhile."""
+    while True:
+        port = random.randrange(27200, 32700)
+        with socket.socket() as probe:
+            if probe.connect_ex(("127.0.0.1", port)) != 0:
+                return port
 
 
 def free_control():
