@@ -11,16 +11,11 @@
 #include <string>
 
 #include "app/ConsoleOperator.h"
-#include "app/RunningStations.h"
+#include "app/ControlRoom.h"
 #include "app/StartUpOptions.h"
 #include "app/frmMain.h"
 #include "core/CsvCartStore.h"
-#include "dashboard/Dashboard.h"
 #include "dashboard/JournalTail.h"
-#include "dashboard/PageRoutes.h"
-#include "dashboard/PictureRoute.h"
-#include "dashboard/StationEvents.h"
-#include "dashboard/StationRoutes.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "platform/ThreadedLineWriter.h"
@@ -116,7 +111,7 @@ class Publisher {
   // Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
   // a moment for what still waits to be written.
   [[noreturn]] void EndAtOnce(int status) {
-    if (dashboard_) dashboard_->Close();
+    if (room_ != nullptr) room_->Close();
     log_.reset();
     journal_.Flush(ThreadedLineWriter::kGrace);
     std::_Exit(status);
@@ -160,17 +155,9 @@ class Publisher {
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
     hive.SetPatience(kStorePatience);
-    Dashboard dashboard(environment, localSockets_, MakeSecrets());
-    dashboard_ = &dashboard;
-    RunningStations stations(environment, main, [this] { Reload(); });
-    StationRoutes routes(loop_, stations);
-    PictureRoute pictures(environment, stations);
-    StationEvents events(loop_, stations, person_);
-    routes.AddTo(dashboard.Routes());
-    pictures.AddTo(dashboard.Routes());
-    AddPageRoutes(dashboard.Routes());
-    dashboard.AddEvents("/api/v1/events", events.Hub());
-    dashboard.Open();
+    ControlRoom room(environment, localSockets_, MakeSecrets(), main, person_);
+    room_ = &room;
+    room.Open();
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -195,13 +182,8 @@ class Publisher {
       person_.Note(added.Reason());
   }
 
-  void Reload() {
-    main_->Reload();
-    if (dashboard_) dashboard_->Reload();
-  }
-
   void OnSignal(int signal) {
-    if (signal == SIGHUP) return Reload();
+    if (signal == SIGHUP) return room_ != nullptr ? room_->Reload() : main_->Reload();
     if (stopping_) {
       person_.Note("Ending at once");
       EndAtOnce(1);
@@ -234,7 +216,7 @@ class Publisher {
   JournalTail person_{console_, loop_};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
-  Dashboard* dashboard_ = nullptr;
+  ControlRoom* room_ = nullptr;
   bool stopping_ = false;
   Timer quitLimit_;
   Timer watchdog_;

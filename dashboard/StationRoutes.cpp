@@ -223,14 +223,14 @@ HttpAnswer StationRoutes::Carts(const HttpRequest& request) {
   int number = 0;
   if (!Has(request, number)) return NoStation();
   const auto table = stations_.Carts().All();
-  if (!table) return JsonAnswer(boost::json::array());
+  if (!table) return ErrorAnswer(404, "this publisher has no carts");
   const auto found =
       OnWorker([table, query = request.Query("q")] { return SearchCarts(*table, query, kMostFoundCarts); });
   if (!found) return Busy();
   if (!Has(request, number)) return NoStation();
   boost::json::array carts;
   for (const FoundCart& one : *found) carts.push_back(JsonOf(one, stations_.Settings(number)));
-  return JsonAnswer(carts);
+  return JsonAnswer({{"carts", std::move(carts)}});
 }
 
 }  // namespace zeb
