@@ -22,6 +22,7 @@
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SqliteHive.h"
@@ -144,6 +145,7 @@ class Publisher {
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
     environment.ftp = &ftp_;
+    environment.processes = &processes_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
@@ -196,6 +198,7 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
+  PosixProcesses processes_;
   ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
