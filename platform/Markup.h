@@ -1,6 +1,7 @@
 // Markup: reads XML and HTML texts. Texts are UTF-8, whatever encoding they declare.
 //
-// Calls may be made from worker threads. Nothing is fetched and no entity but the predefined ones is put in.
+// Calls may be made from worker threads. Nothing is fetched and no entity but the predefined ones is put in:
+// XML that uses another is refused.
 #pragma once
 
 #include <cstddef>

@@ -44,6 +44,10 @@ constexpr std::array<Refusal, 8> kRefusals = {{{"will not accept"},
                                                {"unauthorized"},
                                                {"<return>0</return>"}}};
 
+bool IsFullEncoding(std::string_view word) {
+  return EqualIgnoringAsciiCase(TrimBlanks(word), "full");
+}
+
 std::string BlanksEncoded(std::string_view text) {
   std::string encoded;
   for (const char c : text) {
@@ -77,6 +81,7 @@ constexpr SettingRow<S> kRows[] = {
     {"SHOUTCastServerName", &S::SHOUTCastServerName},
     {"SHOUTCastServerPort", &S::SHOUTCastServerPort, StoredAs::kNumber},
     {"SHOUTCastServerPassword", &S::SHOUTCastServerPassword, StoredAs::kText, true},
+    {"SHOUTCastEncoding", &S::SHOUTCastEncoding},
     {"CharacterSet", &S::characterSet},
     {"IcecastMount", &S::IcecastMount},
     {"IcecastUsername", &S::IcecastUsername},
@@ -241,8 +246,16 @@ void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputInde
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
   CheckEscapeWord("Encoder output " + std::to_string(outputIndex), settings.EscapeValues);
+  CheckEncodingWord(outputIndex);
   std::string& mount = settings.IcecastMount;
   if (!mount.empty() && mount.front() != '/') mount.insert(mount.begin(), '/');
+}
+
+void clsZEBEncoderOutput::CheckEncodingWord(int outputIndex) const {
+  const std::string& word = settings.SHOUTCastEncoding;
+  if (!TrimBlanks(word).empty() && !IsFullEncoding(word))
+    environment_.person.Note("Encoder output " + std::to_string(outputIndex) + ": SHOUTCastEncoding: '" +
+                             word + "' is not 'full'; only blanks of a title are encoded");
 }
 
 std::string clsZEBEncoderOutput::SettingsText() const {
@@ -348,13 +361,18 @@ Verdict clsZEBEncoderOutput::SendToServer(const std::string& text) {
   return VerdictOn(result, target);
 }
 
+std::string clsZEBEncoderOutput::SongValue(const std::string& title) const {
+  const std::string bytes = EncodeFor(title, settings.characterSet);
+  return IsFullEncoding(settings.SHOUTCastEncoding) ? PercentEncoded(bytes)
+                                                    : ControlsEncoded(BlanksEncoded(bytes));
+}
+
 std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
   const std::string title = WithoutControls(text);
   std::string request = "GET ";
   if (settings.IcecastMount.empty())
-    request +=
-        "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
-        "&mode=updinfo&song=" + ControlsEncoded(BlanksEncoded(EncodeFor(title, settings.characterSet)));
+    request += "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
+               "&mode=updinfo&song=" + SongValue(title);
   else
     request += "/admin/metadata?mount=" + PercentEncoded(settings.IcecastMount) +
                "&mode=updinfo&charset=UTF-8&song=" + PercentEncoded(title);

@@ -34,6 +34,7 @@ struct EncoderSettings {
   std::string SHOUTCastServerName = "127.0.0.1";
   std::int32_t SHOUTCastServerPort = 8000;
   std::string SHOUTCastServerPassword;
+  std::string SHOUTCastEncoding;  // "full": the title is percent-encoded; "": only its blanks are
   CharacterSet characterSet = CharacterSet::kUtf8;
   // When set, the title is sent the way that present Icecast servers take it, to this mount point.
   std::string IcecastMount;
@@ -70,6 +71,8 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::vector<PublicPlace> PublicPlaces() const override;
 
   // The bytes that bring one title to a streaming server.
+  // The title as it stands in the request of a SHOUTcast server.
+  std::string SongValue(const std::string& title) const;
   std::string BuildRequest(const std::string& text) const;
   // What the server's answer says of the title that it was sent.
   static Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target);
@@ -77,6 +80,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   EncoderSettings settings;
 
  private:
+  void CheckEncodingWord(int outputIndex) const;
   Outcome StartEncoder();
   Outcome FindMediaEncoder(EncoderAutomation& automation);
   Verdict Send(const EncoderCommand& command);

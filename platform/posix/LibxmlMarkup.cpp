@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/FileSystem.h"
+#include "text/Utf8.h"
 
 namespace zeb {
 namespace {
@@ -41,6 +42,12 @@ void KeepFirst(void* reason, xmlErrorPtr error) {
   if (kept.size() > 200) kept.resize(200);
 }
 
+std::string EntityName(xmlTextReader* reader) {
+  constexpr std::size_t kMaxNameCharacters = 64;
+  const std::string_view name = View(xmlTextReaderConstName(reader));
+  return std::string(FirstCharacters(name, kMaxNameCharacters));
+}
+
 // Puts the elements of the document together as the reader passes over it.
 class Collector {
  public:
@@ -54,6 +61,12 @@ class Collector {
                                       document_.text.size(), document_.text.size()});
         if (xmlTextReaderIsEmptyElement(reader) == 0) open_.push_back(document_.elements.size() - 1);
         break;
+      // Its text would be missing. What it stands for is not looked at: it may be a file, or grow without
+      // end.
+      case XML_READER_TYPE_ENTITY_REFERENCE:
+        return "it uses the entity '" + EntityName(reader) +
+               "'; of entities only &amp; &lt; &gt; &quot; &apos; and "
+               "numbers are read, so the text itself must stand in its place";
       case XML_READER_TYPE_END_ELEMENT:
         if (open_.empty()) break;
         document_.elements[open_.back()].textEnd = document_.text.size();

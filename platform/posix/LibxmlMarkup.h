@@ -1,4 +1,5 @@
-// LibxmlMarkup: Markup on libxml2. Network access, external entities and entity expansion are off; depth
+// LibxmlMarkup: Markup on libxml2. Network access, external entities and entity expansion are off, and
+// a document that uses an entity of its own is refused by the entity's name; depth
 // (256, the library's own limit), elements and size are bounded; the library writes nothing to standard
 // error.
 #pragma once

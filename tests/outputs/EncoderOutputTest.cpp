@@ -40,6 +40,30 @@ TEST_F(EncoderOutputTest, SendsTheGoldenRequests) {
   EXPECT_EQ(output.ProblemText(), "");
 }
 
+// "&" and "#" would cut the title.
+TEST_F(EncoderOutputTest, AShoutcastTitleIsEncodedWhollyWhenAskedFor) {
+  ScriptedServer server(t, 8000);
+  ASSERT_TRUE(Start(kShoutcast));
+  output.settings.SHOUTCastEncoding = " FULL ";
+  output.settings.characterSet = CharacterSet::kIso8859_1;
+  Update("####TEXT:a&b#c%d+e zo\u00EB-._~");
+  ASSERT_EQ(server.requests.size(), 1u);
+  EXPECT_NE(server.requests[0].find("&song=a%26b%23c%25d%2Be%20zo%EB-._~ HTTP/1.1\r\n"), std::string::npos)
+      << server.requests[0];
+}
+
+TEST_F(EncoderOutputTest, AnUnknownEncodingIsTold) {
+  output.settings.SHOUTCastEncoding = "all";
+  output.StoreOutputInformation(1, 4);
+  clsZEBEncoderOutput other(t.environment);
+  other.GetOutputInformation(1, 4);
+  EXPECT_EQ(other.settings.SHOUTCastEncoding, "all");
+  EXPECT_EQ(
+      t.person.notes,
+      std::vector<std::string>{
+          "Encoder output 4: SHOUTCastEncoding: 'all' is not 'full'; only blanks of a title are encoded"});
+}
+
 TEST_F(EncoderOutputTest, SplitsCommands) {
   const std::string fifty(49, 'x');
   struct Case {

@@ -162,8 +162,8 @@ TEST_F(QtLoopTest, AJobThatPassesItsLimitIsLeftToItself) {
   std::string order;
   WorkLane lane(loop);
   loop.Start("hangs", [&] {
-    EXPECT_FALSE(lane.Run([release] { release->get_future().wait(); }, 10ms));
-    EXPECT_TRUE(lane.Hangs());
+    // A job that no thread takes up within its limit, on a busy machine, never begins and does not hang.
+    while (!lane.Hangs()) EXPECT_FALSE(lane.Run([release] { release->get_future().wait(); }, 10ms));
     EXPECT_FALSE(lane.Run([] { return 1; }, 1h)) << "one worker hangs, not two";
     lane.WhenBack([&] { order += "back "; });
     order += "on ";
