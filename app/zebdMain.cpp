@@ -24,6 +24,7 @@
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SodiumSecrets.h"
@@ -149,6 +150,7 @@ class Publisher {
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
     environment.ftp = &ftp_;
+    environment.processes = &processes_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
@@ -211,6 +213,7 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
+  PosixProcesses processes_;
   QtLocalSockets localSockets_{loop_};
   ConsoleOperator console_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   JournalTail person_{console_, loop_};
