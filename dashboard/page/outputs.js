@@ -26,8 +26,8 @@ function howLong(output, latencies) {
   return [
     ageOf(output.published, 'sent '),
     output.latencyMs === null ? '' : `, ${output.latencyMs.toFixed(1)} ms after the line `,
+    output.onAirMs === null ? '' : `, on air ${(output.onAirMs / 1000).toFixed(1)} s after the line `,
     sparkline(latencies),
-    output.onAir ? ` ${output.onAir} ` : '',
     late ? mark('busy', ' shows an older item') : '',
     output.progress === null ? '' : ` ${output.progress} % sent`,
   ];
