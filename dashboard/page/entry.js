@@ -31,7 +31,7 @@ function cartSearch(number, take) {
     if (!query) return fill(found);
     let lines;
     try {
-      const carts = await get(`/api/v1/services/${number}/carts?q=${encodeURIComponent(query)}`);
+      const {carts} = await get(`/api/v1/services/${number}/carts?q=${encodeURIComponent(query)}`);
       lines = carts.length === 0 ? [element('li', {}, 'No cart has that')] : carts.map((cart) =>
         element('li', {}, element('button', {type: 'button', onclick: () => choose(cart)},
           `${cart.cart}: ${[cart.title, cart.artist].filter(Boolean).join(' – ')}`)));
