@@ -15,16 +15,18 @@ export function element(name, attributes = {}, ...children) {
 
 const shows = (child) => child !== undefined && child !== null && child !== '';
 
-// Puts children in place of those that are there. An element whose contents stay the same is not touched, so
-// that what is being read, or has the focus, stays.
+// Puts children in place of those that are there. A child that stays the same is not touched, so that what is
+// being read, or has the focus, stays.
 export function fill(parent, ...children) {
   const made = document.createDocumentFragment();
   made.append(...children.filter(shows));
-  if (!sameNodes(parent.childNodes, made.childNodes)) parent.replaceChildren(made);
-}
-
-function sameNodes(these, those) {
-  return these.length === those.length && [...these].every((node, i) => node.isEqualNode(those[i]));
+  const old = [...parent.childNodes];
+  const fresh = [...made.childNodes];
+  fresh.forEach((node, i) => {
+    if (i >= old.length) parent.append(node);
+    else if (!old[i].isEqualNode(node)) old[i].replaceWith(node);
+  });
+  old.slice(fresh.length).forEach((node) => node.remove());
 }
 
 // One element for each thing, by key, in order; elements of things that stay are kept and not moved without
