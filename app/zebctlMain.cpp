@@ -1,4 +1,4 @@
-// zebctl: the command-line companion: settings, messages to a service, previews of templates.
+// zebctl: the command-line companion: settings, messages to a service, previews of templates, history.
 
 #include <unistd.h>
 
@@ -13,6 +13,7 @@
 
 #include "app/ConsoleOperator.h"
 #include "app/ExpandCommand.h"
+#include "app/HistoryCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "app/ZebctlOptions.h"
@@ -20,7 +21,9 @@
 #include "core/SettingsPaths.h"
 #include "platform/DirectLineWriter.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/SqliteHistoryReader.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
@@ -126,6 +129,20 @@ int Expand(const ExpandOptions& options, const std::string& folder, int argc, ch
   return std::cout ? 0 : Fail("cannot write to standard output");
 }
 
+int History(const HistoryOptions& options, const std::string& folder) {
+  PosixFiles files;
+  std::string templateBytes;
+  if (options.action == HistoryOptions::Action::kReplay) {
+    Result<std::string> bytes = ReadTemplate(files, options.templateFile);
+    if (!bytes) return Fail(bytes.Reason());
+    templateBytes = std::move(bytes.Value());
+  }
+  const auto reader = SqliteHistoryReader::Open(folder + "/history.db");
+  if (!reader) return Fail(reader.Reason());
+  InstallLocale(ReadSystemLocale().formats);
+  return RunHistoryCommand(*reader.Value(), options, templateBytes, UtcOffsetAt, std::cout, std::cerr);
+}
+
 int Run(int argc, char** argv) {
   const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
   if (!read) return WrongUsage(read.Reason());
@@ -139,6 +156,8 @@ int Run(int argc, char** argv) {
   if (!folder) return Fail(folder.Reason());
   if (const auto* settings = std::get_if<SettingsOptions>(&options.command))
     return Settings(*settings, folder.Value());
+  if (const auto* history = std::get_if<HistoryOptions>(&options.command))
+    return History(*history, folder.Value());
   return Expand(std::get<ExpandOptions>(options.command), folder.Value(), argc, argv);
 }
 

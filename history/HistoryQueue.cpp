@@ -63,9 +63,11 @@ bool HistoryQueue::Add(HistoryEntry entry) {
   return KeepBounds();
 }
 
-std::vector<HistoryEntry> HistoryQueue::Take(std::size_t most) {
+std::vector<HistoryEntry> HistoryQueue::Take(std::size_t most, std::size_t mostBytes) {
   std::vector<HistoryEntry> taken;
-  while (!entries_.empty() && taken.size() < most) {
+  std::size_t bytes = 0;
+  while (!entries_.empty() && taken.size() < most && bytes < mostBytes) {
+    bytes += BytesOf(entries_.front());
     bytes_ -= BytesOf(entries_.front());
     taken.push_back(std::move(entries_.front()));
     entries_.pop_front();

@@ -40,8 +40,8 @@ class HistoryQueue {
 
   // True: the oldest had to be given up for it.
   bool Add(HistoryEntry entry);
-  // The oldest, at most so many.
-  std::vector<HistoryEntry> Take(std::size_t most);
+  // The oldest: at most so many, and none beyond those that take so much memory.
+  std::vector<HistoryEntry> Take(std::size_t most, std::size_t mostBytes);
   // What could not be written goes back to where it was. True: some had to be given up.
   bool PutBack(std::vector<HistoryEntry> entries);
 

@@ -80,6 +80,8 @@ constexpr auto kSeconds = std::to_array<SecondsField>({
 static_assert(sizeof(F) <=
               kTexts.size() * sizeof(std::string) + (kWholes.size() + kSeconds.size() + 1) * sizeof(float));
 
+constexpr unsigned kNextSlots = 8, kPreviousSlots = 9;  // behind the words: how many there are
+constexpr std::size_t kMostSlots = 1000;
 constexpr unsigned kPicture = 60, kAdditionalFile = 61;
 constexpr char kForm = 1;  // the first byte
 
@@ -233,6 +235,8 @@ std::optional<clsZEBItemInfo> ReadItemRecord(std::string_view bytes) {
 std::string WriteWordsRecord(const ServiceSnapshot& snapshot) {
   Writer writer;
   for (const WordsField& words : kWords) writer.Text(words.number, snapshot.*words.field);
+  writer.Whole(kNextSlots, static_cast<std::uint32_t>(snapshot.nextItems.size()));
+  writer.Whole(kPreviousSlots, static_cast<std::uint32_t>(snapshot.previousItems.size()));
   return writer.Take();
 }
 
@@ -240,9 +244,13 @@ bool ReadWordsRecord(std::string_view bytes, ServiceSnapshot& snapshot) {
   Reader reader(bytes);
   unsigned number = 0;
   std::string_view value;
-  while (reader.Next(number, value))
+  while (reader.Next(number, value)) {
     for (const WordsField& words : kWords)
       if (words.number == number) snapshot.*words.field = value;
+    const auto slots = [value] { return std::min<std::size_t>(WholeOf(value), kMostSlots); };
+    if (number == kNextSlots) snapshot.nextItems.resize(slots());
+    if (number == kPreviousSlots) snapshot.previousItems.resize(slots());
+  }
   return reader.Good();
 }
 

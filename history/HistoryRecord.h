@@ -22,7 +22,7 @@ std::string WriteItemRecord(const clsZEBItemInfo& item);
 // Nothing for bytes that are no record.
 std::optional<clsZEBItemInfo> ReadItemRecord(std::string_view bytes);
 
-// Everything of a snapshot but its items and its moment.
+// Everything of a snapshot but its items and its moment; also how many next and previous slots it has.
 std::string WriteWordsRecord(const ServiceSnapshot& snapshot);
 bool ReadWordsRecord(std::string_view bytes, ServiceSnapshot& snapshot);
 

@@ -204,7 +204,7 @@ std::optional<HistoryOutcome> HistoryRecorder::State::Do(std::function<HistoryOu
 
 bool HistoryRecorder::State::WriteSome() {
   // The worker's own until it comes back.
-  underWay = std::make_shared<std::vector<HistoryEntry>>(queue.Take(kBatch));
+  underWay = std::make_shared<std::vector<HistoryEntry>>(queue.Take(kBatch, kBatchBytes));
   const auto outcome = Do([entries = underWay, bounds = limits.value_or(HistoryLimits())](HistoryStore& to) {
     return to.Write(ToBatch(*entries), bounds);
   });

@@ -54,7 +54,7 @@ class HistoryRecorder {
   static constexpr std::size_t kMostWaiting = 8192;                  // of what was told
   static constexpr std::size_t kMostWaitingBytes = 8 * 1024 * 1024;  // in memory, about
   static constexpr Duration kBatchAfter = std::chrono::seconds(1);
-  static constexpr std::size_t kBatch = 256;
+  static constexpr std::size_t kBatch = 256, kBatchBytes = 1024 * 1024;
   static constexpr Duration kRetryAfter = std::chrono::seconds(10);
   static constexpr Duration kCleanUpAfter = std::chrono::minutes(1), kCleanUpEvery = std::chrono::hours(1);
   static constexpr Duration kWriteLimit = std::chrono::seconds(30);

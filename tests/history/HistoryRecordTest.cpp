@@ -124,12 +124,16 @@ TEST(HistoryRecordTest, GivesTheWordsOfASnapshotBack) {
   snapshot.PresenterFullName = "Zoë";
   snapshot.ShowReference = "4";
   snapshot.ShowTitle = "Frühstück";
+  snapshot.nextItems.resize(50);
+  snapshot.previousItems.resize(2);
   ServiceSnapshot read;
   EXPECT_TRUE(ReadWordsRecord(WriteWordsRecord(snapshot), read));
   EXPECT_EQ(read.ServiceName + "|" + read.NoPictureFileName + "|" + read.LoggingPath + "|" +
                 read.PresenterReference + "|" + read.PresenterFullName + "|" + read.ShowReference + "|" +
                 read.ShowTitle,
             "Radio Ümlaut|none.jpg|/logs|17|Zoë|4|Frühstück");
+  EXPECT_EQ(read.nextItems.size(), 50u);
+  EXPECT_EQ(read.previousItems.size(), 2u);
   EXPECT_FALSE(ReadWordsRecord("x", read));
 }
 
