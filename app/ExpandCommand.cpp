@@ -22,8 +22,9 @@ void FeedMessages(ControlLink& link, std::string_view messages) {
 
 }  // namespace
 
-void RunExpandCommand(Environment& environment, const ExpandOptions& options, std::string_view templateBytes,
-                      std::string_view messages, std::ostream& out, std::ostream& err) {
+Outcome RunExpandCommand(Environment& environment, const ExpandOptions& options,
+                         std::string_view templateBytes, std::string_view messages, std::ostream& out,
+                         std::ostream& err) {
   ServiceEvents nobody;
   clsZEBService service(
       environment, [](OutputType) { return nullptr; }, nobody);
@@ -38,17 +39,24 @@ void RunExpandCommand(Environment& environment, const ExpandOptions& options, st
   std::string bytes;
   if (options.page) {
     const FileEncoding encoding = DetectFileEncoding(templateBytes);
-    const std::string page = UndoEscapedTags(DecodeFile(templateBytes, encoding));
-    bytes = EncodeFile(ExpandPage(page, *service.TakeSnapshot(), options.simpleText, files), encoding);
+    const std::string text = UndoEscapedTags(DecodeFile(templateBytes, encoding));
+    const ValueEncoding values{.escape = EscapeFor(options.escape, options.templateFile, text)};
+    const std::optional<std::string> page =
+        ExpandPage(text, *service.TakeSnapshot(), options.simpleText, files, values);
+    if (!page) return Failure{"the page would be larger than " + std::to_string(kMaxPageBytes) + " bytes"};
+    bytes = EncodeFile(*page, encoding);
   } else {
-    bytes = ExpandTemplate(DecodeLenient(templateBytes), service, options.simpleText, files,
-                           ValueEncoding{options.urlEncode, CharacterSet::kUtf8});
+    const std::string text = DecodeLenient(templateBytes);
+    bytes = ExpandTemplate(
+        text, service, options.simpleText, files,
+        {.urlEncode = options.urlEncode, .escape = EscapeFor(options.escape, options.templateFile, text)});
   }
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   out.flush();
-  if (!options.listFiles) return;
+  if (!options.listFiles) return {};
   for (const std::string& path : files.Paths()) err << path << '\n';
   err.flush();
+  return {};
 }
 
 }  // namespace zeb

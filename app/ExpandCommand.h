@@ -9,6 +9,7 @@
 
 #include "core/OutputTypes.h"
 #include "platform/Environment.h"
+#include "platform/Result.h"
 #include "platform/Time.h"
 
 namespace zeb {
@@ -16,6 +17,7 @@ namespace zeb {
 struct ExpandOptions {
   std::string simpleText{kDefaultSimpleTextFormat};
   bool urlEncode = false;
+  std::string escape;  // a word of text/ValueEscapes.h
   bool listFiles = false;
   bool page = false;
   std::string messagesFile;
@@ -26,7 +28,8 @@ struct ExpandOptions {
 
 // Writes the expanded text, byte for byte, to `out`, and the files that it refers to, one a line, to `err`
 // when asked for. The environment's clock is the moment that tags see; its hive holds the settings.
-void RunExpandCommand(Environment& environment, const ExpandOptions& options, std::string_view templateBytes,
-                      std::string_view messages, std::ostream& out, std::ostream& err);
+Outcome RunExpandCommand(Environment& environment, const ExpandOptions& options,
+                         std::string_view templateBytes, std::string_view messages, std::ostream& out,
+                         std::ostream& err);
 
 }  // namespace zeb

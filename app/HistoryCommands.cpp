@@ -8,6 +8,7 @@
 #include "history/HistoryWhy.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 namespace {
@@ -41,7 +42,8 @@ Outcome Replay(HistoryReader& reader, const HistoryOptions& options, std::string
                                : DecodeLenient(templateBytes);
   replayed.simpleText = options.simpleText;
   replayed.page = options.page;
-  replayed.urlEncode = options.urlEncode;
+  replayed.values.urlEncode = options.urlEncode;
+  replayed.values.escape = EscapeFor(options.escape, options.templateFile, replayed.text);
   return WriteReplay(reader, FilterOf(options, utcOffset), replayed, out);
 }
 

@@ -28,6 +28,7 @@ struct HistoryOptions {
   std::string templateFile;  // "-": standard input
   bool page = false, urlEncode = false;
   std::string simpleText{kDefaultSimpleTextFormat};
+  std::string escape;  // a word of text/ValueEscapes.h
 };
 
 // "file2" is "File2"; nothing for a name that no output has.

@@ -50,7 +50,7 @@ std::string ItemText(const ServiceSnapshot& snapshot) {
 // "updated 19 files, 1 web page, 1 failing".
 std::string CountsText(const UpdateRecord& record) {
   std::string text;
-  int failing = 0;
+  int failing = 0, givenUp = 0;
   for (std::int32_t code = 1; code <= kNumberOutputTypes; ++code) {
     const OutputTypeInfo* info = FindOutputType(code);
     if (!info) continue;
@@ -59,6 +59,7 @@ std::string CountsText(const UpdateRecord& record) {
       if (run.type != info->type) continue;
       published += run.tally.published;
       failing += run.tally.failed;
+      givenUp += run.tally.givenUp;
     }
     if (published == 0) continue;
     text += (text.empty() ? "updated " : ", ") + std::to_string(published) + " ";
@@ -67,6 +68,7 @@ std::string CountsText(const UpdateRecord& record) {
   if (text.empty()) text = record.runs.empty() ? "no outputs to update" : "updated nothing";
   if (record.runs.empty() && record.postponed + record.delayed > 0) text = "updated nothing yet";
   if (failing > 0) text += ", " + std::to_string(failing) + " failing";
+  if (givenUp > 0) text += ", " + std::to_string(givenUp) + " given up for something newer";
   if (record.postponed > 0) text += ", " + std::to_string(record.postponed) + " still busy";
   if (record.delayed > 0) text += ", " + std::to_string(record.delayed) + " delayed";
   return text;

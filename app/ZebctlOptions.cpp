@@ -11,6 +11,7 @@
 #include "app/CommandLine.h"
 #include "app/SetCommand.h"
 #include "text/MomentText.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 namespace {
@@ -73,6 +74,10 @@ std::string CheckWrittenMoment(const std::string& text) {
 
 std::string CheckOutput(const std::string& text) {
   return ReadOutputName(text) ? "" : "takes an output such as File2, not '" + text + "'";
+}
+
+std::string CheckEscape(const std::string& text) {
+  return EscapeChoiceByName(text) && !text.empty() ? "" : "takes html, xml, json or auto, not '" + text + "'";
 }
 
 std::string CheckService(const std::string& text) {
@@ -161,13 +166,20 @@ void DeclareSet(CLI::App& program) {
   }
 }
 
+// How a template is expanded.
+void DeclareExpansion(CLI::App& command) {
+  const DeclaredOption page = AddFlag(command, "--page", "as the file output treats a page");
+  AddValue(command, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
+  AddFlag(command, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
+  AddValue(command, "--escape", "WORD", "values as html, xml, json or (by the template) auto takes them")
+      .Check(CheckEscape);
+}
+
 void DeclareExpand(CLI::App& program) {
   CLI::App& expand = AddCommand(program, "expand", "what a template gives, without any output");
   AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one");
   AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded");
-  const DeclaredOption page = AddFlag(expand, "--page", "as the file output treats a page");
-  AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
-  AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
+  DeclareExpansion(expand);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
   AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"").Check(CheckMoment);
   AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
@@ -199,9 +211,7 @@ void DeclareHistory(CLI::App& program) {
   AddValue(replay, "--service", "N", "the service's number").Required().Check(CheckService);
   AddValue(replay, "--template", "FILE", "the template; - for standard input").Required();
   DeclareSpan(replay);
-  const DeclaredOption page = AddFlag(replay, "--page", "as the file output treats a page");
-  AddValue(replay, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
-  AddFlag(replay, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
+  DeclareExpansion(replay);
 }
 
 Result<SettingsOptions> SettingsOf(const CLI::App& command) {
@@ -280,6 +290,7 @@ ExpandOptions ExpandOf(const CLI::App& command) {
   ExpandOptions options;
   options.simpleText = ValueOf(command, "--simple-text", options.simpleText);
   options.urlEncode = IsGiven(command, "--url-encode");
+  options.escape = ValueOf(command, "--escape");
   options.listFiles = IsGiven(command, "--list-files");
   options.page = IsGiven(command, "--page");
   options.messagesFile = ValueOf(command, "--messages");
@@ -313,6 +324,7 @@ HistoryOptions HistoryOf(const CLI::App& command) {
     options.page = IsGiven(command, "--page");
     options.urlEncode = IsGiven(command, "--url-encode");
     options.simpleText = ValueOf(command, "--simple-text", options.simpleText);
+    options.escape = ValueOf(command, "--escape");
     return options;
   }
   options.output = ReadOutputName(ValueOf(command, "--output")).value_or("");

@@ -9,6 +9,7 @@
 #include "core/SettingsMigration.h"
 #include "core/SettingsPaths.h"
 #include "diagnostics/hxGeneral.h"
+#include "outputs/file/LeftOvers.h"
 
 namespace zeb {
 namespace {
@@ -58,6 +59,8 @@ Outcome frmMain::Load() {
                                    : migrated.Reason());
     }
     LoadServices();
+    // Another instance on the data folder may have its files in hand.
+    if (!options_.noPreviousCheck) RemoveLeftOvers();
     WriteDebugLine("Shown Services OK");
     if (options_.minimised && display.minimise) display.minimise();
     return {};
@@ -91,6 +94,16 @@ void frmMain::LoadServices() {
   WriteDebugLine("Pre-set window size OK");
   display.arrange();
   WriteDebugLine("Set window size OK");
+}
+
+void frmMain::RemoveLeftOvers() const {
+  LeftOvers leftOvers(environment_);
+  for (const auto& window : windows_) {
+    const clsZEBService& service = window->service();
+    for (int i = 1; const OutputPtr output = service.Output(OutputType::kFile, i); ++i)
+      if (const auto pages = std::dynamic_pointer_cast<PairOutput>(output)) leftOvers.AddPages(*pages);
+  }
+  leftOvers.Remove();
 }
 
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.

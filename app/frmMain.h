@@ -61,6 +61,7 @@ class frmMain {
 
  private:
   Outcome ImportSettings();
+  void RemoveLeftOvers() const;
   void OpenWindow(int number);
   void RemoveWindow(const std::shared_ptr<frmService>& window);
   bool StoreWithout(int number);

@@ -125,7 +125,9 @@ int Expand(const ExpandOptions& options, const std::string& folder, int argc, ch
   environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
   if (options.service > ReadNumberServices(*hive.Value(), environment.settingsRoot))
     return Fail("there is no service " + std::to_string(options.service));
-  RunExpandCommand(environment, options, templateBytes.Value(), messages, std::cout, std::cerr);
+  const Outcome expanded =
+      RunExpandCommand(environment, options, templateBytes.Value(), messages, std::cout, std::cerr);
+  if (!expanded) return Fail(expanded.Reason());
   return std::cout ? 0 : Fail("cannot write to standard output");
 }
 

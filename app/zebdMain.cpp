@@ -19,6 +19,7 @@
 #include "platform/ThreadedLineWriter.h"
 #include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
@@ -44,6 +45,9 @@ constexpr int kAlreadyRunning = 3;
 // How long the running loop may wait for a store that somebody else has locked.
 constexpr std::chrono::milliseconds kStorePatience(100);
 constexpr Duration kQuitLimit = std::chrono::milliseconds(4300);
+
+// Where the journal is a file, its lines may come so much later.
+constexpr std::chrono::milliseconds kGatherJournal(50);
 
 // Debug lines come in bursts, with each item a hundred or more.
 constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
@@ -112,8 +116,10 @@ class Publisher {
     const bool onCommandLine = FindIgnoringAsciiCase(options_.commandLine, "/DEBUG") != std::string::npos;
     log_ = std::make_unique<DebugLog>(
         loop_, files_, person_, programName_, DebugLog::StartUpFolder(hive, folder_),
-        DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine,
-        [](LineSink sink) { return std::make_unique<ThreadedLineWriter>(std::move(sink), kMostDebugBytes); });
+        DebugLog::StartUpLevel(options_.commandLine, hive), onCommandLine, [](LineSink sink) {
+          return std::make_unique<ThreadedLineWriter>(
+              std::move(sink), ThreadedLineWriter::Options{.mostWaiting = kMostDebugBytes});
+        });
     log_->Install();
     WriteDebugLine("Started InitialiseTool", 5, LineKind::kStarted);
     if (!options_.noPreviousCheck) WriteDebugLine("Check if already running");
@@ -187,7 +193,7 @@ class Publisher {
   QtLoop loop_;
   QtNetwork network_{loop_};
   QtSerialPorts serialPorts_{loop_, network_};
-  PosixFiles files_;
+  PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
   ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
@@ -210,6 +216,7 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
   if (!folder) return Fail(journal, folder.Reason());
 
   std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
+  RaiseDescriptorLimit();
   SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
@@ -222,7 +229,8 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
 }  // namespace zeb
 
 int main(int argc, char** argv) {
-  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError);
+  zeb::ThreadedLineWriter journal(zeb::WriteToStandardError,
+                                  {.atOnce = zeb::TryStandardError(), .gather = zeb::kGatherJournal});
   try {
     return zeb::Run(journal, argc, argv);
   } catch (const std::exception& error) {

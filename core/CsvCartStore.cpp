@@ -3,11 +3,14 @@
 #include <charconv>
 #include <utility>
 
+#include "core/ItemBounds.h"
 #include "text/Encodings.h"
 #include "text/Numbers.h"
 
 namespace zeb {
 namespace {
+
+constexpr std::size_t kMaxRecordBytes = 1024u * 1024;  // as a line of the control link
 
 bool ReadCartNumber(std::string_view field, std::int32_t& number) {
   field = TrimBlanks(field);
@@ -83,15 +86,23 @@ bool CsvCartStore::ReadFile() {
   problem_.clear();
   const std::string text = DecodeFile(bytes.Value(), DetectFileEncoding(bytes.Value()));
   carts_.clear();
+  std::string tooLong;  // the first
   std::size_t offset = 0;
   while (offset < text.size()) {
     std::vector<std::string> fields = ReadCsvRecord(text, offset);
     std::int32_t number = 0;
     if (!ReadCartNumber(fields[0], number)) continue;
     fields.resize(5);
+    for (std::size_t i = 1; i < fields.size(); ++i)
+      if (const std::size_t bytes = CutToBound(fields[i], i < 4 ? kMaxFieldBytes : kMaxRecordBytes);
+          bytes > 0)
+        if (tooLong.empty())
+          tooLong = "a text of cart " + std::to_string(number) + " has " + std::to_string(bytes) +
+                    " bytes and is cut";
     carts_.insert_or_assign(number, Cart{{std::move(fields[1]), std::move(fields[2]), std::move(fields[3])},
                                          std::move(fields[4])});
   }
+  if (!tooLong.empty()) person_.Note("'" + path_ + "': " + tooLong);
   return true;
 }
 

@@ -52,6 +52,21 @@ struct OutputRunner {
   void Want(Wanted what) {
     if (target) wanted = std::max(wanted, what);
   }
+  // What is to be done when the run under way has ended.
+  clsZEBTemplate::Waiting WhatWaits(MonotonicTime now) const {
+    clsZEBTemplate::Waiting waiting;
+    const auto note = [&waiting](const Cue& cue) {
+      (cue.IsTravel() ? waiting.travel : waiting.nearEnd) = true;
+    };
+    for (const Cue& cue : cues) note(cue);
+    if (wanted == Wanted::kNews) waiting.news = target;
+    if (later.empty() || later.front().due > now) return waiting;
+    if (later.front().cue)
+      note(*later.front().cue);
+    else
+      waiting.news = later.front().snapshot;
+    return waiting;
+  }
   bool Free() const { return !busy && !output->Hangs(); }
 };
 

@@ -44,6 +44,10 @@ RunnerPtr UpdateCycle::MakeRunner(OutputType type, OutputPtr output) {
     lost->Want(OutputRunner::Wanted::kRepair);
     if (lost->target) TryAgainLater(lost);
   };
+  runner->output->whatWaits = [&loop = environment_.loop, weak = std::weak_ptr<OutputRunner>(runner)] {
+    const auto busy = weak.lock();
+    return busy ? busy->WhatWaits(loop.Monotonic()) : clsZEBTemplate::Waiting();
+  };
   return runner;
 }
 
@@ -53,6 +57,7 @@ void UpdateCycle::SetRunners(OutputType type, std::vector<RunnerPtr> runners) {
     if (IndexOf(*runner) != 0) continue;
     runner->removed = true;
     runner->output->onShownLost = nullptr;
+    runner->output->whatWaits = nullptr;
     runner->retry.Stop();
     runner->laterDue.Stop();
   }
@@ -259,6 +264,7 @@ void UpdateCycle::RunEnded(const RunnerPtr& runner, const Run& run) {
       if (one.output != runner->output) continue;
       one.ended = true;
       one.tally = runner->output->LastTally();
+      if (one.tally.givenUp > 0 && !stopping_) runner->Want(OutputRunner::Wanted::kRepair);
     }
     Release(run.record);
   }

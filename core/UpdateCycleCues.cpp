@@ -61,6 +61,7 @@ void UpdateCycle::SendCueTo(OutputRunner& runner, const Cue& cue) {
   }
   // Owed until it is known to have left, also when this run throws or never comes back.
   runner.owedTravel = cue;
+  runner.retry.Stop();  // it would queue this cue once more while it is being sent
   const bool left = cue.kind == Cue::kTravelOn ? serial->SetTravelFlagActivated(*cue.snapshot)
                                                : serial->SetTravelFlagCleared(*cue.snapshot);
   if (left) runner.owedTravel.reset();

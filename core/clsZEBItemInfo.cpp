@@ -33,7 +33,7 @@ class FileList {
   }
 
   bool Add(std::string name) {
-    if (names_.size() >= kMaxItemFiles || Holds(name)) return false;
+    if (names_.size() >= kMaxItemFiles || name.size() > kMaxFileNameBytes || Holds(name)) return false;
     if (!lowerCased_.empty()) lowerCased_.insert(LowerCase(name));
     names_.push_back(std::move(name));
     return true;

@@ -14,7 +14,8 @@
 
 namespace zeb {
 
-inline constexpr std::size_t kMaxItemFiles = 10000;  // in each list; what is added beyond is ignored
+inline constexpr std::size_t kMaxItemFiles = 255;       // in each list; what is added beyond is ignored
+inline constexpr std::size_t kMaxFileNameBytes = 4096;  // longer names open no file, and are not added
 
 struct ItemFields {
   std::string CartLine1, CartLine2, CartLine3, CartArtistsHREF;
@@ -52,7 +53,7 @@ class clsZEBItemInfo {
   int NumberPictures() const;
   const std::string& PictureFileName(int index) const;
   void SetPictureFileName(int index, std::string fileName);
-  bool AddPictureFile(std::string fileName);  // false: it is there already, or the list is full
+  bool AddPictureFile(std::string fileName);  // false: it is there already, or beyond the bounds above
   void ClearPictures();
 
   // An independent record with the same contents; entries that now differ only in case become one.

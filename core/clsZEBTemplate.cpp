@@ -3,7 +3,9 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/Operator.h"
 #include "platform/SettingsHive.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 
@@ -102,6 +104,11 @@ std::string clsZEBTemplate::GetStatusString(std::uint32_t& colour) {
   const StatusLook look = LookOf(Status());
   colour = look.colour;
   return std::string(look.text);
+}
+
+void clsZEBTemplate::CheckEscapeWord(const std::string& where, const std::string& word) {
+  if (const std::string wrong = WrongEscapeWord(word); !wrong.empty())
+    environment_.person.Note(where + ": EscapeValues: " + wrong);
 }
 
 }  // namespace zeb

@@ -71,6 +71,7 @@ class clsZEBTemplate {
   // What the last run put out and what it could not, counted as the type counts (files, pages, requests).
   struct Tally {
     int published = 0, failed = 0;
+    int givenUp = 0;  // for something newer that waits; the service has it shown again unless newer items are
   };
   virtual Tally LastTally() const { return tally_; }
   // Called by the service when UpdateOutput has ended: one text, published or failing, unless the output has
@@ -85,6 +86,13 @@ class clsZEBTemplate {
   // sent again: a connection broke.
   std::function<void()> onShownLost;
 
+  // Set by the service: what waits for this output while it is busy. Who sends for long asks now and then.
+  struct Waiting {
+    bool nearEnd = false, travel = false;  // cues
+    SnapshotPtr news;                      // newer items; null: none
+  };
+  std::function<Waiting()> whatWaits;
+
   std::int32_t DelaySeconds = 0;  // everything is shown this much later; kept by the service for all types
 
  protected:
@@ -93,6 +101,9 @@ class clsZEBTemplate {
   std::shared_ptr<Control> control_;
   std::string simpleTextFormat_;
   std::string problem_;  // of the output as a whole; "" while nothing fails
+
+  // Notes a word of an "EscapeValues" setting that there is not. `where` names the output, or its pair.
+  void CheckEscapeWord(const std::string& where, const std::string& word);
 
   // For an output that counts for itself, in UpdateOutput.
   void SetTally(Tally tally) {

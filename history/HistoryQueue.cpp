@@ -20,7 +20,7 @@ std::size_t BytesOf(const HistoryEntry& entry) {
 
 void AddSlot(HistoryUpdate& update, int slot, const clsZEBItemInfo& item) {
   std::string record = WriteItemRecord(item);
-  if (!record.empty()) update.slots.push_back({slot, std::move(record)});
+  if (!record.empty()) update.items.push_back({slot, std::move(record)});
 }
 
 HistoryUpdate ToRow(const HistoryUpdateEntry& entry) {

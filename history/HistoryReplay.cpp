@@ -28,10 +28,11 @@ Outcome WriteReplay(HistoryReader& reader, const HistoryFilter& filter, const Re
   while (const HistoryReader::Update* update = updates.Peek()) {
     const Result<SnapshotPtr> snapshot = snapshots.Make(*update, update->moment);
     if (!snapshot) return snapshot;
-    std::string text = ExpandAgainst(*snapshot.Value(), replayed.text, replayed.page, replayed.simpleText,
-                                     replayed.urlEncode);
+    const std::string text =
+        ExpandAgainst(*snapshot.Value(), replayed.text, replayed.page, replayed.simpleText, replayed.values)
+            .value_or("(the page would be too large)");
     if (text != shown) Write(out, update->moment, text);
-    shown = std::move(text);
+    shown = text;
     updates.Skip();
   }
   if (!updates.outcome()) return updates.outcome();

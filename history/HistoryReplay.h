@@ -6,14 +6,15 @@
 
 #include "platform/HistoryStore.h"
 #include "platform/Result.h"
+#include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
 
 struct ReplayedTemplate {
   std::string text;
-  std::string simpleText;  // behind <ZEB_SIMPLETEXT>
-  bool page = false;       // as the file output treats a page
-  bool urlEncode = false;
+  std::string simpleText{};  // behind <ZEB_SIMPLETEXT>
+  bool page = false;         // as the file output treats a page
+  ValueEncoding values{};
 };
 
 // Expands it against each update of the filter's service and span, and writes what it gives, with the moment,

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "history/HistoryRecord.h"
-#include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
 namespace {
@@ -33,7 +32,7 @@ Result<SnapshotPtr> HistorySnapshots::Make(const HistoryReader::Update& update, 
   ReadWordsRecord(words.Value(), *snapshot);
   snapshot->moment = moment.Local();
   snapshot->serviceNumber = update.service;
-  for (const auto& [slot, number] : update.slots) {
+  for (const auto& [slot, number] : update.items) {
     clsZEBItemInfo* place = InSlot(*snapshot, slot);
     if (place == nullptr) continue;
     Result<clsZEBItemInfo> item = ItemAt(number);
@@ -53,11 +52,11 @@ Result<clsZEBItemInfo> HistorySnapshots::ItemAt(std::int64_t number) {
   return items_.emplace(number, ReadItemRecord(record.Value()).value_or(clsZEBItemInfo())).first->second;
 }
 
-std::string ExpandAgainst(const ServiceSnapshot& snapshot, std::string_view templateText, bool page,
-                          std::string_view simpleText, bool urlEncode) {
+std::optional<std::string> ExpandAgainst(const ServiceSnapshot& snapshot, std::string_view templateText,
+                                         bool page, std::string_view simpleText, ValueEncoding values) {
   UploadFileList files;
-  if (page) return ExpandPage(UndoEscapedTags(templateText), snapshot, simpleText, files);
-  return ExpandTemplate(templateText, snapshot, simpleText, files, ValueEncoding{urlEncode});
+  if (page) return ExpandPage(UndoEscapedTags(templateText), snapshot, simpleText, files, values);
+  return ExpandTemplate(templateText, snapshot, simpleText, files, values);
 }
 
 }  // namespace zeb

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,6 +11,7 @@
 #include "core/ServiceSnapshot.h"
 #include "platform/HistoryStore.h"
 #include "platform/Result.h"
+#include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
 
@@ -27,8 +29,8 @@ class HistorySnapshots {
   std::unordered_map<std::int64_t, clsZEBItemInfo> items_;  // of late
 };
 
-// A template of a text, or of a page as the file output treats one.
-std::string ExpandAgainst(const ServiceSnapshot& snapshot, std::string_view templateText, bool page,
-                          std::string_view simpleText, bool urlEncode = false);
+// A template of a text, or of a page as the file output treats one. Nothing: the page would be too large.
+std::optional<std::string> ExpandAgainst(const ServiceSnapshot& snapshot, std::string_view templateText,
+                                         bool page, std::string_view simpleText, ValueEncoding values = {});
 
 }  // namespace zeb

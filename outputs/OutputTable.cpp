@@ -5,6 +5,7 @@
 #include "outputs/dab/clsZEBDABOutput.h"
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "outputs/file/DestinationsInProgress.h"
+#include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsZEBFileOutput.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "outputs/labels/LabelClient.h"
@@ -12,6 +13,7 @@
 #include "outputs/web/clsZEBWebOutput.h"
 #include "platform/SerialPortControl.h"
 #include "platform/Tcp.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 namespace {
@@ -20,6 +22,8 @@ namespace {
 struct Shared {
   Environment& environment;
   std::shared_ptr<DestinationsInProgress> destinations = std::make_shared<DestinationsInProgress>();
+  std::shared_ptr<PublishedNames> names = std::make_shared<PublishedNames>();
+  std::shared_ptr<TemplateStore> templates = std::make_shared<TemplateStore>();
 };
 
 using ControlPtr = std::shared_ptr<Control>;
@@ -48,13 +52,18 @@ ControlPtr MakeSerialPort(Environment& environment) {
 }
 
 OutputPtr MakeFileOutput(const Shared& shared) {
-  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations);
+  return std::make_shared<clsZEBFileOutput>(shared.environment, shared.destinations, shared.templates,
+                                            shared.names);
+}
+
+OutputPtr MakeWebOutput(const Shared& shared) {
+  return std::make_shared<clsZEBWebOutput>(shared.environment, shared.templates, shared.names);
 }
 
 constexpr Row kTable[] = {
     {OutputType::kFile, MakeFileOutput, nullptr},
     {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient},
-    {OutputType::kWeb, Make<clsZEBWebOutput>, nullptr},
+    {OutputType::kWeb, MakeWebOutput, nullptr},
     {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient},
     {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient},
     {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort},

@@ -57,7 +57,7 @@ struct HistoryUpdate {
   int service = 0;
   int cause = 0;
   std::string words;        // presenter, show and the like
-  std::vector<Slot> slots;  // those that hold something
+  std::vector<Slot> items;  // those that hold something
 };
 
 // An output has published something, or failed to.
@@ -143,7 +143,7 @@ class HistoryReader {
     int service = 0;
     int cause = 0;
     std::int64_t words = 0;
-    std::vector<std::pair<int, std::int64_t>> slots;
+    std::vector<std::pair<int, std::int64_t>> items;
   };
   virtual Result<std::vector<Update>> Updates(const HistoryFilter& filter, HistoryPlace place, int most) = 0;
   virtual Result<std::optional<Update>> FindUpdate(std::int64_t id) = 0;

@@ -34,6 +34,8 @@ class TcpListener {
  public:
   virtual ~TcpListener() = default;
   std::function<void(std::unique_ptr<TcpConnection>)> onConnection;
+  // Somebody could not be let in for want of descriptors or memory: why, in one line. May come often.
+  std::function<void(const std::string& what)> onTrouble;
 
   // An empty address listens on all interfaces, IPv4 and IPv6. Port 0 takes a free one (see Port).
   virtual Outcome Listen(const std::string& address, std::uint16_t port) = 0;

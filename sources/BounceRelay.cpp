@@ -120,8 +120,12 @@ void BounceRelay::Close() {
   if (std::exchange(inUse_, false)) Show("");
 }
 
-bool BounceRelay::Relay(std::string_view line, bool fromController) {
+bool BounceRelay::Relay(std::string_view message, bool fromController) {
   if (!HasControl()) return false;
+  // Some receivers end a line at a carriage return: what is one line here must not be two there.
+  std::string line(message);
+  for (char& c : line)
+    if (c == '\r' || c == '\n' || c == '\0') c = ' ';
   if (fromController && ControllerRelays()) {
     const std::optional<std::string> passedOn = ring_.LineToPassOn(line);
     return passedOn && Send(*passedOn);

@@ -39,7 +39,7 @@ class BounceRelay {
 
   // False: the line was not relayed: the link has no control, or has just been given up, or the line has gone
   // round.
-  bool Relay(std::string_view line, bool fromController);
+  bool Relay(std::string_view message, bool fromController);
 
  private:
   uNetControlClient::Events MakeEvents();

@@ -132,8 +132,9 @@ void ControlLink::HandleClear(std::string_view command) {
 
 void ControlLink::HandlePresenter(std::string_view arguments) {
   clsZEBService& service = intake_.service();
-  service.PresenterReference = FirstValue(arguments, {"PRESENTER", "REFERENCE", "LOGIN"});
-  service.PresenterFullName = ParameterValue(arguments, "FULLNAME");
+  service.PresenterReference =
+      intake_.Bounded("PresenterReference", FirstValue(arguments, {"PRESENTER", "REFERENCE", "LOGIN"}));
+  service.PresenterFullName = intake_.Bounded("PresenterFullName", ParameterValue(arguments, "FULLNAME"));
   if (!service.settings.ProcessPresenterUpdates) return;
   intake_.NoteInformation(kWaiting);
   intake_.window().RefreshItemList();
@@ -141,8 +142,9 @@ void ControlLink::HandlePresenter(std::string_view arguments) {
 
 void ControlLink::HandleShow(std::string_view arguments) {
   clsZEBService& service = intake_.service();
-  service.ShowReference = FirstValue(arguments, {"SHOW", "HOUR", "REFERENCE"});
-  service.ShowTitle = FirstValue(arguments, {"TITLE", "DESCRIPTION"});
+  service.ShowReference =
+      intake_.Bounded("ShowReference", FirstValue(arguments, {"SHOW", "HOUR", "REFERENCE"}));
+  service.ShowTitle = intake_.Bounded("ShowTitle", FirstValue(arguments, {"TITLE", "DESCRIPTION"}));
   if (!service.settings.ProcessShowUpdates) return;
   intake_.NoteInformation(kWaiting);
   intake_.window().RefreshItemList();

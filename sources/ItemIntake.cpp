@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "core/ItemBounds.h"
 #include "diagnostics/hxGeneral.h"
 #include "text/LetterCase.h"
 
@@ -44,10 +45,11 @@ void ItemIntake::SetCurrentItem(const clsZEBItemInfo* item, bool updateNow) {
       DebugLine("Nothing Passed!");
       return;
     }
-    if (SameAsExisting(*item, &service_.CurrentItem(), service_.settings.UpdateOnTimingChange)) return;
-    FollowTravelFlag(*item);
-    LogItem(*item);
-    service_.SetCurrentItem(*item);
+    const clsZEBItemInfo arriving = Bounded(*item);
+    if (SameAsExisting(arriving, &service_.CurrentItem(), service_.settings.UpdateOnTimingChange)) return;
+    FollowTravelFlag(arriving);
+    LogItem(arriving);
+    service_.SetCurrentItem(arriving);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
     ReportException("setting the current item", Report::kQuietly);
@@ -62,7 +64,7 @@ void ItemIntake::SetNextItem(const clsZEBItemInfo* item, bool updateNow) {
       return;
     }
     if (IndexTooHigh(*item)) return;
-    const clsZEBItemInfo arriving = WithSlot(*item);
+    const clsZEBItemInfo arriving = WithSlot(Bounded(*item));
     const int slot = arriving.ItemIndexNumber;
     if (SameAsExisting(arriving, service_.NextItem(slot), service_.settings.UpdateOnTimingChange)) return;
     LogItem(arriving);
@@ -81,7 +83,7 @@ void ItemIntake::SetPreviousItem(const clsZEBItemInfo* item, bool updateNow) {
       return;
     }
     if (IndexTooHigh(*item)) return;
-    const clsZEBItemInfo arriving = WithSlot(*item);
+    const clsZEBItemInfo arriving = WithSlot(Bounded(*item));
     const int slot = arriving.ItemIndexNumber;
     if (SameAsExisting(arriving, service_.PreviousItem(slot), service_.settings.UpdateOnTimingChange)) return;
     LogItem(arriving);
@@ -99,13 +101,31 @@ void ItemIntake::SetComingSoonItem(const clsZEBItemInfo* item, bool updateNow) {
       DebugLine("Nothing Passed!");
       return;
     }
-    if (SameAsExisting(*item, &service_.ComingSoonItem(), service_.settings.UpdateOnTimingChange)) return;
-    LogItem(*item);
-    service_.SetComingSoonItem(*item);
+    const clsZEBItemInfo arriving = Bounded(*item);
+    if (SameAsExisting(arriving, &service_.ComingSoonItem(), service_.settings.UpdateOnTimingChange)) return;
+    LogItem(arriving);
+    service_.SetComingSoonItem(arriving);
     if (updateNow) RequestUpdate();
   } catch (const std::exception&) {
     ReportException("setting the coming soon item", Report::kQuietly);
   }
+}
+
+clsZEBItemInfo ItemIntake::Bounded(const clsZEBItemInfo& item) {
+  clsZEBItemInfo bounded = item;
+  if (const std::string excess = ExcessText(CutToBounds(bounded)); !excess.empty()) NoteExcess(excess);
+  return bounded;
+}
+
+std::string ItemIntake::Bounded(std::string_view field, std::string text) {
+  if (const std::size_t bytes = CutToBound(text); bytes > 0) NoteExcess(ExcessText({{field, bytes}}));
+  return text;
+}
+
+void ItemIntake::NoteExcess(const std::string& what) {
+  Environment& environment = service_.environment();
+  if (const auto more = tooLong_.Next(environment.loop.Monotonic()))
+    environment.person.Note(service_.settings.ServiceName + ": " + what + *more);
 }
 
 void ItemIntake::FollowTravelFlag(const clsZEBItemInfo& item) {

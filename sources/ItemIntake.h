@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "core/clsZEBService.h"
+#include "diagnostics/RepeatedNote.h"
 
 namespace zeb {
 
@@ -34,12 +36,17 @@ class ItemIntake {
  public:
   ItemIntake(clsZEBService& service, IntakeWindow& window);
 
-  // A null item: nothing was passed. For next and previous items the slot is the item's own number; below 1
-  // means 1.
+  // Texts are cut to their bounds (core/ItemBounds.h). A null item: nothing was passed. For next and previous
+  // items the slot is the item's own number; below 1 means 1.
   void SetCurrentItem(const clsZEBItemInfo* item, bool updateNow);
   void SetNextItem(const clsZEBItemInfo* item, bool updateNow);
   void SetPreviousItem(const clsZEBItemInfo* item, bool updateNow);
   void SetComingSoonItem(const clsZEBItemInfo* item, bool updateNow);
+
+  // What arrived was longer than its bound: one line in the journal, about once a minute.
+  void NoteExcess(const std::string& what);
+  // The text, cut to the bound of a field and noted when it is longer.
+  std::string Bounded(std::string_view field, std::string text);
 
   // Information other than an item arrived (presenter, show, a forced update): an update falls due.
   void NoteInformation(const std::string& panelText);
@@ -53,6 +60,8 @@ class ItemIntake {
   IntakeWindow& window() { return window_; }
 
  private:
+  // Every item passes through this, before it is compared: a cut one must not look new each time.
+  clsZEBItemInfo Bounded(const clsZEBItemInfo& item);
   void FollowTravelFlag(const clsZEBItemInfo& item);
   void ClearTravelFlag();
   // Now when the service may, else a little later.
@@ -61,6 +70,7 @@ class ItemIntake {
   clsZEBService& service_;
   IntakeWindow& window_;
   std::optional<MonotonicTime> travelFlagSince_;
+  RepeatedNote tooLong_;
 };
 
 }  // namespace zeb

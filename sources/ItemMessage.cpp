@@ -175,7 +175,7 @@ bool ReadTitle(const Values& values, ItemFields& fields) {
   return true;
 }
 
-void ReadPictures(const Values& values, clsZEBItemInfo& item) {
+void ReadPictures(const Values& values, ItemIntake& intake, clsZEBItemInfo& item) {
   std::vector<std::string_view> names;
   if (const auto name = values.Raw(Key::kPicFName)) names.push_back(*name);
   if (const auto name = values.RawPicture(1)) names.push_back(*name);
@@ -186,8 +186,16 @@ void ReadPictures(const Values& values, clsZEBItemInfo& item) {
   }
   if (names.empty()) return;
   item.ClearPictures();
-  for (const std::string_view name : names)
-    if (!name.empty()) item.AddPictureFile(DecodeValue(name));
+  for (const std::string_view name : names) {
+    if (name.empty()) continue;
+    const bool room = item.NumberPictures() < static_cast<int>(kMaxItemFiles);
+    if (std::string picture = DecodeValue(name); picture.size() > kMaxFileNameBytes)
+      intake.NoteExcess("the name of a picture has " + std::to_string(picture.size()) +
+                        " bytes and is left out; at most " + std::to_string(kMaxFileNameBytes) + " are read");
+    else if (!item.AddPictureFile(std::move(picture)) && !room)
+      return intake.NoteExcess("an item has more than " + std::to_string(kMaxItemFiles) +
+                               " pictures; the others are left out");
+  }
 }
 
 void ReadFields(Values& values, ItemIntake& intake, CartStore& carts, clsZEBItemInfo& item) {
@@ -251,7 +259,7 @@ bool ParseItemMessage(std::string_view message, ItemIntake& intake, CartStore& c
     Values values(message);
     if (const auto from = values.Raw(Key::kPromote)) Promote(DecodeValue(*from), intake, item);
     ReadFields(values, intake, carts, item);
-    ReadPictures(values, item);
+    ReadPictures(values, intake, item);
     return true;
   } catch (const std::exception&) {
     ReportException("reading an item message", Report::kQuietly);

@@ -102,7 +102,7 @@ void MessageIndex::NoteKey(std::string_view key, std::size_t hash, std::size_t v
 void MessageIndex::NotePicture(std::string_view key, std::size_t valueStart) {
   if (key.size() <= kPictureName.size()) return;
   const std::string_view digits = key.substr(0, key.size() - kPictureName.size());
-  if (!SameKey(key.substr(digits.size()), kPictureName) || digits.size() > 4 ||
+  if (!SameKey(key.substr(digits.size()), kPictureName) || digits.size() > 3 ||
       !std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; }))
     return;
   const auto number = static_cast<std::size_t>(LeadingDigits(digits));

@@ -51,7 +51,7 @@ enum class MessageKey : std::uint8_t {
   kPicFName
 };
 inline constexpr std::size_t kNumberMessageKeys = 34;
-inline constexpr int kMaxPictures = 1000;
+inline constexpr int kMaxPictures = 256;  // one more than an item holds, so that too many are seen
 
 std::string_view MessageKeyName(MessageKey key);
 

@@ -34,8 +34,7 @@ std::size_t HashOf(std::string_view line) {
 
 }  // namespace
 
-RingCheck::RingCheck(EventLoop& loop, Events events)
-    : loop_(loop), events_(std::move(events)), id_(NewId()) {}
+RingCheck::RingCheck(EventLoop& loop, Events events) : loop_(loop), events_(std::move(events)) {}
 
 void RingCheck::Begin() {
   Stop();
@@ -52,6 +51,7 @@ void RingCheck::Stop() {
 void RingCheck::Check() {
   checked_ = loop_.Monotonic();
   cameBack_ = false;
+  if (id_.empty()) id_ = NewId();
   events_.Send(std::string(kCheck) + id_ + " 1");
 }
 
@@ -76,7 +76,7 @@ std::optional<std::string> RingCheck::LineToPassOn(std::string_view line) {
 
 std::optional<std::string> RingCheck::PassCheckOn(std::string_view line) {
   const FirstWord words = CutFirstWord(line.substr(kCheck.size()));
-  if (words.word == id_) {
+  if (!id_.empty() && words.word == id_) {
     CameBack();
     return std::nullopt;
   }

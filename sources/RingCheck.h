@@ -42,7 +42,7 @@ class RingCheck {
 
   EventLoop& loop_;
   Events events_;
-  std::string id_;
+  std::string id_;  // made with the first check: most services never send one, and it takes a while
   bool inRing_ = false, cameBack_ = false;
   std::optional<MonotonicTime> checked_;
   std::deque<std::size_t> lately_;  // hashes of the lines relayed last

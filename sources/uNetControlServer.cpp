@@ -58,7 +58,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   ClientPtr newcomer;  // found every place taken; gets one if it takes control
   Timer newcomerTime;
   std::string reportedBadPeers, reportedListenFailure;
-  RepeatedNote notAllowed, tooMany, displaced, lineTooLong, notReading;
+  RepeatedNote notAllowed, tooMany, displaced, lineTooLong, notReading, noRoom;
   ControlNotes controlNotes{environment.loop, [this](const std::string& text) { Note(text); }};
   bool destroyed = false;
 
@@ -102,6 +102,9 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     auto fresh = environment.network.MakeListener();
     fresh->onConnection = [weak = weak_from_this()](std::unique_ptr<TcpConnection> connection) {
       if (const auto state = weak.lock()) state->OnConnection(std::move(connection));
+    };
+    fresh->onTrouble = [weak = weak_from_this()](const std::string& what) {
+      if (const auto state = weak.lock()) state->NoteSeldom(state->noRoom, what);
     };
     Outcome outcome = fresh->Listen(address, port);
     if (!outcome) {

@@ -24,9 +24,8 @@ Outcome ChangeConfigFile(FileSystem& files, const std::string& fileName, const C
     file = std::move(read.Value());
   }
   change(file);
-  const std::string temporary = fileName + ".tmp";
-  if (Outcome written = files.Write(temporary, file.ToBytes()); !written) return written;
-  return files.Rename(temporary, fileName);
+  const auto target = files.FindTarget(fileName, {});
+  return target ? target.Value()->Replace(file.ToBytes()) : Outcome(target);
 }
 
 }  // namespace zeb

@@ -9,7 +9,8 @@ std::string ExpandTemplate(std::string_view templateText, const ServiceSnapshot&
                            std::string_view simpleText, UploadFileList& uploadFiles, ValueEncoding values) {
   std::string expanded;
   expanded.reserve(templateText.size() + 64);
-  TemplateExpander(snapshot, simpleText, uploadFiles, values).Append(templateText, expanded);
+  TagValues tags(snapshot, simpleText, uploadFiles, values);
+  TemplateExpander(tags).Append(templateText, expanded);
   return expanded;
 }
 

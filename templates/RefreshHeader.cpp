@@ -5,30 +5,36 @@
 
 namespace zeb {
 
-void InsertRefreshHeader(std::string& page, std::int32_t refreshSeconds, bool noCache, WallTime now,
-                         std::string_view version) {
+std::size_t RefreshHeaderPlace(std::string_view page) {
   const std::size_t html = FindIgnoringAsciiCase(page, "<HTML");
-  if (html == std::string::npos) return;
+  if (html == std::string_view::npos) return html;
   const std::size_t lineEnd = page.find("\r\n", html);
-  if (lineEnd == std::string::npos) return;
+  return lineEnd == std::string_view::npos ? lineEnd : lineEnd + 2;
+}
 
+std::string RefreshHeaderText(const RefreshHeader& header, WallTime now) {
   // Programs at stations look for this line: the minutes twice and no seconds, no blank before the time.
-  std::string header = "<!-- ZEB last updated this file...";
-  header += FormatDateTime(now, "hh:mm:nn dddddd");
-  header += " -->\r\n<meta content=\"Hexmoor ZEB ";
-  header += version;
-  header += "\" name=\"RE-GENERATOR\">\r\n";
-  if (refreshSeconds > 0) {
-    header += "<meta HTTP-EQUIV=\"REFRESH\" CONTENT=\"";
-    AppendPlainNumber(header, static_cast<std::int64_t>(refreshSeconds));
-    header += "\">\r\n";
+  std::string text = "<!-- ZEB last updated this file...";
+  text += FormatDateTime(now, "hh:mm:nn dddddd");
+  text += " -->\r\n<meta content=\"Hexmoor ZEB ";
+  text += header.version;
+  text += "\" name=\"RE-GENERATOR\">\r\n";
+  if (header.refreshSeconds > 0) {
+    text += "<meta HTTP-EQUIV=\"REFRESH\" CONTENT=\"";
+    AppendPlainNumber(text, static_cast<std::int64_t>(header.refreshSeconds));
+    text += "\">\r\n";
   }
-  if (noCache)
-    header +=
+  if (header.noCache)
+    text +=
         "<meta http-equiv=\"pragma\" content=\"no-cache\">\r\n"
         "<meta http-equiv=\"Expires\" content=\"0\">\r\n";
-  header += "<!-- End of ZEB modifications -->\r\n\r\n";
-  page.insert(lineEnd + 2, header);
+  text += "<!-- End of ZEB modifications -->\r\n\r\n";
+  return text;
+}
+
+void InsertRefreshHeader(std::string& page, const RefreshHeader& header, WallTime now) {
+  const std::size_t at = RefreshHeaderPlace(page);
+  if (at != std::string::npos) page.insert(at, RefreshHeaderText(header, now));
 }
 
 }  // namespace zeb

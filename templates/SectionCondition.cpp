@@ -11,33 +11,6 @@ namespace zeb {
 
 namespace {
 
-struct Condition {
-  TagName tag;
-  bool wantsEqual = false;  // a missing operator acts as "!="
-  std::string operand;      // in capitals
-  std::string_view body;
-};
-
-Condition ParseCondition(std::string_view content) {
-  Condition condition;
-  const Extract name = ExtractToDelimiter(content, 2, '>');
-  condition.tag = SplitTagName(name.text);
-
-  // Without a ">" the operand is read from the start of the content.
-  std::size_t operandStart = name.Next();
-  const std::string_view afterTag = content.substr(operandStart);
-  if (afterTag.starts_with('=')) {
-    condition.wantsEqual = true;
-    operandStart += 1;
-  } else if (afterTag.starts_with("!=")) {
-    operandStart += 2;
-  }
-  const Extract operand = ExtractToDelimiter(content, operandStart, ')');
-  condition.operand = UpperCase(operand.text);
-  condition.body = content.substr(operand.Next());
-  return condition;
-}
-
 // The words for voice links test the jingle's code on purpose: playout systems send links with that code.
 std::int32_t ItemTypeOfWord(std::string_view word) {
   static constexpr struct {
@@ -54,7 +27,7 @@ std::int32_t ItemTypeOfWord(std::string_view word) {
   return 0;
 }
 
-bool HoldsForItem(const Condition& condition, const clsZEBItemInfo& item) {
+bool HoldsForItem(const SectionCondition& condition, const clsZEBItemInfo& item) {
   const std::string element = UpperCase(condition.tag.element);
   if (element == "ITEMTYPE")
     return (item->ItemType == ItemTypeOfWord(condition.operand)) == condition.wantsEqual;
@@ -62,7 +35,7 @@ bool HoldsForItem(const Condition& condition, const clsZEBItemInfo& item) {
   return (item.GetElementByName(element, true) == condition.operand) == condition.wantsEqual;
 }
 
-bool HoldsForSpecial(const Condition& condition, const ServiceSnapshot& snapshot) {
+bool HoldsForSpecial(const SectionCondition& condition, const ServiceSnapshot& snapshot) {
   static constexpr struct {
     std::string_view element;
     std::string ServiceSnapshot::*value;
@@ -80,17 +53,40 @@ bool HoldsForSpecial(const Condition& condition, const ServiceSnapshot& snapshot
 
 }  // namespace
 
-std::string_view ShownPart(std::string_view content, const ServiceSnapshot& snapshot) {
-  if (!content.starts_with(kConditionStart)) return content;
-  const Condition condition = ParseCondition(content);
+std::optional<SectionCondition> ParseSectionCondition(std::string_view content) {
+  if (!content.starts_with(kConditionStart)) return std::nullopt;
+  SectionCondition condition;
+  const Extract name = ExtractToDelimiter(content, 2, '>');
+  condition.tag = SplitTagName(name.text);
+
+  // Without a ">" the operand is read from the start of the content.
+  std::size_t operandStart = name.Next();
+  const std::string_view afterTag = content.substr(operandStart);
+  if (afterTag.starts_with('=')) {
+    condition.wantsEqual = true;
+    operandStart += 1;
+  } else if (afterTag.starts_with("!=")) {
+    operandStart += 2;
+  }
+  const Extract operand = ExtractToDelimiter(content, operandStart, ')');
+  condition.operand = UpperCase(operand.text);
+  condition.body = operand.Next();
+  return condition;
+}
+
+ShownPart Evaluate(const SectionCondition& condition, const ServiceSnapshot& snapshot) {
   bool holds = false;
   if (const clsZEBItemInfo* item = ItemOfSlot(snapshot, condition.tag.slot))
     holds = HoldsForItem(condition, *item);
-  else if (condition.tag.slot == "SPECIAL")
+  else if (condition.tag.slot == kSpecialSlot)
     holds = HoldsForSpecial(condition, snapshot);
   else
-    return content;  // the condition stays in the text, for its author to see
-  return holds ? condition.body : std::string_view();
+    return ShownPart::kAll;  // the condition stays in the text, for its author to see
+  return holds ? ShownPart::kBody : ShownPart::kNothing;
+}
+
+bool MayShowAll(const SectionCondition& condition) {
+  return condition.tag.slot != kSpecialSlot && !AlwaysHasItem(condition.tag.slot);
 }
 
 }  // namespace zeb

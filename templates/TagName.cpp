@@ -50,4 +50,9 @@ const clsZEBItemInfo* ItemOfSlot(const ServiceSnapshot& snapshot, std::string_vi
   return nullptr;
 }
 
+bool AlwaysHasItem(std::string_view slot) {
+  const std::string_view word = slot.substr(0, 3);
+  return word == "NOW" || word == "COM";
+}
+
 }  // namespace zeb

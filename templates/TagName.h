@@ -11,6 +11,7 @@ namespace zeb {
 
 inline constexpr std::string_view kTagStart = "<ZEB";
 inline constexpr std::string_view kConditionStart = "(<ZEB";
+inline constexpr std::string_view kSpecialSlot = "SPECIAL";
 
 struct TagName {
   std::string_view slot;
@@ -24,5 +25,7 @@ TagName SplitTagName(std::string_view name);
 
 // The item that a slot word names by its first three letters (and its number); null when there is none.
 const clsZEBItemInfo* ItemOfSlot(const ServiceSnapshot& snapshot, std::string_view slot);
+// Whether that is never null.
+bool AlwaysHasItem(std::string_view slot);
 
 }  // namespace zeb

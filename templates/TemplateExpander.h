@@ -1,47 +1,34 @@
-// TemplateExpander: one expansion against one snapshot, of a template as a whole or of a page piece by piece.
+// TemplateExpander: the general expansion, of a template as a whole or of a page piece by piece. It takes any
+// text; for texts that are expanded again and again there is CompiledTemplate.
 //
-// Lives for one call of ExpandTemplate or ExpandPage; the service must not change meanwhile. Linear in text
-// plus result: each pass copies into one buffer, and what every tag would repeat (the simple text, an item's
-// additional files) is done once.
+// Lives for one expansion. Linear in text plus result: each pass copies into one buffer.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "templates/TagName.h"
-#include "templates/ZEB_Class_Functions.h"
+#include "templates/TagValues.h"
 
 namespace zeb {
 
 class TemplateExpander {
  public:
-  // All are kept by reference.
-  TemplateExpander(const ServiceSnapshot& snapshot, std::string_view simpleText, UploadFileList& uploadFiles,
-                   ValueEncoding values);
+  explicit TemplateExpander(TagValues& values) : values_(values) {}
 
-  // Appends the expansion of `text`, a template of its own, to `to`.
+  // Appends the expansion of `text`, a template of its own, to `to`; cut when that grows beyond
+  // kMaxPageBytes.
   void Append(std::string_view text, std::string& to);
+  // The same of a page, piece by piece of so many characters.
+  void AppendPage(std::string_view page, std::size_t characters, std::string& to);
 
  private:
   std::string_view ExpandSections(std::string_view text);  // valid until the next call
+  std::string_view ShownContent(std::string_view content) const;
   void ExpandTags(std::string_view text, std::string& to);
-  void AppendTag(std::string_view name, std::string& to);
   void AppendUnclosedTag(std::string_view tag, std::size_t start, std::string& to);
-  void AppendItemValue(const clsZEBItemInfo& item, const TagName& tag, std::string& to);
-  void AppendPictureName(const clsZEBItemInfo& item, std::int32_t index, std::string& to);
-  void FinishValue(std::string& to, std::size_t start) const;
-  void AddAdditionalFiles(const clsZEBItemInfo& item);
-  const std::string& SimpleTextExpansion();
 
-  const ServiceSnapshot& snapshot_;
-  std::string_view simpleText_;
-  UploadFileList& uploadFiles_;
-  ValueEncoding values_;
-  std::string sections_;                                    // the text after the first pass
-  std::optional<std::string> simpleTextExpansion_;          // made for the first tag that wants it
-  std::vector<const clsZEBItemInfo*> itemsWithFilesAdded_;  // at most one for each slot
+  TagValues& values_;
+  std::string sections_;  // the text after the first pass
 };
 
 }  // namespace zeb

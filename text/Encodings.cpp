@@ -250,4 +250,10 @@ std::string EncodeFile(std::string_view text, const FileEncoding& encoding) {
   return bytes;
 }
 
+std::string_view EncodeFile(std::string_view text, const FileEncoding& encoding, std::string& room) {
+  if (encoding.kind == FileEncoding::kUtf8 && !encoding.byteOrderMark) return text;
+  room = EncodeFile(text, encoding);
+  return room;
+}
+
 }  // namespace zeb

@@ -15,6 +15,7 @@ struct FileEncoding {
   Kind kind = kUtf8;
   bool byteOrderMark = false;
   bool markup = false;  // HTML or XML: a character that the encoding lacks is written as &#NNNN;
+  bool operator==(const FileEncoding&) const = default;
 };
 
 // The file's byte order mark, else the charset that it declares (HTML meta charset or http-equiv, XML
@@ -26,6 +27,8 @@ FileEncoding DetectFileEncoding(std::string_view bytes);
 std::string DecodeFile(std::string_view bytes, const FileEncoding& encoding);
 // The bytes to write: mark, then text. What the encoding lacks becomes &#NNNN; in markup, else "?".
 std::string EncodeFile(std::string_view text, const FileEncoding& encoding);
+// The same without a copy where the bytes are the text as it is; else they are in `room`.
+std::string_view EncodeFile(std::string_view text, const FileEncoding& encoding, std::string& room);
 
 // The character set of an output's line to the outside ("CharacterSet" k).
 enum class CharacterSet { kUtf8, kWindows1252, kIso8859_1, kRds, kEbuLatin };

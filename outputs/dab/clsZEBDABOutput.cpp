@@ -32,6 +32,7 @@ constexpr SettingRow<S> kRows[] = {
     {"AppendCharsFormat", &S::append},      {"DefaultText", &S::DefaultText},
     {"AlternateStrings", &S::alternates},   {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
     {"MaxNumberChars", &S::MaxNumberChars}, {"CharacterSet", &S::characterSet},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -46,6 +47,7 @@ clsZEBDABOutput::~clsZEBDABOutput() {
 void clsZEBDABOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("DAB output " + std::to_string(outputIndex), settings.EscapeValues);
   simpleTextFormat_ = settings.simpleText;
   SetStatus(kStatusOK);
 }
@@ -215,8 +217,8 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   std::vector<std::string>& candidates = found.Value();
   if (candidates.empty()) {
     UploadFileList unused;
-    std::string text =
-        WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText, unused));
+    std::string text = WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText,
+                                                        unused, settings.Values(settings.DefaultText)));
     if (!text.empty()) candidates.push_back(std::move(text));
   }
   if (candidates.empty()) return exitAs("no strings to choose from");
@@ -241,7 +243,8 @@ void clsZEBDABOutput::NoteNotLoggedOn() {
 
 std::string clsZEBDABOutput::LabelOf(const ServiceSnapshot& snapshot, std::string text) const {
   UploadFileList unused;
-  text += ExpandTemplate(ConvertHexEscapes(settings.append), snapshot, settings.simpleText, unused);
+  text += ExpandTemplate(ConvertHexEscapes(settings.append), snapshot, settings.simpleText, unused,
+                         settings.Values(settings.append));
   text = WithoutLineBreaks(KeepToSet(text, settings.characterSet));
   std::string_view label = text;
   if (const std::int32_t most = LeadingInteger(settings.MaxNumberChars); most > 0)

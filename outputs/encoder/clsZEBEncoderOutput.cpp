@@ -11,6 +11,7 @@
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 #include "text/PercentEncoding.h"
 #include "text/Utf8.h"
 
@@ -84,6 +85,7 @@ constexpr SettingRow<S> kRows[] = {
      .storedAs = StoredAs::kNumber,
      .least = 0,
      .most = 3600},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -237,6 +239,7 @@ void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputInde
   const Trace trace("Encoder.GetOutputInformation");
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("Encoder output " + std::to_string(outputIndex), settings.EscapeValues);
   std::string& mount = settings.IcecastMount;
   if (!mount.empty() && mount.front() != '/') mount.insert(mount.begin(), '/');
 }
@@ -255,9 +258,11 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   mayPass_ = true;
   UploadFileList unused;
+  const ValueEncoding values{.escape = EscapeFor(settings.EscapeValues, {}, settings.SimpleTextFormat),
+                             .oneLine = true};
   std::vector<EncoderCommand> commands;
-  for (const std::string& piece :
-       SplitPieces(ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused))) {
+  for (const std::string& piece : SplitPieces(
+           ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, values))) {
     EncoderCommand command = SplitCommand(piece);
     if (!command.value.empty() || settings.SendEmptyStrings) commands.push_back(std::move(command));
   }
@@ -330,11 +335,12 @@ Verdict clsZEBEncoderOutput::SendToServer(const std::string& text) {
 }
 
 std::string clsZEBEncoderOutput::BuildRequest(const std::string& text) const {
-  const std::string title = WithoutLineEnds(text);
+  const std::string title = WithoutControls(text);
   std::string request = "GET ";
   if (settings.IcecastMount.empty())
-    request += "/admin.cgi?pass=" + WithoutLineEnds(settings.SHOUTCastServerPassword) +
-               "&mode=updinfo&song=" + BlanksEncoded(EncodeFor(title, settings.characterSet));
+    request +=
+        "/admin.cgi?pass=" + WithoutControls(settings.SHOUTCastServerPassword) +
+        "&mode=updinfo&song=" + ControlsEncoded(BlanksEncoded(EncodeFor(title, settings.characterSet)));
   else
     request += "/admin/metadata?mount=" + PercentEncoded(settings.IcecastMount) +
                "&mode=updinfo&charset=UTF-8&song=" + PercentEncoded(title);

@@ -40,6 +40,7 @@ struct EncoderSettings {
   std::string IcecastUsername = "source";
   // How often that server is asked whether the stream began anew and so lost its title, in seconds; 0: never.
   std::int32_t IcecastCheckSeconds = 10;
+  std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
 struct EncoderCommand {

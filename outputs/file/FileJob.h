@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +12,7 @@
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/PageWork.h"
 #include "outputs/file/WorkPlace.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -27,7 +28,6 @@ struct FileJob {
   std::int32_t status = kStatusOK;
   std::string problem;             // one line; "" when all is well
   bool published = false;          // the page is in place
-  bool leftOver = false;           // the work file could not be renamed
   std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);
@@ -37,27 +37,21 @@ struct FileJob {
 struct FileTools {
   FileSystem& files;
   DestinationsInProgress& destinations;
+  TemplateStore& templates;
   WorkPlace& place;
+  const std::string& dataFolder;
   bool preserveTempFiles = false;
   bool trace = false;  // whether the steps go to the debug log
 };
 
 // Nothing: failed, and the job says why.
-std::optional<LoadedTemplate> LoadFor(FileJob& job, const FileTools& tools);
+std::shared_ptr<const PageTemplate> LoadFor(FileJob& job, const FileTools& tools);
 
-// Puts the page in place: a temporary file, its copy beside the destination, and a rename, so that a reader
-// always finds the old page or the new one. Then the same for a numbered version, when wanted.
-void PlacePage(FileJob& job, const FileTools& tools, std::string_view page, const FileEncoding& encoding);
+// Where the page goes. Nothing: refused, and the job says why.
+std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools);
 
-// The name under which a file is made beside its final one.
-std::string WorkName(const std::string& path);
-
-// A file that travels with a page.
-struct AdditionalCopy {
-  std::string source, target;
-};
-// Copies through a work file and a rename. With `always` off, an equal file (same size and time) is left
-// alone. The reason, when it fails.
-std::string CopyAdditional(const FileTools& tools, const AdditionalCopy& copy, bool always);
+// Puts the page in place, then a numbered version of it, when wanted.
+void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
+               const FileEncoding& encoding);
 
 }  // namespace zeb

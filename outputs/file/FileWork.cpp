@@ -1,7 +1,6 @@
 #include "outputs/file/FileWork.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "text/Paths.h"
@@ -49,12 +48,12 @@ void FileWork::DoPiece() {
   if (!Ended()) claim_ = std::move(claim);
 }
 
-// False: it must wait for additional files that another output is writing, or has been given up.
+// False: it must wait for files that another output is writing, or has been given up.
 bool FileWork::Do(FileJob& job, Claim& claim) {
   const FileTools tools = Tools();
-  std::optional<LoadedTemplate> loaded = LoadFor(job, tools);
+  const std::shared_ptr<const PageTemplate> loaded = LoadFor(job, tools);
   if (!loaded) return true;
-  pieceBytes_ += loaded->text.size();
+  pieceBytes_ += loaded->Text().size();
   std::string why = WhyNoDestination(job);
   if (why.empty() && !claim.Holds(job.destination))
     why = StillBeingWritten(job.destination) + "; give each output a destination of its own";
@@ -62,30 +61,50 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     job.Fail(kStatusDestinationFileProblem, std::move(why));
     return true;
   }
+  const std::unique_ptr<FileTarget> target = FindPlace(job, tools);
+  if (!target) return true;
+  // Behind a link, another path than the one that was claimed.
+  const Hold hold = HoldAlso(claim, target->Path());
+  if (hold == Hold::kWait) return false;
+  if (hold == Hold::kTaken) {
+    job.Fail(kStatusDestinationFileProblem, StillBeingWritten(target->Path()));
+    return true;
+  }
   UploadFileList named;
-  const std::string page = BuildPage(std::move(loaded->text), job.parameters, *job.snapshot, named);
+  const ValueEncoding values = PageValues(job.parameters, loaded->Text());
+  const Result<std::string> page = BuildPage(*loaded, job.parameters, *job.snapshot, named, values);
+  if (!page) {
+    job.Fail(kStatusSourceFileProblem, page.Reason());
+    return true;
+  }
   if (setting_.copyAdditional) {
     for (const std::string& path : named.Paths()) listed_.Add(path);
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
     if (!CopyBesidePages(claim)) return false;
   }
-  PlacePage(job, tools, page, loaded->encoding);
+  PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
   return true;
+}
+
+FileWork::Hold FileWork::HoldAlso(Claim& claim, const std::string& path) {
+  if (claim.Holds(path) || claim.Add(path)) return Hold::kOurs;
+  return waitedFor_.insert(path).second ? Hold::kWait : Hold::kTaken;
 }
 
 // Every listed file goes beside every page, once a folder.
 bool FileWork::CopyBesidePages(Claim& claim) {
+  const MediaTools media{setting_.media, *setting_.names};
   for (auto& [folder, done] : folders_) {
     for (; done < listed_.Paths().size(); ++done) {
       const std::string& path = listed_.Paths()[done];
       const std::string_view name = FileNamePart(path);
       if (name.empty()) continue;
-      const AdditionalCopy copy{JoinPath(setting_.dataFolder, path), folder + std::string(name)};
+      const AdditionalCopy copy{JoinPath(setting_.media.dataFolder, path), folder + std::string(name)};
       if (givenUp_) return false;
-      const bool ours = claim.Holds(copy.target) || claim.Add(copy.target);
-      if (!ours && waitedFor_.insert(copy.target).second) return false;
-      copies_[copy.target] =
-          ours ? CopyAdditional(Tools(), copy, setting_.alwaysCopy) : StillBeingWritten(copy.target);
+      const Hold hold = HoldAlso(claim, copy.target);
+      if (hold == Hold::kWait) return false;
+      copies_[copy.target] = hold == Hold::kOurs ? CopyAdditional(Tools(), media, copy, setting_.alwaysCopy)
+                                                 : StillBeingWritten(copy.target);
     }
   }
   return true;

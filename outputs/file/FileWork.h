@@ -4,8 +4,9 @@
 //
 // Owned by the output and by the worker that does a piece of it. While a worker has it, the loop's thread
 // touches only what is marked so; afterwards everything. A piece ends after so many pairs, so that its time
-// limit is passed by a share that hangs and not by many pages, and before an additional file that
-// another output is writing: the work then waits for its destinations anew, all at once.
+// limit is passed by a share that hangs and not by many pages, and before a file, known only
+// then, that another output is writing (a picture, or what is behind a link): the work then waits for its
+// destinations anew, all at once.
 #pragma once
 
 #include <atomic>
@@ -16,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "outputs/file/AdditionalCopy.h"
 #include "outputs/file/FileJob.h"
 
 namespace zeb {
@@ -25,7 +27,9 @@ class FileWork {
   struct Setting {
     FileSystem& files;
     std::shared_ptr<DestinationsInProgress> destinations;
-    std::string dataFolder;
+    std::shared_ptr<TemplateStore> templates;
+    MediaRules media;  // for additional files; its data folder is what relative names start from
+    std::shared_ptr<PublishedNames> names;
     bool copyAdditional = false, alwaysCopy = false;  // as the output is set
     bool preserveTempFiles = false, trace = false;
   };
@@ -53,10 +57,16 @@ class FileWork {
 
  private:
   using Claim = DestinationsInProgress::Claim;
+  // How it is with a file that is to be written besides the destinations: held now, to be waited for once, or
+  // another output's even after that.
+  enum class Hold { kOurs, kWait, kTaken };
+  Hold HoldAlso(Claim& claim, const std::string& path);
   bool Do(FileJob& job, Claim& claim);
   bool CopyBesidePages(Claim& claim);
   FileTools Tools() {
-    return {setting_.files, *setting_.destinations, place_, setting_.preserveTempFiles, setting_.trace};
+    return {setting_.files, *setting_.destinations,    *setting_.templates,
+            place_,         setting_.media.dataFolder, setting_.preserveTempFiles,
+            setting_.trace};
   }
 
   const Setting setting_;
@@ -65,7 +75,7 @@ class FileWork {
   UploadFileList listed_;
   std::map<std::string, std::size_t> folders_;  // of pages, and how many of the list are beside them
   std::map<std::string, std::string> copies_;
-  std::set<std::string> waitedFor_;  // additional files that another output was writing
+  std::set<std::string> waitedFor_;  // files that another output was writing
   DestinationsInProgress::ClaimPtr claim_;
   std::size_t pieceBytes_ = 0;  // of templates
   std::atomic<bool> givenUp_ = false;

@@ -50,4 +50,15 @@ std::int64_t HighestVersion(std::string_view fileName, const std::vector<std::st
   return highest;
 }
 
+std::string PageOfVersion(std::string_view name) {
+  // The number is the last part, or stands before the extension.
+  for (const std::size_t end : {name.size(), ExtensionOffset(name)}) {
+    const std::size_t dot = name.substr(0, end).rfind('.');
+    if (dot == std::string_view::npos) continue;
+    std::string page = std::string(name.substr(0, dot)).append(name.substr(end));
+    if (HighestVersion(page, {std::string(name)}) > 0) return page;
+  }
+  return {};
+}
+
 }  // namespace zeb

@@ -12,5 +12,7 @@ namespace zeb {
 std::string NumberedVersion(std::string_view path, std::int64_t number);
 // The highest number among a folder's plain names that are versions of `fileName`; 0 when there is none.
 std::int64_t HighestVersion(std::string_view fileName, const std::vector<std::string>& names);
+// "now.html" for "now.000001.html"; "" when the plain name is that of no version.
+std::string PageOfVersion(std::string_view name);
 
 }  // namespace zeb

@@ -1,30 +1,39 @@
 #include "outputs/file/PageWork.h"
 
+#include <utility>
+
 #include "diagnostics/hxGeneral.h"
 #include "platform/EventLoop.h"
 
 namespace zeb {
+namespace {
 
-Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path) {
-  Result<std::string> bytes = files.Read(path, kMaxFileBytes);
-  if (!bytes) return bytes.AsFailure();
-  LoadedTemplate loaded;
-  loaded.encoding = DetectFileEncoding(bytes.Value());
-  loaded.text = UndoEscapedTags(DecodeFile(bytes.Value(), loaded.encoding));
-  return loaded;
+constexpr const char* kKeptTempPrefix = "TMPKEPT";
+
+}  // namespace
+
+ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templateText) {
+  return {.escape = EscapeFor(pair.EscapeValues, pair.DestinationFileName(), templateText)};
 }
 
-std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
-                      UploadFileList& uploadFiles) {
-  InsertRefreshHeader(text, pair.RefreshTagSeconds, pair.AddNoCache, snapshot.moment, ZEB_VERSION);
-  return ExpandPage(text, snapshot, pair.SimpleTextFormat, uploadFiles);
+Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters& pair,
+                              const ServiceSnapshot& snapshot, UploadFileList& uploadFiles,
+                              ValueEncoding values) {
+  const RefreshHeader header{pair.RefreshTagSeconds, pair.AddNoCache, ZEB_VERSION};
+  std::optional<std::string> built =
+      page.Expand(header, snapshot, pair.SimpleTextFormat, uploadFiles, values);
+  if (built) return std::move(*built);
+  return Failure{"the page of '" + pair.SourceFileName() + "' would be larger than " +
+                 std::to_string(kMaxPageBytes) + " bytes; shorten the template or what its tags stand for"};
 }
 
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
-                                  std::vector<std::string>* trace) {
-  Result<std::string> name = GetTempFile(files, "TMP", trace);
+                                  TempPage kind, std::vector<std::string>* trace) {
+  Result<std::string> name =
+      GetTempFile(files, kind == TempPage::kKept ? kKeptTempPrefix : kTempPrefix, trace);
   if (!name) return name;
-  if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding)); !written)
+  std::string encoded;
+  if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding, encoded)); !written)
     return written.AsFailure();
   return name;
 }

@@ -10,28 +10,27 @@
 #include "outputs/file/clsFileParameters.h"
 #include "platform/FileSystem.h"
 #include "platform/Result.h"
+#include "templates/PageTemplate.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Encodings.h"
 
 namespace zeb {
 
-struct LoadedTemplate {
-  std::string text;       // tags that an editor has escaped are tags again
-  FileEncoding encoding;  // of the file, and of the page to be
-};
+// How the pair puts values into its template.
+ValueEncoding PageValues(const clsFileParameters& pair, std::string_view templateText);
 
-// Templates are read anew at every update, so that no edit is ever missed, whatever the file system says
-// about times; reading and decoding one takes far less time than putting its page in place.
-Result<LoadedTemplate> LoadTemplate(FileSystem& files, const std::string& path);
+// The finished page. Files that it names are added to `uploadFiles`. Fails when it would be larger than
+// kMaxPageBytes.
+Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters& pair,
+                              const ServiceSnapshot& snapshot, UploadFileList& uploadFiles,
+                              ValueEncoding values = {});
 
-// The finished page of a template's text. Files that it names are added to `uploadFiles`.
-std::string BuildPage(std::string text, const clsFileParameters& pair, const ServiceSnapshot& snapshot,
-                      UploadFileList& uploadFiles);
-
-// A new temporary file that holds the page, in its template's encoding; the caller deletes it. What the
-// debug log is to say of it is added to `trace`.
+// A new temporary file that holds the page, in its template's encoding. The caller deletes it, unless it is
+// to be kept: then its name tells the next start so. What the debug log is to say of it is added to `trace`.
+enum class TempPage { kPassing, kKept };
+inline constexpr const char* kTempPrefix = "TMP";
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
-                                  std::vector<std::string>* trace = nullptr);
+                                  TempPage kind, std::vector<std::string>* trace = nullptr);
 
 // What to do about a failure, to be put behind its reason.
 inline constexpr std::string_view kCheckTemplate = "; check the template's name and rights";

@@ -11,6 +11,7 @@ struct Switch {
   const char* name;
   bool PairOutput::*member;
 };
+constexpr const char* kMediaFolders = "MediaFolders";
 constexpr Switch kSwitches[] = {
     {"CopyAdditionalFiles", &PairOutput::CopyAdditionalFiles},
     {"AlwaysCopyFiles", &PairOutput::AlwaysCopyFiles},
@@ -28,6 +29,7 @@ void PairOutput::SetUpdateFile(int number, clsFileParameters pair) {
 }
 
 void PairOutput::AddUpdateFile(clsFileParameters pair) {
+  ownNames_.Add(pair);
   pairs_.push_back(std::move(pair));
 }
 
@@ -38,6 +40,7 @@ void PairOutput::RemoveUpdateFile(int number) {
 }
 
 void PairOutput::PairsChanged() {
+  ownNames_.Set(pairs_);
   problems_.clear();
   pairsEpoch_.Next();
 }
@@ -69,8 +72,12 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
 }
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
+  CopyAdditionalFiles = false;  // unless it is known where from
   pairs_ = ReadPairs(environment_.hive, key, outputIndex);
+  for (const clsFileParameters& pair : pairs_)
+    CheckEscapeWord("'" + pair.DestinationFileName() + "'", pair.EscapeValues);
   PairsChanged();
+  mediaFolders_ = environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, "");
   for (const Switch& one : kSwitches)
     this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);
 }
@@ -84,6 +91,7 @@ void PairOutput::WritePairSettings(const std::string& key, int outputIndex) {
 std::string PairOutput::SettingsText() const {
   std::string text = PairsText(pairs_);
   for (const Switch& one : kSwitches) text.append(one.name).append(this->*one.member ? "=1\n" : "=0\n");
+  if (CopyAdditionalFiles) text.append(kMediaFolders).append("=").append(mediaFolders_).append("\n");
   return text;
 }
 

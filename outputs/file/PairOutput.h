@@ -6,11 +6,14 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/clsZEBTemplate.h"
+#include "outputs/file/MediaRules.h"
+#include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsFileParameters.h"
 #include "platform/Epoch.h"
 #include "templates/ZEB_Class_Functions.h"
@@ -19,7 +22,9 @@ namespace zeb {
 
 class PairOutput : public clsZEBTemplate {
  public:
-  using clsZEBTemplate::clsZEBTemplate;
+  // `names` is shared by all outputs of the program.
+  PairOutput(Environment& environment, std::shared_ptr<PublishedNames> names)
+      : clsZEBTemplate(environment), names_(std::move(names)), ownNames_(names_) {}
 
   int UpdateFileCount() const { return static_cast<int>(pairs_.size()); }
   // The number must be within 1 to UpdateFileCount (else std::out_of_range).
@@ -49,6 +54,10 @@ class PairOutput : public clsZEBTemplate {
   void ClearUploadFilesList() { uploadFiles_ = {}; }
   UploadFileList TakeUploadFilesList() { return std::exchange(uploadFiles_, {}); }
 
+  // What may be published as an additional file, as set when the settings were read.
+  MediaRules Media() const { return MakeMediaRules(environment_.dataFolder, mediaFolders_); }
+  const std::shared_ptr<PublishedNames>& Names() const { return names_; }
+
   // Holds until a pair changes: then what an update learnt about pair 3 may be about another one.
   Epoch::Mark PairsMark() const { return pairsEpoch_.Now(); }
   // An empty reason: the pair is all right. `pair` counts from 0.
@@ -59,6 +68,9 @@ class PairOutput : public clsZEBTemplate {
   void PairsChanged();
 
   std::vector<clsFileParameters> pairs_;
+  std::string mediaFolders_;  // of the settings root, for all outputs
+  const std::shared_ptr<PublishedNames> names_;
+  PublishedNames::Entry ownNames_;
   UploadFileList uploadFiles_;
   std::map<std::size_t, std::string> problems_;
   Epoch pairsEpoch_;

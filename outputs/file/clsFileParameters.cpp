@@ -26,6 +26,7 @@ constexpr auto kRows = std::to_array<SettingRow<S>>({
     {"AddNoCache", &S::AddNoCache},
     {"UpdateRulesFlags", &S::UpdateRulesFlags},
     {"SimpleTextFormat", &S::SimpleTextFormat},
+    {"EscapeValues", &S::EscapeValues},
 });
 constexpr SettingTable<S> kTable{kRows};
 

@@ -25,6 +25,7 @@ struct PairSettings {
   std::int32_t RefreshTagSeconds = 0;  // 0: no refresh tag
   bool AddNoCache = true;
   std::string SimpleTextFormat{kDefaultSimpleTextFormat};
+  std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
 class clsFileParameters : public PairSettings {

@@ -1,7 +1,6 @@
 #include "outputs/file/clsZEBFileOutput.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
@@ -20,8 +19,12 @@ constexpr const char* kSettingsKey = "\\File";
 }  // namespace
 
 clsZEBFileOutput::clsZEBFileOutput(Environment& environment,
-                                   std::shared_ptr<DestinationsInProgress> destinations)
-    : PairOutput(environment), destinations_(std::move(destinations)) {}
+                                   std::shared_ptr<DestinationsInProgress> destinations,
+                                   std::shared_ptr<TemplateStore> templates,
+                                   std::shared_ptr<PublishedNames> names)
+    : PairOutput(environment, std::move(names)),
+      destinations_(std::move(destinations)),
+      templates_(std::move(templates)) {}
 
 std::string clsZEBFileOutput::GetStatusString(std::uint32_t& colour) {
   switch (Status()) {
@@ -108,7 +111,7 @@ std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
     job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
     job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }
-  FileWork::Setting setting{environment_.files, destinations_, environment_.dataFolder};
+  FileWork::Setting setting{environment_.files, destinations_, templates_, Media(), Names()};
   setting.copyAdditional = CopyAdditionalFiles;
   setting.alwaysCopy = AlwaysCopyFiles;
   setting.preserveTempFiles = environment_.preserveTempFiles;
@@ -153,26 +156,15 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   if (!job.problem.empty()) DebugLine("File: ", job.problem);
   SetStatus(job.status);
   if (job.published) ++lastTally_.published;
-  if (job.leftOver) leftOvers_.push_back(job.destination);
   if (!pairsMark_->Holds()) return;  // it may be about another pair by now
   KeepProblem(job.pair, job.problem);
   const auto owed = owed_.find(job.pair);
   if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);
 }
 
-// A picture that stays missing is worth one line, not one an update. `ofAll`: all that are wanted were tried.
 void clsZEBFileOutput::NoteFailedCopies(const FileWork& work, bool ofAll) {
-  std::map<std::string, std::string> failed;
-  if (!ofAll) failed = failedCopies_;
-  std::set<std::string> told;
-  for (const auto& [target, reason] : failedCopies_) told.insert(reason);
-  for (const auto& [target, reason] : work.Copies()) {
-    failed.erase(target);
-    if (reason.empty()) continue;
-    failed[target] = reason;
-    if (told.insert(reason).second) environment_.person.Note("File: " + reason);
-  }
-  failedCopies_ = std::move(failed);
+  copyNotes_.Take(work.Copies(), ofAll,
+                  [this](const std::string& line) { environment_.person.Note("File: " + line); });
 }
 
 void clsZEBFileOutput::NoteHanging(const WorkPlace& place, bool progressed) {
@@ -187,24 +179,9 @@ void clsZEBFileOutput::NoteHanging(const WorkPlace& place, bool progressed) {
     problem_ = at + " has not answered for 30 s; check the disk or share that it is on";
 }
 
+// Each page was put in place, or its work file removed, as it was made.
 bool clsZEBFileOutput::FinishOutput(const SnapshotPtr&) {
   const Trace trace("File.FinishOutput");
-  if (leftOvers_.empty() || Hangs()) return false;
-  std::vector<std::string> names = std::exchange(leftOvers_, {});
-  std::shared_ptr<DestinationsInProgress::Claim> claim =
-      destinations_->Take(environment_.loop, names, kDestinationLimit);
-  const auto place = std::make_shared<WorkPlace>();
-  auto work = [&files = environment_.files, names = std::move(names), claim = std::move(claim),
-               place]() mutable {
-    for (const std::string& name : names) {
-      // Whoever else writes it makes its work file anew.
-      if (!claim->Holds(name)) continue;
-      place->AtFile(name);
-      static_cast<void>(files.Delete(WorkName(name)));
-    }
-    claim.reset();
-  };
-  if (!lane_.Run(std::move(work), kFileWorkLimit)) NoteHanging(*place, false);
   return false;
 }
 

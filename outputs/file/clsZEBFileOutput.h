@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "outputs/file/CopyNotes.h"
 #include "outputs/file/DestinationsInProgress.h"
 #include "outputs/file/FileWork.h"
 #include "outputs/file/PairOutput.h"
@@ -20,8 +21,10 @@ namespace zeb {
 
 class clsZEBFileOutput : public PairOutput {
  public:
-  // `destinations` is shared by all file outputs of the program.
-  clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations);
+  // `destinations` and `names` are shared by all file outputs of the program, `templates` by all that use
+  // template files.
+  clsZEBFileOutput(Environment& environment, std::shared_ptr<DestinationsInProgress> destinations,
+                   std::shared_ptr<TemplateStore> templates, std::shared_ptr<PublishedNames> names);
 
   bool StopOutput() override;  // an update under way ends after its present page
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
@@ -45,16 +48,17 @@ class clsZEBFileOutput : public PairOutput {
   void TakeLateResults();
   bool KeepResults(FileWork& work);
   void KeepResult(FileJob& job);
+  // `ofAll`: all that are wanted were tried.
   void NoteFailedCopies(const FileWork& work, bool ofAll);
   void NoteHanging(const WorkPlace& place, bool progressed);
 
   std::shared_ptr<DestinationsInProgress> destinations_;
+  std::shared_ptr<TemplateStore> templates_;
   SnapshotPtr last_;                         // of the last run
   std::map<std::size_t, SnapshotPtr> owed_;  // pairs (from 0) whose page is not in place, and what it shows
   std::optional<Epoch::Mark> pairsMark_;     // of the pairs that those are about
   std::shared_ptr<FileWork> work_;           // under way, or not yet asked what became of it
-  std::vector<std::string> leftOvers_;       // destinations whose work file is left
-  std::map<std::string, std::string> failedCopies_;  // reasons, by target
+  CopyNotes copyNotes_;
   Tally lastTally_;
 };
 

@@ -6,6 +6,8 @@
 #include "text/Encodings.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
+#include "text/PercentEncoding.h"
 
 namespace zeb {
 namespace {
@@ -115,7 +117,7 @@ std::vector<std::string> SplitPieces(std::string_view text) {
 }
 
 std::string HostForHeader(const std::string& host) {
-  const std::string clean = WithoutLineEnds(host);
+  const std::string clean = WithoutControls(host);
   return clean.find(':') != std::string::npos && clean.front() != '[' ? "[" + clean + "]" : clean;
 }
 
@@ -123,10 +125,16 @@ std::string ServerText(const RequestTarget& target) {
   return HostForHeader(target.host) + ":" + std::to_string(target.port);
 }
 
-std::string WithoutLineEnds(std::string_view text) {
-  std::string clean(text);
-  std::erase_if(clean, [](char c) { return c == '\r' || c == '\n'; });
-  return clean;
+std::string ControlsEncoded(std::string_view bytes) {
+  std::string line;
+  for (const char c : bytes) {
+    const bool control = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    if (control)
+      line += PercentEncoded(std::string_view(&c, 1));
+    else
+      line += c;
+  }
+  return line;
 }
 
 }  // namespace zeb

@@ -58,7 +58,8 @@ std::vector<std::string> SplitPieces(std::string_view text);
 // "name:port" as it is written in messages and in a Host line: IPv6 addresses in brackets.
 std::string HostForHeader(const std::string& host);
 std::string ServerText(const RequestTarget& target);
-// What would end a request's line, and so let somebody else begin a header of their own, is left out.
-std::string WithoutLineEnds(std::string_view text);
+// For a request's line, of bytes in any character set: what would end the line, and so begin a header of
+// somebody else's, is percent-encoded, as are all control characters.
+std::string ControlsEncoded(std::string_view bytes);
 
 }  // namespace zeb

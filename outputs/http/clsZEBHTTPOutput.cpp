@@ -5,8 +5,10 @@
 #include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
+#include "outputs/wire/WireCharacters.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 namespace {
@@ -21,19 +23,6 @@ constexpr std::string_view kFixedHeaders =
     "Accept-Language: en-gb,en;q=0.5\r\n"
     "Accept-Encoding: gzip,deflate\r\n"
     "Accept-Charset: ISO-8859-1,utf-8;q=0.7,*;q=0.7\r\n";
-
-std::string EncodeLineEnds(std::string_view text) {
-  std::string line;
-  for (const char c : text) {
-    if (c == '\n')
-      line += "%0A";
-    else if (c == '\r')
-      line += "%0D";
-    else
-      line += c;
-  }
-  return line;
-}
 
 bool IsBlank(const std::string& text) {
   return TrimBlanks(text).empty();
@@ -62,6 +51,7 @@ constexpr SettingRow<S> kRows[] = {
     {"HTTPPassword", &S::HTTPPassword, StoredAs::kText, true},
     {"CharacterSet", &S::characterSet},
     {"UseTLS", &S::UseTLS, StoredAs::kNumber},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -126,9 +116,8 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   }
   UploadFileList unused;
-  const std::vector<std::string> pieces =
-      SplitPieces(ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused,
-                                 {true, settings.characterSet}));
+  const std::vector<std::string> pieces = SplitPieces(
+      ExpandTemplate(settings.SimpleTextFormat, *snapshot, settings.SimpleTextFormat, unused, Values()));
   const Epoch::Mark mine = run_.Now();
   if (!requests_.Run(environment_.loop, snapshot, pieces.size(), mine,
                      [&](std::size_t i) { return Send(*client, pieces[i]); }))
@@ -168,6 +157,7 @@ void clsZEBHTTPOutput::GetOutputInformation(int serviceNumber, int outputIndex) 
   const Trace trace("HTTP.GetOutputInformation");
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("HTTP output " + std::to_string(outputIndex), settings.EscapeValues);
 }
 
 std::string clsZEBHTTPOutput::SettingsText() const {
@@ -175,6 +165,13 @@ std::string clsZEBHTTPOutput::SettingsText() const {
 }
 
 // ---- Requests
+
+ValueEncoding clsZEBHTTPOutput::Values() const {
+  return {.urlEncode = true,
+          .characterSet = settings.characterSet,
+          .escape = EscapeFor(settings.EscapeValues, {}, settings.SimpleTextFormat),
+          .oneLine = true};
+}
 
 RequestTarget clsZEBHTTPOutput::Target() const {
   const bool usualTlsPort = settings.UseTLS && settings.ServerPort == kHttpPort;
@@ -202,9 +199,9 @@ Verdict clsZEBHTTPOutput::Send(TcpClientControl& control, const std::string& req
 std::string clsZEBHTTPOutput::BuildRequest(const std::string& requestText) const {
   const bool post = settings.RequestType == kPostRequest;
   // Values are URL-encoded already; what the template has around them is put into their character set.
-  const std::string text = EncodeFor(requestText, settings.characterSet);
-  const std::string url = EncodeFor(WithoutLineEnds(settings.URL), settings.characterSet);
-  std::string request = post ? "POST " + url : "GET " + url + EncodeLineEnds(text);
+  const std::string text = EncodeForWire(requestText, settings.characterSet);
+  const std::string url = ControlsEncoded(EncodeFor(WithoutControls(settings.URL), settings.characterSet));
+  std::string request = post ? "POST " + url : "GET " + url + ControlsEncoded(text);
   request += " HTTP/1.1\r\n";
   request += kFixedHeaders;
   request += "Host: " + HostForHeader(settings.ServerName);

@@ -10,6 +10,7 @@
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
 #include "platform/Epoch.h"
+#include "templates/ZEB_Class_Functions.h"
 #include "text/Encodings.h"
 
 namespace zeb {
@@ -38,6 +39,7 @@ struct HTTPSettings {
   std::string HTTPUsername, HTTPPassword;
   CharacterSet characterSet = CharacterSet::kUtf8;
   bool UseTLS = false;
+  std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
 class clsZEBHTTPOutput : public clsZEBTemplate {
@@ -68,6 +70,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   Verdict Send(TcpClientControl& control, const std::string& requestText);
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
+  ValueEncoding Values() const;
   RequestTarget Target() const;
 
   bool started_ = false;

@@ -43,12 +43,6 @@ struct Peer {
 };
 using PeerPtr = std::shared_ptr<Peer>;
 
-std::string WithoutControls(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  return text;
-}
-
 }  // namespace
 
 struct LabelServer::State : std::enable_shared_from_this<State> {
@@ -198,7 +192,8 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
 
   void TakeLabel(const PeerPtr& peer, std::string_view arguments) {
     if (!peer->service) return Refuse(peer, "not logged on");
-    const std::string label = WithoutControls(ParameterValue(arguments, kTextParameter));
+    std::string label = ParameterValue(arguments, kTextParameter);
+    BlankControls(label);
     if (const std::size_t bytes = LabelBytes(label); bytes > kMaxLabelBytes)
       return Refuse(peer, "the label has " + std::to_string(bytes) + " bytes, at most " +
                               std::to_string(kMaxLabelBytes) + " are allowed");
@@ -231,11 +226,8 @@ struct LabelServer::State : std::enable_shared_from_this<State> {
     const auto written = lanes.try_emplace(file, loop)
                              .first->second.Run(
                                  [&written = files, file, label] {
-                                   const std::string work = file + ".tmp";
-                                   Outcome outcome = written.Write(work, label);
-                                   if (outcome) outcome = written.Rename(work, file);
-                                   if (!outcome) static_cast<void>(written.Delete(work));
-                                   return outcome;
+                                   const auto target = written.FindTarget(file, LinkRules{true, {}, {}});
+                                   return target ? target.Value()->Replace(label) : Outcome(target);
                                  },
                                  kWriteLimit);
     return written ? *written : Failure{"'" + file + "' is still being written"};

@@ -27,6 +27,8 @@ std::size_t LabelBytes(std::string_view label) {
 
 // The bytes never become fewer as a label grows, so the cut can be found by halving.
 std::string_view FittingLabel(std::string_view label) {
+  // Marks and joiners take no byte, but no label is worth counting 64 KiB of them again and again.
+  label = FirstCharacters(label, 16 * kMaxLabelBytes);
   if (LabelBytes(label) <= kMaxLabelBytes) return label;
   std::size_t fits = 0, tooMany = CountCharacters(label);
   while (tooMany - fits > 1) {

@@ -32,6 +32,13 @@ std::string DeviceOf(Environment& environment, std::int32_t commPort) {
   return device.empty() ? byDefault : device;
 }
 
+// Where the control characters begin that end the text.
+std::size_t LineEndOf(std::string_view bytes) {
+  const auto last = std::find_if(bytes.rbegin(), bytes.rend(),
+                                 [](char c) { return static_cast<unsigned char>(c) >= 0x20; });
+  return static_cast<std::size_t>(bytes.rend() - last);
+}
+
 using S = SerialSettings;
 constexpr SettingRow<S> kRows[] = {
     {"CommPort", &S::CommPort, StoredAs::kNumber},
@@ -46,6 +53,7 @@ constexpr SettingRow<S> kRows[] = {
     {"MaxNumberChars", &S::MaxNumberChars},
     {"UseSlowSend", &S::UseSlowSend},
     {"CharacterSet", &S::characterSet},
+    {"EscapeValues", &S::EscapeValues},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -62,6 +70,7 @@ clsZEBSerialOutput::~clsZEBSerialOutput() {
 void clsZEBSerialOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
                std::to_string(outputIndex), kTable, settings);
+  CheckEscapeWord("Serial output " + std::to_string(outputIndex), settings.EscapeValues);
   simpleTextFormat_ = settings.simpleText;
   device_ = DeviceOf(environment_, settings.CommPort);
   SetStatus(kStatusOK);
@@ -198,41 +207,65 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     const std::size_t taken = std::min(most, CountInSet(appended, settings.characterSet));
     text = std::string(CutInSet(text, settings.characterSet, most - taken));
   }
-  return SendString(*snapshot, text + appended);
+  const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
+  if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
+  return sent == Sent::kWhole;
 }
 
 bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {
+  return Send(snapshot, text, Purpose::kNearEnd) == Sent::kWhole;
+}
+
+// One text on its way.
+struct clsZEBSerialOutput::SlowSend {
+  const ServiceSnapshot& snapshot;
+  Purpose purpose;
+  Epoch::Mark mine, notCancelled;
+  SnapshotPtr seen{};          // the newest items that were looked at, which do not overtake it
+  std::size_t characters = 0;  // that have left
+  bool givenUp = false, cancelled = false;
+};
+
+clsZEBSerialOutput::Sent clsZEBSerialOutput::Send(const ServiceSnapshot& snapshot, const std::string& text,
+                                                  Purpose purpose) {
   const Trace trace("Serial.SendString");
   const auto exitAs = [&trace](const char* reason) {
     trace.ExitAs(reason);
-    return false;
+    return Sent::kNot;
   };
   const PortPtr port = port_;  // StopOutput may come during a wait
   if (snapshot.serviceNumber < 0) return exitAs("no ParentService");
   if (!port) return exitAs("no CommControl");
   if (!port->PortOpen()) return exitAs("Port Closed");
+  const std::string logName = "-Serial-" + PaddedNumber(settings.CommPort, 2);
   if (!snapshot.LoggingPath.empty()) {
     DebugLine("Adding to Log File");
-    log_.Append(snapshot, "-Serial-" + PaddedNumber(settings.CommPort, 2), text);
+    log_.Append(snapshot, logName, text);
   }
-  const Epoch::Mark mine = run_.Now();
-  const Outcome sent = Transmit(port, text);
+  SlowSend slow{snapshot, purpose, run_.Now(), sending_.Now()};
+  const Outcome sent = Transmit(port, text, slow);
   if (!sent) DebugLine("Problem sending string: ", sent.Reason());
-  if (!mine.Holds()) return false;
+  if (slow.givenUp) {
+    const std::string note = "Given up after " + std::to_string(slow.characters) + " characters";
+    DebugLine(note);
+    if (!snapshot.LoggingPath.empty()) log_.Append(snapshot, logName, note);
+  }
+  if (!slow.mine.Holds()) return Sent::kNot;
   if (!sent) {
     Fail(sent.Reason());
-    return false;
+    return Sent::kNot;
   }
   problem_.clear();
   SetStatus(kStatusOK);
-  return true;
+  if (!slow.givenUp) return Sent::kWhole;
+  return slow.cancelled ? Sent::kNot : Sent::kGivenUp;
 }
 
-Outcome clsZEBSerialOutput::Transmit(const PortPtr& port, const std::string& text) {
+Outcome clsZEBSerialOutput::Transmit(const PortPtr& port, const std::string& text, SlowSend& slow) {
   const std::string bytes = EncodeForWire(text, settings.characterSet);
   if (settings.UseSlowSend) {
     DebugLine("Slow sending Serial '", text, "'");
-    return SendSlowly(port, bytes, text);
+    return SendSlowly(port, bytes, text, slow);
   }
   DebugLine("Sending serial '", text, "'");
   if (Outcome sent = port->Output(bytes); !sent) return sent;
@@ -240,20 +273,58 @@ Outcome clsZEBSerialOutput::Transmit(const PortPtr& port, const std::string& tex
   return Drain(port);
 }
 
-Outcome clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes,
-                                       const std::string& text) {
+Outcome clsZEBSerialOutput::SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text,
+                                       SlowSend& slow) {
   EventLoop& loop = environment_.loop;
   const bool utf8 = settings.characterSet == CharacterSet::kUtf8;
+  const std::size_t lineEnd = LineEndOf(bytes);
   for (std::size_t at = 0; at < bytes.size();) {
+    if (!slow.givenUp && at < lineEnd && IsOvertaken(slow)) {
+      slow.givenUp = true;
+      slow.cancelled = !slow.notCancelled.Holds();
+      if (at == 0) return {};
+      // What has left is a line of its own, so that the next text does not become its end.
+      at = lineEnd;
+      continue;
+    }
     const std::size_t next = utf8 ? SkipCharacters(text, at, 1) : at + 1;
     const MonotonicTime queued = loop.Monotonic();
     if (Outcome sent = port->Output(std::string_view(bytes).substr(at, next - at)); !sent) return sent;
     if (Outcome left = Drain(port); !left) return left;
+    if (!slow.givenUp) ++slow.characters;
     const Duration rest = queued + kSlowSendPace - loop.Monotonic();
-    if (rest > Duration::zero()) loop.Wait(rest);
+    if (rest > Duration::zero()) loop.WaitUntil([&] { return !slow.mine.Holds(); }, rest);
+    if (!slow.mine.Holds()) {
+      slow.givenUp = slow.cancelled = next < bytes.size();
+      return {};
+    }
     at = next;
   }
   return {};
+}
+
+bool clsZEBSerialOutput::IsOvertaken(SlowSend& slow) const {
+  if (!slow.notCancelled.Holds()) return true;
+  const auto ask = whatWaits;
+  if (!ask || slow.purpose == Purpose::kNearEnd) return false;
+  const Waiting waiting = ask();
+  // Of the travel flag the newest state counts; other cues, and texts, wait for it.
+  if (slow.purpose == Purpose::kTravel) return waiting.travel;
+  if (waiting.travel || waiting.nearEnd) return true;
+  if (!waiting.news || waiting.news == slow.seen) return false;
+  slow.seen = waiting.news;
+  return ShowsOther(slow.snapshot, *waiting.news);
+}
+
+// Items that change nothing in the text do not overtake it, nor do those that there is no text for.
+bool clsZEBSerialOutput::ShowsOther(const ServiceSnapshot& now, const ServiceSnapshot& newer) const {
+  UploadFileList unused;
+  const auto textOf = [&](const ServiceSnapshot& snapshot) {
+    return ExpandTemplate(settings.simpleText, snapshot, settings.simpleText, unused,
+                          settings.Values(settings.simpleText));
+  };
+  const std::string text = textOf(newer);
+  return !text.empty() && text != textOf(now);
 }
 
 Outcome clsZEBSerialOutput::Drain(const PortPtr& port) {
@@ -286,8 +357,9 @@ bool clsZEBSerialOutput::SetTravelFlagCleared(const ServiceSnapshot& snapshot) {
 
 bool clsZEBSerialOutput::SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format) {
   UploadFileList unused;
-  return SendString(snapshot,
-                    ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused));
+  const std::string text = ExpandTemplate(ConvertHexEscapes(format), snapshot, settings.simpleText, unused,
+                                          settings.Values(format));
+  return Send(snapshot, text, Purpose::kTravel) == Sent::kWhole;
 }
 
 }  // namespace zeb

@@ -43,7 +43,10 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   std::string GetShortTypeDescription() const override { return "Serial"; }
   std::string GetInformationString() const override { return "Port: " + std::to_string(settings.CommPort); }
 
-  // True once every byte has left.
+  // A text that is sent slowly is given up after the present character.
+  void Cancel() override { sending_.Next(); }
+
+  // A cue's text, which is sent whole whatever waits. True once every byte has left.
   bool SendString(const ServiceSnapshot& snapshot, const std::string& text) override;
   bool SetTravelFlagActivated(const ServiceSnapshot& snapshot) override;
   bool SetTravelFlagCleared(const ServiceSnapshot& snapshot) override;
@@ -54,8 +57,15 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   using PortPtr = std::shared_ptr<SerialPortControl>;
   Outcome OpenPort();
   Outcome TryToOpen(const PortPtr& port, const Epoch::Mark& mine);
-  Outcome Transmit(const PortPtr& port, const std::string& text);
-  Outcome SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text);
+  // What a text is; it decides what is reason enough to give its rest up when it is sent slowly.
+  enum class Purpose { kUpdate, kNearEnd, kTravel };
+  enum class Sent { kWhole, kGivenUp, kNot };
+  Sent Send(const ServiceSnapshot& snapshot, const std::string& text, Purpose purpose);
+  struct SlowSend;
+  Outcome Transmit(const PortPtr& port, const std::string& text, SlowSend& slow);
+  Outcome SendSlowly(const PortPtr& port, const std::string& bytes, const std::string& text, SlowSend& slow);
+  bool IsOvertaken(SlowSend& slow) const;
+  bool ShowsOther(const ServiceSnapshot& now, const ServiceSnapshot& newer) const;
   bool SendTravelFormat(const ServiceSnapshot& snapshot, const std::string& format);
   // Waits until everything has left; the reason says that the line takes nothing, or that the port was
   // closed.
@@ -68,7 +78,8 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   std::string device_;  // of the port's number, when the settings were read
   CandidateChooser chooser_;
   WireLog log_;
-  Epoch run_;  // from a start to the stop
+  Epoch run_;      // from a start to the stop
+  Epoch sending_;  // until what is being sent is cancelled
 };
 
 }  // namespace zeb

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "outputs/web/cWinINET.h"
-
 namespace zeb {
 namespace {
 
@@ -103,6 +101,24 @@ Outcome WebServer::Delete(const std::string& path) {
 
 Outcome WebServer::Upload(const std::string& local, std::uint64_t size, const std::string& path,
                           std::function<void(int percent)> percent) {
+  const Send send = [local, path](cWinINET& client, FtpSession& session, const cWinINET::Watch& watch) {
+    return client.UploadFile(session, local, path, false, watch);
+  };
+  return UploadWith(send, size, path, std::move(percent));
+}
+
+Outcome WebServer::Upload(std::shared_ptr<FileReader> file, const std::string& local, const std::string& path,
+                          std::function<void(int percent)> percent) {
+  const std::uint64_t size = file->Size();
+  const Send send = [file = std::move(file), local, path](cWinINET& client, FtpSession& session,
+                                                          const cWinINET::Watch& watch) {
+    return client.UploadFile(session, *file, local, path, false, watch);
+  };
+  return UploadWith(send, size, path, std::move(percent));
+}
+
+Outcome WebServer::UploadWith(Send send, std::uint64_t size, const std::string& path,
+                              std::function<void(int percent)> percent) {
   EventLoop& loop = environment_.loop;
   cWinINET::Watch watch;
   watch.cancelled = [cancelled = cancelled_] { return cancelled->load(); };
@@ -112,10 +128,9 @@ Outcome WebServer::Upload(const std::string& local, std::uint64_t size, const st
     };
   const auto slowest = std::chrono::seconds(size / kFtpSlowestBytesPerSecond);
   return Step("uploading '" + path + "'", StepLimit() + slowest,
-              [&files = environment_.files, watch, local, path](FtpSession& session) -> Outcome {
+              [&files = environment_.files, watch, send = std::move(send)](FtpSession& session) -> Outcome {
                 cWinINET client(files);
-                if (client.UploadFile(session, local, path, false, watch) == cWinINET::kUploadSuccessful)
-                  return {};
+                if (send(client, session, watch) == cWinINET::kUploadSuccessful) return {};
                 return Failure{client.Problem()};
               });
 }

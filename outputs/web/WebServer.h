@@ -7,10 +7,12 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "outputs/web/cWinINET.h"
 #include "platform/Environment.h"
 #include "platform/FtpSession.h"
 #include "platform/Result.h"
@@ -37,6 +39,10 @@ class WebServer {
   // `size` bytes, as far as known; `percent` is called on the loop's thread.
   Outcome Upload(const std::string& local, std::uint64_t size, const std::string& path,
                  std::function<void(int percent)> percent);
+  // The same from an open file, which is read on the worker: nobody else reads it meanwhile. `local` is its
+  // name for reasons.
+  Outcome Upload(std::shared_ptr<FileReader> file, const std::string& local, const std::string& path,
+                 std::function<void(int percent)> percent);
 
   // Whether a rename may put a file in the place of another, as far as this connection has shown.
   bool MayReplace() const { return mayReplace_; }
@@ -48,6 +54,10 @@ class WebServer {
   void Cancel();
 
  private:
+  using Send =
+      std::function<std::int32_t(cWinINET& client, FtpSession& session, const cWinINET::Watch& watch)>;
+  Outcome UploadWith(Send send, std::uint64_t size, const std::string& path,
+                     std::function<void(int percent)> percent);
   Duration StepLimit() const;
   template <class Work>
   auto Step(const std::string& what, Duration limit, Work work);

@@ -1,16 +1,20 @@
 #include "outputs/web/WebUpload.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "outputs/file/MediaNames.h"
 #include "outputs/file/PageWork.h"
+#include "outputs/web/cWinINET.h"
 #include "text/OneLine.h"
 #include "text/Paths.h"
 
 namespace zeb {
 namespace {
 
+constexpr const char* kCannotSendAdditional = "Couldn't upload additional files to temp files";
 constexpr const char* kNoNetwork = "Couldn't connect to Internet - no Internet Connection available";
 
 std::string HangText() {
@@ -21,6 +25,10 @@ std::string HangText() {
 
 std::string WorkPath(const std::string& path) {
   return path + ".tmp";
+}
+
+std::string PlaceOf(const FtpTarget& target, const AdditionalFile& file) {
+  return target.server + ":" + std::to_string(target.port) + ":" + target.user + ":" + file.server;
 }
 
 }  // namespace
@@ -91,7 +99,7 @@ void WebUpload::RemoveUnfinished() {
 // ---- Pages
 
 struct WebUpload::Prepared {
-  Result<LoadedTemplate> loaded = Failure{};
+  Outcome loaded = Failure{};
   Result<std::string> temp = Failure{};
   UploadFileList named;
   std::uint64_t size = 0;
@@ -101,13 +109,20 @@ struct WebUpload::Prepared {
 // From the template to a temporary file that holds the page, in one go.
 WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
   const auto work = [&files = environment_.files, pair, snapshot = order_.snapshot,
+                     kind = environment_.preserveTempFiles ? TempPage::kKept : TempPage::kPassing,
+                     templates = order_.templates,
                      source = JoinPath(environment_.dataFolder, pair.SourceFileName())] {
     Prepared prepared;
-    prepared.loaded = LoadTemplate(files, source);
-    if (!prepared.loaded) return prepared;
-    LoadedTemplate& loaded = prepared.loaded.Value();
-    const std::string page = BuildPage(std::move(loaded.text), pair, *snapshot, prepared.named);
-    prepared.temp = WriteTempPage(files, page, loaded.encoding);
+    const Result<std::shared_ptr<const PageTemplate>> loaded = templates->Load(files, source);
+    if (!loaded) {
+      prepared.loaded = Failure{loaded.Reason() + std::string(kCheckTemplate)};
+      return prepared;
+    }
+    const ValueEncoding values = PageValues(pair, loaded.Value()->Text());
+    const Result<std::string> page = BuildPage(*loaded.Value(), pair, *snapshot, prepared.named, values);
+    prepared.loaded = page;
+    if (!page) return prepared;
+    prepared.temp = WriteTempPage(files, page.Value(), loaded.Value()->Encoding(), kind);
     if (!prepared.temp) return prepared;
     const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
     prepared.size = info ? info->size : 0;
@@ -140,7 +155,7 @@ void WebUpload::ProcessPage(const WebOrder::Page& page) {
   }
   if (!prepared.loaded) {
     DebugLine("Error loading file - ", name, " - ", prepared.loaded.Reason());
-    return sourceFails(prepared.loaded.Reason() + std::string(kCheckTemplate));
+    return sourceFails(prepared.loaded.Reason());
   }
   DebugLine("Checking for &lt; and &gt; tags");
   DebugLine("Checking for %3c and %3e tags");
@@ -167,7 +182,9 @@ void WebUpload::SendPage(const WebOrder::Page& page, const Prepared& prepared) {
   if (destination.empty())
     reason_ = "no page is set for the template '" + page.parameters.SourceFileName() + "'";
   else
-    sent = Upload(temp, prepared.size, WorkPath(destination));
+    sent = Upload(WorkPath(destination), [&] {
+      return server_.Upload(temp, prepared.size, WorkPath(destination), order_.onProgress);
+    });
   if (sent) {
     sent_.push_back(&page);
   } else if (OnGoing()) {
@@ -215,7 +232,7 @@ void WebUpload::PlacePage(const WebOrder::Page& page) {
 void WebUpload::NoteAdditional(const std::string& local, const std::string& serverFolder) {
   const std::string_view name = FileNamePart(local);
   if (name.empty()) return;
-  AdditionalFile file{JoinPath(environment_.dataFolder, local), serverFolder + std::string(name)};
+  AdditionalFile file{JoinPath(order_.media.dataFolder, local), serverFolder + std::string(name)};
   const bool known = std::any_of(toSend_.begin(), toSend_.end(),
                                  [&](const AdditionalFile& other) { return other.server == file.server; });
   if (!known) toSend_.push_back(std::move(file));
@@ -228,30 +245,78 @@ bool WebUpload::AdditionalFails(const AdditionalFile& file, const std::string& t
   return false;
 }
 
+// Not a failure: trying again would change nothing, and the page is published all the same.
+bool WebUpload::Refuse(const AdditionalFile& file, const std::string& reason) {
+  DebugLine("Web: ", reason);
+  refused[file.server] = reason;
+  return true;
+}
+
+Result<bool> WebUpload::IsOnServer(const AdditionalFile& file) {
+  Result<bool> exists = false;
+  const bool told = TryStep([&](bool) -> Outcome {
+    exists = server_.Exists(file.server);
+    return exists;
+  });
+  return told ? exists : Result<bool>(Failure{reason_});
+}
+
+// Of a file that is named like a page: "" when its name is free on the server, or ZEB put it there.
+std::string WebUpload::WhyNotOverPage(const AdditionalFile& file, const Result<bool>& exists) const {
+  if (order_.names->IsCopy(PlaceOf(order_.target, file), {})) return {};
+  if (!exists) return "whether '" + file.server + "' is on the server cannot be told: " + exists.Reason();
+  if (!exists.Value()) return {};
+  return "'" + file.server +
+         "' is on the server already and ZEB has not put it there since it was started; " +
+         "delete that file if this one is to replace it";
+}
+
 bool WebUpload::SendAdditional(const AdditionalFile& file) {
+  const std::string_view name = FileNamePart(file.local);
+  if (const std::string why = WhyNoMediaName(name); !why.empty())
+    return Refuse(file, NotPublished(file.local, why));
+  if (order_.names->Contains(name))
+    return Refuse(file, NotPublished(file.local, "a page or a template has that name"));
   DebugLine("Checking to see if file already uploaded : ", file.server);
-  bool exists = false;
-  if (!order_.alwaysCopy) {
-    TryStep([&](bool) -> Outcome {
-      const Result<bool> found = server_.Exists(file.server);
-      if (!found) return found.AsFailure();
-      exists = found.Value();
-      return {};
-    });
-    if (!OnGoing()) return false;
-  }
-  if (exists) {
+  const bool pageName = IsPageName(name);
+  Result<bool> exists = false;
+  if (!order_.alwaysCopy || pageName) exists = IsOnServer(file);
+  if (!OnGoing()) return false;
+  if (!order_.alwaysCopy && exists && exists.Value()) {
     DebugLine("File Exists, so no need to upload");
+    refused[file.server].clear();
     return true;
   }
+  if (pageName)
+    if (const std::string why = WhyNotOverPage(file, exists); !why.empty())
+      return Refuse(file, NotPublished(file.local, why));
+  std::optional<OpenedMedia> opened =
+      lane_.Run([&files = environment_.files, rules = order_.media,
+                 local = file.local] { return OpenMedia(files, rules, local); },
+                kFileWorkLimit);
+  if (!opened) return GiveUp(kStatusUploadProblem, "the additional file '" + file.local + "'" + HangText());
+  if (opened->refused) return Refuse(file, opened->reason);
+  refused[file.server].clear();
+  if (!opened->file) {
+    reason_ = WhyFileUnreadable(opened->reason);
+    return AdditionalFails(file, kCannotSendAdditional);
+  }
+  const bool sent = SendMedia(file, opened->file);
+  // Closing a file may block as well. While a worker hangs over the file, that one closes it.
+  if (!lane_.Hangs())
+    static_cast<void>(
+        lane_.Run([media = std::move(opened->file)]() mutable { media.reset(); }, kFileWorkLimit));
+  if (!sent) return false;
+  if (pageName) order_.names->NoteCopy(PlaceOf(order_.target, file), {});
+  return true;
+}
+
+// What was looked at is what is sent.
+bool WebUpload::SendMedia(const AdditionalFile& file, const std::shared_ptr<FileReader>& media) {
   const std::string work = WorkPath(file.server);
   DebugLine("Uploading additional file ", file.local, " to ", file.server);
-  const auto info = lane_.Run([&files = environment_.files, local = file.local] { return files.Stat(local); },
-                              kFileWorkLimit);
-  if (!info) return GiveUp(kStatusUploadProblem, "the additional file '" + file.local + "'" + HangText());
-  const std::uint64_t size = *info ? (*info)->size : 0;
-  if (!Upload(file.local, size, work))
-    return AdditionalFails(file, "Couldn't upload additional files to temp files");
+  if (!Upload(work, [&] { return server_.Upload(media, file.local, work, order_.onProgress); }))
+    return AdditionalFails(file, kCannotSendAdditional);
   DebugLine("Renaming uploading Temp File : ", work, " to ", file.server);
   MovedPage old;
   const bool placed = TryStep([&](bool again) { return files_.Replace(work, file.server, old, again); });
@@ -280,9 +345,9 @@ void WebUpload::PutBackMovedPages() {
   movedPages = std::move(left);
 }
 
-bool WebUpload::Upload(const std::string& local, std::uint64_t size, const std::string& path) {
+bool WebUpload::Upload(const std::string& path, const std::function<Outcome()>& send) {
   uploading_ = path;
-  const bool sent = TryStep([&](bool) { return server_.Upload(local, size, path, order_.onProgress); });
+  const bool sent = TryStep([&](bool) { return send(); });
   if (sent || server_.Connected()) uploading_.clear();  // a part of it has been removed
   return sent;
 }

@@ -9,12 +9,16 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/ServiceSnapshot.h"
+#include "outputs/file/MediaRules.h"
+#include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsFileParameters.h"
 #include "outputs/web/ServerFiles.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
@@ -32,13 +36,17 @@ struct WebOrder {
     bool isDue = true;
   };
   SnapshotPtr snapshot;
+  std::shared_ptr<TemplateStore> templates;
   FtpTarget target;
   std::vector<Page> pages;
   std::vector<AdditionalFile> additional;  // left from an earlier run
   std::vector<std::string> listed;         // local files to go beside the first page
   std::vector<MovedPage> movedPages;       // to be put back before all
+  bool isRepetition = false;               // of an update: only what failed then
   bool copyAdditional = false;             // those that the pages name
   bool alwaysCopy = false;
+  MediaRules media;  // for additional files; its data folder is what relative names start from
+  std::shared_ptr<PublishedNames> names;
   std::function<void(int percent)> onProgress;  // of the file that is being sent
   // Told each status as it comes, with the last error's text.
   std::function<void(std::int32_t status, const std::string& text)> onStatus;
@@ -57,6 +65,8 @@ class WebUpload {
   std::map<std::size_t, std::string> pages;  // each page that was tried: its problem, "" when it is published
   std::map<std::string, std::string> additional;  // the failures, by server name: the reason
   std::vector<AdditionalFile> failedAdditional;
+  // Those that may not be published, by server name: the reason; "" for those that were all right.
+  std::map<std::string, std::string> refused;
   std::string problem;                   // of all of it: nothing goes to this server; "" when something does
   std::vector<std::string> deleteFiles;  // by pair: a ".tmp" whose final rename failed
   std::vector<MovedPage> movedPages;     // old pages that could not be put back
@@ -74,9 +84,14 @@ class WebUpload {
   void DeleteTemp(const std::string& temp);
   void NoteAdditional(const std::string& local, const std::string& serverFolder);
   bool SendAdditional(const AdditionalFile& file);
+  bool SendMedia(const AdditionalFile& file, const std::shared_ptr<FileReader>& media);
+  bool Refuse(const AdditionalFile& file, const std::string& reason);
+  std::string WhyNotOverPage(const AdditionalFile& file, const Result<bool>& exists) const;
+  Result<bool> IsOnServer(const AdditionalFile& file);
   bool AdditionalFails(const AdditionalFile& file, const std::string& text);
   void PlacePage(const WebOrder::Page& page);
-  bool Upload(const std::string& local, std::uint64_t size, const std::string& path);
+  // `send` uploads to `path`.
+  bool Upload(const std::string& path, const std::function<Outcome()>& send);
   bool TryStep(const Step& step);
   void RemoveUnfinished();
   bool OnGoing() const { return problem.empty() && !cancelled_; }

@@ -22,6 +22,10 @@ std::string WhyFtpFailed(const FtpSession& session, const std::string& reason) {
   return !reply.empty() && reply[0] >= '4' ? reply : reason;
 }
 
+std::string WhyFileUnreadable(const std::string& reason) {
+  return cWinINET::GetUploadResultDescription(cWinINET::kUnableToRead) + " - " + reason;
+}
+
 std::string cWinINET::GetUploadResultDescription(std::int32_t code) {
   if (code < 0 || code >= static_cast<std::int32_t>(kDescriptions.size())) return {};
   return std::string(kDescriptions.at(static_cast<std::size_t>(code)));
@@ -32,16 +36,29 @@ std::int32_t cWinINET::Fail(UploadResult result, std::string why) {
   return result;
 }
 
-std::int32_t cWinINET::UploadFile(FtpSession& session, const std::string& local, std::string serverPath,
-                                  bool throughTempName, const Watch& watch) {
+// Whether the upload can be begun at all.
+std::int32_t cWinINET::Begin(FtpSession& session, const std::string& serverPath) {
   problem_.clear();
   if (!session.Connected()) return Fail(kUnableToConnect, "there is no connection");
   if (serverPath.empty()) return Fail(kUnableToWrite, "the server file has no name");
-  if (serverPath.find('/') == std::string::npos) serverPath.insert(0, "/");
-  const std::string unreadable = GetUploadResultDescription(kUnableToRead) + " - ";
+  return kUploadSuccessful;
+}
+
+std::int32_t cWinINET::UploadFile(FtpSession& session, const std::string& local, std::string serverPath,
+                                  bool throughTempName, const Watch& watch) {
+  if (const std::int32_t begun = Begin(session, serverPath); begun != kUploadSuccessful) return begun;
   const Result<std::unique_ptr<FileReader>> file = files_.OpenForReading(local);
-  if (!file) return Fail(kUnableToRead, unreadable + file.Reason());
-  if (file.Value()->Size() < 1) return Fail(kUnableToRead, unreadable + "'" + local + "' is empty");
+  if (!file) return Fail(kUnableToRead, WhyFileUnreadable(file.Reason()));
+  return UploadFile(session, *file.Value(), local, std::move(serverPath), throughTempName, watch);
+}
+
+std::int32_t cWinINET::UploadFile(FtpSession& session, FileReader& file, const std::string& local,
+                                  std::string serverPath, bool throughTempName, const Watch& watch) {
+  if (const std::int32_t begun = Begin(session, serverPath); begun != kUploadSuccessful) return begun;
+  if (serverPath.find('/') == std::string::npos) serverPath.insert(0, "/");
+  if (file.Size() < 1) return Fail(kUnableToRead, WhyFileUnreadable("'" + local + "' is empty"));
+  if (const Outcome rewound = file.Rewind(); !rewound)
+    return Fail(kUnableToRead, WhyFileUnreadable(rewound.Reason()));
 
   std::string uploadName = serverPath;
   if (throughTempName) {
@@ -50,7 +67,7 @@ std::int32_t cWinINET::UploadFile(FtpSession& session, const std::string& local,
     static_cast<void>(files_.Delete(temp.Value()));  // only its name is wanted
     uploadName = std::string(FolderPart(serverPath)) + std::string(FileNamePart(temp.Value()));
   }
-  const std::int32_t result = Send(session, *file.Value(), uploadName, watch);
+  const std::int32_t result = Send(session, file, uploadName, watch);
   if (result != kUploadSuccessful) return result;
   return throughTempName ? PutInPlace(session, uploadName, serverPath) : kUploadSuccessful;
 }
@@ -90,7 +107,7 @@ std::int32_t cWinINET::Send(FtpSession& session, FileReader& file, const std::st
   if (session.Connected() && begun) static_cast<void>(session.Delete(name));
   if (cancelled) return Fail(kCancelled, GetUploadResultDescription(kCancelled));
   if (unreadable.empty()) return Fail(kUnableToWrite, why);
-  return Fail(kUnableToRead, GetUploadResultDescription(kUnableToRead) + " - " + unreadable);
+  return Fail(kUnableToRead, WhyFileUnreadable(unreadable));
 }
 
 std::int32_t cWinINET::PutInPlace(FtpSession& session, const std::string& temp, const std::string& target) {
@@ -128,12 +145,8 @@ std::int32_t cWinINET::UploadFile(FtpSessions& sessions, const FtpTarget& target
 Outcome cWinINET::DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local) {
   Result<std::string> bytes = session.Download(serverPath, kMaxDownloadBytes);
   if (!bytes) return bytes.AsFailure();
-  const std::string work = local + ".tmp";
-  Outcome written = files_.Write(work, bytes.Value());
-  if (written) written = files_.Rename(work, local);
-  DebugLine("Removing Tempfiles");
-  if (!written) static_cast<void>(files_.Delete(work));
-  return written;
+  const auto target = files_.FindTarget(local, {});
+  return target ? target.Value()->Replace(bytes.Value()) : Outcome(target);
 }
 
 }  // namespace zeb

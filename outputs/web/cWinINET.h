@@ -36,6 +36,9 @@ class cWinINET {
   // server's previous file stays.
   std::int32_t UploadFile(FtpSession& session, const std::string& local, std::string serverPath,
                           bool throughTempName, const Watch& watch = {});
+  // The same from a file that is open, from its beginning; `local` is its name for reasons.
+  std::int32_t UploadFile(FtpSession& session, FileReader& file, const std::string& local,
+                          std::string serverPath, bool throughTempName, const Watch& watch = {});
   // Over a session of its own.
   std::int32_t UploadFile(FtpSessions& sessions, const FtpTarget& target, const std::string& local,
                           const std::string& serverPath, bool throughTempName, const Watch& watch = {});
@@ -58,6 +61,7 @@ class cWinINET {
   static std::string URLDecodeB2(std::string_view text) { return UrlDecode(text); }
 
  private:
+  std::int32_t Begin(FtpSession& session, const std::string& serverPath);
   std::int32_t Fail(UploadResult result, std::string why);
   std::int32_t Send(FtpSession& session, FileReader& file, const std::string& name, const Watch& watch);
   std::int32_t PutInPlace(FtpSession& session, const std::string& temp, const std::string& target);
@@ -69,6 +73,8 @@ class cWinINET {
 // Why an operation of a session failed: the server's own words, else ours. A reply that agrees to
 // something does not tell why it failed.
 std::string WhyFtpFailed(const FtpSession& session, const std::string& reason);
+// Why a local file is not sent.
+std::string WhyFileUnreadable(const std::string& reason);
 
 // A download is held in memory.
 inline constexpr std::uint64_t kMaxDownloadBytes = 64u * 1024 * 1024;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "platform/Operator.h"
 #include "text/OneLine.h"
 
 namespace zeb {
@@ -178,8 +179,9 @@ bool clsZEBWebOutput::Repeats(const SnapshotPtr& snapshot) const {
 WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
   WebOrder order;
   order.snapshot = snapshot;
+  order.templates = templates_;
   order.target = TargetOf(settings, environment_.dataFolder);
-  const bool repeats = Repeats(snapshot);
+  const bool repeats = order.isRepetition = Repeats(snapshot);
   for (std::size_t pair = 0; pair < Pairs().size(); ++pair)
     if (!repeats || failedPages_.count(pair) > 0)
       order.pages.push_back({pair, Pairs()[pair], Pairs()[pair].IsDue(*snapshot)});
@@ -188,6 +190,8 @@ WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
   order.movedPages = movedPages_;
   order.copyAdditional = CopyAdditionalFiles;
   order.alwaysCopy = AlwaysCopyFiles;
+  order.media = Media();
+  order.names = Names();
   order.onProgress = onProgress;
   order.onStatus = [this](std::int32_t status, const std::string& text) {
     lastError_ = text;
@@ -213,6 +217,9 @@ void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
   }
   failedAdditional_ = run.failedAdditional;
   if (run.Cancelled()) return;
+  const bool ofAll = !order.isRepetition && run.problem.empty();
+  copyNotes_.Take(run.refused, ofAll,
+                  [this](const std::string& line) { environment_.person.Note("Web: " + line); });
   problem_ = run.problem;
   SetTally(tally);
   if (!run.problem.empty()) return;

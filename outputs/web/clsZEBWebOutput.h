@@ -10,18 +10,25 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "outputs/file/CopyNotes.h"
 #include "outputs/file/PairOutput.h"
 #include "outputs/web/WebServer.h"
 #include "outputs/web/WebSettings.h"
 #include "outputs/web/WebUpload.h"
+#include "templates/TemplateStore.h"
 
 namespace zeb {
 
 class clsZEBWebOutput : public PairOutput {
  public:
-  using PairOutput::PairOutput;
+  // `templates` is shared by all outputs that use template files, `names` by all outputs of the program; an
+  // output without the latter knows its own only.
+  clsZEBWebOutput(Environment& environment, std::shared_ptr<TemplateStore> templates,
+                  std::shared_ptr<PublishedNames> names = std::make_shared<PublishedNames>())
+      : PairOutput(environment, std::move(names)), templates_(std::move(templates)) {}
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;  // an upload under way is cancelled
@@ -52,6 +59,7 @@ class clsZEBWebOutput : public PairOutput {
   void KeepMovedPages(const std::vector<MovedPage>& moved);
   bool Repeats(const SnapshotPtr& snapshot) const;
 
+  std::shared_ptr<TemplateStore> templates_;
   WebServer server_{environment_, lane_};
   Timer keepTimer_;                 // while the connection is kept
   std::shared_ptr<WebUpload> run_;  // from an update to its end
@@ -63,6 +71,7 @@ class clsZEBWebOutput : public PairOutput {
   std::set<std::size_t> failedPages_;
   std::vector<AdditionalFile> failedAdditional_;
   std::vector<Problem> additionalProblems_;
+  CopyNotes copyNotes_;                // of those that may not be published
   std::vector<MovedPage> movedPages_;  // remembered in the settings too, for a restart
   std::string movedPagesKey_, movedPagesName_;
 };

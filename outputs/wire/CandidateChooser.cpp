@@ -86,7 +86,7 @@ Result<std::vector<std::string>> CandidateChooser::Candidates(const WireFormats&
   const WireFormats asked = formats;  // settings may change during the wait
   const auto add = [&](std::string_view format) {
     UploadFileList unused;
-    std::string text = ExpandTemplate(format, snapshot, asked.simpleText, unused);
+    std::string text = ExpandTemplate(format, snapshot, asked.simpleText, unused, asked.Values(format));
     if (breaks == LineBreaks::kTakenOut) text = WithoutLineBreaks(std::move(text));
     if (!text.empty()) candidates.push_back(std::move(text));
   };

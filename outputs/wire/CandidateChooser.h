@@ -14,6 +14,7 @@
 #include "platform/Environment.h"
 #include "platform/Result.h"
 #include "platform/WorkLane.h"
+#include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
 
@@ -23,6 +24,13 @@ struct WireFormats {
   std::string append;               // with {hh} escapes
   std::string alternates;           // templates and "FILE:name" entries, separated by "|"
   bool alternatesWhenEmpty = true;  // only when the main text is empty
+
+  std::string EscapeValues{};  // a word of text/ValueEscapes.h
+
+  // How values are put into a template: one that holds a line end must not become two commands.
+  ValueEncoding Values(std::string_view templateText) const {
+    return {.escape = EscapeFor(EscapeValues, {}, templateText), .oneLine = true};
+  }
 };
 
 enum class LineBreaks { kKept, kTakenOut };

@@ -6,14 +6,34 @@
 
 namespace zeb {
 
+namespace {
+
+bool IsControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20;
+}
+
+// EBU Latin has letters where ASCII has control characters; these are what they look like without their
+// marks.
+constexpr std::string_view kPlainOfLowBytes = "?EIUAEDSTC??GLZNaeiuaedstcNEglz";
+
+// `text` holds no control characters, and nothing in it may come out as one. A soft hyphen (1F in RDS and EBU
+// Latin) ends and switches nothing.
+void AppendPlain(std::string& bytes, std::string_view text, CharacterSet set) {
+  for (const char c : EncodeFor(text, set)) {
+    const auto byte = static_cast<unsigned char>(c);
+    bytes += byte < kPlainOfLowBytes.size() ? kPlainOfLowBytes[byte] : c;
+  }
+}
+
+}  // namespace
+
 std::string EncodeForWire(std::string_view text, CharacterSet set) {
   if (set == CharacterSet::kUtf8) return std::string(text);
   std::string bytes;
-  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
   while (!text.empty()) {
-    const auto control = std::find_if(text.begin(), text.end(), isControl);
+    const auto control = std::find_if(text.begin(), text.end(), IsControl);
     const auto plain = static_cast<std::size_t>(control - text.begin());
-    if (plain > 0) bytes += EncodeFor(text.substr(0, plain), set);
+    if (plain > 0) AppendPlain(bytes, text.substr(0, plain), set);
     text.remove_prefix(plain);
     if (text.empty()) break;
     bytes += text.front();

@@ -9,7 +9,9 @@
 
 namespace zeb {
 
-// The bytes to send. Control characters go out as they are: they end lines and switch receivers.
+// The bytes to send. Control characters go out as they are: they end lines and switch receivers. What the set
+// has in their place (EBU Latin has a letter at 0D) goes out as its base letter; a soft hyphen is none of
+// them.
 std::string EncodeForWire(std::string_view text, CharacterSet set);
 
 // How many characters of the set the text takes.

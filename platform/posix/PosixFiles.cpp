@@ -7,10 +7,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
-#include <system_error>
 #include <utility>
+
+#include "platform/posix/OpenFile.h"
+#include "platform/posix/PosixTarget.h"
 
 namespace zeb {
 namespace {
@@ -18,37 +24,6 @@ namespace {
 constexpr const char* kNotRegular = "it is not a regular file";
 // Far above any folder that pages are published to; a runaway one must not fill the memory.
 constexpr std::size_t kMaxNamesInFolder = 1'000'000;
-
-std::string ErrorText(int error) {
-  return std::generic_category().message(error);
-}
-
-Failure Cannot(const std::string& verb, const std::string& path, const std::string& why) {
-  return {"cannot " + verb + " '" + path + "': " + why};
-}
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) ::close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool IsOpen() const { return number_ >= 0; }
-  int Number() const { return number_; }
-  // A share may tell only now that the disk is full.
-  bool Close() { return ::close(std::exchange(number_, -1)) == 0; }
-
- private:
-  int number_;
-};
-
-// A name with a NUL inside would reach the system cut short, as another file's.
-bool HasNul(const std::string& path) {
-  return path.find('\0') != std::string::npos;
-}
 
 // O_NONBLOCK: opening a pipe whose other end nobody holds returns at once. It means nothing to regular files.
 int Open(const std::string& path, int flags, mode_t mode = 0644) {
@@ -66,45 +41,31 @@ bool StatOf(const std::string& path, struct stat& status) {
   return !HasNul(path) && ::stat(path.c_str(), &status) == 0;
 }
 
-std::int64_t Nanoseconds(const timespec& moment) {
-  return static_cast<std::int64_t>(moment.tv_sec) * 1'000'000'000 + moment.tv_nsec;
-}
-
 // Why the open file cannot be used; "" when it is a regular one.
 std::string WhyNotRegular(const Descriptor& file, struct stat& status) {
   if (::fstat(file.Number(), &status) != 0) return ErrorText(errno);
   return S_ISREG(status.st_mode) ? std::string() : kNotRegular;
 }
 
-ssize_t ReadSome(const Descriptor& file, char* to, std::size_t size) {
-  ssize_t got = 0;
-  do got = ::read(file.Number(), to, size);
-  while (got < 0 && errno == EINTR);
-  return got;
+FileInfo InfoOf(const struct stat& status) {
+  FileInfo info;
+  info.size = static_cast<std::uint64_t>(status.st_size);
+  info.modified = Nanoseconds(status.st_mtim);
+  info.changed = Nanoseconds(status.st_ctim);
+  info.device = status.st_dev;
+  info.inode = status.st_ino;
+  info.seen = std::chrono::steady_clock::now().time_since_epoch();
+  info.isFolder = S_ISDIR(status.st_mode);
+  info.isRegular = S_ISREG(status.st_mode);
+  info.openToAll = (status.st_mode & static_cast<mode_t>(info.isFolder ? S_IXOTH : S_IROTH)) != 0;
+  return info;
 }
 
-bool WriteAll(const Descriptor& file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    ssize_t written = ::write(file.Number(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
-// At most the size that the source had when it was opened, so that a growing file is not followed for ever.
-bool CopyContents(const Descriptor& from, const Descriptor& to, std::uint64_t size) {
-  std::string buffer(static_cast<std::size_t>(std::min<std::uint64_t>(size, 256 * 1024)), '\0');
-  while (size > 0) {
-    ssize_t got =
-        ReadSome(from, buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(size, buffer.size())));
-    if (got < 0) return false;
-    if (got == 0) break;
-    if (!WriteAll(to, std::string_view(buffer).substr(0, static_cast<std::size_t>(got)))) return false;
-    size -= static_cast<std::uint64_t>(got);
-  }
-  return true;
+Result<std::string> RealPathOf(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(
+      HasNul(path) ? nullptr : ::realpath(path.c_str(), nullptr), std::free);
+  if (!real) return Cannot("find", path, ErrorText(HasNul(path) ? EINVAL : errno));
+  return std::string(real.get());
 }
 
 class Reader : public FileReader {
@@ -116,51 +77,82 @@ class Reader : public FileReader {
     if (!file_.IsOpen()) return ErrorText(errno);
     struct stat status = {};
     std::string why = WhyNotRegular(file_, status);
-    size_ = static_cast<std::uint64_t>(status.st_size);
+    device_ = status.st_dev;
+    inode_ = status.st_ino;
+    info_ = InfoOf(status);
     return why;
   }
-  std::uint64_t Size() const override { return size_; }
+  std::uint64_t Size() const override { return info_.size; }
+  FileInfo Info() const override { return info_; }
+  // The kernel knows where the open file lies; a system without /proc finds it by its name again.
+  Result<std::string> RealPath() const override {
+    for (const std::string& name : {"/proc/self/fd/" + std::to_string(file_.Number()), path_}) {
+      Result<std::string> real = RealPathOf(name);
+      struct stat status = {};
+      if (real && StatOf(real.Value(), status) && status.st_dev == device_ && status.st_ino == inode_)
+        return real;
+    }
+    return Cannot("find", path_, "it was moved or deleted meanwhile");
+  }
   Result<std::size_t> Read(char* to, std::size_t most) override {
     const ssize_t got = ReadSome(file_, to, most);
     if (got < 0) return Cannot("read", path_, ErrorText(errno));
     return static_cast<std::size_t>(got);
   }
+  Outcome Rewind() override {
+    if (::lseek(file_.Number(), 0, SEEK_SET) == 0) return {};
+    return Cannot("read", path_, ErrorText(errno));
+  }
 
  private:
   const std::string path_;
   Descriptor file_;
-  std::uint64_t size_ = 0;
+  FileInfo info_;
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
 };
-
-// What people set on a published file outlives its replacement. Not being allowed to is no failure.
-void TakeOverModeAndOwner(const std::string& from, const std::string& to) {
-  struct stat old = {}, fresh = {};
-  if (::stat(to.c_str(), &old) != 0 || !S_ISREG(old.st_mode) || ::stat(from.c_str(), &fresh) != 0) return;
-  if (old.st_uid != fresh.st_uid || old.st_gid != fresh.st_gid)
-    static_cast<void>(!::chown(from.c_str(), old.st_uid, old.st_gid));
-  constexpr mode_t kPermissions = 0777;
-  if ((old.st_mode & kPermissions) != (fresh.st_mode & kPermissions))
-    ::chmod(from.c_str(), old.st_mode & kPermissions);
-}
 
 std::string TempFolder() {
   const char* folder = std::getenv("TMPDIR");
   return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 
+// What temporary files of this data folder are told by; "" without one. Short, and the same in each run.
+std::string OwnerMark(const std::string& dataFolder) {
+  if (dataFolder.empty()) return {};
+  std::uint32_t hash = 2166136261u;  // FNV-1a
+  for (const char byte : dataFolder) hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619u;
+  char text[16];
+  std::snprintf(text, sizeof text, "-%08x-", static_cast<unsigned>(hash));
+  return text;
+}
+
+// This moment by the clock that the system stamps files with.
+std::int64_t FileTime() {
+  timespec now = {};
+#ifdef CLOCK_REALTIME_COARSE
+  ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+#else
+  ::clock_gettime(CLOCK_REALTIME, &now);
+#endif
+  return Nanoseconds(now);
+}
+
+constexpr std::string_view kRandomPart = "XXXXXX";
+
 }  // namespace
 
-PosixFiles::PosixFiles() : tempFolder_(TempFolder()) {}
+PosixFiles::PosixFiles(const std::string& dataFolder)
+    : tempFolder_(TempFolder()), owner_(OwnerMark(dataFolder)), startedAt_(FileTime()) {}
 
 std::optional<FileInfo> PosixFiles::Stat(const std::string& path) {
   struct stat status = {};
   if (!StatOf(path, status)) return std::nullopt;
-  FileInfo info;
-  info.size = static_cast<std::uint64_t>(status.st_size);
-  info.modified = Nanoseconds(status.st_mtim);
-  info.isFolder = S_ISDIR(status.st_mode);
-  info.isRegular = S_ISREG(status.st_mode);
-  return info;
+  return InfoOf(status);
+}
+
+Result<std::string> PosixFiles::RealPath(const std::string& path) {
+  return RealPathOf(path);
 }
 
 Result<std::string> PosixFiles::Read(const std::string& path, std::uint64_t limit) {
@@ -221,37 +213,8 @@ Outcome PosixFiles::Delete(const std::string& path) {
   return Cannot("delete", path, ErrorText(errno));
 }
 
-Outcome PosixFiles::Rename(const std::string& from, const std::string& to) {
-  std::string verb = "rename '" + from + "' to";
-  if (HasNul(from) || HasNul(to)) return Cannot(verb, to, ErrorText(EINVAL));
-  TakeOverModeAndOwner(from, to);
-  if (::rename(from.c_str(), to.c_str()) == 0) return {};
-  return Cannot(verb, to, ErrorText(errno));
-}
-
-Outcome PosixFiles::Copy(const std::string& from, const std::string& to) {
-  std::string verb = "copy '" + from + "' to";
-  Descriptor source(Open(from, O_RDONLY));
-  if (!source.IsOpen()) return Cannot(verb, to, ErrorText(errno));
-  struct stat status = {};
-  if (std::string why = WhyNotRegular(source, status); !why.empty()) return Cannot(verb, to, why);
-  struct stat present = {};
-  if (StatOf(to, present) && present.st_dev == status.st_dev && present.st_ino == status.st_ino)
-    return Cannot(verb, to, "they are the same file");
-  if (Outcome deleted = Delete(to); !deleted) return Cannot(verb, to, deleted.Reason());
-
-  // Exclusive: a link that somebody puts there meanwhile must not be followed.
-  Descriptor target(Open(to, O_WRONLY | O_CREAT | O_EXCL));
-  if (!target.IsOpen()) return Cannot(verb, to, ErrorText(errno));
-  const timespec times[2] = {status.st_atim, status.st_mtim};
-  if (CopyContents(source, target, static_cast<std::uint64_t>(status.st_size))) {
-    // Some shares refuse to set times; the contents are what matters.
-    static_cast<void>(::futimens(target.Number(), times));
-    if (target.Close()) return {};
-  }
-  int error = errno;
-  ::unlink(to.c_str());
-  return Cannot(verb, to, ErrorText(error));
+Result<std::unique_ptr<FileTarget>> PosixFiles::FindTarget(const std::string& path, const LinkRules& rules) {
+  return FindPosixTarget(path, rules, startedAt_);
 }
 
 Outcome PosixFiles::CreateFolders(const std::string& path) {
@@ -292,10 +255,27 @@ Result<std::vector<std::string>> PosixFiles::List(const std::string& folder) {
 }
 
 Result<std::string> PosixFiles::MakeTempFile(const std::string& prefix) {
-  std::string path = tempFolder_ + "/" + prefix + "XXXXXX";
+  std::string path = tempFolder_ + "/" + prefix + owner_ + std::string(kRandomPart);
   Descriptor file(HasNul(path) ? -1 : ::mkostemp(path.data(), O_CLOEXEC));
   if (!file.IsOpen()) return Cannot("create a temporary file in", tempFolder_, ErrorText(errno));
   return path;
+}
+
+std::size_t PosixFiles::DeleteLeftTempFiles(const std::string& prefix) {
+  if (owner_.empty()) return 0;
+  const std::string start = prefix + owner_;
+  const Result<std::vector<std::string>> names = List(tempFolder_);
+  if (!names) return 0;
+  const auto isLeft = [&](const std::string& name) {
+    struct stat status = {};
+    return name.size() == start.size() + kRandomPart.size() && name.compare(0, start.size(), start) == 0 &&
+           ::lstat((tempFolder_ + "/" + name).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_uid == ::geteuid() && Nanoseconds(status.st_ctim) < startedAt_;
+  };
+  return static_cast<std::size_t>(
+      std::count_if(names.Value().begin(), names.Value().end(), [&](const std::string& name) {
+        return isLeft(name) && ::unlink((tempFolder_ + "/" + name).c_str()) == 0;
+      }));
 }
 
 }  // namespace zeb

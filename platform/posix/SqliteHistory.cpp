@@ -19,6 +19,7 @@ constexpr std::size_t kMostKnown = 20000;    // blobs whose numbers are remember
 constexpr std::int64_t kUsedEvery = 300000;  // ms: how exactly it is known when a blob was last referred to
 constexpr std::int64_t kMillisecondsPerDay = 86400000;
 constexpr int kPieceRows = 500;  // of each table, given up at a time
+constexpr int kRoomRows = 100;   // the same, when room is needed at once
 constexpr int kPieceBlobs = 2000;
 constexpr int kPiecePages = 250;
 constexpr int kMostPieces = 50;  // to make room for one batch
@@ -113,7 +114,7 @@ bool SqliteHistory::MakeRoom(const HistoryLimits& limits, int piece) {
   known_.clear();
   if (piece == kMostPieces || !NearlyFull(limits)) return false;
   try {
-    return GiveUpOldest(std::numeric_limits<std::int64_t>::max());
+    return GiveUpOldest(std::numeric_limits<std::int64_t>::max(), kRoomRows);
   } catch (const HistoryFileError&) {
     return false;
   }
@@ -140,7 +141,7 @@ void SqliteHistory::WriteUpdates(const HistoryBatch& batch) {
     const std::int64_t at = update.moment.utc;
     // Previous slots are negative: signs go into the last bit.
     std::string slots;
-    for (const HistoryUpdate::Slot& slot : update.slots) {
+    for (const HistoryUpdate::Slot& slot : update.items) {
       AppendNumber(slots, static_cast<std::uint64_t>(slot.slot < 0 ? -2 * slot.slot - 1 : 2 * slot.slot));
       AppendNumber(slots, static_cast<std::uint64_t>(Keep(slot.record, at)));
     }
@@ -204,7 +205,7 @@ bool SqliteHistory::NearlyFull(const HistoryLimits& limits) const {
 }
 
 // The first of a piece, of all tables, and where it ends.
-bool SqliteHistory::GiveUpOldest(std::int64_t before) {
+bool SqliteHistory::GiveUpOldest(std::int64_t before, int mostRows) {
   constexpr const char* kTables[] = {"items", "updates", "publications"};
   std::optional<std::int64_t> end;
   bool more = false;
@@ -213,7 +214,7 @@ bool SqliteHistory::GiveUpOldest(std::int64_t before) {
     // The moment of the row behind the piece; of the last row where there are fewer.
     const std::int64_t rows =
         file_->Number("SELECT count(*) FROM (SELECT 1 FROM " + name + " WHERE at < " +
-                      std::to_string(before) + " ORDER BY at LIMIT " + std::to_string(kPieceRows) + ")");
+                      std::to_string(before) + " ORDER BY at LIMIT " + std::to_string(mostRows) + ")");
     if (rows < 0) throw HistoryFileError(*file_);
     if (rows == 0) continue;
     const std::int64_t last =
@@ -228,7 +229,7 @@ bool SqliteHistory::GiveUpOldest(std::int64_t before) {
       // Many may share one moment; a piece stays a piece.
       HistoryQuery rows(*file_, "DELETE FROM " + std::string(table) + " WHERE id IN (SELECT id FROM " +
                                     table + " WHERE at <= ?1 ORDER BY at LIMIT ?2)");
-      rows.Bind(*end).Bind(kPieceRows).Run();
+      rows.Bind(*end).Bind(mostRows).Run();
     }
   HistoryQuery blobs(*file_, "DELETE FROM blobs WHERE id IN (SELECT id FROM blobs WHERE used < ?1 LIMIT ?2)");
   blobs.Bind(blobsBefore).Bind(kPieceBlobs).Run();
@@ -242,8 +243,8 @@ HistoryOutcome SqliteHistory::CleanUp(const HistoryLimits& limits, std::int64_t 
   if (HistoryOutcome opened = Open(limits); !opened.Ok()) return opened;
   try {
     HistoryOutcome outcome;
-    outcome.more = GiveUpOldest(nowUtc - limits.days * kMillisecondsPerDay);
-    if (NearlyFull(limits)) outcome.more = GiveUpOldest(std::numeric_limits<std::int64_t>::max());
+    outcome.more = GiveUpOldest(nowUtc - limits.days * kMillisecondsPerDay, kPieceRows);
+    if (NearlyFull(limits)) outcome.more = GiveUpOldest(std::numeric_limits<std::int64_t>::max(), kPieceRows);
     const std::int64_t pages = file_->Number("PRAGMA page_count");
     file_->ExecuteOrThrow("PRAGMA incremental_vacuum(" + std::to_string(kPiecePages) + ")");
     if (file_->Number("PRAGMA page_count") < pages) outcome.more = true;

@@ -44,7 +44,7 @@ class SqliteHistory : public HistoryStore {
   std::int64_t Keep(std::string_view bytes, std::int64_t utc);
   std::int64_t KeepNew(const std::string& hash, std::string_view bytes, std::int64_t utc);
   // Deletes the oldest rows: of those before `before`, a bounded number. False: there are none.
-  bool GiveUpOldest(std::int64_t before);
+  bool GiveUpOldest(std::int64_t before, int rows);
   bool NearlyFull(const HistoryLimits& limits) const;
 
   std::string path_;

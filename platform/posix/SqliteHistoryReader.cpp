@@ -87,7 +87,7 @@ Update UpdateOf(const HistoryQuery& row) {
     if (!record) break;
     const int number = static_cast<int>(*slot % 2 == 1 ? -static_cast<std::int64_t>((*slot + 1) / 2)
                                                        : static_cast<std::int64_t>(*slot / 2));
-    update.slots.emplace_back(number, static_cast<std::int64_t>(*record));
+    update.items.emplace_back(number, static_cast<std::int64_t>(*record));
   }
   return update;
 }

@@ -13,6 +13,9 @@
 namespace zeb {
 namespace {
 
+// Of a service and its outputs, and those for all services.
+constexpr std::size_t kMostKeysKnown = 32;
+
 std::string StoredPath(const std::string& key) {
   return LowerCase(NormalSettingsKey(key));
 }
@@ -92,8 +95,22 @@ std::vector<SettingsValue> SqliteHive::Values(const std::string& key) {
   return values;
 }
 
-std::optional<SettingsData> SqliteHive::Read(const std::string& key, const std::string& name) const {
+const SqliteHive::KnownValues& SqliteHive::ValuesKnownOf(const std::string& key) {
+  const auto found = known_.find(key);
+  if (found != known_.end()) return found->second;
+  if (known_.size() >= kMostKeysKnown) Forget();
+  KnownValues values;
+  for (SettingsValue& value : Values(key)) values[LowerCase(value.name)] = std::move(value.data);
+  return known_[key] = std::move(values);
+}
+
+std::optional<SettingsData> SqliteHive::Read(const std::string& key, const std::string& name) {
   CheckTransaction();
+  if (reading_) {
+    const KnownValues& values = ValuesKnownOf(key);
+    const auto found = values.find(LowerCase(name));
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+  }
   SqliteQuery query(*store_, Statement::kRead);
   if (!query.Bind(StoredPath(key)).Bind(LowerCase(name)).Step()) return std::nullopt;
   return query.Data(0);
@@ -129,6 +146,7 @@ void SqliteHive::WriteNumber(const std::string& key, const std::string& name, st
 }
 
 void SqliteHive::Write(const std::string& key, const std::string& name, const SettingsData& data) {
+  Forget();
   Transaction([&] {
     EnsureKey(key);
     SqliteQuery query(*store_, Statement::kWrite);
@@ -160,6 +178,7 @@ void SqliteHive::EnsureKey(const std::string& key) {
 }
 
 void SqliteHive::DeleteKey(const std::string& key) {
+  Forget();
   const std::string path = StoredPath(key);
   // Above every path: UTF-8 has no byte 0xFF.
   const std::string first = path.empty() ? "" : path + '\\';
@@ -173,6 +192,7 @@ void SqliteHive::DeleteKey(const std::string& key) {
 }
 
 void SqliteHive::DeleteValue(const std::string& key, const std::string& name) {
+  Forget();
   Transaction([&] { Run(Statement::kDeleteValue, StoredPath(key), LowerCase(name)); });
 }
 
@@ -181,9 +201,19 @@ void SqliteHive::Transaction(const std::function<void()>& changes) {
 }
 
 void SqliteHive::ReadTransaction(const std::function<void()>& reads) {
+  if (reading_) return reads();
+  struct Reading {
+    explicit Reading(SqliteHive& reader) : hive(reader) { hive.reading_ = true; }
+    ~Reading() {
+      hive.reading_ = false;
+      hive.Forget();
+    }
+    SqliteHive& hive;
+  };
   RunTransaction(Statement::kBeginReading, [&] {
     // The first read takes the state that is read from, or finds the file locked.
     KeyExists("Software");
+    const Reading reading(*this);
     reads();
   });
 }

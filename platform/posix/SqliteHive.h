@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "platform/Result.h"
 #include "platform/SettingsHive.h"
@@ -60,7 +61,7 @@ class SqliteHive : public SettingsHive {
 
   // Nothing may be stored on its own when SQLite has given the open transaction up (on a full disk).
   void CheckTransaction() const;
-  std::optional<SettingsData> Read(const std::string& key, const std::string& name) const;
+  std::optional<SettingsData> Read(const std::string& key, const std::string& name);
   void Write(const std::string& key, const std::string& name, const SettingsData& data);
   void RunTransaction(Statement begin, const std::function<void()>& work);
   // Makes the key and those above it.
@@ -68,8 +69,16 @@ class SqliteHive : public SettingsHive {
   void Run(Statement statement);
   void Run(Statement statement, std::string_view first, std::string_view second = {});
 
+  using KnownValues = std::unordered_map<std::string, SettingsData>;  // by lower-cased name
+  const KnownValues& ValuesKnownOf(const std::string& key);
+  void Forget() { known_.clear(); }
+
   std::unique_ptr<SqliteStore> store_;
   bool inTransaction_ = false;
+  // Within a read transaction a key is read whole when its first value is asked for: who loads a service asks
+  // for all of them. By the key as it was given.
+  bool reading_ = false;
+  std::unordered_map<std::string, KnownValues> known_;
 };
 
 }  // namespace zeb

@@ -10,4 +10,9 @@ namespace zeb {
 // grow. On any thread.
 bool WriteToStandardError(const LogLine& line);
 
+// A LineSink that never waits: false, and nothing is written, when the line would have to (the reader is
+// behind), or when nobody can know (a file on a disk, a terminal). Null where standard error is of a kind for
+// which it would always be so. What it opens stays open to the end of the process.
+LineSink TryStandardError();
+
 }  // namespace zeb

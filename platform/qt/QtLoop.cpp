@@ -13,8 +13,9 @@
 #include <vector>
 
 #include "platform/TimerQueue.h"
-#include "platform/WorkerPool.h"
+#include "platform/qt/EpollDispatcher.h"
 #include "platform/qt/QtMailbox.h"
+#include "platform/qt/WorkerPool.h"
 
 namespace zeb {
 
@@ -58,7 +59,7 @@ QtLoop::~QtLoop() {
 }
 
 void QtLoop::ChoosePlainDispatcher() {
-  qputenv("QT_NO_GLIB", "1");
+  QCoreApplication::setEventDispatcher(new EpollDispatcher());
 }
 
 int QtLoop::Run() {
@@ -109,13 +110,13 @@ void QtLoop::PostFromAnyThread(std::function<void()> work) {
 }
 
 void QtLoop::Offload(std::function<void()> work, std::function<void()> done) {
-  state_->workers.Submit(
+  const bool begun = state_->workers.Submit(
       [work = std::move(work), done = std::move(done), mailbox = state_->mailbox]() mutable {
         work();
         work = nullptr;
         mailbox->PostFromAnyThread(std::move(done));
       });
-  if (!state_->relief.Running()) RelieveWorkers();
+  if (!begun && !state_->relief.Running()) RelieveWorkers();
 }
 
 void QtLoop::RelieveWorkers() {
@@ -155,6 +156,11 @@ void QtLoop::ArmTimer() {
   const Duration sleep = std::clamp(*due - Monotonic(), Duration::zero(), kLongestSleep);
   // Rounded up: a timer is never early.
   state_->timer.start(std::chrono::ceil<std::chrono::milliseconds>(sleep));
+}
+
+void QtLoop::HandleEvent(const std::function<void()>& work) noexcept {
+  Call(work);
+  RunReadyTasks();
 }
 
 void QtLoop::Call(const std::function<void()>& work) noexcept {

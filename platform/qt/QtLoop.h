@@ -9,6 +9,7 @@
 // is left behind after half a second, with what its work owns.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "platform/EventLoop.h"
@@ -20,9 +21,13 @@ class QtLoop : public EventLoop {
   QtLoop();
   ~QtLoop() override;
 
-  // To be called before the QCoreApplication of a program without windows is made: takes Qt's own dispatcher
-  // rather than GLib's, which lets busy sockets keep timers waiting.
+  // To be called before the QCoreApplication of a program without windows is made: takes an EpollDispatcher
+  // in place of Qt's own, or GLib's, with which busy sockets keep timers waiting.
   static void ChoosePlainDispatcher();
+
+  // Does the work of an event that came through Qt as this class does its own: what it throws is reported,
+  // and the tasks that waited for what it did go on.
+  void HandleEvent(const std::function<void()>& work) noexcept;
 
   int Run();            // until Quit; its exit code
   void Quit(int code);  // also before Run, which then ends at once

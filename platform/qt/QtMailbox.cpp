@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QThread>
+#include <thread>
 #include <utility>
 
 namespace zeb {
@@ -43,16 +44,20 @@ void QtMailbox::Post(std::function<void()> work) {
 }
 
 void QtMailbox::PostFromAnyThread(std::function<void()> work) {
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
   if (!receiver_) return;
   work_.push_back(std::move(work));
-  Ask();
+  Ask(std::move(lock));
 }
 
-void QtMailbox::Ask() {
-  if (asked_) return;
-  asked_ = true;
-  receiver_->Ask();
+// The loop is woken without the mutex, or it would wake up to wait for it.
+void QtMailbox::Ask(std::unique_lock<std::mutex> lock) {
+  if (std::exchange(asked_, true)) return;
+  Receiver& receiver = *receiver_;
+  ++asking_;
+  lock.unlock();
+  receiver.Ask();
+  --asking_;
 }
 
 std::size_t QtMailbox::BeginDelivery() {
@@ -62,20 +67,23 @@ std::size_t QtMailbox::BeginDelivery() {
 }
 
 std::function<void()> QtMailbox::Take() {
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
   if (work_.empty()) return nullptr;
   auto work = std::move(work_.front());
   work_.pop_front();
-  if (!work_.empty()) Ask();
+  if (!work_.empty()) Ask(std::move(lock));
   return work;
 }
 
 void QtMailbox::Close() {
   std::unique_ptr<Receiver> receiver;
   std::deque<std::function<void()>> dropped;
-  const std::lock_guard lock(mutex_);
-  receiver = std::move(receiver_);
-  dropped.swap(work_);
+  {
+    const std::lock_guard lock(mutex_);
+    receiver = std::move(receiver_);
+    dropped.swap(work_);
+  }
+  while (asking_ > 0) std::this_thread::yield();
 }
 
 }  // namespace zeb

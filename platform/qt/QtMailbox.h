@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QTimer>
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -32,12 +33,13 @@ class QtMailbox {
 
  private:
   class Receiver;
-  void Ask();  // the mutex is held
+  void Ask(std::unique_lock<std::mutex> lock);
 
   std::mutex mutex_;
   std::deque<std::function<void()>> work_;
   bool asked_ = false;  // a delivery is on its way
   std::unique_ptr<Receiver> receiver_;
+  std::atomic<int> asking_ = 0;  // threads that are at the receiver, without the mutex
 };
 
 }  // namespace zeb

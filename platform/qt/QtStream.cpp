@@ -1,14 +1,12 @@
 #include "platform/qt/QtStream.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-
 #include <QNetworkProxy>
 #include <QSslError>
 #include <QSslSocket>
 #include <algorithm>
 #include <utility>
+
+#include "platform/qt/SocketOptions.h"
 
 namespace zeb {
 
@@ -19,11 +17,6 @@ using namespace std::chrono_literals;
 constexpr qint64 kPieceBytes = 64 * 1024;
 // How long a closed stream goes on sending to a peer that hardly reads.
 constexpr Duration kLeaveLimit = 10s;
-// A peer that lost its power is found out after about two minutes rather than the system's two hours.
-constexpr int kKeepAliveIdle = 60;
-constexpr int kKeepAliveInterval = 15;
-constexpr int kKeepAliveProbes = 4;
-
 std::string OneLine(const QString& text) {
   return text.simplified().toStdString();
 }
@@ -55,7 +48,7 @@ void QtStream::Watch() {
 void QtStream::Connect(const std::string& host, std::uint16_t port, Security security) {
   target_ = host + ":" + std::to_string(port);
   const auto whenConnected = [this] {
-    TuneSocket();
+    TuneSocket(static_cast<int>(socket_->socketDescriptor()));
     connected_ = tellConnected_ = true;
     PostPump();
   };
@@ -73,28 +66,6 @@ void QtStream::Connect(const std::string& host, std::uint16_t port, Security sec
     certificateProblem_ = OneLine(errors.front().errorString());
   });
   secure->connectToHostEncrypted(name, port);
-}
-
-void QtStream::TakeAccepted() {
-  target_ = socket_->peerAddress().toString().toStdString() + ":" + std::to_string(socket_->peerPort());
-  connected_ = held_ = true;
-  TuneSocket();
-  if (socket_->state() != QAbstractSocket::ConnectedState) End("");
-}
-
-void QtStream::Release() {
-  held_ = false;
-  PostPump();
-}
-
-void QtStream::TuneSocket() {
-  socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-  socket_->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
-  const int descriptor = static_cast<int>(socket_->socketDescriptor());
-  // A system that refuses these keeps its own times.
-  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, &kKeepAliveIdle, sizeof kKeepAliveIdle);
-  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, &kKeepAliveInterval, sizeof kKeepAliveInterval);
-  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPCNT, &kKeepAliveProbes, sizeof kKeepAliveProbes);
 }
 
 void QtStream::Send(std::string_view bytes) {
@@ -131,7 +102,7 @@ void QtStream::Pump() {
     if (ended_) Leave();
     return;
   }
-  if (held_ || (!connected_ && !ended_)) return;
+  if (!connected_ && !ended_) return;
   if (std::exchange(tellConnected_, false)) {
     PostPump();
     return user_->Connected();

@@ -42,8 +42,6 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
 
   enum class Security { kNone, kTls };
   void Connect(const std::string& host, std::uint16_t port, Security security);
-  void TakeAccepted();  // the socket is connected already; its user hears nothing before Release
-  void Release();
 
   bool Resolving() const { return socket_->state() == QAbstractSocket::HostLookupState; }
   void Send(std::string_view bytes);
@@ -59,7 +57,6 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
   void PostPump();
   void Pump();
   void End(const std::string& reason);
-  void TuneSocket();
   void Leave();
 
   std::shared_ptr<QtStreams> shared_;
@@ -68,7 +65,6 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
   std::string target_;  // "host:port" of an outgoing connection
   bool connected_ = false;
   bool tellConnected_ = false;
-  bool held_ = false;  // the user is not to hear of anything yet
   bool pumpPosted_ = false;
   std::optional<std::string> ended_;
   std::string certificateProblem_;

@@ -35,7 +35,7 @@ std::string Shown(const Words& words) {
     const auto& expand = std::get<ExpandOptions>(options.command);
     out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
         << expand.page << expand.urlEncode << expand.listFiles << ' ' << expand.now.has_value() << ' '
-        << expand.service;
+        << expand.service << expand.escape;
   }
   return out.str();
 }
@@ -112,7 +112,8 @@ TEST(ZebctlOptions, ReadsPreviews) {
           "[-] [m] [] 011 0 0"},
          {{"expand", "--page", "--now", "2026-03-02T07:08:09", "--simple-text", "t", "--service", "2", "--",
            "-f"},
-          "[-f] [] [t] 100 1 2"}});
+          "[-f] [] [t] 100 1 2"},
+         {{"expand", "--escape", "auto"}, "[] [] [" + ExpandOptions().simpleText + "] 000 0 0auto"}});
 }
 
 TEST(ZebctlOptions, NamesTheWordAtFault) {
@@ -160,6 +161,8 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
        {{"expand", "a", "b"}, "expand has no use for 'b' (zebctl expand --help)"},
        {{"expand", "--page=no"}, "--page takes no value (zebctl expand --help)"},
        {{"expand", "--page", "--url-encode"}, "--page does not go with --url-encode (zebctl expand --help)"},
+       {{"expand", "--escape", "yaml"},
+        "--escape takes html, xml, json or auto, not 'yaml' (zebctl expand --help)"},
        {{"expand", "--now", "2026-02-30 00:00:00"},
         "--now takes a moment \"YYYY-MM-DD hh:mm:ss\", not '2026-02-30 00:00:00' (zebctl expand --help)"},
        {{"expand", "--service", "0"},

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "dialogs/DABOutputDialog.h"
+#include "dialogs/EscapeValuesField.h"
 #include "dialogs/HTTPOutputDialog.h"
 #include "dialogs/SerialOutputDialog.h"
 #include "dialogs/WebOutputDialog.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 namespace {
@@ -37,6 +39,13 @@ TEST(DABOutputDialogTest, ChecksFormatAndLength) {
   for (const char* most : {"", "128"}) EXPECT_EQ(CheckDABProperties("a", most), "");
   for (const char* most : {"129", "-1"})
     EXPECT_EQ(CheckDABProperties("a", most), "The maximum number of characters must be from 1 to 128");
+}
+
+TEST(EscapeValuesFieldTest, OffersEveryWordAndRefusesOthers) {
+  for (const EscapeText& one : kEscapeTexts) EXPECT_EQ(CheckEscapeValues(one.word), "");
+  EXPECT_EQ(kEscapeTexts[0].word, "");
+  EXPECT_NE(CheckEscapeValues("yaml"), "");
+  EXPECT_EQ(std::size(kEscapeTexts), std::size(kEscapeWords) + 1);
 }
 
 TEST(HTTPOutputDialogTest, WantsARequestType) {

@@ -301,8 +301,9 @@ TEST_F(HistoryQueriesTest, ReplaysATemplateAgainstWhatWasKnown) {
   EXPECT_EQ(Replay({"<ZEB_NEXT3_ITEMNAME>"}).substr(0, 21), "2026-03-02 12:00:00  ");
   EXPECT_EQ(Replay({"<p>\n&lt;ZEB_NOW_ITEMNAME&gt;\n", "", true}),
             "2026-03-02 12:00:00\n<p>\nFirst\n2026-03-02 12:02:00\n<p>\nSecond\n");
-  EXPECT_EQ(Replay({"q=<ZEB_SIMPLETEXT>", "<ZEB_NOW_ITEMNAME> &", false, true}),
-            "2026-03-02 12:00:00  q=First+%26\n2026-03-02 12:02:00  q=Second+%26\n");
+  EXPECT_EQ(
+      Replay({"q=<ZEB_SIMPLETEXT>", "<ZEB_NOW_ITEMNAME> <ZEB_SPECIAL_PRESENTERFULLNAME>", false, {true}}),
+      "2026-03-02 12:00:00  q=First Zo%C3%AB\n2026-03-02 12:02:00  q=Second Zo%C3%AB\n");
   HistoryFilter span;
   span.from = Utc("2026-03-02 12:01");
   EXPECT_EQ(Replay({"<ZEB_NOW_ITEMNAME>"}, span), "2026-03-02 12:02:00  Second\n");

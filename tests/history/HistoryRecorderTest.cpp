@@ -115,7 +115,7 @@ TEST_F(HistoryRecorderTest, KeepsAnUpdateOnceWithAllThatATemplateMayAskFor) {
   EXPECT_EQ(update.id, id);
   EXPECT_EQ(update.service, 1);
   std::vector<std::pair<int, std::string>> slots;
-  for (const HistoryUpdate::Slot& slot : update.slots)
+  for (const HistoryUpdate::Slot& slot : update.items)
     slots.emplace_back(slot.slot, (*ReadItemRecord(slot.record))->ItemName);
   EXPECT_EQ(slots, (std::vector<std::pair<int, std::string>>{
                        {0, "Song"}, {kHistoryComingSoon, "Soon"}, {1, "Next"}, {-2, "Before"}}));

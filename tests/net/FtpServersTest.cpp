@@ -14,6 +14,8 @@
 namespace zeb {
 namespace {
 
+const std::string kPicture = "\xFF\xD8\xFF\xE0 picture";
+
 class FtpServersTest : public Station {
  protected:
   FtpServersTest() {
@@ -24,7 +26,7 @@ class FtpServersTest : public Station {
     std::filesystem::permissions(folder, std::filesystem::perms(0755));
     std::filesystem::permissions(site, std::filesystem::perms(0777));
     WriteFile(Path("page.html"), "<p><ZEB_NOW_ITEMNAME> <ZEB_NOW_PICTUREFILENAME></p>");
-    WriteFile(Path("cover.jpg"), "picture");
+    WriteFile(Path("cover.jpg"), kPicture);
     Set("NumberOutputs", "1");
     Set("Output1.NumberFiles", "1");
     Set("Output1.SourceFileName1", Path("page.html"));
@@ -84,7 +86,7 @@ class FtpServersTest : public Station {
     Play("Zoë");
     EXPECT_EQ(AwaitOnServer("Zoë"), "<p>Zoë cover.jpg</p>") << zebd->error;
     const auto sent = std::filesystem::last_write_time(site / "cover.jpg");
-    WriteFile(Path("cover.jpg"), "another");
+    WriteFile(Path("cover.jpg"), kPicture + " that is another");
     Play("Second");
     EXPECT_EQ(AwaitOnServer("Second"), "<p>Second cover.jpg</p>") << zebd->error;
     Stop();
@@ -92,7 +94,7 @@ class FtpServersTest : public Station {
       EXPECT_EQ(relay->Connections(), 2);
     }
     EXPECT_EQ(std::filesystem::last_write_time(site / "cover.jpg"), sent);
-    EXPECT_EQ(ReadFile((site / "cover.jpg").string()), "picture") << "it was there already";
+    EXPECT_EQ(ReadFile((site / "cover.jpg").string()), kPicture) << "it was there already";
     EXPECT_EQ(OnServer(), (std::vector<std::string>{"cover.jpg", "now.html"}));
   }
 
@@ -222,7 +224,7 @@ TEST_F(FtpServersTest, ALostAnswerToTheLastRenameIsUnderstood) {
 // So slow that the picture would take minutes.
 TEST_F(FtpServersTest, AnUploadThatIsCutShortByTheEndLeavesNoPart) {
   UseVsftpd(false, "anon_max_rate=20000\n");
-  WriteFile(Path("cover.jpg"), std::string(20u << 20, 'x'));
+  WriteFile(Path("cover.jpg"), kPicture + std::string(20u << 20, 'x'));
   Start();
   Play("One");
   const std::filesystem::path part = site / "cover.jpg.tmp";

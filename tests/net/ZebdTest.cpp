@@ -1,6 +1,10 @@
 // zebd as a process: from a message to a file, its signals, its exit status, and what a kill leaves behind.
 
+#include <sys/stat.h>
+
+#include <chrono>
 #include <csignal>
+#include <functional>
 
 #include "tests/net/Station.h"
 
@@ -226,6 +230,52 @@ TEST_F(ZebdTest, LeavesWholePagesAndAllSettingsBehindWhenKilled) {
   Start();
   ASSERT_EQ(Send({Current("At last")}).status, 0);
   EXPECT_TRUE(whole(AwaitPage("now.txt", "At last")));
+}
+
+// Killed while its work file is there, which takes a large page and some luck.
+TEST_F(ZebdTest, WhatAKilledRunLeftIsGoneAfterTheNextStart) {
+  AddService(1, control, std::string(8u << 20, 'x') + "<ZEB_NOW_ITEMNAME>", "now.txt");
+  const auto there = [this](const char* name) { return std::filesystem::exists(Path(name)); };
+  for (int i = 0; i < 20 && !there("now.txt.tmp"); ++i) {
+    std::filesystem::remove(Path("now.txt"));
+    Start();
+    Process feeding({Program("zebctl"), "send", "--port", std::to_string(6900 + control), Current("Song")});
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!there("now.txt.tmp") && !there("now.txt")) ASSERT_LT(std::chrono::steady_clock::now(), limit);
+    zebd->Signal(SIGKILL);
+    EXPECT_EQ(zebd->Wait(), 128 + SIGKILL);
+  }
+  ASSERT_TRUE(there("now.txt.tmp"));
+  WriteFile(Path("other.tmp"), "not ours to remove");
+  Start();
+  EXPECT_TRUE(zebd->WaitForError("Removed 1 file that an earlier run had left unfinished\n")) << zebd->error;
+  EXPECT_FALSE(there("now.txt.tmp"));
+  EXPECT_TRUE(there("other.tmp"));
+}
+
+TEST_F(ZebdTest, ADestinationThatIsNoFileIsRefusedWithALine) {
+  AddService(1, control, "<ZEB_NOW_ITEMNAME>", "now.txt");
+  Start();
+  struct Case {
+    std::function<void(const char*)> make;
+    const char* why;
+  };
+  const Case cases[] = {
+      {[](const char* path) { ASSERT_EQ(mkfifo(path, 0666), 0); },
+       "it is a pipe, a socket or a device; choose the name of a file"},
+      {[](const char* path) { std::filesystem::create_directory(path); }, "it is a folder; choose"},
+      {[](const char* path) { std::filesystem::create_symlink("settings.db", path); },
+       "it is a link to 'settings.db', and that is ZEB's data folder; let it lead to another file"},
+  };
+  for (const Case& c : cases) {
+    std::filesystem::remove(Path("now.txt"));
+    c.make(Path("now.txt").c_str());
+    const auto before = std::filesystem::symlink_status(Path("now.txt"));
+    ASSERT_EQ(Send({Current(c.why)}).status, 0);
+    EXPECT_TRUE(zebd->WaitForError(c.why)) << zebd->error;
+    EXPECT_EQ(std::filesystem::symlink_status(Path("now.txt")).type(), before.type());
+  }
+  EXPECT_EQ(Zebctl({"settings", "get", "Service1", "ServiceName"}).output, "Station 1\n");
 }
 
 }  // namespace

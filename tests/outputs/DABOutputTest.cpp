@@ -165,6 +165,12 @@ TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
   EXPECT_EQ(label("éé"), "label éé!Rain on");
   output->settings.characterSet = CharacterSet::kEbuLatin;
   EXPECT_EQ(label("Łódź 日"), "label Łódź ?!Rai");
+  // A value's own line ends and control characters part words.
+  output->settings.append = "";
+  output->settings.MaxNumberChars = "";
+  Play("One\r\nLABEL\x1B\xC2\x85Two");
+  EXPECT_EQ(label("a\n<ZEB_NOW_ITEMNAME>"), "label aOne  LABEL  Two");
+  Play("Rain on Slate");
 
   static_cast<WireFormats&>(output->settings) = {"", "", "", true};
   client->calls.clear();

@@ -34,6 +34,7 @@ class ExampleTemplatesTest : public testing::Test {
       pair.SetSourceFileName(templates + name);
       pair.SetDestinationFileName(pages + name);
       pair.RefreshTagSeconds = 15;
+      pair.EscapeValues = "auto";
       output->AddUpdateFile(pair);
     }
   }
@@ -107,6 +108,17 @@ TEST_F(ExampleTemplatesTest, OptionalPartsVanish) {
   EXPECT_EQ(Count(xml, "<item "), 3);
   EXPECT_EQ(Count(xml, "<show>Breakfast</show>"), 1);
   EXPECT_EQ(Count(xml, "<picture>cover.jpg</picture>"), 1);
+}
+
+TEST_F(ExampleTemplatesTest, ATitleOfMarkupBreaksNoPage) {
+  Play("</title><script>x</script> & \"more\"");
+  const std::string right = "&lt;/title&gt;&lt;script&gt;x&lt;/script&gt; &amp; &quot;more&quot;";
+  for (const char* name : {"nowplaying.html", "nowplaying.xml", "history.html"}) {
+    const std::string page = Publish(name);
+    EXPECT_NE(page.find(">" + right), std::string::npos) << name;
+    EXPECT_EQ(page.find("<script>x"), std::string::npos) << name;
+  }
+  EXPECT_NE(Publish("nowplaying.txt").find("Now: </title><script>x</script> & \"more\""), std::string::npos);
 }
 
 }  // namespace

@@ -132,7 +132,7 @@ TEST_F(FileOutputHangsTest, ManyPagesAreNotTakenForAShareThatHangs) {
   for (int i = 1; i <= 1000; ++i) {
     const std::string name = "/w/" + std::to_string(i);
     output->AddUpdateFile(Pair("/t/a", name));
-    slow["Copy " + name + ".tmp"] = 250ms;
+    slow["Write " + name + ".tmp"] = 250ms;
   }
   Publish("One");
   t.loop.RunFor(250s - 1ms);
@@ -143,7 +143,7 @@ TEST_F(FileOutputHangsTest, ManyPagesAreNotTakenForAShareThatHangs) {
   EXPECT_EQ(output->Problems(), Problems());
   EXPECT_EQ(tallies, std::vector<std::string>{"1000+0"});
   // One page at a time: each is in place before the next template is read.
-  const std::vector<std::string> steps = {"Read", "MakeTempFile", "Write", "Copy", "Delete", "Rename"};
+  const std::vector<std::string> steps = {"Read", "Write", "Rename"};
   ASSERT_EQ(order.size(), 1000 * steps.size());
   for (std::size_t i = 0; i < order.size(); ++i) ASSERT_EQ(order[i], steps[i % steps.size()]) << i;
 }
@@ -151,7 +151,7 @@ TEST_F(FileOutputHangsTest, ManyPagesAreNotTakenForAShareThatHangs) {
 TEST_F(FileOutputHangsTest, ASlowDiskIsCalledSlowAndTheRestFollows) {
   for (const char* name : {"/w/1", "/w/2", "/w/3", "/w/4"}) {
     output->AddUpdateFile(Pair("/t/a", name));
-    slow[std::string("Copy ") + name + ".tmp"] = 12s;
+    slow[std::string("Write ") + name + ".tmp"] = 12s;
   }
   Publish("One");
   t.loop.RunFor(30s);
@@ -178,7 +178,7 @@ TEST_F(FileOutputHangsTest, ARepetitionDoesOnlyWhatFailed) {
   EXPECT_EQ(output->Problems()[0].thing, "/later/b");
   EXPECT_EQ(output->Problems()[1].thing, "/w/c");
   t.loop.RunFor(5s);
-  EXPECT_EQ(asked["Copy /later/b.tmp"], 2);
+  EXPECT_EQ(asked["Write /later/b.tmp"], 2);
   t.files.Put("/t/none", "there");
   t.loop.RunFor(10s);
   ASSERT_TRUE(t.files.CreateFolders("/later"));
@@ -197,7 +197,7 @@ TEST_F(FileOutputHangsTest, ADestinationThatAHungWorkerHasIsFreeWhenItIsBack) {
   output->AddUpdateFile(Pair("/t/a", "/share/a"));
   const auto other = Add(Pair("/t/a", "/share//a"));
   other->AddUpdateFile(Pair("/t/a", "/w/b"));
-  slow["Copy /share/a.tmp"] = 100s;
+  slow["Write /share/a.tmp"] = 100s;
   Publish("One");
   t.loop.RunFor(30s);
   EXPECT_TRUE(output->Hangs());
@@ -269,7 +269,7 @@ TEST_F(FileOutputHangsTest, APageWaitsForThePictureThatAnotherOutputIsWriting) {
 TEST_F(FileOutputHangsTest, AFaultIsNamedAndTriedAgain) {
   output->AddUpdateFile(Pair("/t/a", "/w/1"));
   output->AddUpdateFile(Pair("/t/a", "/w/2"));
-  faults["Copy /w/2.tmp"] = 1;
+  faults["Write /w/2.tmp"] = 1;
   Publish("One");
   EXPECT_EQ(output->Problems(), (Problems{{"", "out of luck"}}));
   EXPECT_EQ(StatusText(), "Error");
@@ -287,9 +287,8 @@ TEST_F(FileOutputHangsTest, DeletingAWorkFileMayHangToo) {
   slow["Delete /w/a.tmp"] = 45s;
   Publish("One");
   t.loop.RunFor(30s);
-  ASSERT_EQ(output->Problems().size(), 2u);
-  EXPECT_EQ(output->Problems()[0].reason,
-            "'/w/a' has not answered for 30 s; check the disk or share that it is on");
+  EXPECT_EQ(output->Problems(),
+            (Problems{{"", "'/w/a' has not answered for 30 s; check the disk or share that it is on"}}));
   EXPECT_TRUE(output->Hangs());
   slow.clear();
   refused.clear();
@@ -317,7 +316,7 @@ TEST_F(FileOutputHangsTest, AnOutputThatIsStoppedWritesNoFurtherPage) {
 TEST_F(FileOutputHangsTest, AnUpdateThatIsCancelledEndsWithThePageItIsAt) {
   for (const char* name : {"/w/1", "/w/2", "/w/3"}) {
     output->AddUpdateFile(Pair("/t/a", name));
-    slow[std::string("Copy ") + name + ".tmp"] = 2s;
+    slow[std::string("Write ") + name + ".tmp"] = 2s;
   }
   Publish("One");
   t.loop.RunFor(3s);

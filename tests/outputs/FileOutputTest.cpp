@@ -32,12 +32,37 @@ TEST_F(FileOutputTest, PublishesEveryPairAndLeavesNothingElse) {
 
 TEST_F(FileOutputTest, AnEditedTemplateIsSeenAtOnce) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  for (int i = 0; i < 3; ++i, t.files.now += 2s) Update();
+  FailOn("Read", "/t/a");  // it is not read any more
+  service.SetCurrentItem(Song("Two"));
   Update();
-  std::int64_t time = t.files.Stat("/t/a")->modified;
+  EXPECT_EQ(t.files.Contents("/w/a"), "Two!");
+  t.files.fail = nullptr;
   t.files.Put("/t/a", "<ZEB_NOW_ITEMNAME>?");
-  ASSERT_NE(t.files.Stat("/t/a")->modified, time);
+  service.SetCurrentItem(Song("Three"));
   Update();
-  EXPECT_EQ(t.files.Contents("/w/a"), "One?");
+  EXPECT_EQ(t.files.Contents("/w/a"), "Three?");
+}
+
+TEST_F(FileOutputTest, APageThatIsTooLargeIsRefusedAlone) {
+  t.files.Put("/w/a", "old");
+  std::string tags;
+  for (int i = 0; i < 17; ++i) tags += "<ZEB_NOW_ITEMNAME>";
+  t.files.Put("/t/large", tags);
+  output->AddUpdateFile(Pair("/t/large", "/w/a"));
+  output->AddUpdateFile(Pair("/t/a", "/w/b"));
+  service.SetCurrentItem(Song(std::string(1 << 20, 'x')));
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a"), "old");
+  EXPECT_EQ(t.files.Contents("/w/b").size(), (1u << 20) + 1);
+  EXPECT_EQ(
+      output->ProblemText(),
+      "the page of '/t/large' would be larger than 16777216 bytes; shorten the template or what its tags "
+      "stand for");
+  service.SetCurrentItem(Song("One"));
+  Update();
+  EXPECT_EQ(t.files.Contents("/w/a").size(), 17u * 3);
+  EXPECT_EQ(output->ProblemText(), "");
 }
 
 // Whatever moment another program chooses to look at.
@@ -72,8 +97,7 @@ TEST_F(FileOutputTest, EachFailureHasItsStatusAndTheOthersGoOn) {
       {"Read", "/t/a", 6, "Source File Prob.", "old"},
       {"MakeTempFile", "TMP", 6, "Source File Prob.", "old"},
       {"Write", "/tmp/TMP", 6, "Source File Prob.", "old"},
-      {"Copy", "/w/a.tmp", 7, "Dest. File Prob.", "old"},
-      {"Delete", "/tmp/TMP", 6, "Source File Prob.", "One!"},
+      {"Write", "/w/a.tmp", 7, "Dest. File Prob.", "old"},
       {"Rename", "/w/a", 7, "Dest. File Prob.", "old"},
   };
   for (const Case& c : cases) {
@@ -85,6 +109,7 @@ TEST_F(FileOutputTest, EachFailureHasItsStatusAndTheOthersGoOn) {
     output->AddUpdateFile(Pair("/t/b", "/w/b"));
     output->AddUpdateFile(Pair("/t/a", "/w/a"));
     FailOn(c.operation, c.path);
+    t.environment.preserveTempFiles = c.operation == "MakeTempFile" || c.path.rfind("/tmp", 0) == 0;
     Update();
     EXPECT_EQ(output->Status(), c.status) << c.operation;
     EXPECT_EQ(StatusText(), c.text) << c.operation;
@@ -124,7 +149,7 @@ TEST_F(FileOutputTest, TheLastPairGivesTheStatusAndTheFirstFailureIsNamed) {
   EXPECT_EQ(output->Status(), kStatusSourceFileProblem);
   t.files.Put("/t/none", "x");
   Update();
-  EXPECT_NE(output->ProblemText().find("/none/2.tmp"), std::string::npos);
+  EXPECT_NE(output->ProblemText().find("'/none/2'"), std::string::npos);
 }
 
 TEST_F(FileOutputTest, AnUpdateWithoutDuePairsChangesNothing) {
@@ -205,7 +230,7 @@ TEST_F(FileOutputTest, TwoOutputsTakeTurnsAtOneDestination) {
 TEST_F(FileOutputTest, AFaultIsReportedAndReleasesTheDestination) {
   output->AddUpdateFile(Pair("/t/a", "/w/a"));
   t.files.fail = [](const std::string& operation, const std::string&) -> std::string {
-    if (operation == "Copy") throw std::runtime_error("out of luck");
+    if (operation == "Write") throw std::runtime_error("out of luck");
     return {};
   };
   Update();
@@ -330,7 +355,7 @@ TEST_F(FileOutputTest, AdditionalFilesGoBesideEveryPageBeforeIt) {
   EXPECT_EQ(Names("/w2"), (std::vector<std::string>{"a.jpg", "info.pdf", "page"}));
   EXPECT_EQ(StatusText(), "OK");
   auto notes = t.person.notes;
-  ASSERT_EQ(notes.size(), 2u);  // one for each folder
+  ASSERT_EQ(notes.size(), 1u);  // for both folders
   EXPECT_NE(notes[0].find("missing.pdf"), std::string::npos);
 
   // Equal files are left alone; changed ones, and all with AlwaysCopyFiles, are not.
@@ -340,7 +365,7 @@ TEST_F(FileOutputTest, AdditionalFilesGoBesideEveryPageBeforeIt) {
   };
   Update();
   EXPECT_TRUE(copied.empty());
-  EXPECT_EQ(t.person.notes.size(), 2u);
+  EXPECT_EQ(t.person.notes.size(), 1u);
   t.files.Put("/pics/a.jpg", "picture b");
   Update();
   EXPECT_EQ(copied, (std::set<std::string>{"/w/a.jpg", "/w2/a.jpg"}));
@@ -360,22 +385,99 @@ TEST_F(FileOutputTest, AdditionalFilesGoBesideEveryPageBeforeIt) {
   EXPECT_EQ(copied.size(), 2u);
 }
 
-TEST_F(FileOutputTest, WorkFilesAreDeletedAfterwards) {
-  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+TEST_F(FileOutputTest, APageThatCannotBePutInPlaceLeavesNothingBehind) {
+  clsFileParameters pair = Pair("/t/a", "/w/a");
+  pair.UseMultipleVersions = true;
+  output->AddUpdateFile(pair);
   FailOn("Rename", "/w/a");
-  t.loop.RunTask([&] { output->UpdateOutput(service.TakeSnapshot()); });
-  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"a.tmp"}));
-  t.loop.RunTask([&] { output->FinishOutput(service.TakeSnapshot()); });
+  Update();
   EXPECT_TRUE(Names("/w").empty());
-  t.files.operations = 0;
-  t.loop.RunTask([&] { output->FinishOutput(service.TakeSnapshot()); });
-  EXPECT_EQ(t.files.operations, 0);
+  EXPECT_TRUE(Names("/tmp").empty());
+  EXPECT_EQ(output->Status(), kStatusDestinationFileProblem);
+}
 
-  t.files.fail = nullptr;
+TEST_F(FileOutputTest, KeepsACopyOfEachPageWhenAsked) {
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
   t.environment.preserveTempFiles = true;
   Update();
   ASSERT_EQ(Names("/tmp").size(), 1u);
+  EXPECT_EQ(Names("/tmp")[0].rfind("TMP", 0), 0u);
   EXPECT_EQ(t.files.Contents("/tmp/" + Names("/tmp")[0]), "One!");
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  // Also at the next start.
+  t.files.Restart();
+  EXPECT_EQ(t.files.DeleteLeftTempFiles("TMP"), 0u);
+}
+
+TEST_F(FileOutputTest, ADestinationThatIsNoFileIsRefusedByName) {
+  struct Case {
+    const char *name, *why;
+  };
+  t.files.PutSpecial("/w/pipe");
+  ASSERT_TRUE(t.files.CreateFolders("/w/folder"));
+  t.files.PutLink("/w/settings", "/data/settings.db");
+  t.files.PutLink("/w/template", "/t/a");
+  t.files.PutLink("/w/link", "template");
+  const Case cases[] = {
+      {"pipe", "it is a pipe, a socket or a device; choose the name of a file"},
+      {"folder", "it is a folder; choose the name of a file"},
+      {"settings",
+       "it is a link to '/data/settings.db', and that is ZEB's data folder; let it lead to another file"},
+      {"template", "it is a link to '/t/a', and that is the template itself; let it lead to another file"},
+      {"link", "it is a link to 'template', and that is a link; let it lead to another file"},
+  };
+  const auto before = Names("/w");
+  for (const Case& c : cases) {
+    output = MakeOutput();
+    output->AddUpdateFile(Pair("/t/a", std::string("/w/") + c.name));
+    Update();
+    EXPECT_EQ(output->Status(), kStatusDestinationFileProblem) << c.name;
+    EXPECT_EQ(output->ProblemText(), std::string("cannot write '/w/") + c.name + "': " + c.why);
+    EXPECT_EQ(output->LastTally().published, 0);
+  }
+  EXPECT_EQ(Names("/w"), before);
+  EXPECT_FALSE(t.files.Exists("/data/settings.db"));
+  EXPECT_EQ(t.files.Contents("/t/a"), "<ZEB_NOW_ITEMNAME>!");
+}
+
+TEST_F(FileOutputTest, ThePageBehindALinkIsReplacedAndItsVersionsStayBesideTheLink) {
+  ASSERT_TRUE(t.files.CreateFolders("/share"));
+  t.files.PutLink("/w/now.html", "/share/now.html");
+  clsFileParameters pair = Pair("/t/a", "/w/now.html");
+  pair.UseMultipleVersions = true;
+  output->AddUpdateFile(pair);
+  Update();
+  service.SetCurrentItem(Song("Two"));
+  Update();
+  EXPECT_EQ(t.files.Contents("/share/now.html"), "Two!");
+  EXPECT_EQ(Names("/share"), std::vector<std::string>{"now.html"});
+  EXPECT_EQ(Names("/w"), (std::vector<std::string>{"now.000001.html", "now.000002.html", "now.html"}));
+}
+
+// One of them knows the file by another name.
+TEST_F(FileOutputTest, TwoOutputsTakeTurnsAtTheFileBehindALink) {
+  t.files.Put("/t/b", "other");
+  t.files.PutLink("/w/link", "a");
+  output->AddUpdateFile(Pair("/t/a", "/w/a"));
+  auto other = MakeOutput();
+  other->AddUpdateFile(Pair("/t/b", "/w/link"));
+  t.files.fail = [this](const std::string& operation, const std::string&) {
+    if (operation == "Write") t.loop.Wait(1s);
+    return std::string();
+  };
+  int writing = 0;
+  t.files.observe = [&](const std::string& operation, const std::string& path) {
+    if (operation == "Write" && path == "/w/a.tmp") ++writing;
+  };
+  t.loop.Start("1", [&] { output->UpdateOutput(service.TakeSnapshot()); });
+  t.loop.Start("2", [&] { other->UpdateOutput(service.TakeSnapshot()); });
+  t.loop.RunFor(1s);
+  EXPECT_EQ(t.files.Contents("/w/a"), "One!");
+  t.loop.RunFor(1s);
+  EXPECT_EQ(t.files.Contents("/w/a"), "other");
+  EXPECT_EQ(other->Status(), kStatusOK);
+  EXPECT_EQ(other->Problems().size(), 0u);
+  EXPECT_GT(writing, 0);
 }
 
 TEST_F(FileOutputTest, KeepsItsSettings) {

@@ -270,7 +270,7 @@ TEST_F(SerialOutputTest, StoppingEndsEveryWaitAtOnce) {
   };
   output->settings.UseSlowSend = true;
   Start();
-  EXPECT_EQ(stopAfter(25ms), 30ms);  // in the pause behind a character
+  EXPECT_EQ(stopAfter(25ms), 25ms);  // in the pause behind a character
   EXPECT_EQ(port->all, "Rai");
   output->settings.UseSlowSend = false;
   Start();

@@ -63,7 +63,8 @@ class WebOutputTest : public testing::Test {
   SimulatedFtp ftp;
   ServiceEvents events;
   clsZEBService service{t.environment, nullptr, events};
-  std::shared_ptr<clsZEBWebOutput> output = std::make_shared<clsZEBWebOutput>(t.environment);
+  std::shared_ptr<TemplateStore> templates = std::make_shared<TemplateStore>();
+  std::shared_ptr<clsZEBWebOutput> output = std::make_shared<clsZEBWebOutput>(t.environment, templates);
 };
 
 }  // namespace zeb

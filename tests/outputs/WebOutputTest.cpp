@@ -135,7 +135,7 @@ TEST_F(WebOutputTest, AMissingTemplateIsASourceProblem) {
 TEST_F(WebOutputTest, SettingsComeBack) {
   output->settings = {"ftp.example", 2121, "u", "p", true, "proxy", 3128, false, 7, true, "ca.pem", 20};
   output->StoreOutputInformation(1, 2);
-  clsZEBWebOutput other(t.environment);
+  clsZEBWebOutput other(t.environment, templates);
   other.GetOutputInformation(1, 2);
   EXPECT_EQ(other.UpdateFileCount(), 1);
   EXPECT_EQ(other.settings.FTPServerPort, 2121);
@@ -146,7 +146,7 @@ TEST_F(WebOutputTest, SettingsComeBack) {
   EXPECT_EQ(other.settings.FTPCaFile, "ca.pem");
   const std::string key = t.environment.ServiceKey(1) + "\\Web";
   EXPECT_EQ(std::get<std::string>(t.hive.Values(key)[0].data), "0");  // AlwaysCopyFiles2, as text
-  clsZEBWebOutput fresh(t.environment);
+  clsZEBWebOutput fresh(t.environment, templates);
   fresh.GetOutputInformation(9, 1);
   EXPECT_EQ(fresh.settings.FTPServerPort, 21);
   EXPECT_TRUE(fresh.settings.FTPPassiveMode);

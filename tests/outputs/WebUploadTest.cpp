@@ -92,7 +92,7 @@ TEST_F(WebUploadTest, APageMovedAsideComesBackAtTheNextChanceAlsoAfterARestart) 
     EXPECT_EQ(ftp.files.count("/w/a.htm"), 0u);
     ASSERT_EQ(Aside().size(), 2u);
     if (restarts) {
-      output = std::make_shared<clsZEBWebOutput>(t.environment);
+      output = std::make_shared<clsZEBWebOutput>(t.environment, templates);
       output->GetOutputInformation(1, 1);
       output->StartOutput(nullptr);
     }

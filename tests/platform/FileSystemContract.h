@@ -1,5 +1,6 @@
-// What any FileSystem must do, checked against both the simulated and the real one. A suite supplies `files`
-// and `folder`, an empty folder to work in.
+// What any FileSystem must do, checked against both the simulated and the real one. A suite supplies `files`,
+// `folder`, an empty folder to work in, and MakeLink(path, to) for a symbolic link. `files` began before all
+// else.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "platform/FileSystem.h"
+#include "text/Paths.h"
 
 namespace zeb {
 
@@ -23,6 +25,16 @@ struct FileSystemContract : Fixture {
     const Outcome written = this->files.Write(In(name), bytes);
     ASSERT_TRUE(written) << written.Reason();
   }
+  // The reason when it fails.
+  Outcome Placed(const std::string& path, const std::string& bytes, const LinkRules& rules = {}) {
+    const auto target = this->files.FindTarget(path, rules);
+    return target ? target.Value()->Replace(bytes) : Outcome(target);
+  }
+  void Place(const std::string& name, const std::string& bytes, const LinkRules& rules = {}) {
+    const Outcome placed = Placed(In(name), bytes, rules);
+    ASSERT_TRUE(placed) << placed.Reason();
+  }
+  std::vector<std::string> Names() { return this->files.List(this->folder).Value(); }
   // Fails, and says why in the system's words.
   template <class Answer>
   void Refused(const Answer& answer, const std::string& why) {
@@ -55,8 +67,7 @@ TYPED_TEST_P(FileSystemContract, ReadsInBlocksWhatWasOpened) {
   this->Put("a", "0123456789");
   Result<std::unique_ptr<FileReader>> opened = this->files.OpenForReading(this->In("a"));
   ASSERT_TRUE(opened) << opened.Reason();
-  this->Put("other", "x");
-  ASSERT_TRUE(this->files.Rename(this->In("other"), this->In("a")));  // as a page is replaced meanwhile
+  this->Place("a", "x");  // as a page is replaced meanwhile
   EXPECT_EQ(opened.Value()->Size(), 10u);
   std::array<char, 4> block{};
   std::string read;
@@ -81,14 +92,11 @@ TYPED_TEST_P(FileSystemContract, RefusesWhatIsNoFile) {
     const std::string path = this->In(c.name);
     this->Refused(this->files.Read(path, 9), c.why);
     this->Refused(this->files.OpenForReading(path), c.why);
-    this->Refused(this->files.Rename(path, this->In("to")), c.why);
-    this->Refused(this->files.Copy(path, this->In("to")), c.why);
     EXPECT_FALSE(this->files.Stat(path));
     if (path != this->In("none")) {
       this->Refused(this->files.Write(path, "x"), c.why);
       this->Refused(this->files.Append(path, "x"), c.why);
-      this->Refused(this->files.Copy(this->In("file"), path), c.why);
-      this->Refused(this->files.Rename(this->In("file"), path), c.why);
+      this->Refused(this->Placed(path, "x"), c.why);
     }
   }
   const std::string folder = this->In("folder");
@@ -96,7 +104,7 @@ TYPED_TEST_P(FileSystemContract, RefusesWhatIsNoFile) {
   EXPECT_FALSE(this->files.OpenForReading(folder));
   this->Refused(this->files.Write(folder, "x"), kIsFolder);
   this->Refused(this->files.Delete(folder), kIsFolder);
-  this->Refused(this->files.Rename(this->In("file"), folder), kIsFolder);
+  this->Refused(this->Placed(folder, "x"), "it is a folder; choose the name of a file");
   EXPECT_TRUE(this->files.Stat(folder)->isFolder);
   EXPECT_EQ(this->Contents("file"), "x");
 }
@@ -111,47 +119,167 @@ TYPED_TEST_P(FileSystemContract, DeletingWhatIsNotThereIsASuccess) {
   this->Refused(this->files.Delete(this->In("b/c")), kNoFolder);
 }
 
-TYPED_TEST_P(FileSystemContract, RenamingAFileReplacesAFile) {
-  this->Put("a", "new");
-  this->Put("b", "old");
-  ASSERT_TRUE(this->files.Rename(this->In("a"), this->In("b")));
-  EXPECT_EQ(this->Contents("b"), "new");
-  EXPECT_FALSE(this->files.Stat(this->In("a")));
-  EXPECT_TRUE(this->files.Rename(this->In("b"), this->In("b")));
-  EXPECT_EQ(this->Contents("b"), "new");
-}
+TYPED_TEST_P(FileSystemContract, PutsAFileInItsPlaceAndLeavesNothingElse) {
+  this->Place("a", "first");
+  EXPECT_EQ(this->Contents("a"), "first");
+  this->Place("a", "the second one");
+  this->Place("a", "");
+  EXPECT_EQ(this->Contents("a"), "");
+  this->Put("a.tmp", "left over");
+  this->Place("a", "third");
+  EXPECT_EQ(this->Contents("a"), "third");
+  EXPECT_EQ(this->Names(), std::vector<std::string>{"a"});
+  EXPECT_EQ(this->files.FindTarget(this->In("a"), {}).Value()->Path(), this->In("a"));
+  EXPECT_FALSE(this->files.FindTarget("", {}));
 
-TYPED_TEST_P(FileSystemContract, RenamingAFolderTakesItsFilesAlong) {
-  ASSERT_TRUE(this->files.CreateFolders(this->In("from/deep")));
-  this->Put("from/a", "1");
-  this->Put("from/deep/b", "2");
-  this->Put("from-not", "3");
-  ASSERT_TRUE(this->files.Rename(this->In("from"), this->In("to")));
-  EXPECT_EQ(this->Contents("to/a"), "1");
-  EXPECT_EQ(this->Contents("to/deep/b"), "2");
-  EXPECT_EQ(this->Contents("from-not"), "3");
-  EXPECT_FALSE(this->files.Stat(this->In("from")));
-  EXPECT_FALSE(this->files.Stat(this->In("from/a")));
-
-  ASSERT_TRUE(this->files.CreateFolders(this->In("empty")));
-  ASSERT_TRUE(this->files.Rename(this->In("to"), this->In("empty")));
-  EXPECT_EQ(this->Contents("empty/a"), "1");
-  ASSERT_TRUE(this->files.CreateFolders(this->In("full")));
-  this->Put("full/c", "4");
-  this->Refused(this->files.Rename(this->In("empty"), this->In("full")), "Directory not empty");
-  this->Refused(this->files.Rename(this->In("empty"), this->In("from-not")), kNoFolder);
-  this->Refused(this->files.Rename(this->In("empty"), this->In("empty/deep/below")), "Invalid argument");
-  EXPECT_EQ(this->Contents("empty/deep/b"), "2");
+  ASSERT_TRUE(this->files.CreateFolders(this->In("a.tmp")));
+  this->Refused(this->Placed(this->In("a"), "x"),
+                "'" + this->In("a.tmp") + "' is in the way and cannot be removed: Is a directory");
+  EXPECT_EQ(this->Contents("a"), "third");
+  EXPECT_EQ(this->Names().size(), 2u);
 }
 
 TYPED_TEST_P(FileSystemContract, CopiesContentsAndTime) {
-  this->Put("a", "new");
+  this->Put("a", "0123456789");
   this->Put("b", "old");
-  ASSERT_TRUE(this->files.Copy(this->In("a"), this->In("b")));
-  EXPECT_EQ(this->Contents("b"), "new");
-  EXPECT_EQ(this->files.Stat(this->In("a"))->modified, this->files.Stat(this->In("b"))->modified);
-  EXPECT_FALSE(this->files.Copy(this->In("a"), this->In("a")));
-  EXPECT_EQ(this->Contents("a"), "new");
+  const std::int64_t modified = this->files.Stat(this->In("a"))->modified;
+  const auto source = this->files.OpenForReading(this->In("a"));
+  ASSERT_TRUE(source);
+  ASSERT_TRUE(this->files.Append(this->In("a"), "grows"));
+  const auto target = this->files.FindTarget(this->In("b"), {});
+  ASSERT_TRUE(target);
+  ASSERT_TRUE(target.Value()->ReplaceByCopy(*source.Value(), modified));
+  EXPECT_EQ(this->Contents("b"), "0123456789");
+  EXPECT_EQ(this->files.Stat(this->In("b"))->modified, modified);
+  EXPECT_EQ(this->Names(), (std::vector<std::string>{"a", "b"}));
+}
+
+TYPED_TEST_P(FileSystemContract, ALinkIsReplacedOrFollowedOnce) {
+  ASSERT_TRUE(this->files.CreateFolders(this->In("share")));
+  this->Put("share/page", "old");
+  this->MakeLink(this->In("whole"), this->In("share/page"));
+  this->MakeLink(this->In("relative"), "share/page");
+  this->MakeLink(this->In("dangling"), "share/new");
+  LinkRules follow;
+  follow.follow = true;
+  for (const char* name : {"whole", "relative", "dangling"}) {
+    const std::string bytes = std::string("through ") + name;
+    this->Place(name, bytes, follow);
+    EXPECT_EQ(this->Contents(name == std::string("dangling") ? "share/new" : "share/page"), bytes);
+  }
+  const auto target = this->files.FindTarget(this->In("relative"), follow);
+  ASSERT_TRUE(target);
+  EXPECT_EQ(target.Value()->Path(), this->In("share/page"));
+  EXPECT_EQ(this->files.List(this->In("share")).Value(), (std::vector<std::string>{"new", "page"}));
+
+  this->Place("whole", "a file of its own");
+  EXPECT_EQ(this->Contents("whole"), "a file of its own");
+  EXPECT_EQ(this->Contents("share/page"), "through relative");
+}
+
+TYPED_TEST_P(FileSystemContract, ALinkIsNotFollowedJustAnywhere) {
+  ASSERT_TRUE(this->files.CreateFolders(this->In("data/deep")));
+  this->Put("template", "keep");
+  this->Put("data/settings.db", "keep");
+  this->MakeLink(this->In("back"), "template");
+  LinkRules rules;
+  rules.follow = true;
+  rules.notBelow = this->In("data");
+  rules.notFile = this->In("template");
+  const std::string data = "ZEB's data folder";
+  const std::pair<const char*, std::string> cases[] = {
+      {"data/settings.db", data},          {"data/new", data},   {"data/deep/new", data},
+      {"template", "the template itself"}, {"data", "a folder"}, {"back", "a link"},
+  };
+  for (const auto& [to, what] : cases) {
+    const std::string link = "to " + std::string(FileNamePart(to));
+    this->MakeLink(this->In(link), to);
+    this->Refused(
+        this->Placed(this->In(link), "attack", rules),
+        "it is a link to '" + std::string(to) + "', and that is " + what + "; let it lead to another file");
+    ASSERT_TRUE(this->files.Delete(this->In(link)));
+  }
+  this->MakeLink(this->In("nowhere"), "none/page");
+  this->Refused(
+      this->Placed(this->In("nowhere"), "x", rules),
+      "it is a link to 'none/page', whose folder cannot be opened (No such file or directory); check that "
+      "the disk or share is there");
+  EXPECT_EQ(this->Contents("template"), "keep");
+  EXPECT_EQ(this->Contents("data/settings.db"), "keep");
+  EXPECT_EQ(this->files.List(this->In("data")).Value(), (std::vector<std::string>{"deep", "settings.db"}));
+}
+
+// A file of this run, as an update under way has it, stays.
+TYPED_TEST_P(FileSystemContract, OnlyWhatAnEarlierRunLeftIsRemoved) {
+  this->Put("a.tmp", "now");
+  const auto target = this->files.FindTarget(this->In("a"), {});
+  ASSERT_TRUE(target);
+  EXPECT_FALSE(target.Value()->RemoveLeftOver());
+  EXPECT_EQ(this->Contents("a.tmp"), "now");
+  EXPECT_FALSE(this->files.FindTarget(this->In("none"), {}).Value()->RemoveLeftOver());
+  const Result<std::string> temp = this->files.MakeTempFile("TMP");
+  ASSERT_TRUE(temp);
+  EXPECT_EQ(this->files.DeleteLeftTempFiles("TMP"), 0u);
+  EXPECT_TRUE(this->files.Stat(temp.Value()));
+  EXPECT_TRUE(this->files.Delete(temp.Value()));
+}
+
+// Also when another file has taken its name, and whatever has been read already.
+TYPED_TEST_P(FileSystemContract, CopiesTheFileThatIsOpen) {
+  this->Put("a", "looked at");
+  this->Put("b", "old");
+  const std::int64_t modified = this->files.Stat(this->In("a"))->modified;
+  Result<std::unique_ptr<FileReader>> opened = this->files.OpenForReading(this->In("a"));
+  ASSERT_TRUE(opened) << opened.Reason();
+  EXPECT_EQ(opened.Value()->Info().size, 9u);
+  EXPECT_TRUE(opened.Value()->Info().isRegular && opened.Value()->Info().openToAll);
+  char first = 0;
+  ASSERT_TRUE(opened.Value()->Read(&first, 1));
+  EXPECT_EQ(first, 'l');
+  this->Place("a", "secret");
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(opened.Value()->Rewind());
+    const auto target = this->files.FindTarget(this->In("b"), {});
+    ASSERT_TRUE(target);
+    const Outcome copied = target.Value()->ReplaceByCopy(*opened.Value(), modified);
+    ASSERT_TRUE(copied) << copied.Reason();
+    EXPECT_EQ(this->Contents("b"), "looked at");
+    EXPECT_EQ(this->files.Stat(this->In("b"))->modified, modified);
+  }
+  ASSERT_TRUE(opened.Value()->Rewind());
+  ASSERT_TRUE(opened.Value()->Read(&first, 1));
+  EXPECT_EQ(first, 'l');
+}
+
+TYPED_TEST_P(FileSystemContract, TellsWhereThingsLie) {
+  ASSERT_TRUE(this->files.CreateFolders(this->In("x")));
+  this->Put("x/a", "1");
+  const Result<std::string> folder = this->files.RealPath(this->folder);
+  ASSERT_TRUE(folder) << folder.Reason();
+  const Result<std::string> real = this->files.RealPath(this->In("./x//a"));
+  ASSERT_TRUE(real) << real.Reason();
+  EXPECT_EQ(real.Value(), folder.Value() + "/x/a");
+  EXPECT_EQ(this->files.RealPath(this->In("x/")).Value(), folder.Value() + "/x");
+  const Result<std::unique_ptr<FileReader>> opened = this->files.OpenForReading(this->In("./x//a"));
+  ASSERT_TRUE(opened) << opened.Reason();
+  ASSERT_TRUE(opened.Value()->RealPath());
+  EXPECT_EQ(opened.Value()->RealPath().Value(), real.Value());
+  this->Refused(this->files.RealPath(this->In("x/none")), kNoSuchFile);
+  EXPECT_FALSE(this->files.RealPath(""));
+}
+
+// A file in another one's place is told apart from it, however alike they are.
+TYPED_TEST_P(FileSystemContract, TellsWhichFileItIs) {
+  this->Put("a", "1");
+  const FileInfo old = *this->files.Stat(this->In("a"));
+  this->Place("a", "2");
+  const FileInfo fresh = *this->files.Stat(this->In("a"));
+  EXPECT_EQ(fresh.device, old.device);
+  EXPECT_NE(fresh.inode, old.inode);
+  EXPECT_GE(fresh.changed, old.changed);
+  EXPECT_GE(fresh.seen, old.seen);
+  ASSERT_TRUE(this->files.Write(this->In("a"), "3"));
+  EXPECT_EQ(this->files.Stat(this->In("a"))->inode, fresh.inode);
 }
 
 TYPED_TEST_P(FileSystemContract, MakesAndListsFolders) {
@@ -177,8 +305,10 @@ TYPED_TEST_P(FileSystemContract, TemporaryFilesHaveNamesOfTheirOwn) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, WritesAppendsAndReads, ReadsInBlocksWhatWasOpened,
-                            RefusesWhatIsNoFile, DeletingWhatIsNotThereIsASuccess, RenamingAFileReplacesAFile,
-                            RenamingAFolderTakesItsFilesAlong, CopiesContentsAndTime, MakesAndListsFolders,
-                            TemporaryFilesHaveNamesOfTheirOwn);
+                            RefusesWhatIsNoFile, DeletingWhatIsNotThereIsASuccess,
+                            PutsAFileInItsPlaceAndLeavesNothingElse, CopiesContentsAndTime,
+                            CopiesTheFileThatIsOpen, TellsWhereThingsLie, ALinkIsReplacedOrFollowedOnce,
+                            ALinkIsNotFollowedJustAnywhere, OnlyWhatAnEarlierRunLeftIsRemoved,
+                            TellsWhichFileItIs, MakesAndListsFolders, TemporaryFilesHaveNamesOfTheirOwn);
 
 }  // namespace zeb

@@ -64,7 +64,7 @@ LogLine Line(const std::string& text, const std::string& time = "", const std::s
 
 TEST(LineWriterTest, LinesOfOneThreadKeepTheirOrder) {
   Gate gate;
-  ThreadedLineWriter writer(gate.Sink(), 64 * 1024 * 1024);
+  ThreadedLineWriter writer(gate.Sink(), {.mostWaiting = 64 * 1024 * 1024});
   constexpr int kLines = 2000;
   std::thread other([&] {
     for (int i = 0; i < kLines; ++i) writer.Write(Line(std::to_string(i), "", "b"));
@@ -83,7 +83,7 @@ TEST(LineWriterTest, CountsWhatItDropsWhileNobodyReads) {
   Gate gate;
   gate.Set(false);
   const std::string text(1000, 'x');
-  ThreadedLineWriter writer(gate.Sink(), 3500);
+  ThreadedLineWriter writer(gate.Sink(), {.mostWaiting = 3500});
   writer.Write(Line("hangs"));
   ASSERT_TRUE(gate.AwaitArrival(1));
   for (int i = 0; i < 3; ++i) writer.Write(Line(text, std::to_string(i) + " "));
@@ -139,6 +139,57 @@ TEST(LineWriterTest, EndsWhileItsSinkHangsAndWritesNothingMoreAfterwards) {
     ASSERT_TRUE(gate.AwaitArrival(1));
   }
   gate.Set(true);  // the thread that was left behind comes back, and ends
+}
+
+// Where a line can be written without waiting, no thread is asked, unless lines wait already.
+TEST(LineWriterTest, WritesAtOnceWhereItMayAndKeepsTheOrder) {
+  Gate gate;
+  auto atOnce = std::make_shared<std::string>();
+  bool takes = true;
+  ThreadedLineWriter writer(gate.Sink(), {.atOnce = [&, atOnce](const LogLine& line) {
+                              if (takes) *atOnce += line.text + '|';
+                              return takes;
+                            }});
+  writer.Write(Line("1"));
+  EXPECT_EQ(*atOnce, "1|");
+  takes = false;
+  gate.Set(false);
+  writer.Write(Line("2"));
+  ASSERT_TRUE(gate.AwaitArrival(1));
+  takes = true;
+  writer.Write(Line("3"));
+  gate.Set(true);
+  ASSERT_TRUE(writer.Flush(kLong));
+  EXPECT_EQ(gate.Written(), "2|3|") << "behind the one that waits";
+  writer.Write(Line("4"));
+  EXPECT_EQ(*atOnce, "1|4|");
+}
+
+TEST(LineWriterTest, WhatWasLostIsToldBeforeALineGoesOutAtOnce) {
+  Gate gate;
+  bool takes = false;
+  ThreadedLineWriter writer(gate.Sink(), {.atOnce = [&](const LogLine&) { return takes; }});
+  gate.Set(true, true);
+  writer.Write(Line("lost"));
+  ASSERT_TRUE(writer.Flush(kLong));
+  gate.Set(true);
+  takes = true;
+  writer.Write(Line("next"));
+  ASSERT_TRUE(writer.Flush(kLong));
+  EXPECT_EQ(gate.Written().substr(0, 6), "1 line");
+  EXPECT_EQ(gate.Written().substr(gate.Written().find('|')), "|next|");
+}
+
+TEST(LineWriterTest, LinesThatComeTogetherWaitForFlushOrAQueueThatIsHalfFull) {
+  Gate gate;
+  ThreadedLineWriter writer(gate.Sink(), {.mostWaiting = 4000, .gather = 1h});
+  writer.Write(Line("1"));
+  writer.Write(Line("2"));
+  EXPECT_EQ(gate.Written(), "");
+  ASSERT_TRUE(writer.Flush(kLong));
+  EXPECT_EQ(gate.Written(), "1|2|");
+  writer.Write(Line(std::string(2500, 'x')));
+  EXPECT_TRUE(gate.AwaitArrival(3));
 }
 
 TEST(LineWriterTest, WhatWaitsIsOutBeforeItEnds) {

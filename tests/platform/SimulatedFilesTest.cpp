@@ -6,6 +6,7 @@ namespace {
 
 struct SimulatedFolder : testing::Test {
   SimulatedFolder() { EXPECT_TRUE(files.CreateFolders(folder)); }
+  void MakeLink(const std::string& path, const std::string& to) { files.PutLink(path, to); }
   SimulatedFiles files;
   const std::string folder = "/srv/here";
 };

@@ -12,7 +12,10 @@ struct PosixFolder : testing::Test {
     folder = ::mkdtemp(pattern.data());
   }
   ~PosixFolder() override { std::filesystem::remove_all(folder); }
-  PosixFiles files;
+  static void MakeLink(const std::string& path, const std::string& to) {
+    std::filesystem::create_symlink(to, path);
+  }
+  PosixFiles files{"/srv/zeb"};
   std::string folder;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixFolder);

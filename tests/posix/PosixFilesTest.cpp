@@ -59,6 +59,11 @@ class PosixFilesTest : public testing::Test {
     return read ? read.Value() : "<" + read.Reason() + ">";
   }
 
+  Outcome Place(const std::string& name, const std::string& bytes) {
+    const auto target = files.FindTarget(Path(name), {});
+    return target ? target.Value()->Replace(bytes) : Outcome(target);
+  }
+
   PosixFiles files;
   std::string folder;
 
@@ -99,10 +104,14 @@ TEST_F(PosixFilesTest, NeverWaitsForPipesOrUsesDevices) {
     EXPECT_FALSE(files.Read(path, 100)) << path;
     EXPECT_FALSE(files.Write(path, "x")) << path;
     EXPECT_FALSE(files.Append(path, "x")) << path;
-    EXPECT_FALSE(files.Copy(path, Path("copy"))) << path;
+    const auto target = files.FindTarget(path, {});
+    EXPECT_FALSE(target) << path;
+    if (!target) {
+      EXPECT_TRUE(Contains(target.Reason(), "cannot write '" + path + "': it is a")) << target.Reason();
+      EXPECT_TRUE(Contains(target.Reason(), "; choose the name of a file")) << target.Reason();
+    }
     EXPECT_FALSE(files.Stat(path)->isRegular) << path;
   }
-  EXPECT_FALSE(files.Stat(Path("copy")));
   EXPECT_TRUE(files.Stat("/dev/zero"));
   EXPECT_TRUE(files.Stat(folder)->isFolder);
 }
@@ -112,7 +121,7 @@ TEST_F(PosixFilesTest, ReasonsNameTheFile) {
   EXPECT_EQ(files.Write(missing, "x").Reason(), "cannot write '" + missing + "': No such file or directory");
   EXPECT_EQ(files.Read(missing, 1).Reason(), "cannot read '" + missing + "': No such file or directory");
   EXPECT_EQ(files.Delete(folder).Reason(), "cannot delete '" + folder + "': Is a directory");
-  EXPECT_TRUE(Contains(files.Rename(missing, Path("b")).Reason(), Path("b")));
+  EXPECT_EQ(Place("no/file", "x").Reason(), "cannot write '" + missing + "': No such file or directory");
   EXPECT_TRUE(files.Delete(missing));
   EXPECT_TRUE(files.Delete(""));
   EXPECT_FALSE(files.Read(std::string("/dev/null\0.txt", 14), 1));
@@ -120,43 +129,82 @@ TEST_F(PosixFilesTest, ReasonsNameTheFile) {
 
 TEST_F(PosixFilesTest, LeavesNoPartBehindOnAFullDisk) {
   ASSERT_TRUE(files.Write(Path("big"), std::string(100'000, 'x')));
+  ASSERT_TRUE(Place("page", "old"));
+  const auto source = files.OpenForReading(Path("big"));
+  ASSERT_TRUE(source);
   SmallDisk disk(5000);
   Outcome written = files.Write(Path("out"), std::string(100'000, 'x'));
   ASSERT_FALSE(written);
   EXPECT_TRUE(Contains(written.Reason(), "cannot write '" + Path("out") + "': File too large"));
   EXPECT_FALSE(files.Stat(Path("out")));
-  EXPECT_FALSE(files.Copy(Path("big"), Path("copy")));
-  EXPECT_FALSE(files.Stat(Path("copy")));
+  EXPECT_EQ(Place("page", std::string(100'000, 'x')).Reason(),
+            "cannot write '" + Path("page") + "': File too large");
+  EXPECT_FALSE(files.FindTarget(Path("page"), {}).Value()->ReplaceByCopy(*source.Value(), 0));
+  EXPECT_EQ(Contents("page"), "old");
+  EXPECT_EQ(files.List(folder).Value(), (std::vector<std::string>{"big", "page"}));
 }
 
-TEST_F(PosixFilesTest, CopyTakesTheTimeAndReplacesLinksInsteadOfFollowingThem) {
+TEST_F(PosixFilesTest, ACopyKeepsLargeContentsAndOldTimes) {
   ASSERT_TRUE(files.Write(Path("from"), std::string(600'001, 'c')));
-  ASSERT_TRUE(files.Write(Path("victim"), "keep"));
-  std::filesystem::create_symlink(Path("victim"), Path("to"));
   std::filesystem::last_write_time(Path("from"), std::filesystem::file_time_type::clock::now() -
                                                      std::chrono::hours(24) + std::chrono::nanoseconds(7));
-  ASSERT_TRUE(files.Copy(Path("from"), Path("to")));
+  const std::int64_t modified = files.Stat(Path("from"))->modified;
+  const auto source = files.OpenForReading(Path("from"));
+  ASSERT_TRUE(source);
+  ASSERT_TRUE(files.FindTarget(Path("to"), {}).Value()->ReplaceByCopy(*source.Value(), modified));
   EXPECT_EQ(Contents("to"), std::string(600'001, 'c'));
-  EXPECT_EQ(Contents("victim"), "keep");
-  EXPECT_EQ(files.Stat(Path("to"))->modified, files.Stat(Path("from"))->modified);
-  EXPECT_FALSE(files.Copy(Path("to"), Path("to")));
-  std::filesystem::create_hard_link(Path("to"), Path("other"));
-  EXPECT_FALSE(files.Copy(Path("to"), Path("other")));
-  EXPECT_EQ(files.Stat(Path("to"))->size, 600'001u);
+  EXPECT_EQ(files.Stat(Path("to"))->modified, modified);
+}
+
+TEST_F(PosixFilesTest, TellsWhomAFileIsOpenTo) {
+  struct Case {
+    mode_t mode;
+    bool folder, open;
+  };
+  for (const Case& c :
+       {Case{0644, false, true}, Case{0604, false, true}, Case{0640, false, false}, Case{0661, false, false},
+        Case{0755, true, true}, Case{0751, true, true}, Case{0754, true, false}, Case{0750, true, false}}) {
+    const std::string path = Path(c.folder ? "folder" : "file");
+    ASSERT_TRUE(c.folder ? files.CreateFolders(path) : files.Write(path, "x"));
+    ASSERT_EQ(::chmod(path.c_str(), c.mode), 0);
+    EXPECT_EQ(files.Stat(path)->openToAll, c.open) << std::oct << c.mode;
+    if (c.folder) continue;
+    const auto opened = files.OpenForReading(path);
+    ASSERT_TRUE(opened) << opened.Reason();
+    EXPECT_EQ(opened.Value()->Info().openToAll, c.open) << std::oct << c.mode;
+    EXPECT_EQ(opened.Value()->Info().modified, files.Stat(path)->modified);
+  }
+}
+
+TEST_F(PosixFilesTest, AnOpenFileIsFoundBehindLinksAndNotByANewName) {
+  ASSERT_TRUE(files.CreateFolders(Path("real")));
+  ASSERT_TRUE(files.Write(Path("real/a"), "1"));
+  std::filesystem::create_symlink("real", Path("link"));
+  std::filesystem::create_symlink("link/a", Path("again"));
+  for (const char* name : {"real/a", "link/a", "again", "link/../real/a"}) {
+    const auto opened = files.OpenForReading(Path(name));
+    ASSERT_TRUE(opened) << opened.Reason();
+    const Result<std::string> real = opened.Value()->RealPath();
+    ASSERT_TRUE(real) << real.Reason();
+    EXPECT_EQ(real.Value(), std::filesystem::canonical(folder).string() + "/real/a") << name;
+  }
+  const auto opened = files.OpenForReading(Path("again"));
+  ASSERT_TRUE(Place("real/a", "2"));
+  EXPECT_FALSE(opened.Value()->RealPath());
+  ASSERT_TRUE(files.Delete(Path("real/a")));
+  EXPECT_FALSE(opened.Value()->RealPath());
 }
 
 TEST_F(PosixFilesTest, AReplacedFileKeepsItsMode) {
-  ASSERT_TRUE(files.Write(Path("page"), "old"));
-  ASSERT_EQ(::chmod(Path("page").c_str(), 0664), 0);
-  Result<std::string> temp = files.MakeTempFile("TMP");
-  ASSERT_TRUE(temp);
-  EXPECT_TRUE(Contains(temp.Value(), "/TMP"));
-  ASSERT_TRUE(files.Copy(temp.Value(), Path("page.tmp")));
-  EXPECT_EQ(ModeOf(Path("page.tmp")), 0644u);  // not the 0600 of the temporary file
-  ASSERT_TRUE(files.Rename(Path("page.tmp"), Path("page")));
-  EXPECT_EQ(ModeOf(Path("page")), 0664u);
-  EXPECT_EQ(Contents("page"), "");
-  EXPECT_TRUE(files.Delete(temp.Value()));
+  for (const mode_t mode : {0664u, 0600u, 0444u, 0755u}) {
+    ASSERT_TRUE(Place("page", "old"));
+    ASSERT_EQ(::chmod(Path("page").c_str(), mode), 0);
+    ASSERT_TRUE(Place("page", "new"));
+    EXPECT_EQ(ModeOf(Path("page")), mode);
+    EXPECT_EQ(Contents("page"), "new");
+  }
+  ASSERT_TRUE(Place("fresh", "x"));
+  EXPECT_EQ(ModeOf(Path("fresh")), 0644u);
 }
 
 TEST_F(PosixFilesTest, Folders) {
@@ -184,8 +232,7 @@ TEST_F(PosixFilesTest, AReaderNeverFindsThePageMissingOrInPart) {
     }
   });
   for (int i = 0; i < 500 || reads < 100; ++i) {
-    ASSERT_TRUE(files.Write(Path("page.tmp"), pages[i % 2]));
-    ASSERT_TRUE(files.Rename(Path("page.tmp"), Path("page")));
+    ASSERT_TRUE(Place("page", pages[i % 2]));
   }
   done = true;
   reader.join();

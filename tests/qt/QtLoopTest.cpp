@@ -10,9 +10,9 @@
 #include <thread>
 
 #include "platform/WorkLane.h"
-#include "platform/WorkerPool.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtSignals.h"
+#include "platform/qt/WorkerPool.h"
 #include "tests/qt/QtFixture.h"
 
 namespace zeb {

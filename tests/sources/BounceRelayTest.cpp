@@ -145,6 +145,14 @@ TEST_F(Bounce, RetriesAfterTheSecondsThatAreSet) {
   EXPECT_EQ(Panels(), Lines{""}) << "closing ends the retries";
 }
 
+// A carriage return ends a line for some receivers.
+TEST_F(Bounce, WhatIsOneLineHereIsOneLineThere) {
+  Apply();
+  EXPECT_TRUE(relay.Relay(std::string("SET_CURRENT_ITEM ITitle=x\rNET_CONTROL_LOGOFF\0y", 46), true));
+  ports.loop.RunPosted();
+  EXPECT_EQ(arrived, Lines{"SET_CURRENT_ITEM ITitle=x NET_CONTROL_LOGOFF y"});
+}
+
 TEST_F(Bounce, AnUnreadLinkIsClosedAtItsBound) {
   Apply();
   Panels();

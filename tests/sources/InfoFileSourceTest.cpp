@@ -37,8 +37,7 @@ TEST_F(InfoFileSourceTest, ReadsAtTheFirstTickAndAfterEachChange) {
   Run(1s);
   EXPECT_EQ(window.updates, 2);
   EXPECT_EQ((*service.PreviousItem(1))->ItemName, "");
-  ports.files.Put("/data/new", "TITLE=two");
-  ASSERT_TRUE(ports.files.Rename("/data/new", "/data/on.wsx").Ok());
+  ASSERT_TRUE(ports.files.FindTarget("/data/on.wsx", {}).Value()->Replace("TITLE=two").Ok());
   Run(1s);
   EXPECT_EQ(Current(), "two");
   EXPECT_EQ(Notes(), 0u);

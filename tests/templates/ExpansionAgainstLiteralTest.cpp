@@ -5,6 +5,7 @@
 #include <chrono>
 #include <random>
 
+#include "templates/CompiledTemplate.h"
 #include "templates/PageChunks.h"
 #include "tests/templates/LiteralExpansion.h"
 #include "tests/templates/StationFixture.h"
@@ -64,8 +65,13 @@ class RandomTexts {
   std::mt19937 random_{20260302};
 };
 
+CompiledTemplate::Text Shared(std::string text) {
+  return std::make_shared<const std::string>(std::move(text));
+}
+
 TEST(ExpansionAgainstLiteral, Templates) {
   Station station;
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
   RandomTexts texts;
   for (int i = 0; i < 60000; ++i) {
     const std::string text = texts.Next(), simple = texts.Next();
@@ -74,11 +80,16 @@ TEST(ExpansionAgainstLiteral, Templates) {
     const std::string expected = literal::Expand(text, station.service, simple, expectedFiles, values);
     ASSERT_EQ(station.Expand(text, simple, values), expected) << text;
     ASSERT_EQ(station.uploads.Paths(), expectedFiles.Paths()) << text;
+    UploadFileList files;
+    ASSERT_EQ(CompiledTemplate::OfText(Shared(text))->Expand(*snapshot, simple, files, values), expected)
+        << text;
+    ASSERT_EQ(files.Paths(), expectedFiles.Paths()) << text;
   }
 }
 
 TEST(ExpansionAgainstLiteral, PagesInPieces) {
   Station station;
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
   RandomTexts texts;
   for (int i = 0; i < 40000; ++i) {
     const std::string page = texts.Next() + texts.Next();
@@ -92,6 +103,43 @@ TEST(ExpansionAgainstLiteral, PagesInPieces) {
     }
     ASSERT_EQ(pieces, literal::ExpandPage(page, station.service, "s", files, characters))
         << characters << ": " << page;
+    const auto compiled = CompiledTemplate::OfPage(Shared(page), {}, characters);
+    ASSERT_EQ(compiled->Expand(*snapshot, "s", files), pieces) << characters << ": " << page;
+  }
+}
+
+// Compiled with another header of the same length.
+TEST(ExpansionAgainstLiteral, PagesWithAHeader) {
+  Station station;
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
+  RandomTexts texts;
+  const std::string first = "<!-- May -->\r\n<meta>\r\n", now = "<!-- é\"€ -->\r\n<meta>\r\n";
+  int headersAlone = 0;
+  for (int i = 0; i < 40000; ++i) {
+    const std::string before = texts.Next() + "\r\n", after = texts.Next();
+    const std::size_t characters = 2 + texts.Below(60);
+    const auto compiled =
+        CompiledTemplate::OfPage(Shared(before + after), {before.size(), first}, characters);
+    UploadFileList files;
+    ASSERT_EQ(compiled->Expand(*snapshot, "s", files, {}, now),
+              literal::ExpandPage(before + now + after, station.service, "s", files, characters))
+        << characters << ": " << before << "|" << after;
+    headersAlone += CompilePage(before + after, {before.size(), first}, characters) ? 1 : 0;
+  }
+  EXPECT_GT(headersAlone, 20000);
+}
+
+// What people write is compiled, whatever the header and the pieces.
+TEST(ExpansionAgainstLiteral, OrdinaryPagesNeedNoGeneralExpansion) {
+  const std::string page =
+      "<html>\r\n<a href=\"[(<ZEB_NEXT_ARTISTS>!=)<ZEB_NEXT_ITEMHREF>]\">x < 1; i<<2; a[0][1]</a> [[\r\n"
+      "[(<ZEB_NOW_ITEMTYPE>=Song)<b><ZEB_NOW_ITEMNAME></b> [plain <i>]][(<ZEB_SPECIAL_SHOWTITLE>!=)!]\r\n"
+      "<ZEB_FOO_BAR> é <ZEB_NOW_PICTUREFILENAME_2> <ZEB_NOW_ITEMNAME><<ZEB_NOW_ITEMNAME>";
+  for (std::size_t characters = 100; characters < 300; ++characters) {
+    const std::optional<TemplateProgram> program = CompilePage(page, {8, "<!-- header -->\r\n"}, characters);
+    ASSERT_TRUE(program);
+    EXPECT_EQ(program->names.size(), 5u);
+    for (const TemplateStep& step : program->steps) EXPECT_NE(step.kind, TemplateStep::kPiece) << step.text;
   }
 }
 
@@ -104,6 +152,7 @@ std::string Repeated(std::string_view piece, std::size_t bytes) {
 // Each of these makes an expansion that looks twice at what it has seen take minutes.
 TEST(Expansion, HostileTextsTakeLinearTime) {
   Station station;
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
   const std::vector<std::string> ends = {"", "]>"};
   for (const char* piece :
        {"[", "[(<ZEB", "<ZEB", "<", "[x", "<ZEB_NOW_", "[(<ZEB_NOW_ARTISTS>=", "[a]<ZEB_FOO", "]<ZEB>[(<ZEB",
@@ -113,7 +162,9 @@ TEST(Expansion, HostileTextsTakeLinearTime) {
       const auto start = std::chrono::steady_clock::now();
       UploadFileList files;
       station.Expand(text);
-      ExpandPage(UndoEscapedTags(text), *station.service.TakeSnapshot(), "", files);
+      const std::string page = UndoEscapedTags(text);
+      ExpandPage(page, *snapshot, "", files);
+      CompiledTemplate::OfPage(Shared(page))->Expand(*snapshot, "", files);
       // Far above what it takes, also under the sanitizers, and far below the quadratic way.
       EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << piece << end;
     }

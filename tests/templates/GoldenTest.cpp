@@ -28,8 +28,9 @@ TEST(Golden, Templates) {
     std::string text = ReadFile(path);
     if (path.filename().string().starts_with("page-")) {
       text = UndoEscapedTags(text);
-      InsertRefreshHeader(text, 60, true, station.environment.loop.Now(), "3.0.0");
-      text = ExpandPage(text, *station.service.TakeSnapshot(), kDefaultSimpleTextFormat, station.uploads);
+      InsertRefreshHeader(text, {60, true, "3.0.0"}, station.environment.loop.Now());
+      text = ExpandPage(text, *station.service.TakeSnapshot(), kDefaultSimpleTextFormat, station.uploads)
+                 .value();
     } else {
       text = station.Expand(text, kDefaultSimpleTextFormat);
     }

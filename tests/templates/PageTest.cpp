@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "templates/PageChunks.h"
+#include "templates/PageTemplate.h"
 #include "tests/templates/LiteralExpansion.h"
 #include "tests/templates/StationFixture.h"
+#include "text/SharedTime.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -10,7 +12,7 @@ namespace {
 
 std::string Page(Station& station, const std::string& page) {
   UploadFileList files;
-  return ExpandPage(page, *station.service.TakeSnapshot(), "", files);
+  return ExpandPage(page, *station.service.TakeSnapshot(), "", files).value();
 }
 
 TEST(ExpandPage, ConstructsAtEveryPlaceAroundTheCut) {
@@ -83,7 +85,7 @@ WallTime Moment() {
 
 TEST(InsertRefreshHeader, BehindTheFirstHtmlLine) {
   std::string page = "<!-- <hTmL --><HEAD>\r\n<html>\r\n";
-  InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+  InsertRefreshHeader(page, {30, true, "1.2.3"}, Moment());
   EXPECT_EQ(page,
             "<!-- <hTmL --><HEAD>\r\n"
             "<!-- ZEB last updated this file...09:05:05 02 March 2026 -->\r\n"
@@ -98,17 +100,77 @@ TEST(InsertRefreshHeader, BehindTheFirstHtmlLine) {
 TEST(InsertRefreshHeader, TagsOnlyWhenAskedFor) {
   for (const std::int32_t seconds : {0, -1}) {
     std::string page = "\r\n<html lang=\"en\">\r\n";
-    InsertRefreshHeader(page, seconds, false, Moment(), "1.2.3");
+    InsertRefreshHeader(page, {seconds, false, "1.2.3"}, Moment());
     EXPECT_EQ(page.find("HTTP-EQUIV"), std::string::npos);
     EXPECT_EQ(page.find("http-equiv"), std::string::npos);
     EXPECT_TRUE(page.starts_with("\r\n<html lang=\"en\">\r\n<!-- ZEB last updated"));
   }
 }
 
+// The header's length changes with the month, and with what a pair asks for; pieces are cut accordingly.
+TEST(PageTemplate, PutsTheHeaderOfTheMomentIn) {
+  Station station;
+  station.service.ShowTitle = "Evening";
+  std::string text = "<html>\r\n";
+  for (int i = 0; i < 2000; ++i) text += "[" + std::to_string(i) + "]<ZEB_SPECIAL_SHOWTITLE>";
+  const PageTemplate page(text, {});
+  for (int month = 1; month <= 12; ++month)
+    for (const std::int32_t seconds : {0, 5, 30})
+      for (const bool noCache : {false, true}) {
+        ServiceSnapshot snapshot = *station.service.TakeSnapshot();
+        snapshot.moment =
+            std::chrono::local_days(std::chrono::year(2026) / month / 2) + std::chrono::minutes(month);
+        const RefreshHeader header{seconds, noCache, "1.2.3"};
+        std::string general = text;
+        InsertRefreshHeader(general, header, snapshot.moment);
+        UploadFileList files;
+        const auto expanded = page.Expand(header, snapshot, "", files);
+        ASSERT_TRUE(expanded);
+        EXPECT_TRUE(*expanded == ExpandPage(general, snapshot, "", files)) << month << " " << seconds;
+      }
+}
+
+// A locale's month could be written in any way.
+TEST(PageTemplate, AHeaderWithBracketsIsExpandedWithItsPage) {
+  Station station;
+  LocaleFormats odd;
+  odd.longDate = "[(\"<ZEB_NOW_ARTISTS>\"!=)\"<<\"]yyyy";
+  InstallLocale(odd);
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
+  std::string general = "<html>\r\n[a]";
+  UploadFileList files;
+  const auto expanded = PageTemplate(general, {}).Expand({0, false, "1.2.3"}, *snapshot, "", files);
+  InsertRefreshHeader(general, {0, false, "1.2.3"}, snapshot->moment);
+  InstallLocale({});
+  EXPECT_EQ(expanded, ExpandPage(general, *snapshot, "", files));
+  EXPECT_NE(expanded->find("file...12:00:00 <<2026"), std::string::npos) << *expanded;
+}
+
+TEST(PageTemplate, GrowthEndsAtItsBound) {
+  Station station;
+  clsZEBItemInfo large = Item(std::string(1 << 20, 'x'), "", 7);
+  station.service.SetCurrentItem(large);
+  const SnapshotPtr snapshot = station.service.TakeSnapshot();
+  std::string fits, grows = "<ZEB";  // the second is for the general expansion
+  for (int i = 0; i < 15; ++i) fits += "<ZEB_NOW_ITEMNAME>";
+  for (int i = 0; i < 4000; ++i) grows += "><ZEB_NOW_ITEMNAME";
+  UploadFileList files;
+  const auto page = PageTemplate(fits, {}).Expand({}, *snapshot, "", files);
+  ASSERT_TRUE(page);
+  EXPECT_EQ(page->size(), 15u << 20);
+  for (const std::string& text : {fits + fits, fits + grows, grows}) {
+    EXPECT_FALSE(PageTemplate(text, {}).Expand({}, *snapshot, "", files));
+    EXPECT_FALSE(ExpandPage(text, *snapshot, "", files));
+    EXPECT_LE(station.Expand(text).size(), kMaxPageBytes + (2 << 20));
+  }
+  // A simple text that is put in again and again.
+  EXPECT_FALSE(PageTemplate("<ZEB_SIMPLETEXT><ZEB_SIMPLETEXT>", {}).Expand({}, *snapshot, fits, files));
+}
+
 TEST(InsertRefreshHeader, OtherPagesStayAsTheyAre) {
   for (const char* text : {"", "text\r\n", "\r\n<html>\n", "<HTM\r\nL>"}) {
     std::string page = text;
-    InsertRefreshHeader(page, 30, true, Moment(), "1.2.3");
+    InsertRefreshHeader(page, {30, true, "1.2.3"}, Moment());
     EXPECT_EQ(page, text);
   }
 }

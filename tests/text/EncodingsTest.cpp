@@ -71,6 +71,8 @@ TEST(Encodings, FilesKeepTheirEncoding) {
     EXPECT_TRUE(IsValidUtf8(text));
     EXPECT_FALSE(text.starts_with("\uFEFF"));
     EXPECT_EQ(EncodeFile(text, encoding), bytes);
+    std::string room;
+    EXPECT_EQ(EncodeFile(text, encoding, room), bytes);
   }
   EXPECT_EQ(DecodeFile("\xFF\xFE"
                        "a\0=\xD8\0\xDE"s,

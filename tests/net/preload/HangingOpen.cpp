@@ -1,5 +1,5 @@
-// Loaded in front of the C library: opening, looking at or renaming a file below $ZEB_HANG_BELOW does not
-// return for as long as the file $ZEB_HANG_WHILE is there, as on a share whose server is gone.
+// Loaded in front of the C library: opening, looking at or putting in place a file below $ZEB_HANG_BELOW does
+// not return for as long as somebody else has the lock on $ZEB_HANG_LOCK, as on a share whose server is gone.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -44,12 +44,31 @@ extern "C" int open(const char* path, int flags, ...) {
   return Real<OpenFunction>("open")(path, flags, mode);
 }
 
+extern "C" int openat(int folder, const char* path, int flags, ...) {
+  mode_t mode = 0;
+  if ((flags & O_CREAT) != 0) {
+    va_list more;
+    va_start(more, flags);
+    mode = va_arg(more, mode_t);
+    va_end(more);
+  }
+  HangBelow(path);
+  return Real<int(int, const char*, int, mode_t)>("openat")(folder, path, flags, mode);
+}
+
 extern "C" int stat(const char* path, struct stat* status) noexcept {
   HangBelow(path);
   return Real<int(const char*, struct stat*)>("stat")(path, status);
 }
 
-extern "C" int rename(const char* from, const char* to) noexcept {
+extern "C" int fstatat(int folder, const char* path, struct stat* status, int flags) noexcept {
+  HangBelow(path);
+  return Real<int(int, const char*, struct stat*, int)>("fstatat")(folder, path, status, flags);
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned flags) noexcept {
   HangBelow(to);
-  return Real<int(const char*, const char*)>("rename")(from, to);
+  return Real<int(int, const char*, int, const char*, unsigned)>("renameat2")(fromFolder, from, toFolder, to,
+                                                                              flags);
 }

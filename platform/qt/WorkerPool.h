@@ -23,7 +23,8 @@ class WorkerPool {
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
 
-  void Submit(std::function<void()> job);
+  // False: it waits for a thread, as in Crowded.
+  bool Submit(std::function<void()> job);
   // True while jobs wait for a thread: then Relieve is to be called again after kSeemsToHang.
   bool Crowded() const;
   // Begins a thread for the jobs that wait, if one is due.

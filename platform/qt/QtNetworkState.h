@@ -1,0 +1,29 @@
+// What the sockets of one QtNetwork share. Private to platform/qt.
+#pragma once
+
+#include <QList>
+#include <QSslCertificate>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "platform/qt/DescriptorBudget.h"
+#include "platform/qt/QtLoop.h"
+#include "platform/qt/QtStream.h"
+#include "platform/qt/SocketConnection.h"
+
+namespace zeb {
+
+struct QtNetworkState : QtStreams {
+  explicit QtNetworkState(QtLoop& givenLoop) : QtStreams(givenLoop), loop(givenLoop) {}
+
+  QtLoop& loop;
+  // With the system's own, once there are others: Qt then no longer looks the system's up by itself.
+  QList<QSslCertificate> authorities;
+  DescriptorBudget budget;
+  std::set<std::shared_ptr<SocketConnection::Stream>>
+      leavingConnections;  // closed by their users, still sending
+  std::string piece;       // the buffer of whoever reads
+};
+
+}  // namespace zeb

@@ -1,0 +1,133 @@
+#include "platform/qt/WorkerPool.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/qt/ThreadWake.h"
+
+namespace zeb {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kIdleLife = 30s;
+constexpr auto kGrace = 500ms;
+
+}  // namespace
+
+struct WorkerPool::State {
+  using Job = std::function<void()>;
+
+  // What a thread waits on that has nothing to do, and the job that it is called for.
+  struct Idle {
+    ThreadWake wake;
+    Job job;
+  };
+  using IdlePtr = std::shared_ptr<Idle>;
+
+  std::mutex mutex;
+  std::condition_variable allDone;  // no thread is at a job
+  std::deque<Job> jobs;
+  std::vector<IdlePtr> idle;              // who became so last is called first: it is still warm
+  std::list<Clock::time_point> underWay;  // since when each thread has been at its job
+  std::size_t threads = 0;
+  bool closed = false;
+
+  // What a thread does. `self` keeps the state while it lives.
+  static void Work(const std::shared_ptr<State>& self) {
+    const auto me = std::make_shared<Idle>();
+    std::unique_lock lock(self->mutex);
+    while (Job job = self->NextJob(lock, me)) {
+      const auto mine = self->underWay.insert(self->underWay.end(), Clock::now());
+      lock.unlock();
+      job();
+      job = nullptr;  // what it owns goes before anybody hears that it is done
+      lock.lock();
+      self->underWay.erase(mine);
+      if (self->closed && self->underWay.empty()) self->allDone.notify_all();
+    }
+    --self->threads;
+  }
+
+  // Nothing: the thread is to end.
+  Job NextJob(std::unique_lock<std::mutex>& lock, const IdlePtr& me) {
+    if (jobs.empty() && !closed) {
+      idle.push_back(me);
+      lock.unlock();
+      const bool called = me->wake.Await(kIdleLife);
+      lock.lock();
+      // Called in the very moment in which its time was over.
+      if (!called && std::erase(idle, me) == 0) me->wake.Await(kIdleLife);
+      if (me->job) return std::exchange(me->job, nullptr);
+    }
+    if (closed || jobs.empty()) return nullptr;
+    Job job = std::move(jobs.front());
+    jobs.pop_front();
+    return job;
+  }
+
+  bool ThreadIsDue() const {
+    if (jobs.empty()) return false;
+    if (threads < kUsualThreads) return true;
+    const auto before = Clock::now() - kSeemsToHang;
+    const auto hanging = static_cast<std::size_t>(
+        std::count_if(underWay.begin(), underWay.end(), [before](auto since) { return since <= before; }));
+    return threads < std::min(kUsualThreads + hanging, kMostThreads);
+  }
+
+  // Without memory for a thread the jobs wait for those that there are; the next Relieve tries again.
+  static void BeginThread(const std::shared_ptr<State>& self) {
+    try {
+      std::thread([self] { Work(self); }).detach();
+      ++self->threads;
+    } catch (const std::system_error&) {
+    }
+  }
+};
+
+WorkerPool::WorkerPool() : state_(std::make_shared<State>()) {}
+
+WorkerPool::~WorkerPool() {
+  std::unique_lock lock(state_->mutex);
+  state_->closed = true;
+  const auto dropped = std::move(state_->jobs);
+  state_->jobs.clear();
+  for (const State::IdlePtr& idle : std::exchange(state_->idle, {})) idle->wake.Call();
+  state_->allDone.wait_for(lock, kGrace, [this] { return state_->underWay.empty(); });
+}
+
+bool WorkerPool::Submit(std::function<void()> job) {
+  std::unique_lock lock(state_->mutex);
+  if (state_->idle.empty()) {
+    state_->jobs.push_back(std::move(job));
+    if (state_->ThreadIsDue()) State::BeginThread(state_);
+    return false;
+  }
+  const State::IdlePtr idle = std::move(state_->idle.back());
+  state_->idle.pop_back();
+  idle->job = std::move(job);
+  lock.unlock();  // first, or it would wake up to wait for the mutex
+  idle->wake.Call();
+  return true;
+}
+
+bool WorkerPool::Crowded() const {
+  const std::lock_guard lock(state_->mutex);
+  return !state_->jobs.empty();
+}
+
+void WorkerPool::Relieve() {
+  const std::lock_guard lock(state_->mutex);
+  if (state_->ThreadIsDue()) State::BeginThread(state_);
+}
+
+}  // namespace zeb
