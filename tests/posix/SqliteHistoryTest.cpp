@@ -273,7 +273,7 @@ TEST_F(SqliteHistoryTest, StaysWithinItsMegabytesWhateverIsWritten) {
   std::uintmax_t most = 0;
   for (int i = 0; i < 400; ++i) {
     HistoryBatch batch;
-    for (int k = 0; k < 10; ++k) batch.items.push_back(Item(kNow + i * 1000 + k, Random(random, 10000)));
+    for (int k = 0; k < 10; ++k) batch.items.push_back(Item(kNow + i * 60000 + k, Random(random, 10000)));
     const HistoryOutcome written = store.Write(batch, limits);
     ASSERT_TRUE(written.Ok()) << written.reason << " at " << i;
     most = std::max(most, BytesOnDisk());
@@ -282,7 +282,7 @@ TEST_F(SqliteHistoryTest, StaysWithinItsMegabytesWhateverIsWritten) {
   EXPECT_GT(most, 12u * 1024 * 1024);  // and makes use of them
   const std::vector<HistoryItem> left = Items();
   EXPECT_GT(left.size(), 500u);
-  EXPECT_EQ(left.back().moment.utc, kNow + 399 * 1000 + 9);  // the newest are there
+  EXPECT_EQ(left.back().moment.utc, kNow + 399 * 60000 + 9);  // the newest are there
   EXPECT_EQ(left.back().record.size(), 10000u);
   EXPECT_EQ(Ask("PRAGMA integrity_check"), "ok");
 
@@ -290,12 +290,12 @@ TEST_F(SqliteHistoryTest, StaysWithinItsMegabytesWhateverIsWritten) {
   HistoryLimits more{30, 100};
   for (int i = 0; i < 40; ++i) {
     HistoryBatch batch;
-    for (int k = 0; k < 100; ++k) batch.items.push_back(Item(kNow + 500000 + i, Random(random, 10000)));
+    for (int k = 0; k < 100; ++k) batch.items.push_back(Item(kNow + 500 * 60000 + i, Random(random, 10000)));
     ASSERT_TRUE(store.Write(batch, more).Ok());
   }
   EXPECT_GT(BytesOnDisk(), 40u * 1024 * 1024);
   int pieces = 0;
-  while (store.CleanUp(limits, kNow + 600000).more && ++pieces < 500) {
+  while (store.CleanUp(limits, kNow + 600 * 60000).more && ++pieces < 500) {
   }
   EXPECT_LE(BytesOnDisk(), 16u * 1024 * 1024);
 }
