@@ -29,8 +29,12 @@ constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
 
-frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options)
-    : environment_(environment), makeOutput_(std::move(makeOutput)), options_(std::move(options)) {
+frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
+                 std::shared_ptr<HistoryStore> history)
+    : environment_(environment),
+      makeOutput_(std::move(makeOutput)),
+      options_(std::move(options)),
+      historyStore_(std::move(history)) {
   environment_.preserveTempFiles = options_.preserveTempFiles;
 }
 
@@ -58,6 +62,7 @@ Outcome frmMain::Load() {
                                    ? "The previous version's services are now under '" + root.profile + "'"
                                    : migrated.Reason());
     }
+    KeepHistory();
     LoadServices();
     // Another instance on the data folder may have its files in hand.
     if (!options_.noPreviousCheck) RemoveLeftOvers();
@@ -79,6 +84,16 @@ Outcome frmMain::ImportSettings() {
   if (!summary) return Failure{"cannot import '" + file + "': " + summary.Reason()};
   environment_.person.Note("Imported '" + file + "': " + summary.Value().Text());
   return {};
+}
+
+// As the settings say now.
+void frmMain::KeepHistory() {
+  if (!historyStore_) return;
+  const auto limits = ReadHistoryLimits(environment_.hive, environment_.settingsRoot);
+  if (history_)
+    history_->SetLimits(limits);
+  else
+    history_ = std::make_shared<HistoryRecorder>(environment_, historyStore_, limits);
 }
 
 void frmMain::LoadServices() {
@@ -108,7 +123,7 @@ void frmMain::RemoveLeftOvers() const {
 
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
 void frmMain::OpenWindow(int number) {
-  windows_.push_back(frmService::Create(environment_, makeOutput_));
+  windows_.push_back(frmService::Create(environment_, makeOutput_, history_));
   try {
     windows_.back()->Open(number);
   } catch (const std::exception& error) {
@@ -203,6 +218,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     // The previous version's services are copied at a start only, before any of them runs.
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
+    KeepHistory();
     ShrinkTo(count);
     if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
     if (!mark.Holds() || quitting_) return;
@@ -285,9 +301,10 @@ void frmMain::Quit(std::function<void()> closed) {
   if (std::exchange(quitting_, true)) return;
   closed_ = std::move(closed);
   for (const auto& window : windows_) window->Close();
-  if (AllClosed()) return ServiceFinished();
-  environment_.loop.Start("quit", [this, mark = epoch_.Now()] {
+  if (AllClosed() && !history_) return ServiceFinished();
+  environment_.loop.Start("quit", [this, mark = epoch_.Now(), history = history_] {
     environment_.loop.WaitUntil([this, mark] { return !mark.Holds() || AllClosed(); }, kNoLimit);
+    if (history) history->Close();
     if (mark.Holds()) ServiceFinished();
   });
 }

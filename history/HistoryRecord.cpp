@@ -83,6 +83,7 @@ static_assert(sizeof(F) <=
 constexpr unsigned kNextSlots = 8, kPreviousSlots = 9;  // behind the words: how many there are
 constexpr std::size_t kMostSlots = 1000;
 constexpr unsigned kPicture = 60, kAdditionalFile = 61;
+constexpr int kUrlEncoded = 4;
 constexpr char kForm = 1;  // the first byte
 
 struct WordsField {
@@ -206,6 +207,31 @@ std::string HistoryText(std::string_view text, std::size_t most) {
   if (IsValidUtf8(kept)) return std::string(kept);
   const std::string decoded = DecodeLenient(kept);
   return decoded.size() > most ? HistoryText(decoded, most) : decoded;
+}
+
+// These numbers stay what they are, too.
+int EncodingNumber(ValueEscape escape, bool urlEncode) {
+  int number = 0;
+  switch (escape) {
+    case ValueEscape::kNone:
+      break;
+    case ValueEscape::kHtml:
+      number = 1;
+      break;
+    case ValueEscape::kXml:
+      number = 2;
+      break;
+    case ValueEscape::kJson:
+      number = 3;
+      break;
+  }
+  return number + (urlEncode ? kUrlEncoded : 0);
+}
+
+ValueEncoding EncodingOf(int number) {
+  constexpr ValueEscape kEscapes[] = {ValueEscape::kNone, ValueEscape::kHtml, ValueEscape::kXml,
+                                      ValueEscape::kJson};
+  return {.urlEncode = (number & kUrlEncoded) != 0, .escape = kEscapes[number & 3]};
 }
 
 std::string WriteItemRecord(const clsZEBItemInfo& item) {

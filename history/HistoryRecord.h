@@ -11,6 +11,8 @@
 #include <string_view>
 
 #include "core/ServiceSnapshot.h"
+#include "templates/ZEB_Class_Functions.h"
+#include "text/ValueEscapes.h"
 
 namespace zeb {
 
@@ -25,6 +27,10 @@ std::optional<clsZEBItemInfo> ReadItemRecord(std::string_view bytes);
 // Everything of a snapshot but its items and its moment; also how many next and previous slots it has.
 std::string WriteWordsRecord(const ServiceSnapshot& snapshot);
 bool ReadWordsRecord(std::string_view bytes, ServiceSnapshot& snapshot);
+
+// How values were put into a template, as a number and back.
+int EncodingNumber(ValueEscape escape, bool urlEncode);
+ValueEncoding EncodingOf(int number);
 
 // At most so many bytes, cut between two characters; what is no UTF-8 is decoded first.
 std::string HistoryText(std::string_view text, std::size_t most);

@@ -16,13 +16,11 @@
 #include "platform/SettingsHive.h"
 #include "platform/WorkLane.h"
 #include "text/OneLine.h"
-#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
 
 constexpr int kMostDays = 3650, kMostMegabytes = 100000;
-constexpr std::size_t kFirstLines = 10, kMostFirstLinesBytes = 1024;
 constexpr std::size_t kMostSourceBytes = 200, kMostPartBytes = 1024, kMostProblemBytes = 1024;
 constexpr std::size_t kMostRemembered = 10000;  // outputs' parts, and snapshots
 constexpr int kUpdateNumbersPerMillisecond = 1 << 20;
@@ -65,14 +63,6 @@ std::optional<HistoryLimits> ReadHistoryLimits(SettingsHive& hive, const std::st
       std::clamp(hive.ReadNumber(root, "HistoryMegabytes", limits.megabytes), 0, kMostMegabytes);
   if (limits.days == 0 || limits.megabytes == 0) return std::nullopt;
   return limits;
-}
-
-HistoryPage DescribePage(std::string_view page) {
-  std::size_t end = 0;
-  for (std::size_t line = 0; line < kFirstLines && end < page.size(); ++line)
-    end = std::min(page.size(), page.find('\n', end)) + 1;
-  end = std::min(end, page.size());
-  return {Sha256Text(page), page.size(), HistoryText(page.substr(0, end), kMostFirstLinesBytes)};
 }
 
 // ---- What is remembered, and the task that writes
@@ -380,8 +370,11 @@ void HistoryRecorder::Shown(const HistoryShown& shown) {
   if (shown.page) row.digest = shown.page->digest;
   if (shown.latency) row.latency = std::chrono::duration_cast<std::chrono::microseconds>(*shown.latency);
   // Half a template would give something else.
-  if (shown.templateText.size() <= kMostTemplateBytes) row.templateText = shown.templateText;
-  if (shown.simpleText.size() <= kMostTextBytes) row.simpleText = shown.simpleText;
+  const auto& source = shown.source;
+  if (source.templateText && source.templateText->size() <= kMostTemplateBytes)
+    row.templateText = *source.templateText;
+  if (source.simpleText.size() <= kMostTextBytes) row.simpleText = source.simpleText;
+  row.encoding = EncodingNumber(source.escape, source.urlEncode);
   if (!state.Repeats(row, shown)) state.Add(std::move(row));
 }
 

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "core/ServiceSnapshot.h"
+#include "core/Shown.h"
 #include "core/UpdateRecord.h"
 #include "platform/Environment.h"
 #include "platform/HistoryStore.h"
@@ -27,14 +28,6 @@ class SettingsHive;
 // 0, and no history is kept.
 std::optional<HistoryLimits> ReadHistoryLimits(SettingsHive& hive, const std::string& root);
 
-// A page that was published; made where its bytes are, on a worker too.
-struct HistoryPage {
-  std::string digest;  // SHA-256, as `sha256sum` prints it
-  std::uint64_t bytes = 0;
-  std::string firstLines;
-};
-HistoryPage DescribePage(std::string_view page);
-
 // What an output has put out, or could not.
 struct HistoryShown {
   SnapshotPtr snapshot;  // what it shows
@@ -43,10 +36,10 @@ struct HistoryShown {
   int number = 0;    // within its type, from 1
   std::string part;  // the destination, of a pair; "" where there is one thing
   std::string text;  // of texts: what was sent
-  std::optional<HistoryPage> page;
+  std::optional<Shown::Page> page;
+  Shown::Source source;
   std::optional<Duration> latency;  // from the information's arrival
   std::string problem;              // one line; "": it was published
-  std::string templateText, simpleText;
 };
 
 class HistoryRecorder {

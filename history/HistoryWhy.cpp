@@ -101,7 +101,7 @@ class Search {
     part.updateKnown = true;
     part.item = snapshot->currentItem;
     part.expanded = ExpandAgainst(*snapshot, part.shown->templateText, !part.shown->digest.empty(),
-                                  part.shown->simpleText)
+                                  part.shown->simpleText, EncodingOf(part.shown->encoding))
                         .value_or("(the page would be too large)");
     TellItem(part);
   }

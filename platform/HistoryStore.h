@@ -72,6 +72,7 @@ struct HistoryPublication {
   std::uint64_t bytes = 0;
   std::optional<std::chrono::microseconds> latency;  // from the information to here
   std::string templateText, simpleText;
+  int encoding = 0;            // of the values in it
   std::int64_t update = 0;     // what it shows; 0: unknown
   HistoryMoment updateMoment;  // that its dates are those of
 };

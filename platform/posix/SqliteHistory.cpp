@@ -152,18 +152,19 @@ void SqliteHistory::WriteUpdates(const HistoryBatch& batch) {
 
 void SqliteHistory::WritePublications(const HistoryBatch& batch) {
   if (batch.publications.empty()) return;
-  HistoryQuery insert(*file_,
-                      "INSERT INTO publications(at, zone, service, output, part, failed, problem, shown, "
-                      "digest, bytes, template, simple, update_id, update_at, update_zone, latency) "
-                      "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16)");
+  HistoryQuery insert(
+      *file_,
+      "INSERT INTO publications(at, zone, service, output, part, failed, problem, shown, "
+      "digest, bytes, template, simple, encoding, update_id, update_at, update_zone, latency) "
+      "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17)");
   for (const HistoryPublication& shown : batch.publications) {
     const std::int64_t at = shown.moment.utc;
     insert.Bind(at).Bind(shown.moment.offset.count()).Bind(shown.service);
     insert.Text(shown.output).Text(shown.part).Bind(shown.problem.empty() ? 0 : 1);
     insert.Bind(Keep(shown.problem, at)).Bind(Keep(shown.text, at)).Text(shown.digest);
     insert.Bind(static_cast<std::int64_t>(shown.bytes));
-    insert.Bind(Keep(shown.templateText, at)).Bind(Keep(shown.simpleText, at)).Bind(shown.update);
-    insert.Bind(shown.updateMoment.utc).Bind(shown.updateMoment.offset.count());
+    insert.Bind(Keep(shown.templateText, at)).Bind(Keep(shown.simpleText, at)).Bind(shown.encoding);
+    insert.Bind(shown.update).Bind(shown.updateMoment.utc).Bind(shown.updateMoment.offset.count());
     if (shown.latency) insert.Bind(shown.latency->count());
     insert.Run();
   }

@@ -16,7 +16,7 @@ constexpr char kItemColumns[] =
     "LEFT JOIN blobs r ON r.id = i.record ";
 constexpr char kPublicationColumns[] =
     "SELECT i.id, i.at, i.zone, i.service, i.output, i.part, p.data, t.data, i.digest, i.bytes, i.latency, "
-    "e.data, s.data, i.update_id, i.update_at, i.update_zone FROM publications i "
+    "e.data, s.data, i.update_id, i.update_at, i.update_zone, i.encoding FROM publications i "
     "LEFT JOIN blobs p ON p.id = i.problem LEFT JOIN blobs t ON t.id = i.shown "
     "LEFT JOIN blobs e ON e.id = i.template LEFT JOIN blobs s ON s.id = i.simple ";
 constexpr char kUpdateColumns[] =
@@ -58,6 +58,7 @@ HistoryPublication PublicationOf(const HistoryQuery& row) {
   shown.simpleText = row.Text(12);
   shown.update = row.Number(13);
   shown.updateMoment = MomentAt(row, 14);
+  shown.encoding = static_cast<int>(row.Number(16));
   return shown;
 }
 

@@ -16,6 +16,7 @@
 #include "platform/simulated/TestEnvironment.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/MomentText.h"
+#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
@@ -28,6 +29,10 @@ clsZEBItemInfo Song(const std::string& title, const std::string& artist) {
   item.Edit().Artists = artist;
   item.Edit().ItemType = 7;
   return item;
+}
+
+zeb::Shown::Page PageOf(const std::string& bytes) {
+  return {"", bytes.size(), bytes, Sha256Text(bytes)};
 }
 
 // Monday 2 March 2026, 12:00:00, an hour ahead of UTC.
@@ -70,7 +75,7 @@ class HistoryQueriesTest : public testing::Test {
     shown.number = 1;
     shown.text = text;
     shown.problem = problem;
-    shown.templateText = "<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS>";
+    shown.source.templateText = std::make_shared<std::string>("<ZEB_NOW_ITEMNAME> by <ZEB_NOW_ARTISTS>");
     shown.latency = 12345us;
     return shown;
   }
@@ -123,7 +128,7 @@ TEST_F(HistoryQueriesTest, ListsWhatWasOnAirAndShown) {
   page.type = OutputType::kFile;
   page.number = 2;
   page.part = "/www/now.html";
-  page.page = DescribePage("<p>\r\nPaper");
+  page.page = PageOf("<p>\r\nPaper");
   recorder->Shown(page);
   page.problem = "cannot open '/www/now.html': No space left on device";
   recorder->Shown(page);
@@ -144,11 +149,11 @@ TEST_F(HistoryQueriesTest, ListsWhatWasOnAirAndShown) {
       "2026-03-02 12:00:01,1,,publication,Encoder1,,,,,,published,,\"Paper \"\"Moons\"\" by Ada, Quill\","
       "27,,12.3\r\n"
       "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,published,,\"<p>\r\nPaper\",10," +
-          DescribePage("<p>\r\nPaper").digest +
+          PageOf("<p>\r\nPaper").digest +
           ",12.3\r\n"
           "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,failed,cannot open "
           "'/www/now.html': No space left on device,\"<p>\r\nPaper\",," +
-          DescribePage("<p>\r\nPaper").digest + ",12.3\r\n");
+          PageOf("<p>\r\nPaper").digest + ",12.3\r\n");
   HistoryFilter encoder;
   encoder.output = "Encoder1";
   EXPECT_EQ(List(HistoryForm::kJson, encoder),
@@ -261,10 +266,11 @@ TEST_F(HistoryQueriesTest, TellsEachPageOfAnOutput) {
   OnAir(Song("First", "Ada"));
   HistoryShown page = Shown("");
   page.type = OutputType::kFile;
-  page.templateText = "<h1>&lt;ZEB_NOW_ITEMNAME&gt;</h1>\r\n<ZEB_SPECIAL_CURRENTDATETIMEXML>";
+  page.source.templateText =
+      std::make_shared<std::string>("<h1>&lt;ZEB_NOW_ITEMNAME&gt;</h1>\r\n<ZEB_SPECIAL_CURRENTDATETIMEXML>");
   for (const char* part : {"/www/a.html", "/www/b.html"}) {
     page.part = part;
-    page.page = DescribePage("<h1>First</h1>\r\n2026-03-02T12:00:00");
+    page.page = PageOf("<h1>First</h1>\r\n2026-03-02T12:00:00");
     recorder->Shown(page);
   }
   const std::string why = Why("File1", "2026-03-02 12:00");
