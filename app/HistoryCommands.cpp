@@ -2,20 +2,14 @@
 
 #include <algorithm>
 
-#include "app/CommandLine.h"
 #include "history/HistoryListing.h"
 #include "history/HistoryReplay.h"
 #include "history/HistoryWhy.h"
 #include "text/Encodings.h"
-#include "text/LetterCase.h"
 #include "text/ValueEscapes.h"
 
 namespace zeb {
 namespace {
-
-HistoryMoment MomentOf(const WrittenMoment& written, const UtcOffsetOf& utcOffset) {
-  return {written.wall, written.utcOffset ? *written.utcOffset : utcOffset(written.wall)};
-}
 
 HistoryFilter FilterOf(const HistoryOptions& options, const UtcOffsetOf& utcOffset) {
   HistoryFilter filter;
@@ -63,17 +57,6 @@ Outcome Run(HistoryReader& reader, const HistoryOptions& options, std::string_vi
 }
 
 }  // namespace
-
-std::optional<std::string> ReadOutputName(std::string_view text) {
-  const std::size_t digits = text.find_first_of("0123456789");
-  if (digits == std::string_view::npos || text[digits] == '0') return std::nullopt;
-  const auto number = WholeNumber<int>(text.substr(digits));
-  if (!number) return std::nullopt;
-  for (const OutputTypeInfo& info : kOutputTypes)
-    if (EqualIgnoringAsciiCase(text.substr(0, digits), info.name))
-      return std::string(info.name) + std::to_string(*number);
-  return std::nullopt;
-}
 
 int RunHistoryCommand(HistoryReader& reader, const HistoryOptions& options, std::string_view templateBytes,
                       const UtcOffsetOf& utcOffset, std::ostream& out, std::ostream& err) {

@@ -2,8 +2,6 @@
 // from the history's file, whether a publisher runs or not.
 #pragma once
 
-#include <chrono>
-#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -11,6 +9,7 @@
 
 #include "core/OutputTypes.h"
 #include "history/HistoryForms.h"
+#include "history/HistoryRequest.h"
 #include "platform/HistoryStore.h"
 #include "text/MomentText.h"
 
@@ -30,12 +29,6 @@ struct HistoryOptions {
   std::string simpleText{kDefaultSimpleTextFormat};
   std::string escape;  // a word of text/ValueEscapes.h
 };
-
-// "file2" is "File2"; nothing for a name that no output has.
-std::optional<std::string> ReadOutputName(std::string_view text);
-
-// How far local time was ahead of UTC at a moment of local time.
-using UtcOffsetOf = std::function<std::chrono::seconds(WallTime local)>;
 
 // The exit status: 0, or 1 when it failed. A failure is one line on `err` that begins with "zebctl: ".
 int RunHistoryCommand(HistoryReader& reader, const HistoryOptions& options, std::string_view templateBytes,

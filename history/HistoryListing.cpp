@@ -104,8 +104,9 @@ std::string Either(const std::string& first, const std::string& otherwise) {
 
 class Songs {
  public:
-  Songs(std::ostream& out, HistoryForm form, std::int64_t to)
+  Songs(std::ostream& out, HistoryForm form, std::int64_t to, int most)
       : to_(to),
+        left_(most),
         table_(out, form,
                {{"start", 19},
                 {"length", 8},
@@ -127,10 +128,11 @@ class Songs {
     if (row.moment.utc < to_ && KindOfItemType(item->ItemType) == ItemKind::kSong)
       playing_[row.service] = {row.moment, std::move(item)};
   }
+  bool Full() const { return left_ <= 0; }
   // Behind the span only the ends of songs matter.
   bool Waits() const { return !playing_.empty(); }
   void End() {
-    while (!playing_.empty()) Finish(playing_.begin()->first, std::nullopt);
+    while (!Full() && !playing_.empty()) Finish(playing_.begin()->first, std::nullopt);
     table_.End();
   }
 
@@ -149,6 +151,7 @@ class Songs {
          {item->CopyrightMusicDuration, item->CopyrightTotalDuration, item->CartItemLength})
       if (!length && known > 0) length = known;
     if (!length && end) length = static_cast<float>(end->utc - song.since.utc) / 1000.0F;
+    --left_;
     table_.Row({table_.Moment(song.since), length ? TimeText(*length) : "", std::to_string(service),
                 Either(item->CopyrightMusicTitle, item->ItemName),
                 Either(item->CopyrightPerformer, item->Artists), item->CopyrightRecordLabel,
@@ -156,19 +159,20 @@ class Songs {
   }
 
   std::int64_t to_;
+  int left_;  // rows that may still be written
   HistoryTable table_;
   std::map<int, Playing> playing_;  // by service
 };
 
 }  // namespace
 
-Outcome WriteHistory(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form,
-                     std::ostream& out) {
+Outcome WriteHistory(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form, std::ostream& out,
+                     int most) {
   HistoryCursor<HistoryItem> items = ItemsOf(reader, filter);
   HistoryCursor<HistoryPublication> publications = PublicationsOf(reader, filter);
   const bool withItems = filter.output.empty();
   Listing listing(out, form);
-  for (;;) {
+  for (int rows = 0; rows < most; ++rows) {
     const HistoryItem* item = withItems ? items.Peek() : nullptr;
     const HistoryPublication* publication = publications.Peek();
     if (!items.outcome()) return items.outcome();
@@ -186,14 +190,15 @@ Outcome WriteHistory(HistoryReader& reader, const HistoryFilter& filter, History
   return {};
 }
 
-Outcome WriteSongs(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form, std::ostream& out) {
+Outcome WriteSongs(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form, std::ostream& out,
+                   int most) {
   HistoryFilter current = filter;
   current.slot = kHistoryCurrent;
   current.to = std::numeric_limits<std::int64_t>::max();
   HistoryCursor<HistoryItem> items = ItemsOf(reader, current);
-  Songs songs(out, form, filter.to);
+  Songs songs(out, form, filter.to, most);
   while (const HistoryItem* item = items.Peek()) {
-    if (item->moment.utc >= filter.to && !songs.Waits()) break;
+    if (songs.Full() || (item->moment.utc >= filter.to && !songs.Waits())) break;
     songs.Add(*item);
     items.Skip();
   }
