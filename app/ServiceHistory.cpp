@@ -46,7 +46,7 @@ void ServiceHistory::RunEnded(const UpdateRecord& record, const UpdateRun& run) 
   shown.number = run.index;
   if (record.cause != UpdateCause::kInterval)
     shown.latency = service_.environment().loop.Monotonic() - record.snapshot->arrived;
-  if (run.tally.published > 0) TellPublished(shown, record, run.output->LastShown());
+  if (run.tally.published > 0) TellPublished(shown, run.output);
   shown.latency.reset();
   for (const clsZEBTemplate::Problem& problem : run.output->Problems()) {
     shown.part = problem.thing;
@@ -55,15 +55,22 @@ void ServiceHistory::RunEnded(const UpdateRecord& record, const UpdateRun& run) 
   }
 }
 
-// Of pages, those that show this update.
-void ServiceHistory::TellPublished(HistoryShown shown, const UpdateRecord& record, const Shown& put) {
+// Of pages, those that are new: a page may show something older than this update, and one that its rules left
+// out is not published again.
+void ServiceHistory::TellPublished(HistoryShown shown, const OutputPtr& output) {
+  const Shown put = output->LastShown();
   if (put.pages.empty()) {
     shown.text = put.text;
     shown.source = put.source;
     recorder_->Shown(shown);
   }
+  std::erase_if(told_, [](const auto& entry) { return entry.first.expired(); });
   for (const Shown::Page& page : put.pages) {
-    if (page.snapshot && page.snapshot != record.snapshot) continue;
+    SnapshotPtr& told = told_[output][page.name];
+    if (told == page.snapshot) continue;
+    told = page.snapshot;
+    if (shown.latency) shown.latency = service_.environment().loop.Monotonic() - page.snapshot->arrived;
+    shown.snapshot = page.snapshot;
     shown.part = page.name;
     shown.page = page;
     shown.source = page.source;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,13 +30,15 @@ class ServiceHistory {
 
  private:
   void LookAt(int slot, const clsZEBItemInfo& item, clsZEBItemInfo& known);
-  void TellPublished(HistoryShown shown, const UpdateRecord& record, const Shown& put);
+  void TellPublished(HistoryShown shown, const OutputPtr& output);
 
   const clsZEBService& service_;
   const std::shared_ptr<HistoryRecorder> recorder_;  // null: nothing is kept
   const std::function<std::string()> source_;
   clsZEBItemInfo current_, comingSoon_;  // as they were last seen
   std::vector<clsZEBItemInfo> next_;
+  // What each page showed when it was last told, by output and destination.
+  std::map<std::weak_ptr<clsZEBTemplate>, std::map<std::string, SnapshotPtr>, std::owner_less<>> told_;
 };
 
 }  // namespace zeb

@@ -24,6 +24,7 @@ constexpr char kWaitQuestion[] =
 
 // There is no limit to how long an update may take; whoever runs the program has the last word.
 constexpr std::chrono::seconds kReloadRetry(10);
+constexpr Duration kAlarmLook = std::chrono::seconds(1);
 constexpr Duration kReloadTurn = std::chrono::milliseconds(20);
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
@@ -34,7 +35,8 @@ frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOpti
     : environment_(environment),
       makeOutput_(std::move(makeOutput)),
       options_(std::move(options)),
-      historyStore_(std::move(history)) {
+      historyStore_(std::move(history)),
+      alarms_(environment) {
   environment_.preserveTempFiles = options_.preserveTempFiles;
 }
 
@@ -64,6 +66,8 @@ Outcome frmMain::Load() {
     }
     KeepHistory();
     LoadServices();
+    alarms_.ReadSettings();
+    alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
     // Another instance on the data folder may have its files in hand.
     if (!options_.noPreviousCheck) RemoveLeftOvers();
     WriteDebugLine("Shown Services OK");
@@ -223,6 +227,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
     if (!mark.Holds() || quitting_) return;
     LoadServices();
+    alarms_.ReadSettings();
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
   } catch (const std::exception& error) {
@@ -249,6 +254,15 @@ void frmMain::ReloadLater(const std::string& reason) {
   environment_.person.Note("Cannot read the settings again: " + reason + "; trying again in " +
                            std::to_string(kReloadRetry.count()) + " s");
   reloadRetry_ = environment_.loop.After(kReloadRetry, [this] { Reload(); });
+}
+
+// Not while everything is being closed: that is no trouble.
+void frmMain::LookForAlarms() {
+  if (quitting_ || !alarms_.Wanted()) return;
+  std::vector<Trouble> troubles;
+  for (const auto& window : windows_)
+    for (Trouble& trouble : window->Board().Troubles()) troubles.push_back(std::move(trouble));
+  alarms_.Look(troubles);
 }
 
 void frmMain::ShrinkTo(int count) {

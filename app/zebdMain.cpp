@@ -22,6 +22,7 @@
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SqliteHistory.h"
@@ -145,6 +146,7 @@ class Publisher {
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
     environment.ftp = &ftp_;
+    environment.processes = &processes_;
     frmMain main(environment, MakeOutputFactory(environment), options_,
                  std::make_shared<SqliteHistory>(folder_ + "/history.db"));
     main_ = &main;
@@ -200,6 +202,7 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
+  PosixProcesses processes_;
   ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/ServiceSnapshot.h"
@@ -20,7 +21,6 @@ struct Shown {
     std::string simpleText{};                           // the template behind <ZEB_SIMPLETEXT>
     ValueEscape escape = ValueEscape::kNone;
     bool urlEncode = false;
-    bool operator==(const Source&) const = default;
   };
 
   struct Page {
@@ -33,10 +33,16 @@ struct Shown {
   };
 
   std::string text;  // of outputs that send texts; several are lines
-  Source source{};   // of the text; of several, of the last
+  Source source{};   // of the text
   std::vector<Page> pages;
 
   bool operator==(const Shown&) const = default;
 };
+
+// Text as it can be shown anywhere: lines without control characters, none of them empty, cut where it is
+// very long.
+std::string ShownText(std::string_view text);
+// The same of the first few lines.
+std::string FirstLines(std::string_view text);
 
 }  // namespace zeb

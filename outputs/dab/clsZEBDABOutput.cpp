@@ -215,7 +215,8 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_.clear();
   SetStatus(kStatusOK);
   std::vector<std::string>& candidates = found.Value();
-  if (candidates.empty()) {
+  const bool byDefault = candidates.empty();
+  if (byDefault) {
     UploadFileList unused;
     std::string text = WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText,
                                                         unused, settings.Values(settings.DefaultText)));
@@ -224,7 +225,11 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (candidates.empty()) return exitAs("no strings to choose from");
   std::string text = chooser_.Pick(candidates);
   if (text.empty()) return exitAs("nothing to send");
-  return SendLabel(*snapshot, LabelOf(*snapshot, std::move(text)));
+  const std::string label = LabelOf(*snapshot, std::move(text));
+  if (!SendLabel(*snapshot, label)) return false;
+  shown_.text = ShownText(label);
+  shown_.source = settings.MadeOf(byDefault ? settings.DefaultText : settings.simpleText);
+  return true;
 }
 
 void clsZEBDABOutput::NoteNotLoggedOn() {

@@ -8,6 +8,7 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
+#include "templates/ShownSource.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
@@ -86,6 +87,7 @@ constexpr SettingRow<S> kRows[] = {
      .least = 0,
      .most = 3600},
     {"EscapeValues", &S::EscapeValues},
+    {"VerifyStreamURL", &S::VerifyStreamURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -272,8 +274,22 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
+  std::vector<std::string> texts;
+  for (const EncoderCommand& command : commands) texts.push_back(command.value);
+  if (commands_.Taken() > 0) {
+    shown_.text = ShownText(commands_.TakenText(texts));
+    shown_.source = ShownSource(settings.SimpleTextFormat, settings.SimpleTextFormat, values);
+    shownTitle_ = WithoutControls(texts.back());
+  }
   WatchStream();
   return commands_.Taken() > 0;
+}
+
+// Its listeners see the last of the texts.
+std::vector<PublicPlace> clsZEBEncoderOutput::PublicPlaces() const {
+  if (settings.VerifyStreamURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kStream, settings.VerifyStreamURL, "", shownTitle_, settings.characterSet,
+           !settings.IcecastMount.empty()}};
 }
 
 // From the first title on: before it there is nothing to be forgotten.

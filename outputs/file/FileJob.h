@@ -28,6 +28,7 @@ struct FileJob {
   std::int32_t status = kStatusOK;
   std::string problem;             // one line; "" when all is well
   bool published = false;          // the page is in place
+  Shown::Page page;                // then
   std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);
@@ -52,6 +53,6 @@ std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools);
 
 // Puts the page in place, then a numbered version of it, when wanted.
 void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
-               const FileEncoding& encoding);
+               const PageTemplate& made);
 
 }  // namespace zeb

@@ -82,7 +82,7 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
     if (!CopyBesidePages(claim)) return false;
   }
-  PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
+  PlacePage(job, tools, *target, page.Value(), *loaded);
   return true;
 }
 

@@ -27,6 +27,7 @@ constexpr auto kRows = std::to_array<SettingRow<S>>({
     {"UpdateRulesFlags", &S::UpdateRulesFlags},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {"EscapeValues", &S::EscapeValues},
+    {"VerifyURL", &S::VerifyURL},
 });
 constexpr SettingTable<S> kTable{kRows};
 

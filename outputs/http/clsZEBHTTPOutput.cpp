@@ -6,6 +6,7 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/wire/WireCharacters.h"
+#include "templates/ShownSource.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
@@ -52,6 +53,7 @@ constexpr SettingRow<S> kRows[] = {
     {"CharacterSet", &S::characterSet},
     {"UseTLS", &S::UseTLS, StoredAs::kNumber},
     {"EscapeValues", &S::EscapeValues},
+    {"VerifyURL", &S::VerifyURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -125,7 +127,17 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_ = requests_.Problem();
   mayPass_ = requests_.MayPass();
   counted_ = true;
+  if (requests_.Taken() > 0) {
+    shown_.text = ShownText(requests_.TakenText(pieces));
+    shown_.source = ShownSource(settings.SimpleTextFormat, settings.SimpleTextFormat, Values());
+    shownTitle_ = (*snapshot).currentItem->ItemName;
+  }
   return requests_.Taken() > 0;
+}
+
+std::vector<PublicPlace> clsZEBHTTPOutput::PublicPlaces() const {
+  if (settings.VerifyURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kTitle, settings.VerifyURL, "", shownTitle_}};
 }
 
 clsZEBTemplate::Tally clsZEBHTTPOutput::LastTally() const {

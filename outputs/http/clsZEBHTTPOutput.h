@@ -40,6 +40,7 @@ struct HTTPSettings {
   CharacterSet characterSet = CharacterSet::kUtf8;
   bool UseTLS = false;
   std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string VerifyURL;     // where the public sees the item's title; "": it is not looked at
 };
 
 class clsZEBHTTPOutput : public clsZEBTemplate {
@@ -59,6 +60,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
   Tally LastTally() const override;
+  std::vector<PublicPlace> PublicPlaces() const override;
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -80,6 +82,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool counted_ = false;  // the last run was not cut short, so the requests' counts are its tally
   std::string lastWarning_;
   std::string lastReply_;
+  std::string shownTitle_;
 };
 
 }  // namespace zeb

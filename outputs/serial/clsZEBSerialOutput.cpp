@@ -209,7 +209,10 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
   if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
-  return sent == Sent::kWhole;
+  if (sent != Sent::kWhole) return false;
+  shown_.text = ShownText(text + appended);
+  shown_.source = settings.MadeOf(settings.simpleText);
+  return true;
 }
 
 bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {

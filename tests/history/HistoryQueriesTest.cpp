@@ -10,6 +10,7 @@
 #include "history/HistoryRecord.h"
 #include "history/HistoryRecorder.h"
 #include "history/HistoryReplay.h"
+#include "history/HistoryRequest.h"
 #include "history/HistoryWhy.h"
 #include "platform/posix/SqliteHistory.h"
 #include "platform/posix/SqliteHistoryReader.h"
@@ -180,6 +181,28 @@ TEST_F(HistoryQueriesTest, ListsMoreThanOnePiece) {
   const std::string list = List(HistoryForm::kTable);
   EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 2 * 1203 + 1);
   EXPECT_NE(list.find("1202 (port"), std::string::npos);
+}
+
+TEST_F(HistoryQueriesTest, AnswersRequestsWithTheFirstRows) {
+  for (int i = 0; i < 5; ++i) {
+    OnAir(Song("Song " + std::to_string(i), ""));
+    test.loop.RunFor(60s);
+  }
+  const auto rows = [this](bool songs, int most) {
+    return Read([&](HistoryReader& r, std::ostream& out) -> Outcome {
+      HistoryRequest request;
+      request.songs = songs;
+      request.most = most;
+      const Result<std::string> json = HistoryJson(r, request);
+      if (!json) return json;
+      out << std::count(json.Value().begin(), json.Value().end(), '{') << json.Value().substr(0, 40);
+      return {};
+    });
+  };
+  EXPECT_EQ(rows(false, 3), "3[\n{\"moment\":\"2026-03-02T12:00:00.000+01:");
+  EXPECT_EQ(rows(false, 1000).substr(0, 1), "5");
+  EXPECT_EQ(rows(true, 2), "2[\n{\"start\":\"2026-03-02T12:00:00.000+01:0");
+  EXPECT_EQ(rows(true, 1000).substr(0, 1), "5");
 }
 
 TEST_F(HistoryQueriesTest, ReportsTheSongsThatWerePlayed) {

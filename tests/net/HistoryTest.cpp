@@ -63,7 +63,7 @@ TEST_F(HistoryTest, TellsWhatWasOnAirAndWhyWhileZebdRunsAndAfterwards) {
   EXPECT_EQ(none.error, "zebctl: there is no history yet: '" + Path("history.db") + "' does not exist\n");
   Start();
   ASSERT_EQ(Send({"--name", "Studio 1",
-                  Current("First", " CLength=215 CRLabel=Tidal CComposer=\"J. Wren\" CRNumber=TID-17")})
+                  Current("First", " CMDur=215 RecLabel=Tidal Composer=\"J. Wren\" RecNo=TID-17")})
                 .status,
             0);
   AwaitPage("now.txt", "First");
@@ -100,7 +100,8 @@ TEST_F(HistoryTest, TellsWhatWasOnAirAndWhyWhileZebdRunsAndAfterwards) {
   const std::string songs = Zebctl({"history", "--songs", "--csv"}).output;
   EXPECT_NE(songs.find("start,length,service,title,artists,label,composer,recordNumber\r\n"),
             std::string::npos);
-  EXPECT_NE(LineWith(songs, "First").find(",1,First,Ada Quill,Tidal,J. Wren,TID-17"), std::string::npos)
+  EXPECT_NE(LineWith(songs, "First").find(",00:03:35,1,First,Ada Quill,Tidal,J. Wren,TID-17"),
+            std::string::npos)
       << songs;
 
   WriteFile(Path("new"), "<ZEB_NOW_ITEMNAME>!");
