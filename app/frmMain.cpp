@@ -30,10 +30,12 @@ constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
 
-frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options)
+frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
+                 std::shared_ptr<HistoryStore> history)
     : environment_(environment),
       makeOutput_(std::move(makeOutput)),
       options_(std::move(options)),
+      historyStore_(std::move(history)),
       alarms_(environment) {
   environment_.preserveTempFiles = options_.preserveTempFiles;
 }
@@ -63,6 +65,7 @@ Outcome frmMain::Load() {
                                    ? "The previous version's services are now under '" + root.profile + "'"
                                    : migrated.Reason());
     }
+    KeepHistory();
     LoadServices();
     alarms_.ReadSettings();
     alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
@@ -86,6 +89,16 @@ Outcome frmMain::ImportSettings() {
   if (!summary) return Failure{"cannot import '" + file + "': " + summary.Reason()};
   environment_.person.Note("Imported '" + file + "': " + summary.Value().Text());
   return {};
+}
+
+// As the settings say now.
+void frmMain::KeepHistory() {
+  if (!historyStore_) return;
+  const auto limits = ReadHistoryLimits(environment_.hive, environment_.settingsRoot);
+  if (history_)
+    history_->SetLimits(limits);
+  else
+    history_ = std::make_shared<HistoryRecorder>(environment_, historyStore_, limits);
 }
 
 void frmMain::LoadServices() {
@@ -115,7 +128,7 @@ void frmMain::RemoveLeftOvers() const {
 
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
 void frmMain::OpenWindow(int number) {
-  windows_.push_back(frmService::Create(environment_, makeOutput_));
+  windows_.push_back(frmService::Create(environment_, makeOutput_, history_));
   windows_.back()->Board().onChanged = [this, window = windows_.back().get()] {
     const auto found = std::find_if(windows_.begin(), windows_.end(),
                                     [&](const auto& kept) { return kept.get() == window; });
@@ -229,6 +242,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     // The previous version's services are copied at a start only, before any of them runs.
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
+    KeepHistory();
     ShrinkTo(count);
     if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
     if (!mark.Holds() || quitting_) return;
@@ -323,9 +337,10 @@ void frmMain::Quit(std::function<void()> closed) {
   if (std::exchange(quitting_, true)) return;
   closed_ = std::move(closed);
   for (const auto& window : windows_) window->Close();
-  if (AllClosed()) return ServiceFinished();
-  environment_.loop.Start("quit", [this, mark = epoch_.Now()] {
+  if (AllClosed() && !history_) return ServiceFinished();
+  environment_.loop.Start("quit", [this, mark = epoch_.Now(), history = history_] {
     environment_.loop.WaitUntil([this, mark] { return !mark.Holds() || AllClosed(); }, kNoLimit);
+    if (history) history->Close();
     if (mark.Holds()) ServiceFinished();
   });
 }

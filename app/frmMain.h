@@ -25,7 +25,9 @@ class frmMain {
     std::function<void()> minimise;
   };
 
-  frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options);
+  // `history` is where is kept what was on air and what was shown; null: it is not kept.
+  frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
+          std::shared_ptr<HistoryStore> history = nullptr);
   ~frmMain();
   frmMain(const frmMain&) = delete;
   frmMain& operator=(const frmMain&) = delete;
@@ -52,7 +54,7 @@ class frmMain {
   // nothing. When the answer is yes, everything is closed once no service is updating.
   void RequestQuit(std::function<void()> closed);
   // Closes every service, without a question: what is under way is given up after a moment, so that `closed`
-  // is called within a few seconds (perhaps before this returns).
+  // is called within a few seconds (perhaps before this returns). What waits for the history is written.
   void Quit(std::function<void()> closed);
   // A service window has closed. When it was the last one to wait for, quitting goes on.
   void ServiceFinished();
@@ -67,6 +69,7 @@ class frmMain {
  private:
   Outcome ImportSettings();
   void RemoveLeftOvers() const;
+  void KeepHistory();
   void OpenWindow(int number);
   void Tell(int number) const;
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
@@ -83,6 +86,8 @@ class frmMain {
   Environment& environment_;
   OutputFactory makeOutput_;
   StartUpOptions options_;
+  const std::shared_ptr<HistoryStore> historyStore_;
+  std::shared_ptr<HistoryRecorder> history_;  // once the settings are known; null: none is kept
   std::vector<std::shared_ptr<frmService>> windows_;
   bool removeAsked_ = false, quitAsked_ = false;  // a question is open
   bool quitting_ = false;

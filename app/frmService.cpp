@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/OutputJournal.h"
+#include "app/ServiceHistory.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "sources/BounceRelay.h"
@@ -38,7 +39,8 @@ constexpr const char* kTravelFlagActive = "TravelFlagActive";
 
 struct frmService::State {
   State(Environment& givenEnvironment, OutputFactory makeOutput, ServiceEvents& events, IntakeWindow& window,
-        uNetControlServer::Events serverEvents, StationBoard::Window boardWindow)
+        uNetControlServer::Events serverEvents, StationBoard::Window boardWindow,
+        std::shared_ptr<HistoryRecorder> recorder, std::function<std::string()> sourceText)
       : environment(givenEnvironment),
         service(givenEnvironment, std::move(makeOutput), events),
         intake(service, window),
@@ -47,7 +49,8 @@ struct frmService::State {
         infoFile(std::make_shared<InfoFileSource>(givenEnvironment, intake)),
         bounce(service, window, [this] { server.SendToController("GET_INFORMATION"); }),
         journal(service),
-        board(service, std::move(boardWindow)) {}
+        board(service, std::move(boardWindow)),
+        history(service, std::move(recorder), std::move(sourceText)) {}
 
   Environment& environment;
   clsZEBService service;
@@ -58,6 +61,7 @@ struct frmService::State {
   BounceRelay bounce;
   OutputJournal journal;
   StationBoard board;
+  ServiceHistory history;
 
   std::array<std::string, 4> panels;
   int itemListVersion = 0;
@@ -75,13 +79,16 @@ struct frmService::State {
   std::string noSource;  // why the service hears nothing; "": it has a source
 };
 
-std::shared_ptr<frmService> frmService::Create(Environment& environment, OutputFactory makeOutput) {
-  return std::shared_ptr<frmService>(new frmService(environment, std::move(makeOutput)));
+std::shared_ptr<frmService> frmService::Create(Environment& environment, OutputFactory makeOutput,
+                                               std::shared_ptr<HistoryRecorder> history) {
+  return std::shared_ptr<frmService>(new frmService(environment, std::move(makeOutput), std::move(history)));
 }
 
-frmService::frmService(Environment& environment, OutputFactory makeOutput)
+frmService::frmService(Environment& environment, OutputFactory makeOutput,
+                       std::shared_ptr<HistoryRecorder> history)
     : state_(std::make_unique<State>(environment, std::move(makeOutput), static_cast<ServiceEvents&>(*this),
-                                     static_cast<IntakeWindow&>(*this), ServerEvents(), BoardWindow())) {
+                                     static_cast<IntakeWindow&>(*this), ServerEvents(), BoardWindow(),
+                                     std::move(history), [this] { return SourceText(); })) {
   state_->link.currentItemNearEnd = [this] { SendNearEnd(); };
   state_->link.relay = [this](int index, std::string_view line) {
     return state_->bounce.Relay(line, index > 0);
@@ -258,6 +265,12 @@ SourceState frmService::SourceNow() const {
   return source;
 }
 
+// For the history: who gave an item.
+std::string frmService::SourceText() const {
+  const SourceState source = SourceNow();
+  return source.controller.empty() ? source.text : source.text + ", " + source.controller;
+}
+
 const StationBoard& frmService::Board() const {
   return state_->board;
 }
@@ -307,7 +320,9 @@ void frmService::UpdateOutputs(bool full) {
   }
   state.intake.CheckTravelFlag();
   SetPanel(Panel::kInformation, kUpdating);
+  state.history.LookAtItems();
   state.service.UpdateOutputs(full);
+  state.history.Updating(full ? UpdateCause::kInformation : UpdateCause::kInterval);
   state.board.Changed();
   ShowUpdateState();
 }
@@ -350,6 +365,7 @@ void frmService::OutputStarted(int index, OutputType type) {
 
 void frmService::OutputRunEnded(const UpdateRecord& record, const UpdateRun& run) {
   state_->board.RunEnded(record, run);
+  state_->history.RunEnded(record, run);
 }
 
 void frmService::ForceUpdate() {
@@ -423,6 +439,7 @@ int frmService::ItemListVersion() const {
 
 void frmService::RefreshItemList() {
   ++state_->itemListVersion;
+  state_->history.LookAtItems();
   state_->board.Changed();
 }
 

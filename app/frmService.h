@@ -12,6 +12,7 @@
 #include <string>
 
 #include "core/clsZEBService.h"
+#include "history/HistoryRecorder.h"
 #include "sources/ControlLink.h"
 #include "sources/ItemIntake.h"
 #include "sources/uNetControlServer.h"
@@ -24,7 +25,9 @@ class frmService : public std::enable_shared_from_this<frmService>,
                    private ServiceEvents {
  public:
   // Creates the window; call Open next.
-  static std::shared_ptr<frmService> Create(Environment& environment, OutputFactory makeOutput);
+  // `history` keeps what it does; null: nothing is kept.
+  static std::shared_ptr<frmService> Create(Environment& environment, OutputFactory makeOutput,
+                                            std::shared_ptr<HistoryRecorder> history = nullptr);
   ~frmService() override;
 
   // Loads service `number`, starts its outputs and opens its information source.
@@ -50,13 +53,14 @@ class frmService : public std::enable_shared_from_this<frmService>,
   void SetZEBInformation(std::string_view message);
 
  private:
-  frmService(Environment& environment, OutputFactory makeOutput);
+  frmService(Environment& environment, OutputFactory makeOutput, std::shared_ptr<HistoryRecorder> history);
   struct State;
   std::unique_ptr<State> state_;
 
   uNetControlServer::Events ServerEvents();
   StationBoard::Window BoardWindow();
   SourceState SourceNow() const;
+  std::string SourceText() const;
   void StartOutput(OutputType type, int index);
   // tmrUpdateOutputs.
   void Tick();

@@ -1,5 +1,5 @@
 // zebctl: the command-line companion: settings, stations, status, messages to a service, previews of
-// templates.
+// templates, history.
 
 #include <unistd.h>
 
@@ -16,6 +16,7 @@
 #include "app/ExpandCommand.h"
 #include "app/PublisherCommands.h"
 #include "app/PublisherLink.h"
+#include "app/HistoryCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "app/StationCommands.h"
@@ -25,8 +26,10 @@
 #include "dashboard/DashboardSettings.h"
 #include "platform/DirectLineWriter.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/SodiumSecrets.h"
+#include "platform/posix/SqliteHistoryReader.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
@@ -239,6 +242,20 @@ int Publisher(const PublisherOptions& options, const std::string& folder, int ar
   return loop.Run();
 }
 
+int History(const HistoryOptions& options, const std::string& folder) {
+  PosixFiles files;
+  std::string templateBytes;
+  if (options.action == HistoryOptions::Action::kReplay) {
+    Result<std::string> bytes = ReadTemplate(files, options.templateFile);
+    if (!bytes) return Fail(bytes.Reason());
+    templateBytes = std::move(bytes.Value());
+  }
+  const auto reader = SqliteHistoryReader::Open(folder + "/history.db");
+  if (!reader) return Fail(reader.Reason());
+  InstallLocale(ReadSystemLocale().formats);
+  return RunHistoryCommand(*reader.Value(), options, templateBytes, UtcOffsetAt, std::cout, std::cerr);
+}
+
 int Run(int argc, char** argv) {
   const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
   if (!read) return WrongUsage(read.Reason());
@@ -254,6 +271,8 @@ int Run(int argc, char** argv) {
     return Publisher(*publisher, folder.Value(), argc, argv);
   if (const auto* settings = std::get_if<SettingsOptions>(&options.command))
     return Settings(*settings, folder.Value());
+  if (const auto* history = std::get_if<HistoryOptions>(&options.command))
+    return History(*history, folder.Value());
   return Expand(std::get<ExpandOptions>(options.command), folder.Value(), argc, argv);
 }
 

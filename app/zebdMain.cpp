@@ -28,6 +28,7 @@
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SodiumSecrets.h"
+#include "platform/posix/SqliteHistory.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
@@ -151,7 +152,8 @@ class Publisher {
     environment.markup = &markup_;
     environment.ftp = &ftp_;
     environment.processes = &processes_;
-    frmMain main(environment, MakeOutputFactory(environment), options_);
+    frmMain main(environment, MakeOutputFactory(environment), options_,
+                 std::make_shared<SqliteHistory>(folder_ + "/history.db"));
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
@@ -194,7 +196,9 @@ class Publisher {
     NotifyServiceManager("STOPPING=1");
     person_.Note(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
     quitLimit_ = loop_.After(kQuitLimit, [this] {
-      person_.Note("Stopped without waiting longer for the outputs of: " + main_->UpdatingServices());
+      const std::string updating = main_->UpdatingServices();
+      person_.Note("Stopped without waiting longer for the " +
+                   (updating.empty() ? "history" : "outputs of: " + updating));
       EndAtOnce(0);
     });
     main_->Quit([this] {

@@ -6,6 +6,7 @@
 
 #include "app/LabelServerOptions.h"
 #include "app/ZebctlOptions.h"
+#include "text/SharedTime.h"
 
 namespace zeb {
 namespace {
@@ -53,6 +54,14 @@ std::string Shown(const Words& words) {
     for (const std::string& message : send->messages) out << " [" << message << ']';
   } else if (const auto* publisher = std::get_if<PublisherOptions>(&options.command)) {
     ShowPublisher(*publisher, out);
+  } else if (const auto* history = std::get_if<HistoryOptions>(&options.command)) {
+    const auto utc = [](const std::optional<WrittenMoment>& moment) {
+      return moment ? XmlDateTime(moment->wall) + (moment->utcOffset ? "+" : "") : "-";
+    };
+    out << static_cast<int>(history->action) << ' ' << history->service << " [" << history->output << "] "
+        << utc(history->from) << ' ' << utc(history->to) << ' ' << static_cast<int>(history->form) << ' '
+        << XmlDateTime(history->at.wall) << " [" << history->templateFile << "] " << history->page
+        << history->urlEncode << history->escape;
   } else {
     const auto& expand = std::get<ExpandOptions>(options.command);
     out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
@@ -138,12 +147,24 @@ TEST(ZebctlOptions, ReadsPreviews) {
          {{"expand", "--escape", "auto"}, "[] [] [" + ExpandOptions().simpleText + "] 000 0 0auto"}});
 }
 
+TEST(ZebctlOptions, ReadsQuestionsToTheHistory) {
+  const std::string never = XmlDateTime({});
+  Check({{{"history"}, "0 0 [] - - 0 " + never + " [] 00"},
+         {{"history", "--service", "2", "--output", "file3", "--from", "2026-11-24 08:14", "--json"},
+          "0 2 [File3] 2026-11-24T08:14:00 - 2 " + never + " [] 00"},
+         {{"history", "--songs", "--csv", "--to", "2026-11-24T08:14:05+01:00"},
+          "1 0 [] - 2026-11-24T08:14:05+ 1 " + never + " [] 00"},
+         {{"why", "1", "DAB1", "2026-11-24 08:14"}, "2 1 [DAB1] - - 0 2026-11-24T08:14:00 [] 00"},
+         {{"replay", "--service", "3", "--template", "a.html", "--page", "--escape", "html"},
+          "3 3 [] - - 0 " + never + " [a.html] 10html"}});
+}
+
 TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, status, update, dashboard, service or output "
-        "(zebctl --help)"},
+        "a command is missing: settings, send, set, expand, status, update, dashboard, service, output, history, "
+        "why or replay (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
@@ -161,6 +182,19 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
        {{"settings", "delete"}, "settings delete needs KEY (zebctl settings delete --help)"},
        {{"settings", "delete", ""}, "KEY needs a value (zebctl settings delete --help)"},
        {{"settings", "import"}, "settings import needs FILE.reg (zebctl settings import --help)"},
+       {{"history", "--output", "Radio1"},
+        "--output takes an output such as File2, not 'Radio1' (zebctl history --help)"},
+       {{"history", "--output", "File0"},
+        "--output takes an output such as File2, not 'File0' (zebctl history --help)"},
+       {{"history", "--csv", "--json"}, "--csv does not go with --json (zebctl history --help)"},
+       {{"history", "--songs", "--output", "File1"},
+        "--output does not go with --songs (zebctl history --help)"},
+       {{"why", "0", "File1", "2026-11-24 08:14"},
+        "SERVICE takes the number of a service, not '0' (zebctl why --help)"},
+       {{"why", "1", "File1"}, "why needs MOMENT (zebctl why --help)"},
+       {{"why", "1", "File1", "08:14"},
+        "MOMENT takes a moment, \"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339, not '08:14' (zebctl why --help)"},
+       {{"replay", "--service", "1"}, "replay needs --template (zebctl replay --help)"},
        {{"send", "--home", "d"}, "send has no option '--home' (zebctl send --help)"},
        {{"send", "a", "--port"}, "--port needs a value (zebctl send --help)"},
        {{"send", "--port", "70000"}, "--port takes a port number, not '70000' (zebctl send --help)"},
