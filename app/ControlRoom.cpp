@@ -7,16 +7,19 @@
 namespace zeb {
 
 ControlRoom::ControlRoom(Environment& environment, LocalSockets& localSockets,
-                         std::shared_ptr<Secrets> secrets, frmMain& main, JournalTail& journal)
+                         std::shared_ptr<Secrets> secrets, frmMain& main, JournalTail& journal,
+                         OpenHistory openHistory, UtcOffsetOf utcOffset)
     : main_(main),
       stations_(environment, main, [this] { Reload(); }),
       routes_(environment.loop, stations_),
       pictures_(environment, stations_),
+      history_(environment.loop, std::move(openHistory), std::move(utcOffset)),
       events_(environment.loop, stations_, journal),
       dashboard_(environment, localSockets, std::move(secrets)) {
   AddPageRoutes(dashboard_.Routes());
   routes_.AddTo(dashboard_.Routes());
   pictures_.AddTo(dashboard_.Routes());
+  history_.AddTo(dashboard_.Routes());
   dashboard_.AddEvents("/api/v1/events", events_.Hub());
 }
 

@@ -9,6 +9,7 @@
 #include "app/RunningStations.h"
 #include "app/frmMain.h"
 #include "dashboard/Dashboard.h"
+#include "dashboard/HistoryRoute.h"
 #include "dashboard/JournalTail.h"
 #include "dashboard/PictureRoute.h"
 #include "dashboard/StationEvents.h"
@@ -23,7 +24,7 @@ class ControlRoom {
  public:
   // All outlive this object. `secrets` null: nobody can log on.
   ControlRoom(Environment& environment, LocalSockets& localSockets, std::shared_ptr<Secrets> secrets,
-              frmMain& main, JournalTail& journal);
+              frmMain& main, JournalTail& journal, OpenHistory openHistory, UtcOffsetOf utcOffset);
 
   // For requests that others answer; before Open.
   Router& Routes() { return dashboard_.Routes(); }
@@ -39,6 +40,7 @@ class ControlRoom {
   RunningStations stations_;
   StationRoutes routes_;
   PictureRoute pictures_;
+  HistoryRoute history_;
   StationEvents events_;
   Dashboard dashboard_;  // goes first: its handlers use the others
 };

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "app/ExpandCommand.h"
-#include "app/PublisherCommands.h"
 #include "app/HistoryCommands.h"
+#include "app/PublisherCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "platform/Result.h"

@@ -14,9 +14,9 @@
 
 #include "app/ConsoleOperator.h"
 #include "app/ExpandCommand.h"
+#include "app/HistoryCommands.h"
 #include "app/PublisherCommands.h"
 #include "app/PublisherLink.h"
-#include "app/HistoryCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "app/StationCommands.h"

@@ -23,12 +23,14 @@
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
+#include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SodiumSecrets.h"
 #include "platform/posix/SqliteHistory.h"
+#include "platform/posix/SqliteHistoryReader.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
@@ -152,14 +154,17 @@ class Publisher {
     environment.markup = &markup_;
     environment.ftp = &ftp_;
     environment.processes = &processes_;
+    const std::string historyPath = folder_ + "/history.db";
     frmMain main(environment, MakeOutputFactory(environment), options_,
-                 std::make_shared<SqliteHistory>(folder_ + "/history.db"));
+                 std::make_shared<SqliteHistory>(historyPath));
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
     hive.SetPatience(kStorePatience);
-    ControlRoom room(environment, localSockets_, MakeSecrets(), main, person_);
+    ControlRoom room(
+        environment, localSockets_, MakeSecrets(), main, person_,
+        [path = historyPath] { return SqliteHistoryReader::Open(path); }, UtcOffsetAt);
     room_ = &room;
     room.Open();
     const int count = main.NumberServices();

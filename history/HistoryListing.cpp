@@ -190,6 +190,20 @@ Outcome WriteHistory(HistoryReader& reader, const HistoryFilter& filter, History
   return {};
 }
 
+Outcome WriteLastItems(HistoryReader& reader, int service, HistoryForm form, std::ostream& out, int most) {
+  Listing listing(out, form);
+  std::int64_t before = std::numeric_limits<std::int64_t>::max();
+  for (int rows = 0; rows < most; ++rows) {
+    const auto item = reader.LastItem(service, kHistoryCurrent, before);
+    if (!item) return item.AsFailure();
+    if (!item.Value()) break;
+    listing.Add(*item.Value());
+    before = item.Value()->moment.utc - 1;
+  }
+  listing.End();
+  return {};
+}
+
 Outcome WriteSongs(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form, std::ostream& out,
                    int most) {
   HistoryFilter current = filter;

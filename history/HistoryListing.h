@@ -18,6 +18,9 @@ inline constexpr int kAllRows = std::numeric_limits<int>::max();
 Outcome WriteHistory(HistoryReader& reader, const HistoryFilter& filter, HistoryForm form, std::ostream& out,
                      int most = kAllRows);
 
+// What was current at a service, the newest first.
+Outcome WriteLastItems(HistoryReader& reader, int service, HistoryForm form, std::ostream& out, int most);
+
 // Each song that was the current item, for music reporting. Its fields about copyright come first, those of
 // the item where they are empty. Its length is the one that the item has, else until another item was
 // current. A song that was sent again while it was on is one.

@@ -1,6 +1,7 @@
 #include "history/HistoryRequest.h"
 
 #include <charconv>
+#include <limits>
 #include <sstream>
 
 #include "core/OutputTypes.h"
@@ -25,15 +26,34 @@ Failure Wrong(const std::string& name, const char* takes, const std::string& val
   return Failure{name + " takes " + takes + ", not '" + OneLine(value, kMostWordCharacters) + "'"};
 }
 
+struct CountWord {
+  const char* name;
+  int most;
+  const char* takes;
+};
+constexpr CountWord kCountWords[] = {
+    {"service", std::numeric_limits<int>::max(), "the number of a service"},
+    {"limit", HistoryRequest::kMostRows, "1 to 1000"},
+    {"last", HistoryRequest::kMostLast, "1 to 100"},
+};
+
+int& CountOf(HistoryRequest& request, std::string_view name) {
+  if (name == "service") return request.filter.service;
+  return name == "last" ? request.last : request.most;
+}
+
+Outcome TakeCount(HistoryRequest& request, const CountWord& word, const std::string& value) {
+  const std::optional<int> count = CountIn(value);
+  if (!count || *count > word.most) return Wrong(word.name, word.takes, value);
+  CountOf(request, word.name) = *count;
+  return {};
+}
+
 Outcome TakeWord(HistoryRequest& request, const std::string& name, const std::string& value,
                  const UtcOffsetOf& utcOffset) {
-  if (name == "service" || name == "limit") {
-    const std::optional<int> count = CountIn(value);
-    const bool isLimit = name == "limit";
-    if (!count || (isLimit && *count > HistoryRequest::kMostRows))
-      return Wrong(name, isLimit ? "1 to 1000" : "the number of a service", value);
-    (isLimit ? request.most : request.filter.service) = *count;
-  } else if (name == "output") {
+  for (const CountWord& word : kCountWords)
+    if (name == word.name) return TakeCount(request, word, value);
+  if (name == "output") {
     const std::optional<std::string> output = ReadOutputName(value);
     if (!output) return Wrong(name, "an output such as File2", value);
     request.filter.output = *output;
@@ -46,7 +66,7 @@ Outcome TakeWord(HistoryRequest& request, const std::string& name, const std::st
     request.songs = value == "1";
   } else {
     return Failure{"the history has no '" + OneLine(name, kMostWordCharacters) +
-                   "'; it takes service, output, from, to, songs and limit"};
+                   "'; it takes service, output, from, to, songs, limit and last"};
   }
   return {};
 }
@@ -77,6 +97,7 @@ Result<HistoryRequest> ReadHistoryRequest(const std::vector<std::pair<std::strin
     if (const Outcome taken = TakeWord(request, name, value, utcOffset); !taken) return taken.AsFailure();
   }
   if (request.songs && !request.filter.output.empty()) return Failure{"songs does not go with output"};
+  if (request.last > 0 && request.filter.service == 0) return Failure{"last needs a service"};
   constexpr std::int64_t kDay = std::chrono::milliseconds(std::chrono::hours(24)).count();
   HistoryFilter& filter = request.filter;
   if (filter.from == all.from) filter.from = (filter.to == all.to ? now.utc : filter.to) - kDay;
@@ -85,6 +106,11 @@ Result<HistoryRequest> ReadHistoryRequest(const std::vector<std::pair<std::strin
 
 Result<std::string> HistoryJson(HistoryReader& reader, const HistoryRequest& request) {
   std::ostringstream out;
+  if (request.last > 0) {
+    const Outcome done =
+        WriteLastItems(reader, request.filter.service, HistoryForm::kJson, out, request.last);
+    return done ? Result<std::string>(std::move(out).str()) : done.AsFailure();
+  }
   const auto write = request.songs ? WriteSongs : WriteHistory;
   if (const Outcome done = write(reader, request.filter, HistoryForm::kJson, out, request.most); !done)
     return done.AsFailure();

@@ -29,11 +29,14 @@ struct HistoryRequest {
   HistoryFilter filter;
   bool songs = false;
   int most = kMostRows;  // rows, the first ones of the span
+  static constexpr int kMostLast = 100;
+  int last = 0;  // not 0: instead of a span, the last items that were current, the newest first
 };
 
 // Names and values, as a query string has them: "service" (a number), "output" ("File2"), "from" and "to"
-// (moments, see text/MomentText.h), "songs" ("1"), "limit" (1 to kMostRows); an empty value is as none.
-// Without "from" the day before `now` (or before "to") counts. The reason of a failure names the word.
+// (moments, see text/MomentText.h), "songs" ("1"), "limit" (1 to kMostRows), "last" (1 to kMostLast, with a
+// service); an empty value is as none. Without "from" the day before `now` (or before "to") counts. The
+// reason of a failure names the word.
 Result<HistoryRequest> ReadHistoryRequest(const std::vector<std::pair<std::string, std::string>>& words,
                                           const HistoryMoment& now, const UtcOffsetOf& utcOffset);
 

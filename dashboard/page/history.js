@@ -27,10 +27,10 @@ export class History {
 
   async load() {
     try {
-      const records = await get(`/api/v1/history?service=${this.number}&count=${most}&songs=0`);
+      const records = await get(`/api/v1/history?service=${this.number}&last=${most}`);
       fill(this.answer, records.length === 0 ? 'Nothing yet' : '');
       fill(this.rows, ...records.map((record) => element('tr', {},
-        element('td', {}, new Date(record.time).toLocaleTimeString()),
+        element('td', {}, new Date(record.moment).toLocaleTimeString()),
         element('td', {}, itemText(record) || '–'), element('td', {}, record.type ?? ''))));
     } catch (problem) {
       fill(this.answer, problem.message);

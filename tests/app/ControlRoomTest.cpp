@@ -43,7 +43,10 @@ struct ControlRoomTest : testing::Test {
 
   void Open() {
     EXPECT_TRUE(main.Load());
-    room = std::make_unique<ControlRoom>(environment, ports.network, secrets, main, journal);
+    room = std::make_unique<ControlRoom>(
+        environment, ports.network, secrets, main, journal,
+        []() -> Result<std::unique_ptr<HistoryReader>> { return Failure{"there is no history yet"}; },
+        [](WallTime) { return 0s; });
     room->Open();
     ports.loop.RunFor(3s);
   }
@@ -196,6 +199,40 @@ TEST_F(ControlRoomTest, CartsAreFoundByNumberAndByWords) {
   EXPECT_EQ(found("quill+%C3%A9LAN"), "120 ");
   EXPECT_EQ(found("nothing"), "");
   EXPECT_EQ(found(""), "3 12 120 ");
+}
+
+TEST_F(ControlRoomTest, ThePictureOnAirIsShownByTheRulesOfWhatMayBePublished) {
+  const std::string png = "\x89PNG\r\n\x1A\nand so on";
+  ports.files.Put("/data/pictures/a.png", png);
+  ports.files.Put("/data/pictures/large.png", png + std::string(PictureRoute::kMostPictureBytes, 'x'));
+  ports.files.Put("/data/settings.db", "passwords");
+  ports.files.Put("/srv/text.png", "no picture");
+  Open();
+  const auto status = [&](const std::string& picture) {
+    main.Window(1)->SetZEBInformation("SET_CURRENT_ITEM IType=7 ITitle=\"" + picture + "\" PicFName=\"" +
+                                      picture + "\"");
+    return Ask(Get("/api/v1/services/1/picture")).status;
+  };
+  EXPECT_EQ(Ask(Get("/api/v1/services/1/picture")).status, 404);
+  EXPECT_EQ(status("pictures/a.png"), 200);
+  EXPECT_EQ(Ask(Get("/api/v1/services/1/picture")).body, png);
+  for (const char* refused : {"settings.db", "../data/settings.db", "/srv/text.png", "pictures/large.png",
+                              "pictures/missing.png", "/etc/shadow"})
+    EXPECT_EQ(status(refused), 404) << refused;
+  EXPECT_EQ(Ask(Get("/api/v1/services/3/picture")).status, 404);
+}
+
+TEST_F(ControlRoomTest, QuestionsToTheHistoryAreCheckedAndItsTroubleIsTold) {
+  Open();
+  EXPECT_EQ(Ask(Get("/api/v1/history?service=0")).status, 400);
+  EXPECT_EQ(Ask(Get("/api/v1/history?last=5")).status, 400);
+  EXPECT_EQ(Ask(Get("/api/v1/history?service=1&last=101")).status, 400);
+  EXPECT_EQ(Ask(Get("/api/v1/history?what=1")).body,
+            "{\"error\":\"the history has no 'what'; it takes service, output, from, to, songs, limit and "
+            "last\"}\n");
+  const ReadAnswer none = Ask(Get("/api/v1/history?service=1&last=5"));
+  EXPECT_EQ(none.status, 503);
+  EXPECT_EQ(none.body, "{\"error\":\"there is no history yet\"}\n");
 }
 
 TEST_F(ControlRoomTest, EventsTellWhatChanges) {

@@ -163,7 +163,8 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, status, update, dashboard, service, output, history, "
+        "a command is missing: settings, send, set, expand, status, update, dashboard, service, output, "
+        "history, "
         "why or replay (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},

@@ -7,7 +7,9 @@
 #include <sstream>
 
 #include "dashboard/Dashboard.h"
+#include "dashboard/HistoryRoute.h"
 #include "dashboard/PageRoutes.h"
+#include "dashboard/PictureRoute.h"
 #include "dashboard/StationEvents.h"
 #include "dashboard/StationJson.h"
 #include "dashboard/StationList.h"
@@ -51,6 +53,10 @@ TEST(OpenApiTest, HasThePathsAndMethodsOfTheProgram) {
   StationEvents events(ports.loop, stations, journal);
   Dashboard dashboard(ports.environment, ports.network, std::make_shared<SimulatedSecrets>());
   routes.AddTo(dashboard.Routes());
+  PictureRoute pictures(ports.environment, stations);
+  pictures.AddTo(dashboard.Routes());
+  HistoryRoute history(ports.loop, nullptr, nullptr);
+  history.AddTo(dashboard.Routes());
   dashboard.AddEvents("/api/v1/events", events.Hub());
   std::set<std::string> served, written;
   for (const Router::Route& route : dashboard.Routes().All()) {

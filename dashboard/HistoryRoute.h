@@ -1,0 +1,29 @@
+// HistoryRoute: GET /api/v1/history, what was on air and what was shown (history/HistoryRequest.h).
+#pragma once
+
+#include "dashboard/Router.h"
+#include "history/HistoryRequest.h"
+#include "platform/EventLoop.h"
+#include "platform/WorkLane.h"
+
+namespace zeb {
+
+class HistoryRoute {
+ public:
+  // The loop outlives this object, which outlives the router. `open` is called on a worker.
+  HistoryRoute(EventLoop& loop, OpenHistory open, UtcOffsetOf utcOffset)
+      : loop_(loop), open_(std::move(open)), utcOffset_(std::move(utcOffset)), lane_(loop) {}
+
+  void AddTo(Router& router);
+
+ private:
+  HttpAnswer Answer(const HttpRequest& request);
+
+  EventLoop& loop_;
+  const OpenHistory open_;
+  const UtcOffsetOf utcOffset_;
+  WorkLane lane_;
+  bool working_ = false;
+};
+
+}  // namespace zeb
