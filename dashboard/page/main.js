@@ -1,6 +1,6 @@
 // The page: keeps the stations as the publisher tells them, and draws the overview or one station.
 
-import {listen, logIn, logOut} from './api.js';
+import {get, listen, logIn, logOut} from './api.js';
 import {countAges} from './dom.js';
 import {drawOverview} from './overview.js';
 import {drawStation} from './station.js';
@@ -69,14 +69,17 @@ function draw() {
 }
 
 const session = document.getElementById('session');
+function showSession(open) {
+  session.dataset.open = open ? 'yes' : '';
+  session.textContent = open ? 'Log out' : 'Log in';
+}
 session.onclick = async () => {
   if (session.dataset.open) {
     await logOut();
-    delete session.dataset.open;
+    location.reload();  // what only the logged-on may see goes
   } else if (await logIn()) {
-    session.dataset.open = 'yes';
+    showSession(true);
   }
-  session.textContent = session.dataset.open ? 'Log out' : 'Log in';
 };
 
 addEventListener('hashchange', () => {
@@ -84,5 +87,22 @@ addEventListener('hashchange', () => {
   content.focus();
 });
 setInterval(countAges, 1000);
-listen(onEvent, onLink);
-draw();
+
+// From another machine nothing is shown before the log-on.
+async function start() {
+  const may = await get('/api/v1/session');
+  showSession(may.loggedOn);
+  if (!may.mayRead) {
+    const why = may.passwordSet ? 'The stations are shown to those who know the password.' :
+      'No password is set. On the publisher\u2019s machine: zebctl dashboard password';
+    while (!(await logIn(why)));
+    showSession(true);
+  }
+  listen(onEvent, onLink);
+  draw();
+}
+start().catch((problem) => {
+  link.classList.add('lost');
+  link.textContent = `The publisher does not answer: ${problem.message}`;
+  setTimeout(() => location.reload(), 5000);
+});
