@@ -72,6 +72,7 @@ class frmMain {
   void KeepHistory();
   void OpenWindow(int number);
   void Tell(int number) const;
+  static void LetGo(frmService& window);
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
   bool StoreWithout(int number);
   void ShrinkTo(int count);

@@ -96,15 +96,18 @@ async function followSession() {
 }
 
 sessionButton.onclick = async () => {
-  if (sessionButton.dataset.open) await logOut();
-  else await logIn();
+  if (!sessionButton.dataset.open) return logIn();
+  await logOut();
+  return location.reload();  // what only the logged-on may see goes
 };
 
+// From another machine nothing is shown before the log-on.
 async function begin() {
   const state = await followSession();
-  if (!state.mayRead && !(await logIn('What is on at the stations is shown after the password.'))) {
-    content.replaceChildren(element('p', {}, 'Log in to see the stations.'));
-    return;
+  if (!state.mayRead) {
+    const why = state.passwordSet ? 'The stations are shown to those who know the password.' :
+      'No password is set. On the publisher\u2019s machine: zebctl dashboard password';
+    while (!(await logIn(why)));
   }
   listen(onEvent, onLink);
   draw();

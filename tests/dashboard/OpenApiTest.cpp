@@ -64,7 +64,8 @@ TEST(OpenApiTest, HasThePathsAndMethodsOfTheProgram) {
     for (const std::string& part : route.pattern) path += "/" + part;
     served.insert(path);
   }
-  for (const auto& [path, item] : ReadDocument().at("paths").as_object())
+  const json::object document = ReadDocument();
+  for (const auto& [path, item] : document.at("paths").as_object())
     for (const auto& [method, operation] : item.as_object()) {
       if (method == "parameters") continue;
       std::string upper(method);
