@@ -156,6 +156,7 @@ Outcome frmService::Reload() {
     StartOutput(type, index);
     state.service.ShowPresentTo(type, index);
   }
+  state.board.Changed();
   return {};
 }
 

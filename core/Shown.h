@@ -21,6 +21,7 @@ struct Shown {
     std::string simpleText{};                           // the template behind <ZEB_SIMPLETEXT>
     ValueEscape escape = ValueEscape::kNone;
     bool urlEncode = false;
+    bool operator==(const Source&) const = default;
   };
 
   struct Page {
@@ -33,7 +34,7 @@ struct Shown {
   };
 
   std::string text;  // of outputs that send texts; several are lines
-  Source source{};   // of the text
+  Source source{};   // of the text; of several, of the last
   std::vector<Page> pages;
 
   bool operator==(const Shown&) const = default;

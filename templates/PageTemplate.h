@@ -23,7 +23,6 @@ class PageTemplate {
   static std::shared_ptr<const PageTemplate> FromBytes(std::string_view bytes);
 
   const std::string& Text() const { return *text_; }
-  const CompiledTemplate::Text& SharedText() const { return text_; }
   const FileEncoding& Encoding() const { return encoding_; }  // of the file, and of the page to be
 
   bool IsSame(const PageTemplate& other) const {

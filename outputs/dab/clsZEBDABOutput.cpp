@@ -227,8 +227,9 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (text.empty()) return exitAs("nothing to send");
   const std::string label = LabelOf(*snapshot, std::move(text));
   if (!SendLabel(*snapshot, label)) return false;
-  shown_.text = ShownText(label);
-  shown_.source = settings.MadeOf(byDefault ? settings.DefaultText : settings.simpleText);
+  const std::string& made = byDefault ? settings.DefaultText : settings.simpleText;
+  NoteShown(label, byDefault || settings.alternates.empty() ? made : "", settings.simpleText,
+            settings.Values(made).escape);
   return true;
 }
 

@@ -8,7 +8,6 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
-#include "templates/ShownSource.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
@@ -277,8 +276,8 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   std::vector<std::string> texts;
   for (const EncoderCommand& command : commands) texts.push_back(command.value);
   if (commands_.Taken() > 0) {
-    shown_.text = ShownText(commands_.TakenText(texts));
-    shown_.source = ShownSource(settings.SimpleTextFormat, settings.SimpleTextFormat, values);
+    NoteShown(commands_.TakenText(texts), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape);
     shownTitle_ = WithoutControls(texts.back());
   }
   WatchStream();

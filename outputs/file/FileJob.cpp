@@ -68,9 +68,9 @@ std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools) {
 }
 
 void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
-               const PageTemplate& made) {
+               const FileEncoding& encoding) {
   std::string room;
-  const std::string_view bytes = EncodeFile(page, made.Encoding(), room);
+  const std::string_view bytes = EncodeFile(page, encoding, room);
   if (tools.preserveTempFiles) {
     tools.place.At("the temporary folder");
     const Result<std::string> temp =
@@ -78,7 +78,7 @@ void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::st
     if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
   }
   job.published = Put(job, tools, target, bytes);
-  if (job.published) job.page = ShownPage(job.parameters, made, job.snapshot, page, bytes);
+  if (job.published) job.page = ShownPage(job.parameters, page, bytes);
   if (job.parameters.UseMultipleVersions) PlaceVersion(job, tools, bytes);
 }
 

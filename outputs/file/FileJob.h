@@ -53,6 +53,6 @@ std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools);
 
 // Puts the page in place, then a numbered version of it, when wanted.
 void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
-               const PageTemplate& made);
+               const FileEncoding& encoding);
 
 }  // namespace zeb

@@ -82,7 +82,8 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     folders_.try_emplace(std::string(FolderPart(job.destination)), 0);
     if (!CopyBesidePages(claim)) return false;
   }
-  PlacePage(job, tools, *target, page.Value(), *loaded);
+  PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
+  if (job.published) NoteSource(job.page, job.parameters, loaded, job.snapshot, values);
   return true;
 }
 

@@ -28,14 +28,17 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
                  std::to_string(kMaxPageBytes) + " bytes; shorten the template or what its tags stand for"};
 }
 
-Shown::Page ShownPage(const clsFileParameters& pair, const PageTemplate& made, const SnapshotPtr& snapshot,
-                      std::string_view text, std::string_view bytes) {
-  return {pair.DestinationFileName(),
-          bytes.size(),
-          FirstLines(text),
-          Sha256Text(bytes),
-          snapshot,
-          {made.SharedText(), pair.SimpleTextFormat, PageValues(pair, made.Text()).escape, false}};
+Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes) {
+  return {pair.DestinationFileName(), bytes.size(), FirstLines(text), Sha256Text(bytes)};
+}
+
+void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,
+                const SnapshotPtr& snapshot, const ValueEncoding& values) {
+  const std::string* const text = &page->Text();
+  shown.snapshot = snapshot;
+  // The text stays as long as it is named, also when the template has changed since.
+  shown.source = {std::shared_ptr<const std::string>(std::move(page), text), pair.SimpleTextFormat,
+                  values.escape, values.urlEncode};
 }
 
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view bytes, TempPage kind,

@@ -6,7 +6,6 @@
 #include "diagnostics/hxGeneral.h"
 #include "outputs/http/CBase64.h"
 #include "outputs/wire/WireCharacters.h"
-#include "templates/ShownSource.h"
 #include "templates/ZEB_Class_Functions.h"
 #include "text/Numbers.h"
 #include "text/OneLine.h"
@@ -128,9 +127,10 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   mayPass_ = requests_.MayPass();
   counted_ = true;
   if (requests_.Taken() > 0) {
-    shown_.text = ShownText(requests_.TakenText(pieces));
-    shown_.source = ShownSource(settings.SimpleTextFormat, settings.SimpleTextFormat, Values());
-    shownTitle_ = (*snapshot).currentItem->ItemName;
+    const ValueEncoding values = Values();
+    NoteShown(requests_.TakenText(pieces), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape, values.urlEncode);
+    shownTitle_ = snapshot->currentItem->ItemName;
   }
   return requests_.Taken() > 0;
 }

@@ -209,10 +209,10 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
   if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
-  if (sent != Sent::kWhole) return false;
-  shown_.text = ShownText(text + appended);
-  shown_.source = settings.MadeOf(settings.simpleText);
-  return true;
+  if (sent == Sent::kWhole)
+    NoteShown(text + appended, settings.alternates.empty() ? settings.simpleText : "", settings.simpleText,
+              settings.Values(settings.simpleText).escape);
+  return sent == Sent::kWhole;
 }
 
 bool clsZEBSerialOutput::SendString(const ServiceSnapshot& snapshot, const std::string& text) {

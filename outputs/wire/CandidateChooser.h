@@ -14,7 +14,6 @@
 #include "platform/Environment.h"
 #include "platform/Result.h"
 #include "platform/WorkLane.h"
-#include "templates/ShownSource.h"
 #include "templates/ZEB_Class_Functions.h"
 
 namespace zeb {
@@ -31,10 +30,6 @@ struct WireFormats {
   // How values are put into a template: one that holds a line end must not become two commands.
   ValueEncoding Values(std::string_view templateText) const {
     return {.escape = EscapeFor(EscapeValues, {}, templateText), .oneLine = true};
-  }
-  // What a text was made of that was not an alternate; with alternates that is not known.
-  Shown::Source MadeOf(const std::string& templateText) const {
-    return alternates.empty() ? ShownSource(templateText, simpleText, Values(templateText)) : Shown::Source{};
   }
 };
 
