@@ -22,10 +22,11 @@ HistoryFilter FilterOf(const HistoryOptions& options, const UtcOffsetOf& utcOffs
 
 Outcome Why(HistoryReader& reader, const HistoryOptions& options, const UtcOffsetOf& utcOffset,
             std::ostream& out) {
-  HistoryMoment at = MomentOf(options.at, utcOffset);
+  const HistoryMoment at = MomentOf(options.at, utcOffset);
   const Result<WhyAnswer> answer = AskWhy(reader, options.service, options.output, at.utc);
   if (!answer) return answer;
-  WriteWhy(answer.Value(), options.service, options.output, at, out);
+  WriteWhy(answer.Value(), options.service, options.output, at, out,
+           options.full ? WhyLength::kAll : WhyLength::kFirstLines);
   return {};
 }
 

@@ -22,7 +22,8 @@ struct HistoryOptions {
   std::string output;                     // "File2"; "": all
   std::optional<WrittenMoment> from, to;  // `to` itself no longer belongs to it
   HistoryForm form = HistoryForm::kTable;
-  WrittenMoment at;  // of `why`
+  WrittenMoment at;   // of `why`
+  bool full = false;  // of `why`: templates in full
   // Of `replay`.
   std::string templateFile;  // "-": standard input
   bool page = false, urlEncode = false;

@@ -204,6 +204,7 @@ void DeclareHistory(CLI::App& program) {
   AddWord(why, "SERVICE", "the service's number").Required().Check(CheckService);
   AddWord(why, "OUTPUT", "the output, File2 for instance").Required().Check(CheckOutput);
   AddWord(why, "MOMENT", "\"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339").Required().Check(CheckWrittenMoment);
+  AddFlag(why, "--full", "long templates in full");
 
   CLI::App& replay = AddCommand(program, "replay", "what a template would have shown");
   AddValue(replay, "--service", "N", "the service's number").Required().Check(CheckService);
@@ -318,6 +319,7 @@ HistoryOptions HistoryOf(const CLI::App& command) {
     options.service = WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0);
     options.output = ReadOutputName(ValueOf(command, "OUTPUT")).value_or("");
     options.at = ReadMomentText(ValueOf(command, "MOMENT")).value_or(WrittenMoment());
+    options.full = IsGiven(command, "--full");
     return options;
   }
   options.service = WholeNumber<int>(ValueOf(command, "--service")).value_or(0);

@@ -11,6 +11,7 @@
 namespace zeb {
 namespace {
 
+constexpr std::size_t kMostLines = 15;     // of a template, and of what it gives
 constexpr std::size_t kMostFailures = 10;  // that are told, the last ones
 
 // Thrown to end a search whose store fails; its reason becomes the answer's.
@@ -168,7 +169,22 @@ void WriteShown(const WhyPart& part, std::ostream& out) {
   Line(out, "until", part.until ? LocalMomentText(*part.until) : "now, as far as the history goes");
 }
 
-void WriteItem(const WhyPart& part, std::ostream& out) {
+// A page is long, and most of it the same each time.
+std::string Cut(const std::string& text, WhyLength length) {
+  if (length == WhyLength::kAll) return text;
+  std::size_t end = 0, lines = 0;
+  while (lines < kMostLines && end < text.size()) {
+    end = std::min(text.find('\n', end), text.size() - 1) + 1;
+    ++lines;
+  }
+  const auto more = std::count(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), '\n') +
+                    (end < text.size() && text.back() != '\n' ? 1 : 0);
+  if (more == 0) return text;
+  return text.substr(0, end) + "(" + std::to_string(more) + " more " + (more == 1 ? "line" : "lines") +
+         ": --full)";
+}
+
+void WriteItem(const WhyPart& part, WhyLength length, std::ostream& out) {
   if (!part.updateKnown) {
     Line(out, "item", "not in the history");
     return;
@@ -182,8 +198,8 @@ void WriteItem(const WhyPart& part, std::ostream& out) {
     Line(out, "template", "not in the history");
     return;
   }
-  Line(out, "template", part.shown->templateText);
-  Line(out, "expanded", part.expanded);
+  Line(out, "template", Cut(part.shown->templateText, length));
+  Line(out, "expanded", Cut(part.expanded, length));
 }
 
 void WriteFailures(const std::vector<WhyFailure>& failures, const std::string& name, std::ostream& out) {
@@ -210,14 +226,14 @@ Result<WhyAnswer> AskWhy(HistoryReader& reader, int service, const std::string& 
 }
 
 void WriteWhy(const WhyAnswer& answer, int service, const std::string& output, const HistoryMoment& moment,
-              std::ostream& out) {
+              std::ostream& out, WhyLength length) {
   const std::string station = answer.station.empty() ? "" : " (" + answer.station + ")";
   for (const WhyPart& part : answer.parts) {
     out << "Service " << service << station << ", " << output << (part.part.empty() ? "" : " " + part.part)
         << ", at " << LocalMomentText(moment) << '\n';
     if (part.shown) {
       WriteShown(part, out);
-      WriteItem(part, out);
+      WriteItem(part, length, out);
     } else {
       Line(out, "shown", "nothing had been published");
     }

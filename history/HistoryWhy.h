@@ -43,7 +43,9 @@ struct WhyAnswer {
 // Fails when the history knows no such output; the reason then says which it knows.
 Result<WhyAnswer> AskWhy(HistoryReader& reader, int service, const std::string& output, std::int64_t utc);
 
+// Of templates and what they give, the first lines only, unless all of it is wanted.
+enum class WhyLength { kFirstLines, kAll };
 void WriteWhy(const WhyAnswer& answer, int service, const std::string& output, const HistoryMoment& moment,
-              std::ostream& out);
+              std::ostream& out, WhyLength length = WhyLength::kFirstLines);
 
 }  // namespace zeb

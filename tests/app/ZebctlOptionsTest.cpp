@@ -61,7 +61,7 @@ std::string Shown(const Words& words) {
     out << static_cast<int>(history->action) << ' ' << history->service << " [" << history->output << "] "
         << utc(history->from) << ' ' << utc(history->to) << ' ' << static_cast<int>(history->form) << ' '
         << XmlDateTime(history->at.wall) << " [" << history->templateFile << "] " << history->page
-        << history->urlEncode << history->escape;
+        << history->urlEncode << history->escape << (history->full ? " full" : "");
   } else {
     const auto& expand = std::get<ExpandOptions>(options.command);
     out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
@@ -154,6 +154,8 @@ TEST(ZebctlOptions, ReadsQuestionsToTheHistory) {
           "0 2 [File3] 2026-11-24T08:14:00 - 2 " + never + " [] 00"},
          {{"history", "--songs", "--csv", "--to", "2026-11-24T08:14:05+01:00"},
           "1 0 [] - 2026-11-24T08:14:05+ 1 " + never + " [] 00"},
+         {{"why", "--full", "2", "web1", "2026-11-24T08:14Z"},
+          "2 2 [Web1] - - 0 2026-11-24T08:14:00 [] 00 full"},
          {{"why", "1", "DAB1", "2026-11-24 08:14"}, "2 1 [DAB1] - - 0 2026-11-24T08:14:00 [] 00"},
          {{"replay", "--service", "3", "--template", "a.html", "--page", "--escape", "html"},
           "3 3 [] - - 0 " + never + " [a.html] 10html"}});

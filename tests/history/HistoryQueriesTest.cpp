@@ -306,6 +306,23 @@ TEST_F(HistoryQueriesTest, TellsEachPageOfAnOutput) {
   EXPECT_NE(why.find("  expanded  <h1>First</h1>\n            2026-03-02T12:00:00\n"), std::string::npos);
 }
 
+TEST_F(HistoryQueriesTest, CutsLongTemplates) {
+  for (const int lines : {15, 16, 17}) {
+    OnAir(Song("Song " + std::to_string(lines), "Ada"));
+    std::string text;
+    for (int i = 1; i <= lines; ++i) text += "line " + std::to_string(i) + (i < lines ? "\n" : "");
+    HistoryShown shown = Shown("x" + std::to_string(lines));
+    shown.source.templateText = std::make_shared<std::string>(text);
+    recorder->Shown(shown);
+    const std::string why = Why("Encoder1", "2026-03-02 12:30");
+    const std::string more = lines == 15   ? "            line 15\n  expanded"
+                             : lines == 16 ? "            (1 more line: --full)\n  expanded"
+                                           : "            (2 more lines: --full)\n  expanded";
+    EXPECT_NE(why.find("            line 15\n"), std::string::npos) << why;
+    EXPECT_NE(why.find(more), std::string::npos) << why;
+  }
+}
+
 TEST_F(HistoryQueriesTest, ReplaysATemplateAgainstWhatWasKnown) {
   clsZEBItemInfo first = Song("First", "Ada");
   first.AddPictureFile("/p/a.jpg");

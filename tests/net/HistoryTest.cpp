@@ -130,9 +130,15 @@ TEST_F(HistoryTest, SaysOnceThatItsFileCannotBeWrittenAndPublishes) {
   EXPECT_NE(AwaitPage("now.txt", "First").find("First"), std::string::npos);
   ASSERT_TRUE(zebd->WaitForError("History: history file '" + Path("history.db") + "' is not a regular file"))
       << zebd->error;
+  ASSERT_EQ(Send({Current("Second")}).status, 0);
+  AwaitPage("now.txt", "Second");
   std::filesystem::remove(Path("history.db"));
   ASSERT_TRUE(zebd->WaitForError("History: is kept again", Seconds(20))) << zebd->error;
-  EXPECT_NE(Zebctl({"history"}).output.find("First"), std::string::npos);  // nothing was lost
+  // Nothing was lost, and it was said once.
+  const std::string told = Zebctl({"history"}).output;
+  EXPECT_NE(told.find("First"), std::string::npos) << told;
+  EXPECT_NE(told.find("Second"), std::string::npos) << told;
+  EXPECT_EQ(zebd->error.find("not a regular file"), zebd->error.rfind("not a regular file")) << zebd->error;
 }
 
 TEST_F(HistoryTest, ADamagedFileIsSetAsideAndANewOneBegun) {
