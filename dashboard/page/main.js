@@ -8,6 +8,7 @@ import {drawStation} from './station.js';
 const stations = new Map();   // by number
 const latencies = new Map();  // by station and output: the last publications' milliseconds
 const notes = [];             // the last lines of the journal, newest first
+let known = false;            // the publisher has told which stations there are
 const content = document.getElementById('content');
 const link = document.getElementById('link');
 
@@ -28,6 +29,7 @@ function keepLatencies(station) {
 
 function onEvent(name, data) {
   if (name === 'services') {
+    known = true;
     stations.clear();
     for (const station of data.services) stations.set(station.number, station);
     document.getElementById('about').textContent = `ZEB ${data.version}`;
@@ -38,7 +40,7 @@ function onEvent(name, data) {
     notes.splice(mostNotes);
   }
   for (const station of stations.values()) keepLatencies(station);
-  drawSoon();
+  if (known) drawSoon();
 }
 
 function onLink(live, since) {
@@ -83,7 +85,7 @@ session.onclick = async () => {
 };
 
 addEventListener('hashchange', () => {
-  draw();
+  if (known) draw();
   content.focus();
 });
 setInterval(countAges, 1000);
@@ -98,9 +100,9 @@ async function start() {
     while (!(await logIn(why)));
     showSession(true);
   }
-  listen(onEvent, onLink);
-  draw();
+  listen(onEvent, onLink);  // the first event draws
 }
+content.replaceChildren('Asking the publisher …');
 start().catch((problem) => {
   link.classList.add('lost');
   link.textContent = `The publisher does not answer: ${problem.message}`;
