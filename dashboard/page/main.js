@@ -8,6 +8,7 @@ import {Station} from './station.js';
 const stations = new Map();   // by number
 const latencies = new Map();  // by station and output: the last publications' milliseconds
 const notes = [];             // the last lines of the journal, newest first
+let known = false;            // the publisher has told which stations there are
 const content = document.getElementById('content');
 const link = document.getElementById('link');
 
@@ -35,6 +36,7 @@ function keep(station) {
 
 function onEvent(name, data) {
   if (name === 'services') {
+    known = true;
     stations.clear();
     latencies.clear();
     notes.length = 0;
@@ -46,7 +48,7 @@ function onEvent(name, data) {
     notes.unshift(data);
     notes.splice(mostNotes);
   }
-  if (name !== 'alive') drawSoon();
+  if (known && name !== 'alive') drawSoon();
 }
 
 function onLink(live, since) {
@@ -109,14 +111,14 @@ async function begin() {
       'No password is set. On the publisher\u2019s machine: zebctl dashboard password';
     while (!(await logIn(why)));
   }
-  listen(onEvent, onLink);
-  draw();
+  listen(onEvent, onLink);  // the first event draws
 }
 
 addEventListener('session', followSession);
 addEventListener('hashchange', () => {
-  draw();
+  if (known) draw();
   content.focus();
 });
 setInterval(countAges, 1000);
+fill(content, 'Asking the publisher …');
 begin();
