@@ -215,8 +215,7 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_.clear();
   SetStatus(kStatusOK);
   std::vector<std::string>& candidates = found.Value();
-  const bool byDefault = candidates.empty();
-  if (byDefault) {
+  if (candidates.empty()) {
     UploadFileList unused;
     std::string text = WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText,
                                                         unused, settings.Values(settings.DefaultText)));
@@ -227,9 +226,7 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (text.empty()) return exitAs("nothing to send");
   const std::string label = LabelOf(*snapshot, std::move(text));
   if (!SendLabel(*snapshot, label)) return false;
-  const std::string& made = byDefault ? settings.DefaultText : settings.simpleText;
-  NoteShown(label, byDefault || settings.alternates.empty() ? made : "", settings.simpleText,
-            settings.Values(made).escape);
+  shown_.text = ShownText(label);
   return true;
 }
 

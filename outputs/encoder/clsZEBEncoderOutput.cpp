@@ -276,8 +276,7 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   std::vector<std::string> texts;
   for (const EncoderCommand& command : commands) texts.push_back(command.value);
   if (commands_.Taken() > 0) {
-    NoteShown(commands_.TakenText(texts), settings.SimpleTextFormat, settings.SimpleTextFormat,
-              values.escape);
+    shown_.text = ShownText(commands_.TakenText(texts));
     shownTitle_ = WithoutControls(texts.back());
   }
   WatchStream();

@@ -127,10 +127,8 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   mayPass_ = requests_.MayPass();
   counted_ = true;
   if (requests_.Taken() > 0) {
-    const ValueEncoding values = Values();
-    NoteShown(requests_.TakenText(pieces), settings.SimpleTextFormat, settings.SimpleTextFormat,
-              values.escape, values.urlEncode);
-    shownTitle_ = snapshot->currentItem->ItemName;
+    shown_.text = ShownText(requests_.TakenText(pieces));
+    shownTitle_ = (*snapshot).currentItem->ItemName;
   }
   return requests_.Taken() > 0;
 }
