@@ -337,7 +337,7 @@ TEST_F(HistoryQueriesTest, ReplaysATemplateAgainstWhatWasKnown) {
   snapshot.ShowTitle = "Late";
   Update();
 
-  EXPECT_EQ(Replay({"<ZEB_NOW_ITEMNAME>, then <ZEB_NEXT2_ITEMNAME>", "", false, false}),
+  EXPECT_EQ(Replay({"<ZEB_NOW_ITEMNAME>, then <ZEB_NEXT2_ITEMNAME>", ""}),
             "2026-03-02 12:00:00  First, then Far\n2026-03-02 12:02:00  Second, then Far\n");
   EXPECT_EQ(Replay({"<ZEB_SPECIAL_SHOWTITLE>/<ZEB_SPECIAL_PRESENTERFULLNAME>/<ZEB_SPECIAL_SERVICENAME>", ""}),
             "2026-03-02 12:00:00  /Zoë/Demo FM\n2026-03-02 12:03:00  Late/Zoë/Demo FM\n");
@@ -367,7 +367,8 @@ TEST_F(HistoryQueriesTest, ReplaysAWholeStationExactly) {
   snapshot.comingSoonItem = Song("Soon", "Later");
   std::string expected;
   for (int i = 0; i < 20; ++i) {
-    snapshot.nextItems[i % 2] = Song("N" + std::to_string(i), "A" + std::to_string(i));
+    snapshot.nextItems[static_cast<std::size_t>(i) % 2] =
+        Song("N" + std::to_string(i), "A" + std::to_string(i));
     OnAir(Song("Song " + std::to_string(i), "Artist"));
     expected += "2026-03-02 12:" + std::string(i < 10 ? "0" : "") + std::to_string(i) + ":00  " +
                 ExpandTemplate(everything, *update, "", files) + "\n";
