@@ -63,16 +63,8 @@ std::string CheckCart(const std::string& text) {
              : "takes a number, not '" + text + "'";
 }
 
-const std::map<std::string, std::int32_t>& TypeWords() {
-  static const std::map<std::string, std::int32_t> words = {
-      {"song", 7}, {"link", 3}, {"spot", 4}, {"other", 2}};
-  return words;
-}
-
 std::string CheckType(const std::string& text) {
-  return TypeWords().contains(text) || WholeNumber<std::int32_t>(text).value_or(-1) >= 0
-             ? ""
-             : "takes song, link, spot, other or a number, not '" + text + "'";
+  return ManualItemType(text) ? "" : "takes song, link, spot, other or a number, not '" + text + "'";
 }
 
 std::string CheckPromotion(const std::string& text) {
@@ -233,9 +225,7 @@ ManualEntry ItemOf(const CLI::App& command) {
   entry.notes = ValueOf(command, "--notes");
   entry.cartNumber = ValueOf(command, "--cart");
   if (!IsGiven(command, "--type")) return entry;
-  const std::string type = ValueOf(command, "--type");
-  const auto word = TypeWords().find(type);
-  entry.itemType = word != TypeWords().end() ? word->second : WholeNumber<std::int32_t>(type).value();
+  entry.itemType = ManualItemType(ValueOf(command, "--type")).value();
   return entry;
 }
 

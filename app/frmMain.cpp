@@ -35,6 +35,7 @@ frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOpti
 }
 
 frmMain::~frmMain() {
+  onChanged = nullptr;
   epoch_.Next();
   ShrinkTo(0);
 }
@@ -109,12 +110,22 @@ void frmMain::RemoveLeftOvers() const {
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
 void frmMain::OpenWindow(int number) {
   windows_.push_back(frmService::Create(environment_, makeOutput_));
+  windows_.back()->Board().onChanged = [this, window = windows_.back().get()] {
+    const auto found = std::find_if(windows_.begin(), windows_.end(),
+                                    [&](const auto& kept) { return kept.get() == window; });
+    if (found != windows_.end()) Tell(static_cast<int>(found - windows_.begin()) + 1);
+  };
+  Tell(0);
   try {
     windows_.back()->Open(number);
   } catch (const std::exception& error) {
     ReportException("opening service " + std::to_string(number), Report::kQuietly);
     environment_.person.Note("Service " + std::to_string(number) + " could not be opened: " + error.what());
   }
+}
+
+void frmMain::Tell(int number) const {
+  if (onChanged) onChanged(number);
 }
 
 int frmMain::AddService() {
@@ -146,18 +157,27 @@ void frmMain::RemoveService(int number) {
       [this, mark = epoch_.Now(), asked = std::weak_ptr(window)](bool yes) {
         if (!mark.Holds()) return;
         removeAsked_ = false;
-        if (yes && !quitting_) RemoveWindow(asked.lock());
+        if (yes && !quitting_) (void)RemoveWindow(asked.lock());
       });
 }
 
+Outcome frmMain::RemoveConfirmed(int number) {
+  if (quitting_) return Failure{"the publisher is ending"};
+  if (number < 1 || number > NumberServices()) return Failure{"there is no such service"};
+  return RemoveWindow(std::shared_ptr(Window(number)));
+}
+
 // While the question was open the service may have got another number, or may have gone.
-void frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
+Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
   const auto found = std::find(windows_.begin(), windows_.end(), window);
-  if (found == windows_.end()) return;
+  if (found == windows_.end()) return Failure{"the service has gone already"};
   const auto at = found - windows_.begin();
-  if (!StoreWithout(static_cast<int>(at) + 1)) return;
+  if (!StoreWithout(static_cast<int>(at) + 1))
+    return Failure{"the settings without the service could not be stored; the journal tells more"};
   window->Close();
   windows_.erase(windows_.begin() + at);
+  Tell(0);
+  return {};
 }
 
 // All in one transaction: a failure in the middle must not leave two services under one number. The services
@@ -220,6 +240,7 @@ Outcome frmMain::ReloadWindows(const Epoch::Mark& mark) {
   MonotonicTime turn = environment_.loop.Monotonic();
   for (int number = 1; number <= NumberServices(); ++number) {
     if (const Outcome outcome = Window(number)->Reload(); !outcome) return outcome;
+    Window(number)->Board().Changed();
     if (environment_.loop.Monotonic() - turn < kReloadTurn) continue;
     environment_.loop.Wait(Duration::zero());
     if (!mark.Holds() || quitting_) return {};
@@ -239,6 +260,7 @@ void frmMain::ShrinkTo(int count) {
   while (NumberServices() > count) {
     windows_.back()->Close();
     windows_.pop_back();
+    Tell(0);
   }
 }
 

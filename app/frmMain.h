@@ -30,6 +30,8 @@ class frmMain {
   frmMain& operator=(const frmMain&) = delete;
 
   Display display;
+  // What is to be seen of a service is another (its number), or the list of services is (0). Called often.
+  std::function<void(int number)> onChanged;
 
   // Imports the file named on the command line, chooses the settings root, migrates the previous version's
   // services, loads every service. Fails only when the settings cannot be used; the program then ends.
@@ -40,6 +42,8 @@ class frmMain {
   // Asks first. When the answer is Yes and the change can be stored, the service goes and later ones move
   // down one number. Only one such question is open at a time.
   void RemoveService(int number);
+  // The same without the question: whoever asks has confirmed it. Fails when it cannot be stored.
+  Outcome RemoveConfirmed(int number);
   // Reads the number of services and all settings again. For SIGHUP.
   void Reload();
 
@@ -63,7 +67,8 @@ class frmMain {
   Outcome ImportSettings();
   void RemoveLeftOvers() const;
   void OpenWindow(int number);
-  void RemoveWindow(const std::shared_ptr<frmService>& window);
+  void Tell(int number) const;
+  Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
   bool StoreWithout(int number);
   void ShrinkTo(int count);
   void AskWhetherToWait(const std::function<void()>& closed);

@@ -11,9 +11,15 @@
 #include <string>
 
 #include "app/ConsoleOperator.h"
+#include "app/RunningStations.h"
 #include "app/StartUpOptions.h"
 #include "app/frmMain.h"
 #include "core/CsvCartStore.h"
+#include "dashboard/Dashboard.h"
+#include "dashboard/JournalTail.h"
+#include "dashboard/PageRoutes.h"
+#include "dashboard/StationEvents.h"
+#include "dashboard/StationRoutes.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "platform/ThreadedLineWriter.h"
@@ -24,9 +30,11 @@
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
+#include "platform/posix/SodiumSecrets.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
+#include "platform/qt/QtLocalSockets.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
@@ -107,6 +115,7 @@ class Publisher {
   // Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
   // a moment for what still waits to be written.
   [[noreturn]] void EndAtOnce(int status) {
+    if (dashboard_) dashboard_->Close();
     log_.reset();
     journal_.Flush(ThreadedLineWriter::kGrace);
     std::_Exit(status);
@@ -150,6 +159,15 @@ class Publisher {
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
     hive.SetPatience(kStorePatience);
+    Dashboard dashboard(environment, localSockets_, MakeSecrets());
+    dashboard_ = &dashboard;
+    RunningStations stations(environment, main, [this] { Reload(); });
+    StationRoutes routes(loop_, stations);
+    StationEvents events(loop_, stations, person_);
+    routes.AddTo(dashboard.Routes());
+    AddPageRoutes(dashboard.Routes());
+    dashboard.AddEvents("/api/v1/events", events.Hub());
+    dashboard.Open();
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -157,6 +175,13 @@ class Publisher {
     if (const auto interval = WatchdogInterval(); interval.count() > 0)
       watchdog_ = loop_.Every(interval / 2, [] { NotifyServiceManager("WATCHDOG=1"); });
     EndAtOnce(loop_.Run());
+  }
+
+  std::shared_ptr<Secrets> MakeSecrets() {
+    const Result<std::shared_ptr<Secrets>> secrets = SodiumSecrets::Make();
+    if (secrets) return secrets.Value();
+    person_.Note("Nobody can log on to the dashboard: " + secrets.Reason());
+    return nullptr;
   }
 
   // Stations whose servers have certificates of their own making.
@@ -167,8 +192,13 @@ class Publisher {
       person_.Note(added.Reason());
   }
 
+  void Reload() {
+    main_->Reload();
+    if (dashboard_) dashboard_->Reload();
+  }
+
   void OnSignal(int signal) {
-    if (signal == SIGHUP) return main_->Reload();
+    if (signal == SIGHUP) return Reload();
     if (stopping_) {
       person_.Note("Ending at once");
       EndAtOnce(1);
@@ -196,9 +226,12 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
-  ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  QtLocalSockets localSockets_{loop_};
+  ConsoleOperator console_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  JournalTail person_{console_, loop_};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
+  Dashboard* dashboard_ = nullptr;
   bool stopping_ = false;
   Timer quitLimit_;
   Timer watchdog_;

@@ -128,6 +128,12 @@ class clsZEBService {
   // Shows an output that has just been started what the others show; nothing when there was no update yet.
   void ShowPresentTo(OutputType type, int index);
   SnapshotPtr TakeSnapshot() const;  // of this moment
+  // What the last update published; null before the first.
+  const SnapshotPtr& LastSnapshot() const { return lastSnapshot_; }
+  // When the information came that the next full update is for; without it, the update's own moment counts.
+  void NoteInformationMoment(MonotonicTime moment) { informationMoment_ = moment; }
+  // A run of the output is under way, or it is being started.
+  bool OutputBusy(OutputType type, int index) const;
 
   void CurrentItemNearEnd();
   void SetTravelFlagActivated();
@@ -166,7 +172,10 @@ class clsZEBService {
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
   UpdateCycle cycle_;
-  SnapshotPtr lastSnapshot_;  // what the last update published; null before the first
+  SnapshotPtr lastSnapshot_;
+  std::uint64_t information_ = 0;  // full updates so far
+  MonotonicTime informationArrived_{};
+  std::optional<MonotonicTime> informationMoment_;
 };
 
 }  // namespace zeb

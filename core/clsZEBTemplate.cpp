@@ -89,6 +89,10 @@ std::string clsZEBTemplate::ProblemText() const {
   return text;
 }
 
+bool clsZEBTemplate::Fails() {
+  return !Problems().empty() || Status() == kStatusError;
+}
+
 void clsZEBTemplate::CountRun(bool published) {
   if (std::exchange(counted_, false)) return;
   const bool fails = !Problems().empty();

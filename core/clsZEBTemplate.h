@@ -12,11 +12,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/OutputTypes.h"
 #include "core/ServiceSnapshot.h"
+#include "core/Shown.h"
 #include "platform/Control.h"
 #include "platform/Environment.h"
 #include "platform/WorkLane.h"
@@ -63,6 +65,8 @@ class clsZEBTemplate {
   virtual std::vector<Problem> Problems() const;
   // The same in one line, for the service window; "" while nothing fails.
   std::string ProblemText() const;
+  // Something fails, or the status says so.
+  bool Fails();
   // Whether what fails may pass without anybody's doing, so that trying again makes sense.
   virtual bool MayPass() const { return true; }
   // Something was thrown in one of the operations.
@@ -77,6 +81,11 @@ class clsZEBTemplate {
   // Called by the service when UpdateOutput has ended: one text, published or failing, unless the output has
   // counted for itself.
   void CountRun(bool published);
+
+  // What it published last, as far as it keeps that.
+  virtual Shown LastShown() const { return shown_; }
+  // How far the file is that is being sent; nothing while none is.
+  virtual std::optional<int> ProgressPercent() const { return std::nullopt; }
 
   // A worker of this output hangs: it is skipped until the worker comes back.
   bool Hangs() const { return lane_.Hangs(); }
@@ -101,6 +110,7 @@ class clsZEBTemplate {
   std::shared_ptr<Control> control_;
   std::string simpleTextFormat_;
   std::string problem_;  // of the output as a whole; "" while nothing fails
+  Shown shown_;
 
   // Notes a word of an "EscapeValues" setting that there is not. `where` names the output, or its pair.
   void CheckEscapeWord(const std::string& where, const std::string& word);

@@ -37,13 +37,6 @@ std::string NamesStart(int outputIndex) {
   return "Output" + std::to_string(outputIndex) + ".";
 }
 
-// A record that differs from an empty one in its slot number only was never filled in.
-bool HoldsNothing(const clsZEBItemInfo& item) {
-  clsZEBItemInfo empty;
-  empty.ItemIndexNumber = item.ItemIndexNumber;
-  return item.NumberPictures() == 0 && item.NumberAdditionalFiles() == 0 && item.IsSame(empty, true);
-}
-
 }  // namespace
 
 std::string clsFileParameters::SourceFolder() const {
@@ -75,7 +68,7 @@ bool clsFileParameters::IsDue(const ServiceSnapshot& snapshot) const {
       item = &snapshot.currentItem;
       break;
   }
-  return item == nullptr || HoldsNothing(*item) || AllowsType((*item)->ItemType);
+  return item == nullptr || item->HoldsNothing() || AllowsType((*item)->ItemType);
 }
 
 // No type counts as a voice link: that switch is kept and shown, but not asked.

@@ -1,0 +1,50 @@
+// StationRoutes: the requests about the stations, below /api/v1. docs/openapi.json describes them.
+//
+// Nothing here holds the loop up: long lists are put together with others in between, and templates and carts
+// are worked on by a worker.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "dashboard/Router.h"
+#include "dashboard/Stations.h"
+#include "platform/EventLoop.h"
+#include "platform/WorkLane.h"
+
+namespace zeb {
+
+class StationRoutes {
+ public:
+  static constexpr std::size_t kMostPreviewCharacters = 100'000;  // of an expanded template; the rest is cut
+  static constexpr std::size_t kMostFoundCarts = 50;
+
+  // Both outlive this object, which outlives the router.
+  StationRoutes(EventLoop& loop, Stations& stations) : loop_(loop), stations_(stations), lane_(loop) {}
+
+  void AddTo(Router& router);
+
+ private:
+  using MessageOf = Result<std::string> (*)(std::string_view body);
+  void AddReading(Router& router);
+  void AddActing(Router& router);
+  void AddKeeping(Router& router);
+  void AddMessage(Router& router, const std::string& path, MessageOf messageOf);
+
+  bool Has(const HttpRequest& request, int& number) const;
+  HttpAnswer List(const HttpRequest& request);
+  HttpAnswer One(const HttpRequest& request) const;
+  HttpAnswer Preview(const HttpRequest& request);
+  HttpAnswer Carts(const HttpRequest& request);
+  template <class Work>
+  auto OnWorker(Work work);
+  HttpAnswer Take(const HttpRequest& request, const Result<std::string>& message);
+
+  EventLoop& loop_;
+  Stations& stations_;
+  WorkLane lane_;
+  bool working_ = false;
+};
+
+}  // namespace zeb
