@@ -69,7 +69,8 @@ class frmMain {
   void OpenWindow(int number);
   void Tell(int number) const;
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
-  bool StoreWithout(int number);
+  Outcome StoreWithout(int number);
+  void TakeStoredOver(int from);
   void ShrinkTo(int count);
   void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
@@ -42,6 +43,8 @@ struct HTTPSettings {
   std::string EscapeValues;  // a word of text/ValueEscapes.h
 };
 
+SettingList HTTPSettingList();
+
 class clsZEBHTTPOutput : public clsZEBTemplate {
  public:
   using clsZEBTemplate::clsZEBTemplate;
@@ -64,6 +67,8 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   // The bytes of one request.
   std::string BuildRequest(const std::string& requestText) const;
 
+  RequestTarget Target() const;
+
   HTTPSettings settings;
 
  private:
@@ -71,7 +76,6 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
   ValueEncoding Values() const;
-  RequestTarget Target() const;
 
   bool started_ = false;
   RequestSeries requests_;
