@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "app/CommandLine.h"
+#include "app/PublisherOptions.h"
 #include "app/SetCommand.h"
 #include "text/ValueEscapes.h"
 
@@ -136,6 +137,11 @@ void DeclareSend(CLI::App& program) {
       "For instance:\nzebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
 }
 
+void DeclareWay(CLI::App& command) {
+  AddValue(command, "--service", "N", "service N of the zebd on this machine (1)").Check(CheckService);
+  DeclareConnection(command, "--controller");
+}
+
 void DeclareItem(CLI::App& command) {
   AddValue(command, "--title", "T", "its title");
   AddValue(command, "--artist", "A", "its artist");
@@ -143,7 +149,7 @@ void DeclareItem(CLI::App& command) {
       .Check(CheckType);
   AddValue(command, "--cart", "N", "a cart: what is not given here comes from there").Check(CheckCart);
   AddValue(command, "--notes", "T", "notes");
-  DeclareConnection(command, "--controller");
+  DeclareWay(command);
 }
 
 void DeclareSet(CLI::App& program) {
@@ -161,7 +167,7 @@ void DeclareSet(CLI::App& program) {
   AddValue(show, "--title", "T", "the show's title");
   for (CLI::App* command : {&presenter, &show}) {
     AddValue(*command, "--reference", "R", "its reference").Required().Check(CheckNotEmpty);
-    DeclareConnection(*command, "--controller");
+    DeclareWay(*command);
   }
 }
 
@@ -229,7 +235,7 @@ ManualEntry ItemOf(const CLI::App& command) {
   return entry;
 }
 
-Result<SendOptions> SetOf(const CLI::App& command) {
+Result<ByHandOptions> SetOf(const CLI::App& command) {
   SetOptions set;
   if (NameOf(command) == "presenter") {
     set.what = SetOptions::What::kPresenter;
@@ -242,10 +248,19 @@ Result<SendOptions> SetOf(const CLI::App& command) {
   } else {
     set.entry = ItemOf(command);
   }
-  SendOptions options = ConnectionOf(command, "--controller");
-  options.messages = {SetMessage(set)};
-  if (const std::string wrong = CheckMessage(options.messages[0]); !wrong.empty())
+  ByHandOptions options;
+  options.set = set;
+  options.service = WholeNumber<int>(ValueOf(command, "--service")).value_or(1);
+  options.send = ConnectionOf(command, "--controller");
+  options.send.messages = {SetMessage(set)};
+  if (const std::string wrong = CheckMessage(options.send.messages[0]); !wrong.empty())
     return Failure{"the message " + wrong};
+  const bool byLink =
+      IsGiven(command, "--host") || IsGiven(command, "--port") || IsGiven(command, "--controller");
+  if (byLink && IsGiven(command, "--service"))
+    return Failure{"--service is of this machine's zebd; with --host or --port the port says which service"};
+  if (byLink) options.way = ByHandOptions::Way::kLink;
+  if (IsGiven(command, "--service")) options.way = ByHandOptions::Way::kPublisher;
   return options;
 }
 
@@ -273,7 +288,16 @@ Outcome Take(ZebctlOptions& options, Result<T> command) {
 Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
   const std::string group = GroupOf(command);
   if (group == "settings") return Take(options, SettingsOf(command));
-  if (group == "set") return Take(options, SetOf(command));
+  if (group == "set") {
+    Result<ByHandOptions> set = SetOf(command);
+    if (!set) return set.AsFailure();
+    options.command = PublisherOptions(std::move(set.Value()));
+    return {};
+  }
+  if (auto publisher = PublisherCommandOf(command)) {
+    options.command = std::move(*publisher);
+    return {};
+  }
   if (NameOf(command) == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
   SendOptions send = ConnectionOf(command, "--name");
   send.messages = WordsOf(command, "MESSAGE");
@@ -300,6 +324,7 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   DeclareSend(program);
   DeclareSet(program);
   DeclareExpand(program);
+  DeclarePublisherCommands(program);
   SetFooter(program, std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
 
   Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));

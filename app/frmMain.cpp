@@ -24,13 +24,17 @@ constexpr char kWaitQuestion[] =
 
 // There is no limit to how long an update may take; whoever runs the program has the last word.
 constexpr std::chrono::seconds kReloadRetry(10);
+constexpr Duration kAlarmLook = std::chrono::seconds(1);
 constexpr Duration kReloadTurn = std::chrono::milliseconds(20);
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
 
 frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options)
-    : environment_(environment), makeOutput_(std::move(makeOutput)), options_(std::move(options)) {
+    : environment_(environment),
+      makeOutput_(std::move(makeOutput)),
+      options_(std::move(options)),
+      alarms_(environment) {
   environment_.preserveTempFiles = options_.preserveTempFiles;
 }
 
@@ -60,6 +64,8 @@ Outcome frmMain::Load() {
                                    : migrated.Reason());
     }
     LoadServices();
+    alarms_.ReadSettings();
+    alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
     // Another instance on the data folder may have its files in hand.
     if (!options_.noPreviousCheck) RemoveLeftOvers();
     WriteDebugLine("Shown Services OK");
@@ -241,6 +247,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
     if (!mark.Holds() || quitting_) return;
     LoadServices();
+    alarms_.ReadSettings();
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
   } catch (const std::exception& error) {
@@ -268,6 +275,15 @@ void frmMain::ReloadLater(const std::string& reason) {
   environment_.person.Note("Cannot read the settings again: " + reason + "; trying again in " +
                            std::to_string(kReloadRetry.count()) + " s");
   reloadRetry_ = environment_.loop.After(kReloadRetry, [this] { Reload(); });
+}
+
+// Not while everything is being closed: that is no trouble.
+void frmMain::LookForAlarms() {
+  if (quitting_ || !alarms_.Wanted()) return;
+  std::vector<Trouble> troubles;
+  for (const auto& window : windows_)
+    for (Trouble& trouble : window->Board().Troubles()) troubles.push_back(std::move(trouble));
+  alarms_.Look(troubles);
 }
 
 void frmMain::ShrinkTo(int count) {

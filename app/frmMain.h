@@ -12,6 +12,7 @@
 #include "app/frmService.h"
 #include "platform/Epoch.h"
 #include "platform/Result.h"
+#include "status/Alarms.h"
 
 namespace zeb {
 
@@ -78,6 +79,7 @@ class frmMain {
   void ReloadAll(const Epoch::Mark& mark);
   Outcome ReloadWindows(const Epoch::Mark& mark);
   void ReloadLater(const std::string& reason);
+  void LookForAlarms();
 
   Environment& environment_;
   OutputFactory makeOutput_;
@@ -87,6 +89,8 @@ class frmMain {
   bool quitting_ = false;
   bool reloading_ = false, reloadWanted_ = false;
   Timer reloadRetry_;
+  Alarms alarms_;
+  Timer alarmLook_;
   std::function<void()> closed_;  // once, at the end of quitting
   Epoch epoch_;                   // ends with this object
 };

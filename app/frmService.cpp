@@ -250,6 +250,7 @@ SourceState frmService::SourceNow() const {
     source.kind = SourceState::Kind::kControlLink;
     source.healthy = state.server.Listening();
     source.controller = state.server.ControllerName();
+    source.connections = state.server.ConnectionCount();
     source.text = "port " + std::to_string(state.controlPort);
     if (!source.healthy) source.text += " cannot be listened on";
   }

@@ -11,15 +11,11 @@
 #include <string>
 
 #include "app/ConsoleOperator.h"
-#include "app/RunningStations.h"
+#include "app/ControlRoom.h"
 #include "app/StartUpOptions.h"
 #include "app/frmMain.h"
 #include "core/CsvCartStore.h"
-#include "dashboard/Dashboard.h"
 #include "dashboard/JournalTail.h"
-#include "dashboard/PageRoutes.h"
-#include "dashboard/StationEvents.h"
-#include "dashboard/StationRoutes.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "platform/ThreadedLineWriter.h"
@@ -28,6 +24,7 @@
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
 #include "platform/posix/SodiumSecrets.h"
@@ -115,7 +112,7 @@ class Publisher {
   // Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
   // a moment for what still waits to be written.
   [[noreturn]] void EndAtOnce(int status) {
-    if (dashboard_) dashboard_->Close();
+    if (room_ != nullptr) room_->Close();
     log_.reset();
     journal_.Flush(ThreadedLineWriter::kGrace);
     std::_Exit(status);
@@ -153,21 +150,16 @@ class Publisher {
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
     environment.ftp = &ftp_;
+    environment.processes = &processes_;
     frmMain main(environment, MakeOutputFactory(environment), options_);
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
     hive.SetPatience(kStorePatience);
-    Dashboard dashboard(environment, localSockets_, MakeSecrets());
-    dashboard_ = &dashboard;
-    RunningStations stations(environment, main, [this] { Reload(); });
-    StationRoutes routes(loop_, stations);
-    StationEvents events(loop_, stations, person_);
-    routes.AddTo(dashboard.Routes());
-    AddPageRoutes(dashboard.Routes());
-    dashboard.AddEvents("/api/v1/events", events.Hub());
-    dashboard.Open();
+    ControlRoom room(environment, localSockets_, MakeSecrets(), main, person_);
+    room_ = &room;
+    room.Open();
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -192,13 +184,8 @@ class Publisher {
       person_.Note(added.Reason());
   }
 
-  void Reload() {
-    main_->Reload();
-    if (dashboard_) dashboard_->Reload();
-  }
-
   void OnSignal(int signal) {
-    if (signal == SIGHUP) return Reload();
+    if (signal == SIGHUP) return room_ != nullptr ? room_->Reload() : main_->Reload();
     if (stopping_) {
       person_.Note("Ending at once");
       EndAtOnce(1);
@@ -226,12 +213,13 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
+  PosixProcesses processes_;
   QtLocalSockets localSockets_{loop_};
   ConsoleOperator console_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
   JournalTail person_{console_, loop_};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
-  Dashboard* dashboard_ = nullptr;
+  ControlRoom* room_ = nullptr;
   bool stopping_ = false;
   Timer quitLimit_;
   Timer watchdog_;

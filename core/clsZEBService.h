@@ -141,6 +141,8 @@ class clsZEBService {
   void NoteInformationMoment(MonotonicTime moment) { informationMoment_ = moment; }
   // A run of the output is under way, or it is being started.
   bool OutputBusy(OutputType type, int index) const;
+  // How many snapshots and cues wait for the output to be free, or for their time.
+  int WaitingFor(OutputType type, int index) const;
 
   void CurrentItemNearEnd();
   void SetTravelFlagActivated();

@@ -51,6 +51,15 @@ bool clsZEBService::OutputBusy(OutputType type, int index) const {
          runners[static_cast<std::size_t>(index) - 1]->busy;
 }
 
+int clsZEBService::WaitingFor(OutputType type, int index) const {
+  const auto& runners = cycle_.Runners(type);
+  if (index < 1 || index > static_cast<int>(runners.size())) return 0;
+  const OutputRunner& runner = *runners[static_cast<std::size_t>(index) - 1];
+  const std::size_t waiting =
+      runner.cues.size() + runner.later.size() + (runner.wanted == OutputRunner::Wanted::kNo ? 0 : 1);
+  return static_cast<int>(waiting);
+}
+
 void clsZEBService::ShowPresentTo(OutputType type, int index) {
   if (!lastSnapshot_ || !Output(type, index)) return;
   cycle_.Show(cycle_.Runners(type)[static_cast<std::size_t>(index) - 1], lastSnapshot_);

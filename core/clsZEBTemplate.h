@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "core/OutputTypes.h"
+#include "core/PublicPlace.h"
 #include "core/ServiceSnapshot.h"
 #include "core/Shown.h"
 #include "platform/Control.h"
@@ -86,6 +87,8 @@ class clsZEBTemplate {
 
   // What it published last, as far as it keeps that.
   virtual Shown LastShown() const { return shown_; }
+  // Where the public should see it, as far as the operator has said so.
+  virtual std::vector<PublicPlace> PublicPlaces() const { return {}; }
   // How far the file is that is being sent; nothing while none is.
   virtual std::optional<int> ProgressPercent() const { return std::nullopt; }
 

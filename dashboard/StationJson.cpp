@@ -56,7 +56,10 @@ json::array Items(const std::vector<clsZEBItemInfo>& items) {
 json::array Pages(const Shown& shown) {
   json::array pages;
   for (const Shown::Page& page : shown.pages)
-    pages.push_back({{"name", page.name}, {"bytes", page.bytes}, {"firstLines", page.firstLines}});
+    pages.push_back({{"name", page.name},
+                     {"bytes", page.bytes},
+                     {"firstLines", page.firstLines},
+                     {"sha256", page.digest}});
   return pages;
 }
 
@@ -89,6 +92,8 @@ json::object JsonOf(const OutputState& state, std::chrono::seconds utcOffset) {
                       {"pages", Pages(state.shown)},
                       {"published", MomentOrNull(state.published, utcOffset)},
                       {"latencyMs", MillisecondsOrNull(state.latency)},
+                      {"onAirMs", MillisecondsOrNull(state.onAir)},
+                      {"waiting", state.waiting},
                       {"stale", state.stale},
                       {"staleSince", MomentOrNull(state.staleSince, utcOffset)},
                       {"failingSince", MomentOrNull(state.failingSince, utcOffset)},
@@ -109,7 +114,8 @@ json::object JsonOf(const StationState& state, std::chrono::seconds utcOffset) {
            {{"kind", WordOf(state.source.kind)},
             {"state", state.source.healthy ? "ok" : "failing"},
             {"text", state.source.text},
-            {"controller", state.source.controller}}},
+            {"controller", state.source.controller},
+            {"connections", state.source.connections}}},
           {"panels",
            {{"information", state.information},
             {"travel", state.travel},

@@ -8,10 +8,12 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "dashboard/CartSearch.h"
 #include "dashboard/ItemBody.h"
 #include "dashboard/Json.h"
+#include "dashboard/Metrics.h"
 #include "dashboard/StationJson.h"
 #include "dashboard/StationList.h"
 #include "templates/ZEB_Class_Functions.h"
@@ -108,6 +110,7 @@ void StationRoutes::AddReading(Router& router) {
   router.AddTask("GET", "/api/v1/services", Need::kRead, bound(&StationRoutes::List));
   router.Add("GET", "/api/v1/services/{n}", Need::kRead,
              [this](const HttpRequest& request) { return One(request); });
+  router.AddTask("GET", "/metrics", Need::kRead, bound(&StationRoutes::Metrics));
   router.AddTask("GET", "/api/v1/services/{n}/carts", Need::kRead, bound(&StationRoutes::Carts));
   router.AddTask("POST", "/api/v1/services/{n}/preview", Need::kRead, bound(&StationRoutes::Preview));
 }
@@ -175,6 +178,17 @@ HttpAnswer StationRoutes::One(const HttpRequest& request) const {
   return JsonAnswer(zeb::JsonOf(stations_.State(number), loop_.UtcOffset()));
 }
 
+// Services that are there from `first` to `last`, with others having their turn in between; until `work` has
+// had enough.
+void StationRoutes::ForEach(int first, int last, const std::function<bool(int number)>& work) {
+  MonotonicTime turn = loop_.Monotonic();
+  for (int number = first; number <= last && number <= stations_.Count() && work(number); ++number) {
+    if (loop_.Monotonic() - turn < kTurn) continue;
+    loop_.Wait(Duration::zero());
+    turn = loop_.Monotonic();
+  }
+}
+
 HttpAnswer StationRoutes::List(const HttpRequest& request) {
   const auto from = QueryNumber(request, "from", 1);
   const auto count = QueryNumber(request, "count", std::numeric_limits<int>::max());
@@ -183,17 +197,28 @@ HttpAnswer StationRoutes::List(const HttpRequest& request) {
   answer.body = boost::json::serialize(ListHeadJson(loop_));
   answer.body.pop_back();
   answer.body += ",\"services\":[";
-  MonotonicTime turn = loop_.Monotonic();
-  for (int number = *from; number <= stations_.Count() && number - *from < *count; ++number) {
-    if (number > *from) answer.body += ',';
-    answer.body += boost::json::serialize(zeb::JsonOf(stations_.State(number), loop_.UtcOffset()));
-    if (answer.body.size() > kMostAnswerBytes)
-      return ErrorAnswer(413, "the list is too long: ask for parts of it with \"from\" and \"count\"");
-    if (loop_.Monotonic() - turn < kTurn) continue;
-    loop_.Wait(Duration::zero());
-    turn = loop_.Monotonic();
-  }
+  std::string& body = answer.body;
+  const int last = *count > stations_.Count() ? stations_.Count() : *from + *count - 1;
+  ForEach(*from, last, [&](int number) {
+    if (number > *from) body += ',';
+    body += boost::json::serialize(zeb::JsonOf(stations_.State(number), loop_.UtcOffset()));
+    return body.size() <= kMostAnswerBytes;
+  });
+  if (body.size() > kMostAnswerBytes)
+    return ErrorAnswer(413, "the list is too long: ask for parts of it with \"from\" and \"count\"");
   answer.body += "]}\n";
+  return answer;
+}
+
+HttpAnswer StationRoutes::Metrics(const HttpRequest&) {
+  std::vector<StationState> states;
+  ForEach(1, stations_.Count(), [&](int number) {
+    states.push_back(stations_.State(number));
+    return true;
+  });
+  HttpAnswer answer;
+  answer.type = kMetricsContentType;
+  answer.body = MetricsText(states, loop_.Now());
   return answer;
 }
 
@@ -223,14 +248,14 @@ HttpAnswer StationRoutes::Carts(const HttpRequest& request) {
   int number = 0;
   if (!Has(request, number)) return NoStation();
   const auto table = stations_.Carts().All();
-  if (!table) return JsonAnswer(boost::json::array());
+  if (!table) return ErrorAnswer(404, "this publisher has no carts");
   const auto found =
       OnWorker([table, query = request.Query("q")] { return SearchCarts(*table, query, kMostFoundCarts); });
   if (!found) return Busy();
   if (!Has(request, number)) return NoStation();
   boost::json::array carts;
   for (const FoundCart& one : *found) carts.push_back(JsonOf(one, stations_.Settings(number)));
-  return JsonAnswer(carts);
+  return JsonAnswer({{"carts", std::move(carts)}});
 }
 
 }  // namespace zeb

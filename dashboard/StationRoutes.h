@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,8 @@ class StationRoutes {
   void AddMessage(Router& router, const std::string& path, MessageOf messageOf);
 
   bool Has(const HttpRequest& request, int& number) const;
+  void ForEach(int first, int last, const std::function<bool(int number)>& work);
+  HttpAnswer Metrics(const HttpRequest& request);
   HttpAnswer List(const HttpRequest& request);
   HttpAnswer One(const HttpRequest& request) const;
   HttpAnswer Preview(const HttpRequest& request);

@@ -4,11 +4,15 @@
 #include <utility>
 
 #include "platform/EventLoop.h"
+#include "platform/Operator.h"
 #include "text/OneLine.h"
 
 namespace zeb {
 
 namespace {
+
+// A problem of what the public sees names an address and two texts.
+constexpr std::size_t kMostProblemCharacters = 500;
 
 // Up to the last slot that holds something.
 std::vector<clsZEBItemInfo> Filled(const clsZEBService& service,
@@ -56,8 +60,11 @@ void StationBoard::RunEnded(const UpdateRecord& record, const UpdateRun& run) {
   if (run.tally.published > 0) {
     ++known.publications;
     known.published = service_.environment().loop.Now();
-    if (record.snapshot->information > (known.shows ? known.shows->information : 0))
+    if (record.snapshot->information > (known.shows ? known.shows->information : 0)) {
       known.latency = service_.environment().loop.Monotonic() - record.snapshot->arrived;
+      known.latencies.Add(*known.latency);
+    }
+    LookAtAir(run.output, *record.snapshot);
   }
   if (run.tally.failed == 0 && run.tally.givenUp == 0 && !run.output->Fails()) known.shows = record.snapshot;
   Look(run.output);
@@ -69,6 +76,50 @@ void StationBoard::Changed() {
     for (int i = 1; i <= service_.OutputCount(static_cast<std::int32_t>(info.type)); ++i)
       Look(service_.Output(info.type, i));
   TellSoon();
+}
+
+// Whether the public sees what has just been published.
+void StationBoard::LookAtAir(const OutputPtr& output, const ServiceSnapshot& snapshot) {
+  Known& known = known_[output.get()];
+  std::vector<PublicPlace> places = output->PublicPlaces();
+  if (places.empty()) return known.proof.reset();
+  if (!known.proof)
+    known.proof = std::make_unique<ProofOfAir>(service_.environment(),
+                                               [this, which = output.get()] { AirChanged(which); });
+  known.proof->Published(std::move(places), snapshot.arrived);
+}
+
+// One journal line when the public begins to see something else for long, and one when that ends.
+void StationBoard::AirChanged(const clsZEBTemplate* output) {
+  TellSoon();
+  const auto found = known_.find(output);
+  if (found == known_.end() || !found->second.proof) return;
+  Known& known = found->second;
+  const std::string problem = known.proof->Problem();
+  if (problem.empty() == known.notedAirProblem.empty()) return;
+  known.notedAirProblem = problem;
+  for (const OutputTypeInfo& info : kOutputTypes)
+    for (int i = 1; const OutputPtr one = service_.Output(info.type, i); ++i)
+      if (one.get() == output)
+        service_.environment().person.Note(
+            OneLine(service_.settings.ServiceName) + ": " + std::string(info.name) + " " + std::to_string(i) +
+            (problem.empty() ? " is seen by the public again" : ": " + problem));
+}
+
+std::vector<Trouble> StationBoard::Troubles() {
+  std::vector<Trouble> troubles;
+  for (const OutputTypeInfo& info : kOutputTypes)
+    for (int i = 1; const OutputPtr output = service_.Output(info.type, i); ++i) {
+      const Known& known = Look(output);
+      std::string problem = output->ProblemText();
+      if (problem.empty() && known.proof) problem = known.proof->Problem();
+      if (problem.empty() && known.failingSince) problem = "it fails";
+      if (problem.empty() && known.staleSince) problem = "it does not show the present item";
+      if (problem.empty()) continue;
+      troubles.push_back({OneLine(service_.settings.ServiceName), std::string(info.name) + std::to_string(i),
+                          OneLine(problem, kMostProblemCharacters)});
+    }
+  return troubles;
 }
 
 // What is remembered of an output, brought up to date.
@@ -142,17 +193,28 @@ OutputState StationBoard::StateOf(OutputType type, int index) const {
   state.problem = OneLine(output->ProblemText());
   state.progress = output->ProgressPercent();
   state.shown = output->LastShown();
+  state.waiting = service_.WaitingFor(type, index);
   const auto found = known_.find(output.get());
-  if (found == known_.end() || found->second.output.expired()) return state;
-  const Known& known = found->second;
+  if (found != known_.end() && !found->second.output.expired()) AddKnown(state, found->second);
+  return state;
+}
+
+void StationBoard::AddKnown(OutputState& state, const Known& known) const {
   state.published = known.published;
   state.latency = known.latency;
+  state.latencies = known.latencies;
   state.stale = known.staleSince.has_value();
   state.staleSince = known.staleSince;
   state.failingSince = known.failingSince;
   state.publications = known.publications;
   state.failures = known.failures;
-  return state;
+  if (!known.proof) return;
+  state.onAir = known.proof->OnAir();
+  const std::string problem = known.proof->Problem();
+  if (problem.empty() || state.severity == Severity::kFailing) return;
+  state.severity = Severity::kFailing;
+  state.problem = OneLine(problem, kMostProblemCharacters);
+  state.failingSince = known.proof->Since();
 }
 
 }  // namespace zeb

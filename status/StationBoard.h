@@ -11,11 +11,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/UpdateRecord.h"
 #include "core/clsZEBService.h"
 #include "platform/Epoch.h"
 #include "sources/ItemIntake.h"
+#include "status/ProofOfAir.h"
 #include "status/StationState.h"
 
 namespace zeb {
@@ -31,6 +33,8 @@ class StationBoard {
   StationBoard(clsZEBService& service, Window window);
 
   StationState State() const;
+  // The outputs that are in trouble at this moment.
+  std::vector<Trouble> Troubles();
   std::function<void()> onChanged;
 
   // Told by the window.
@@ -45,11 +49,17 @@ class StationBoard {
     SnapshotPtr shows;  // the snapshot of its last run that was right
     std::optional<WallTime> published, failingSince, staleSince;
     std::optional<Duration> latency;
+    LatencyHistogram latencies;
     std::uint64_t publications = 0, failures = 0;
+    std::unique_ptr<ProofOfAir> proof;  // where the operator wants it
+    std::string notedAirProblem;
   };
+  void LookAtAir(const OutputPtr& output, const ServiceSnapshot& snapshot);
+  void AirChanged(const clsZEBTemplate* output);
   Known& Look(const OutputPtr& output);
   bool IsStale(clsZEBTemplate& output, const Known& known) const;
   OutputState StateOf(OutputType type, int index) const;
+  void AddKnown(OutputState& state, const Known& known) const;
   void TellSoon();
 
   clsZEBService& service_;

@@ -12,6 +12,7 @@
 #include "core/Shown.h"
 #include "core/clsZEBItemInfo.h"
 #include "platform/Time.h"
+#include "status/LatencyHistogram.h"
 
 namespace zeb {
 
@@ -32,6 +33,11 @@ struct OutputState {
   Shown shown;                  // what it published last
   std::optional<WallTime> published;
   std::optional<Duration> latency;  // from the information's arrival to that publication
+  LatencyHistogram latencies;       // of all of them, since the service was opened
+  int waiting = 0;                  // snapshots and cues that it has not come to yet
+  // From the information's arrival to the moment at which the public was seen to have it, where that is
+  // looked at.
+  std::optional<Duration> onAir;
   // It does not show what is on: it fails, hangs or is still at something older. Never for one that shows
   // everything later because it is set to.
   bool stale = false;
@@ -48,6 +54,13 @@ struct SourceState {
   bool healthy = false;    // it is open, and something is to be expected from it
   std::string text;        // "port 6901", "'/playout/now.txt'", or what is wrong
   std::string controller;  // who has control; "" when nobody has
+  int connections = 0;     // to the control link
+};
+
+// One output that fails, or does not show the present item.
+struct Trouble {
+  std::string service, output;  // "Demo FM", "File1"
+  std::string problem;
 };
 
 struct StationState {

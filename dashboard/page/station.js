@@ -69,6 +69,7 @@ function outputRow(station, output, latencies) {
     element('div', {}, mark(output.severity, output.status || output.severity)),
     element('p', {class: 'wide soft'}, age,
       output.latencyMs === null ? '' : `, ${output.latencyMs.toFixed(1)} ms after the line `,
+      output.onAirMs == null ? '' : `, on air ${(output.onAirMs / 1000).toFixed(1)} s after the line `,
       sparkline(values), ' ', late, output.progress === null ? '' : ` ${output.progress} % sent`),
     output.problem ? element('p', {class: 'wide problem'}, output.problem, ' ',
       ageOf(output.failingSince, '(for ', ')')) : '',

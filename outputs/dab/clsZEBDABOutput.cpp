@@ -234,7 +234,10 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (candidates.empty()) return exitAs("no strings to choose from");
   std::string text = chooser_.Pick(candidates);
   if (text.empty()) return exitAs("nothing to send");
-  return SendLabel(*snapshot, LabelOf(*snapshot, std::move(text)));
+  const std::string label = LabelOf(*snapshot, std::move(text));
+  if (!SendLabel(*snapshot, label)) return false;
+  shown_.text = ShownText(label);
+  return true;
 }
 
 void clsZEBDABOutput::NoteNotLoggedOn() {

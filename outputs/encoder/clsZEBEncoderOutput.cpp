@@ -97,6 +97,7 @@ constexpr SettingRow<S> kRows[] = {
      .least = 0,
      .most = 3600},
     {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyStreamURL", &S::VerifyStreamURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -295,8 +296,21 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
+  std::vector<std::string> texts;
+  for (const EncoderCommand& command : commands) texts.push_back(command.value);
+  if (commands_.Taken() > 0) {
+    shown_.text = ShownText(commands_.TakenText(texts));
+    shownTitle_ = WithoutControls(texts.back());
+  }
   WatchStream();
   return commands_.Taken() > 0;
+}
+
+// Its listeners see the last of the texts.
+std::vector<PublicPlace> clsZEBEncoderOutput::PublicPlaces() const {
+  if (settings.VerifyStreamURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kStream, settings.VerifyStreamURL, "", shownTitle_, settings.characterSet,
+           !settings.IcecastMount.empty()}};
 }
 
 // From the first title on: before it there is nothing to be forgotten.

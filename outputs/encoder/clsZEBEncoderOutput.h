@@ -42,7 +42,8 @@ struct EncoderSettings {
   std::string IcecastUsername = "source";
   // How often that server is asked whether the stream began anew and so lost its title, in seconds; 0: never.
   std::int32_t IcecastCheckSeconds = 10;
-  std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string EscapeValues;     // a word of text/ValueEscapes.h
+  std::string VerifyStreamURL;  // the stream as listeners get it; "": its titles are not looked at
 };
 
 SettingList EncoderSettingList();
@@ -70,6 +71,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::string GetInformationString() const override;
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
+  std::vector<PublicPlace> PublicPlaces() const override;
 
   // The bytes that bring one title to a streaming server.
   // The title as it stands in the request of a SHOUTcast server.
@@ -97,6 +99,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   IcecastWatch watch_;
   Epoch run_;  // from a start to the stop
   bool mayPass_ = true;
+  std::string shownTitle_;
 };
 
 }  // namespace zeb

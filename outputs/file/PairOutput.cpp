@@ -43,6 +43,7 @@ void PairOutput::RemoveUpdateFile(int number) {
 void PairOutput::PairsChanged() {
   ownNames_.Set(pairs_);
   problems_.clear();
+  shownPages_.clear();
   pairsEpoch_.Next();
 }
 
@@ -70,6 +71,20 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
   for (const auto& [pair, reason] : problems_)
     problems.push_back({pair < pairs_.size() ? pairs_[pair].DestinationFileName() : std::string(), reason});
   return problems;
+}
+
+Shown PairOutput::LastShown() const {
+  Shown shown;
+  for (const auto& [pair, page] : shownPages_) shown.pages.push_back(page);
+  return shown;
+}
+
+std::vector<PublicPlace> PairOutput::PublicPlaces() const {
+  std::vector<PublicPlace> places;
+  for (const auto& [pair, page] : shownPages_)
+    if (pair < pairs_.size() && !pairs_[pair].VerifyURL.empty())
+      places.push_back({PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest, page.firstLines});
+  return places;
 }
 
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {

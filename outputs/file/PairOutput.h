@@ -50,6 +50,9 @@ class PairOutput : public clsZEBTemplate, public PairSwitches {
   std::string SettingsText() const override;
   // Each failing pair by its destination. A pair's failure is kept until that pair has been published again.
   std::vector<Problem> Problems() const override;
+  // The page of each pair that has been published.
+  Shown LastShown() const override;
+  std::vector<PublicPlace> PublicPlaces() const override;
 
  protected:
   const std::vector<clsFileParameters>& Pairs() const { return pairs_; }
@@ -66,6 +69,7 @@ class PairOutput : public clsZEBTemplate, public PairSwitches {
   Epoch::Mark PairsMark() const { return pairsEpoch_.Now(); }
   // An empty reason: the pair is all right. `pair` counts from 0.
   void KeepProblem(std::size_t pair, const std::string& reason);
+  void KeepShown(std::size_t pair, Shown::Page page) { shownPages_[pair] = std::move(page); }
   std::size_t FailingPairs() const { return problems_.size(); }
 
  private:
@@ -77,6 +81,7 @@ class PairOutput : public clsZEBTemplate, public PairSwitches {
   PublishedNames::Entry ownNames_;
   UploadFileList uploadFiles_;
   std::map<std::size_t, std::string> problems_;
+  std::map<std::size_t, Shown::Page> shownPages_;
   Epoch pairsEpoch_;
 };
 

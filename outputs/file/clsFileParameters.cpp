@@ -30,6 +30,7 @@ constexpr auto kRows = std::to_array<SettingRow<S>>({
     {.name = "UpdateRulesFlags", .member = &S::UpdateRulesFlags, .entry = {.least = 0, .most = 63}},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyURL", &S::VerifyURL},
 });
 constexpr SettingTable<S> kTable{kRows};
 

@@ -26,6 +26,7 @@ struct PairSettings {
   bool AddNoCache = true;
   std::string SimpleTextFormat{kDefaultSimpleTextFormat};
   std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string VerifyURL;     // where the public sees the page; "": it is not looked at
 };
 
 class clsFileParameters : public PairSettings {

@@ -54,6 +54,7 @@ constexpr SettingRow<S> kRows[] = {
     {"CharacterSet", &S::characterSet},
     {"UseTLS", &S::UseTLS, StoredAs::kNumber},
     {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyURL", &S::VerifyURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -131,7 +132,16 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_ = requests_.Problem();
   mayPass_ = requests_.MayPass();
   counted_ = true;
+  if (requests_.Taken() > 0) {
+    shown_.text = ShownText(requests_.TakenText(pieces));
+    shownTitle_ = (*snapshot).currentItem->ItemName;
+  }
   return requests_.Taken() > 0;
+}
+
+std::vector<PublicPlace> clsZEBHTTPOutput::PublicPlaces() const {
+  if (settings.VerifyURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kTitle, settings.VerifyURL, "", shownTitle_}};
 }
 
 clsZEBTemplate::Tally clsZEBHTTPOutput::LastTally() const {

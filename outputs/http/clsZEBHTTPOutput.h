@@ -41,6 +41,7 @@ struct HTTPSettings {
   CharacterSet characterSet = CharacterSet::kUtf8;
   bool UseTLS = false;
   std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string VerifyURL;     // where the public sees the item's title; "": it is not looked at
 };
 
 SettingList HTTPSettingList();
@@ -62,6 +63,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
   Tally LastTally() const override;
+  std::vector<PublicPlace> PublicPlaces() const override;
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
@@ -84,6 +86,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool counted_ = false;  // the last run was not cut short, so the requests' counts are its tally
   std::string lastWarning_;
   std::string lastReply_;
+  std::string shownTitle_;
 };
 
 }  // namespace zeb

@@ -223,6 +223,7 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
   if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
+  if (sent == Sent::kWhole) shown_.text = ShownText(text + appended);
   return sent == Sent::kWhole;
 }
 

@@ -81,6 +81,7 @@ bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const auto run = std::make_shared<WebUpload>(environment_, lane_, server_, order);
   run_ = run;
   run->Run();
+  progress_.reset();
   if (run->Cancelled())
     server_.Close();  // the end of the update may not be called any more
   else
@@ -195,7 +196,10 @@ WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
   order.alwaysCopy = AlwaysCopyFiles;
   order.media = Media();
   order.names = Names();
-  order.onProgress = onProgress;
+  order.onProgress = [this](int percent) {
+    progress_ = percent;
+    if (const auto tell = onProgress) tell(percent);
+  };
   order.onStatus = [this](std::int32_t status, const std::string& text) {
     lastError_ = text;
     SetStatus(status);
@@ -217,6 +221,8 @@ void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
     ++(published ? tally.published : tally.failed);
     if (!published) failedPages_.insert(page.pair);
     if (samePairs && tried != run.pages.end()) KeepProblem(page.pair, tried->second);
+    const auto shown = run.shown.find(page.pair);
+    if (samePairs && shown != run.shown.end()) KeepShown(page.pair, shown->second);
   }
   failedAdditional_ = run.failedAdditional;
   if (run.Cancelled()) return;

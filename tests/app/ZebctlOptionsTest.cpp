@@ -12,6 +12,26 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+void ShowPublisher(const PublisherOptions& options, std::ostream& out) {
+  if (const auto* status = std::get_if<StatusOptions>(&options)) {
+    out << "status " << status->json << status->watch;
+  } else if (const auto* update = std::get_if<UpdateOptions>(&options)) {
+    out << "update " << update->service;
+  } else if (const auto* set = std::get_if<ByHandOptions>(&options)) {
+    const char* const ways[] = {"", "here ", "link "};
+    out << ways[static_cast<int>(set->way)] << set->send.host << ' ' << set->send.port << ' '
+        << set->send.name;
+    for (const std::string& message : set->send.messages) out << " [" << message << ']';
+    if (set->service != 1) out << ' ' << set->service;
+  } else if (const auto* station = std::get_if<StationOptions>(&options)) {
+    out << static_cast<int>(station->action) << ' ' << station->service << " [" << station->name << "] "
+        << NameOf(station->type) << station->output << (station->json ? " json" : "");
+    for (const auto& [name, value] : station->values) out << " [" << name << "=" << value << ']';
+  } else {
+    out << "password";
+  }
+}
+
 // What was read, in one line.
 std::string Shown(const Words& words) {
   const auto read = ReadZebctlOptions(words);
@@ -31,6 +51,8 @@ std::string Shown(const Words& words) {
   } else if (const auto* send = std::get_if<SendOptions>(&options.command)) {
     out << send->host << ' ' << send->port << ' ' << send->name;
     for (const std::string& message : send->messages) out << " [" << message << ']';
+  } else if (const auto* publisher = std::get_if<PublisherOptions>(&options.command)) {
+    ShowPublisher(*publisher, out);
   } else {
     const auto& expand = std::get<ExpandOptions>(options.command);
     out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
@@ -104,7 +126,7 @@ TEST(ZebctlOptions, ReadsEntriesByHand) {
        {{"set", "show", "--reference", "17", "--title", "Drive FULLNAME=x"},
         sent + "[SET_SHOW  Show=\"17\" Title=\"Drive FULLNAME{3D}x\"]"},
        {{"set", "next", "--host", "h", "--port", "6903", "--controller", "me"},
-        "h 6903 me [SET_NEXT_ITEM  IType=7]"}});
+        "link h 6903 me [SET_NEXT_ITEM  IType=7]"}});
 }
 
 TEST(ZebctlOptions, ReadsPreviews) {
@@ -119,7 +141,9 @@ TEST(ZebctlOptions, ReadsPreviews) {
 TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
-      {{{}, "a command is missing: settings, send, set or expand (zebctl --help)"},
+      {{{},
+        "a command is missing: settings, send, set, expand, status, update, dashboard, service or output "
+        "(zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
@@ -212,6 +236,44 @@ TEST(LabelServerOptions, ReadsItsLine) {
   };
   for (const Case& c : wrong)
     EXPECT_EQ(ReadLabelServerOptions(c.words).Reason(), c.shown + " (zeb-labelserver --help)");
+}
+
+TEST(ZebctlOptions, ReadsWhatIsDoneToThePublisherHere) {
+  Check({
+      {{"status"}, "status 00"},
+      {{"status", "--json", "--watch"}, "status 11"},
+      {{"update"}, "update 0"},
+      {{"update", "3"}, "update 3"},
+      {{"dashboard", "password"}, "password"},
+      {{"set", "show", "--reference", "4", "--service", "2"},
+       "here 127.0.0.1 6901 zebctl [SET_SHOW  Show=\"4\" Title=\"\"] 2"},
+      {{"update", "0"}, "SERVICE takes the number of a service, not '0' (zebctl update --help)"},
+      {{"set", "next", "--service", "2", "--port", "6902"},
+       "--service is of this machine's zebd; with --host or --port the port says which service"},
+  });
+}
+
+TEST(ZebctlOptions, ReadsStationsAndOutputs) {
+  Check({
+      {{"service", "list"}, "0 0 [] File0"},
+      {{"service", "list", "--json"}, "0 0 [] File0 json"},
+      {{"service", "add", "A B"}, "1 0 [A B] File0"},
+      {{"service", "add", "A", "X=1", "Y=a=b", "Z="}, "1 0 [A] File0 [X=1] [Y=a=b] [Z=]"},
+      {{"service", "remove", "2"}, "2 2 [] File0"},
+      {{"service", "rename", "2", "C"}, "3 2 [C] File0"},
+      {{"output", "list", "1"}, "4 1 [] File0"},
+      {{"output", "add", "1", "http", "URL=/x"}, "5 1 [] HTTP0 [URL=/x]"},
+      {{"output", "remove", "1", "dab12"}, "6 1 [] DAB12"},
+      {{"output", "add", "1", "RDS"},
+       "TYPE takes one of Web, Encoder, File, DAB, HTTP, Serial, not 'RDS' (zebctl output add --help)"},
+      {{"output", "add", "1", "File", "=x"},
+       "SETTING=VALUE takes settings as NAME=VALUE, not '=x' (zebctl output add --help)"},
+      {{"output", "remove", "1", "File"},
+       "OUTPUT takes an output such as File1, not 'File' (zebctl output remove --help)"},
+      {{"output", "remove", "1", "File0"},
+       "OUTPUT takes an output such as File1, not 'File0' (zebctl output remove --help)"},
+      {{"service", "rename", "2"}, "service rename needs NAME (zebctl service rename --help)"},
+  });
 }
 
 }  // namespace
