@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "dashboard/PageRoutes.h"
+#include "dashboard/TestRoute.h"
 
 namespace zeb {
 
@@ -15,6 +16,7 @@ ControlRoom::ControlRoom(Environment& environment, LocalSockets& localSockets,
       dashboard_(environment, localSockets, std::move(secrets)) {
   AddPageRoutes(dashboard_.Routes());
   routes_.AddTo(dashboard_.Routes());
+  AddTestRoute(dashboard_.Routes(), stations_);
   dashboard_.AddEvents("/api/v1/events", events_.Hub());
 }
 

@@ -16,8 +16,8 @@ struct CheckedSetting {
   std::string text;  // as it is stored: "1" for "yes", a word in its usual spelling
 };
 
-// `of` is whose settings they are: "a File output". A name that there is not, and a value that is none, is a
-// failure that says what is possible. Whether a file is there is not looked at.
+// `of` is whose settings they are: "the File output". A name that there is not, and a value that is none, is
+// a failure that says what is possible. Whether a file is there is not looked at.
 Result<CheckedSetting> CheckSetting(const SettingList& list, std::string_view of, std::string_view name,
                                     std::string_view value);
 

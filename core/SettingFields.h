@@ -71,8 +71,8 @@ std::string SettingText(const std::string& value);
 std::string SettingText(std::int32_t value);
 std::string SettingText(bool value);
 std::string SettingText(CharacterSet value);
-// What the members are at first. Not inlined: g++ 12 else sees a struct that is smaller than a text, and warns
-// of the text that it cannot hold.
+// What the members are at first. Not inlined: g++ 12 else sees a struct that is smaller than a text, and
+// warns of the text that it cannot hold.
 template <class S>
 [[gnu::noinline]] const S& DefaultsOf() {
   static const S defaults{};

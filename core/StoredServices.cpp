@@ -35,7 +35,8 @@ std::optional<NumberPlace> OutputNumberIn(std::string_view name) {
   constexpr std::string_view kPairStart = "Output";
   if (EqualIgnoringAsciiCase(name.substr(0, kPairStart.size()), kPairStart)) {
     const std::size_t end = std::min(name.find_first_not_of(kDigits, kPairStart.size()), name.size());
-    if (end < name.size() && name[end] == '.') return NumberAt(name, kPairStart.size(), end - kPairStart.size());
+    if (end < name.size() && name[end] == '.')
+      return NumberAt(name, kPairStart.size(), end - kPairStart.size());
   }
   const std::size_t last = name.find_last_not_of(kDigits);
   const std::size_t at = last == std::string_view::npos ? 0 : last + 1;
@@ -74,9 +75,11 @@ Result<int> StoredServices::Add() {
     return Failure{"there are " + std::to_string(kMaxServices) + " services already, which is the most"};
   const std::string name = "Service" + std::to_string(number);
   if (hive_.KeyExists(Key(number)))
-    return Failure{"the settings still hold a " + name + ", which is not among the services: `zebctl settings "
-                   "delete " + name + "` removes it, `zebctl settings set '' NumberServices " +
-                   std::to_string(number) + " --number` brings it back"};
+    return Failure{"the settings still hold a " + name +
+                   ", which is not among the services: `zebctl settings "
+                   "delete " +
+                   name + "` removes it, `zebctl settings set '' NumberServices " + std::to_string(number) +
+                   " --number` brings it back"};
   WriteNumberServices(hive_, root_, number);
   return number;
 }

@@ -18,8 +18,8 @@
 
 #include "core/OutputTypes.h"
 #include "core/ServiceEvents.h"
-#include "core/SettingFields.h"
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "core/UpdateCycle.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"

@@ -18,7 +18,8 @@ namespace {
 
 using S = ServiceSettings;
 using Row = SettingRow<ServiceSettings>;
-constexpr std::string_view kSourceTypes = "0|11|12|51";  // the control link, and the files of sources/ZEB_FN.h
+constexpr std::string_view kSourceTypes =
+    "0|11|12|51";  // the control link, and the files of sources/ZEB_FN.h
 constexpr std::int32_t kMostControlPort = 65535 - 6900;  // counted from 6900 on
 constexpr SettingEntry kCartLineEntry{.least = 0, .most = 3};
 constexpr auto kRows = std::to_array<Row>({

@@ -17,6 +17,7 @@ namespace zeb {
 namespace {
 
 constexpr std::string_view kServiceName = "ServiceName";
+constexpr std::string_view kControlPort = "TolvanTCPControlPort";
 
 Outcome CheckName(const std::string& name) {
   if (TrimBlanks(name).empty()) return Failure{"a service needs a name"};
@@ -49,9 +50,7 @@ struct ServiceEntry::Value {
   CheckedSetting setting;
   int pair = 0;  // 0: of the output itself, or of a service
 
-  std::string Name() const {
-    return std::string(setting.info.name) + (pair > 0 ? std::to_string(pair) : "");
-  }
+  std::string Name() const { return std::string(setting.info.name) + (pair > 0 ? std::to_string(pair) : ""); }
 };
 
 Result<EnteredSetting> SplitEntered(const std::string& text) {
@@ -122,7 +121,7 @@ Outcome CheckPairs(const std::set<std::string>& given, int pairs) {
 Result<std::vector<ServiceEntry::Value>> ServiceEntry::CheckOutput(OutputType type,
                                                                    const Settings& settings) const {
   const OutputSettings there = SettingsOf(type);
-  const std::string of = "a " + std::string(NameOf(type)) + " output";
+  const std::string of = "the " + std::string(NameOf(type)) + " output";
   SettingList all = there.own;
   all.insert(all.end(), there.ofPair.begin(), there.ofPair.end());
   std::vector<Value> values;
@@ -144,8 +143,22 @@ Result<std::vector<ServiceEntry::Value>> ServiceEntry::CheckOutput(OutputType ty
     pairs = std::max(pairs, pair);
     values.push_back(std::move(value));
   }
+  if (!there.ofPair.empty()) pairs = std::max(pairs, 1);  // without one it would do nothing
   if (const Outcome whole = CheckPairs(given, pairs); !whole) return whole.AsFailure();
   return values;
+}
+
+// A port that another service listens on would stay silent.
+Outcome ServiceEntry::CheckControlPort(const std::vector<Value>& values) const {
+  const auto found = std::find_if(values.begin(), values.end(),
+                                  [](const Value& value) { return value.setting.info.name == kControlPort; });
+  const std::int32_t port = found == values.end() ? 0 : LeadingInteger(found->setting.text);
+  if (port == 0) return {};
+  for (int number = 1; number <= stored_.Count(); ++number)
+    if (hive_.ReadNumber(stored_.Key(number), std::string(kControlPort), 0) == port)
+      return Failure{"control port " + std::to_string(port) + " is that of service " +
+                     std::to_string(number) + " already"};
+  return {};
 }
 
 // ---- Storing
@@ -154,6 +167,7 @@ Result<int> ServiceEntry::AddService(const std::string& name, const Settings& se
   const Result<std::vector<Value>> values = CheckService(name, settings);
   if (!values) return values.AsFailure();
   return Together<Result<int>>([&]() -> Result<int> {
+    if (const Outcome isFree = CheckControlPort(values.Value()); !isFree) return isFree.AsFailure();
     Result<int> number = stored_.Add();
     if (!number) return number;
     for (const Value& value : values.Value())
@@ -186,7 +200,8 @@ Result<OutputName> ServiceEntry::AddOutput(int service, OutputType type, const S
     int pairs = 0;
     for (const Value& value : values.Value()) {
       pairs = std::max(pairs, value.pair);
-      WriteSetting(hive_, key, value.pair > 0 ? pairStart + value.Name() : value.Name() + std::to_string(number),
+      WriteSetting(hive_, key,
+                   value.pair > 0 ? pairStart + value.Name() : value.Name() + std::to_string(number),
                    value.setting);
     }
     if (pairs > 0) hive_.WriteText(key, pairStart + kPairCountName, std::to_string(pairs));

@@ -41,6 +41,7 @@ class ServiceEntry {
   Result<std::vector<Value>> CheckService(const std::string& name, const Settings& settings) const;
   Result<std::vector<Value>> CheckOutput(OutputType type, const Settings& settings) const;
   Outcome CheckFile(const Value& value) const;
+  Outcome CheckControlPort(const std::vector<Value>& values) const;
   template <class Given>
   Given Together(const std::function<Given()>& work);
 

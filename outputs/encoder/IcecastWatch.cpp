@@ -72,9 +72,8 @@ void IcecastWatch::Stop() {
 
 void IcecastWatch::Ask(const std::shared_ptr<Asking>& asking) {
   asking->loop.Start("looking at a stream", [asking] {
-    const ExchangeResult answer =
-        SendRequest(asking->loop, *asking->client, asking->target,
-                    StatusPageRequest(asking->target, asking->mount), asking->mark);
+    const ExchangeResult answer = SendRequest(asking->loop, *asking->client, asking->target,
+                                              StatusPageRequest(asking->target, asking->mount), asking->mark);
     if (!asking->mark.Holds()) return;
     std::string beginning = StreamBeginning(answer.reply, asking->mount);
     if (!beginning.empty()) {

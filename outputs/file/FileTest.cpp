@@ -32,7 +32,8 @@ Outcome TryPlace(FileSystem& files, const std::string& path, const LinkRules& ru
 
 // Nothing: it has not answered in time.
 Outcome InTime(const std::optional<Outcome>& outcome, const std::string& path) {
-  return outcome ? *outcome : Failure{"'" + path + "' has not answered for 10 seconds; check the disk or share"};
+  return outcome ? *outcome
+                 : Failure{"'" + path + "' has not answered for 10 seconds; check the disk or share"};
 }
 
 }  // namespace

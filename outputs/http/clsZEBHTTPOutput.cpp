@@ -41,9 +41,7 @@ Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target) {
 
 using S = HTTPSettings;
 constexpr SettingRow<S> kRows[] = {
-    {.name = "RequestType",
-     .member = &S::RequestType,
-     .entry = {.least = kGetRequest, .most = kPostRequest}},
+    {.name = "RequestType", .member = &S::RequestType, .entry = {.least = kGetRequest, .most = kPostRequest}},
     {"URL", &S::URL},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {"ServerName", &S::ServerName},

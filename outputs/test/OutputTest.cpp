@@ -12,7 +12,8 @@ bool TestSteps::Add(std::string what, const Outcome& outcome, std::string words)
 
 bool TestSteps::HasTime() {
   if (loop_.Monotonic() - begun_ < kTestLimit) return true;
-  if (!std::exchange(overtime_, true)) steps_.push_back({"the rest", false, "not tried, for the test took too long"});
+  if (!std::exchange(overtime_, true))
+    steps_.push_back({"the rest", false, "not tried, for the test took too long"});
   return false;
 }
 

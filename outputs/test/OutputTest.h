@@ -1,6 +1,6 @@
-// OutputTest: one attempt of an output at what it works with, without publishing anything: is the server found,
-// does it let us in, may we write in its folder. Each output has its own test, with a copy of the output's
-// settings and connections of its own, so the running output notices nothing of it.
+// OutputTest: one attempt of an output at what it works with, without publishing anything: is the server
+// found, does it let us in, may we write in its folder. Each output has its own test, with a copy of the
+// output's settings and connections of its own, so the running output notices nothing of it.
 //
 // Everything is bounded: each step takes about ten seconds at the most, and after kTestLimit no further step
 // is begun.

@@ -76,7 +76,8 @@ void WebTest::TryFolder(const std::string& page, TestSteps& steps) {
   if (!steps.Add("looking for '" + page + "'", there, there && there.Value() ? "" : "not there yet")) return;
   if (!steps.HasTime()) return;
   const std::string small = page + kSmallFileEnding;
-  if (!steps.Add("storing '" + small + "'", server_.Upload(std::make_shared<SmallFile>(), small, small, nullptr)))
+  if (!steps.Add("storing '" + small + "'",
+                 server_.Upload(std::make_shared<SmallFile>(), small, small, nullptr)))
     return;
   steps.Add("deleting '" + small + "'", server_.Delete(small));
 }

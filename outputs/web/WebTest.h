@@ -1,5 +1,5 @@
-// WebTest: whether a web output's server is found and reached, lets us in, and lets us store and delete a small
-// file in the folders of the pages.
+// WebTest: whether a web output's server is found and reached, lets us in, and lets us store and delete a
+// small file in the folders of the pages.
 #pragma once
 
 #include <set>

@@ -100,7 +100,7 @@ class QtClient : public TcpClientControl, public QtStreamUser {
   std::weak_ptr<QtStream> leaving_;   // after Close: alive while it still sends
   bool connected_ = false;            // and told so
   Progress reached_ = kNowhere;
-  State idleState_ = kClosed;         // while there is no stream
+  State idleState_ = kClosed;  // while there is no stream
   std::string error_;
 };
 

@@ -27,6 +27,8 @@ void ShowPublisher(const PublisherOptions& options, std::ostream& out) {
     out << static_cast<int>(station->action) << ' ' << station->service << " [" << station->name << "] "
         << NameOf(station->type) << station->output << (station->json ? " json" : "");
     for (const auto& [name, value] : station->values) out << " [" << name << "=" << value << ']';
+  } else if (const auto* test = std::get_if<TestOptions>(&options)) {
+    out << "test " << test->service << ' ' << test->output.Text();
   } else {
     out << "password";
   }
@@ -272,6 +274,9 @@ TEST(ZebctlOptions, ReadsStationsAndOutputs) {
        "OUTPUT takes an output such as File1, not 'File' (zebctl output remove --help)"},
       {{"output", "remove", "1", "File0"},
        "OUTPUT takes an output such as File1, not 'File0' (zebctl output remove --help)"},
+      {{"test", "2", "http3"}, "test 2 HTTP3"},
+      {{"test", "2", "http"}, "OUTPUT takes an output such as File1, not 'http' (zebctl test --help)"},
+      {{"test", "0", "File1"}, "SERVICE takes the number of a service, not '0' (zebctl test --help)"},
       {{"service", "rename", "2"}, "service rename needs NAME (zebctl service rename --help)"},
   });
 }

@@ -1,7 +1,6 @@
-#include "core/EnteredSettings.h"
-
 #include <gtest/gtest.h>
 
+#include "core/EnteredSettings.h"
 #include "core/clsZEBService.h"
 #include "platform/simulated/MemoryHive.h"
 
@@ -53,8 +52,7 @@ TEST(EnteredSettings, AreCheckedAgainstTheirTable) {
       {"Switch", "off", "0", ""},
       {"Switch", "2", "", "Switch takes yes or no (1 or 0), not '2'"},
       {"Set", "ebu latin", "EBU Latin", ""},
-      {"Set", "Latin", "",
-       "Set takes UTF-8, Windows-1252, ISO-8859-1, RDS or EBU Latin, not 'Latin'"},
+      {"Set", "Latin", "", "Set takes UTF-8, Windows-1252, ISO-8859-1, RDS or EBU Latin, not 'Latin'"},
       {"Port", "65535", "65535", ""},
       {"Port", "0", "", "Port takes a whole number from 1 to 65535, not '0'"},
       {"Port", "", "", "Port takes a whole number from 1 to 65535, not ''"},
@@ -64,8 +62,9 @@ TEST(EnteredSettings, AreCheckedAgainstTheirTable) {
       {"Escape", "", "", ""},
       {"Escape", "htm", "", "Escape takes html, xml, json or auto, or nothing, not 'htm'"},
       {"Tekst", "", "", "a thing has no setting 'Tekst': did you mean Text?"},
-      {"Own", "1", "", "a thing has no setting 'Own': there are Text, Number, Held, Kind, Switch, Set, Port, "
-                       "Most, Escape and Password"},
+      {"Own", "1", "",
+       "a thing has no setting 'Own': there are Text, Number, Held, Kind, Switch, Set, Port, "
+       "Most, Escape and Password"},
   };
   for (const auto& c : cases) {
     const Result<CheckedSetting> checked = CheckSetting(List(), "a thing", c.name, c.value);
@@ -76,7 +75,8 @@ TEST(EnteredSettings, AreCheckedAgainstTheirTable) {
 
 TEST(EnteredSettings, AreStoredAsTheirTableSays) {
   MemoryHive hive;
-  for (const auto& [name, value] : {std::pair{"Switch", "no"}, {"Set", "utf-8"}, {"Held", "7"}, {"Kind", "2"}})
+  for (const auto& [name, value] :
+       {std::pair{"Switch", "no"}, {"Set", "utf-8"}, {"Held", "7"}, {"Kind", "2"}})
     WriteSetting(hive, "K", name + std::string("4"), CheckSetting(List(), "a thing", name, value).Value());
   Things read;
   ReadSettings(hive, "K", "4", SettingTable<Things>(kRows), read);
@@ -85,7 +85,8 @@ TEST(EnteredSettings, AreStoredAsTheirTableSays) {
   EXPECT_EQ(read.Held, 7);
   EXPECT_EQ(read.Kind, 2);
   for (const SettingsValue& value : hive.Values("K"))
-    EXPECT_EQ(std::holds_alternative<std::uint32_t>(value.data), value.name == "Switch4" || value.name == "Kind4")
+    EXPECT_EQ(std::holds_alternative<std::uint32_t>(value.data),
+              value.name == "Switch4" || value.name == "Kind4")
         << value.name;
 }
 

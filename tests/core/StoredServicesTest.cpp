@@ -1,9 +1,8 @@
-#include "core/StoredServices.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 
+#include "core/StoredServices.h"
 #include "platform/simulated/MemoryHive.h"
 
 namespace zeb {
@@ -23,7 +22,8 @@ class StoredServicesTest : public testing::Test {
 
 TEST_F(StoredServicesTest, MoveDownWithAllThatIsBelowThem) {
   hive.WriteNumber(kRoot, "NumberServices", 3);
-  for (const char* number : {"1", "2", "3"}) hive.WriteText(Key(std::string("Service") + number), "ServiceName", number);
+  for (const char* number : {"1", "2", "3"})
+    hive.WriteText(Key(std::string("Service") + number), "ServiceName", number);
   hive.WriteText(Key("Service2\\File"), "Only", "2");
   hive.WriteText(Key("Service3\\Pager\\Deep"), "X", "3");
   ASSERT_TRUE(stored.Remove(1));
@@ -58,13 +58,20 @@ TEST_F(StoredServicesTest, OutputsAreRenumberedWhateverTheirValuesAreCalled) {
     write(name);
   hive.WriteNumber(key, "DelaySeconds3", 25);
   ASSERT_TRUE(stored.RemoveOutput(1, {OutputType::kWeb, 2}));
-  const std::map<std::string, std::string> expected = {
-      {"NumberOutputs", "11"},           {"UpdateInterval", "60"},
-      {"FTPServerName1", "FTPServerName1"}, {"FTPServerName2", "FTPServerName3"},
-      {"FTPServerName11", "FTPServerName12"}, {"Output2.SourceFileName2", "Output3.SourceFileName2"},
-      {"Output11.NumberFiles", "Output12.NumberFiles"}, {"Output2.Of3a", "Output3.Of3a"},
-      {"WME7Name2", "WME7Name3"}, {"Newer2", "Newer3"}, {"Odd03", "Odd03"}, {"Output", "Output"},
-      {"2", "3"}, {"DelaySeconds2", "25"}};
+  const std::map<std::string, std::string> expected = {{"NumberOutputs", "11"},
+                                                       {"UpdateInterval", "60"},
+                                                       {"FTPServerName1", "FTPServerName1"},
+                                                       {"FTPServerName2", "FTPServerName3"},
+                                                       {"FTPServerName11", "FTPServerName12"},
+                                                       {"Output2.SourceFileName2", "Output3.SourceFileName2"},
+                                                       {"Output11.NumberFiles", "Output12.NumberFiles"},
+                                                       {"Output2.Of3a", "Output3.Of3a"},
+                                                       {"WME7Name2", "WME7Name3"},
+                                                       {"Newer2", "Newer3"},
+                                                       {"Odd03", "Odd03"},
+                                                       {"Output", "Output"},
+                                                       {"2", "3"},
+                                                       {"DelaySeconds2", "25"}};
   std::map<std::string, std::string> found;
   for (const SettingsValue& value : hive.Values(key)) found[value.name] = hive.ReadText(key, value.name, "");
   EXPECT_EQ(found, expected);
@@ -101,16 +108,17 @@ TEST_F(StoredServicesTest, WhatIsNotThereIsToldWithWhatIs) {
 TEST(OutputName, IsATypeAndANumber) {
   const struct {
     std::string text, name;
-  } cases[] = {{"File1", "File1"}, {"http12", "HTTP12"}, {"dab3", "DAB3"}, {"File", ""}, {"File0", ""},
-               {"Fil1", ""},       {"1", ""},            {"", ""},         {"File1x", ""}, {"File-1", ""},
-               {"RDS1", ""},       {"File99999999999", ""}};
+  } cases[] = {{"File1", "File1"}, {"http12", "HTTP12"}, {"dab3", "DAB3"}, {"File", ""},
+               {"File0", ""},      {"Fil1", ""},         {"1", ""},        {"", ""},
+               {"File1x", ""},     {"File-1", ""},       {"RDS1", ""},     {"File99999999999", ""}};
   for (const auto& c : cases) {
     const Result<OutputName> name = ParseOutputName(c.text);
     EXPECT_EQ(name ? name.Value().Text() : "", c.name) << c.text;
   }
-  EXPECT_EQ(ParseOutputName("Fiel2").Reason(),
-            "'Fiel2' is no output: write its type (Web, Encoder, File, DAB, HTTP or Serial) and its number, as in "
-            "File1");
+  EXPECT_EQ(
+      ParseOutputName("Fiel2").Reason(),
+      "'Fiel2' is no output: write its type (Web, Encoder, File, DAB, HTTP or Serial) and its number, as in "
+      "File1");
 }
 
 }  // namespace

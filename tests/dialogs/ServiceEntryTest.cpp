@@ -1,10 +1,9 @@
-#include "dialogs/ServiceEntry.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 
 #include "core/EnteredSettings.h"
+#include "dialogs/ServiceEntry.h"
 #include "outputs/OutputTable.h"
 #include "platform/simulated/TestEnvironment.h"
 
@@ -29,7 +28,8 @@ class ServiceEntryTest : public testing::Test {
   std::map<std::string, std::string> Values(const std::string& below) {
     std::map<std::string, std::string> values;
     const std::string key = t.environment.ServiceKey(1) + below;
-    for (const SettingsValue& value : t.hive.Values(key)) values[value.name] = t.hive.ReadText(key, value.name, "");
+    for (const SettingsValue& value : t.hive.Values(key))
+      values[value.name] = t.hive.ReadText(key, value.name, "");
     return values;
   }
   TestEnvironment t;
@@ -38,6 +38,8 @@ class ServiceEntryTest : public testing::Test {
 
 TEST_F(ServiceEntryTest, AServiceIsMadeRenamedAndRemoved) {
   EXPECT_EQ(entry.AddService("Demo FM", Entered({"TolvanTCPControlPort=1", "InstantUpdate=yes"})).Value(), 1);
+  EXPECT_EQ(entry.AddService("Twin", Entered({"TolvanTCPControlPort=1"})).Reason(),
+            "control port 1 is that of service 1 already");
   EXPECT_EQ(entry.AddService("Other", {}).Value(), 2);
   EXPECT_EQ(Service(1, "ServiceName"), "Demo FM");
   EXPECT_EQ(Service(1, "TolvanTCPControlPort"), "1");
@@ -69,10 +71,11 @@ TEST_F(ServiceEntryTest, WhatIsWrongOfAServiceStoresNothing) {
 
 TEST_F(ServiceEntryTest, AnOutputTakesTheNamesOfTheManual) {
   ASSERT_TRUE(entry.AddService("Demo FM", {}));
-  EXPECT_EQ(entry.AddOutput(1, OutputType::kFile, Entered({"SourceFileName1=now.html", "DestinationFileName1=/x/a",
-                                                           "SourceFileName2=/etc/zeb/now.txt",
-                                                           "DestinationFileName2=/x/b=c", "addnocache2=no",
-                                                           "CopyAdditionalFiles=on", "DelaySeconds=25"}))
+  EXPECT_EQ(entry
+                .AddOutput(1, OutputType::kFile,
+                           Entered({"SourceFileName1=now.html", "DestinationFileName1=/x/a",
+                                    "SourceFileName2=/etc/zeb/now.txt", "DestinationFileName2=/x/b=c",
+                                    "addnocache2=no", "CopyAdditionalFiles=on", "DelaySeconds=25"}))
                 .Value()
                 .Text(),
             "File1");
@@ -101,20 +104,26 @@ TEST_F(ServiceEntryTest, WhatIsWrongOfAnOutputStoresNothing) {
     std::vector<std::string> settings;
     std::string reason;
   } cases[] = {
-      {http, {"ServrName=x"}, "a HTTP output has no setting 'ServrName': did you mean ServerName or ServerPort?"},
-      {http, {"ServerName1=x"}, "a HTTP output has no setting 'ServerName1': did you mean ServerName?"},
+      {http, {"ServrName=x"}, "the HTTP output has no setting 'ServrName': did you mean ServerName?"},
+      {http, {"ServerName1=x"}, "the HTTP output has no setting 'ServerName1': did you mean ServerName?"},
       {http, {"URL=a", "url=b"}, "URL is given twice"},
       {http, {"URL=a", "ServerPort=0"}, "ServerPort takes a whole number from 1 to 65535, not '0'"},
       {http, {"DelaySeconds=3601"}, "DelaySeconds takes a whole number from 0 to 3600, not '3601'"},
-      {file, {"SourceFileName1=gone.html", "DestinationFileName1=/x"},
+      {file,
+       {"SourceFileName1=gone.html", "DestinationFileName1=/x"},
        "SourceFileName1: there is no file '/data/gone.html', or it cannot be reached"},
       {file, {"SourceFileName1=/pipe", "DestinationFileName1=/x"}, "SourceFileName1: '/pipe' is no file"},
       {file, {"SourceFileName1=now.html"}, "pair 1 has no DestinationFileName1"},
       {file, {"SourceFileName2=now.html", "DestinationFileName2=/x"}, "pair 1 has no SourceFileName1"},
-      {file, {"SourceFileName=now.html"}, "SourceFileName is of one pair: write SourceFileName1 for the first"},
-      {file, {"SourceFileName1001=now.html"},
+      {file,
+       {"SourceFileName=now.html"},
+       "SourceFileName is of one pair: write SourceFileName1 for the first"},
+      {file,
+       {"SourceFileName1001=now.html"},
        "an output has 1000 pairs at the most, so there is no SourceFileName1001"},
-      {file, {"RefreshTagSeconds1=9999"}, "RefreshTagSeconds takes a whole number from 0 to 3600, not '9999'"},
+      {file,
+       {"SourceFileName1=now.html", "DestinationFileName1=/x", "RefreshTagSeconds1=9999"},
+       "RefreshTagSeconds takes a whole number from 0 to 3600, not '9999'"},
   };
   for (const auto& c : cases) {
     const Result<OutputName> added = entry.AddOutput(1, c.type, Entered(c.settings));
@@ -146,18 +155,23 @@ TEST_F(ServiceEntryTest, EverySettingOfEveryTypeIsReadByItsOutput) {
   for (const OutputType type : kOutputTypesOffered) {
     for (const SettingInfo& info : SettingsOf(type).own) {
       EXPECT_FALSE(info.name.empty() || (info.name.back() >= '0' && info.name.back() <= '9')) << info.name;
-      if (info.name == "DelaySeconds" || info.entry.is == SettingIs::kNeededFile) continue;  // not the output's
+      if (info.name == "DelaySeconds" || info.entry.is == SettingIs::kNeededFile)
+        continue;  // not the output's
       std::string value = info.byDefault == "1" ? "0" : "1";
       if (info.kind == SettingInfo::Kind::kCharacterSet) value = "EBU Latin";
-      if (!info.entry.words.empty()) value = std::string(info.entry.words.substr(info.entry.words.rfind('|') + 1));
+      if (!info.entry.words.empty())
+        value = std::string(info.entry.words.substr(info.entry.words.rfind('|') + 1));
       if (!CheckSetting({info}, "it", info.name, value)) value = "2";
       const OutputPtr before = make(type), after = make(type);
       before->GetOutputInformation(1, 999);
-      const Result<OutputName> added =
-          entry.AddOutput(1, type, {{std::string(info.name), value}});
+      ServiceEntry::Settings settings = {{std::string(info.name), value}};
+      if (!SettingsOf(type).ofPair.empty())
+        settings.insert(settings.end(), {{"SourceFileName1", "now.html"}, {"DestinationFileName1", "/x"}});
+      const Result<OutputName> added = entry.AddOutput(1, type, settings);
       ASSERT_TRUE(added) << added.Reason();
       after->GetOutputInformation(1, added.Value().number);
-      EXPECT_NE(before->SettingsText(), after->SettingsText()) << NameOf(type) << " " << info.name << "=" << value;
+      EXPECT_NE(before->SettingsText(), after->SettingsText())
+          << NameOf(type) << " " << info.name << "=" << value;
     }
   }
 }

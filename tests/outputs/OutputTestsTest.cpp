@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "outputs/OutputTable.h"
-#include "outputs/file/FileTest.h"
 #include "outputs/dab/clsZEBDABOutput.h"
 #include "outputs/encoder/clsZEBEncoderOutput.h"
+#include "outputs/file/FileTest.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
 #include "outputs/web/clsZEBWebOutput.h"
@@ -31,7 +31,8 @@ class OutputTestsTest : public testing::Test {
       const std::unique_ptr<OutputTest> test = MakeOutputTest(t.environment, type, output);
       ASSERT_TRUE(test);
       const MonotonicTime begun = t.loop.Monotonic();
-      for (const TestStep& step : StepsOf(t.loop, *test)) lines.push_back((step.ok ? "ok " : "no ") + step.Text());
+      for (const TestStep& step : StepsOf(t.loop, *test))
+        lines.push_back((step.ok ? "ok " : "no ") + step.Text());
       seconds = std::chrono::duration<double>(t.loop.Monotonic() - begun).count();
     }));
     return lines;
@@ -64,16 +65,28 @@ TEST_F(OutputTestsTest, AServerIsFoundReachedAndCheckedStepByStep) {
     double most;
   } cases[] = {
       {Behaviour::kNormal, 80, false, {"ok look-up of www", "ok connection to www:80"}, 0},
-      {Behaviour::kNormal, 80, true,
-       {"ok look-up of www", "ok connection to www:443", "ok TLS with www:443"}, 0},
+      {Behaviour::kNormal,
+       80,
+       true,
+       {"ok look-up of www", "ok connection to www:443", "ok TLS with www:443"},
+       0},
       {Behaviour::kUnknownName, 80, false, {"no look-up of www: cannot find the host 'www'"}, 0},
-      {Behaviour::kRefuses, 80, false,
-       {"ok look-up of www", "no connection to www:80: cannot connect to www:80: connection refused"}, 0},
-      {Behaviour::kHangs, 80, false,
-       {"ok look-up of www", "no connection to www:80: no answer within 10 seconds"}, 10},
-      {Behaviour::kWrongCertificate, 80, true,
+      {Behaviour::kRefuses,
+       80,
+       false,
+       {"ok look-up of www", "no connection to www:80: cannot connect to www:80: connection refused"},
+       0},
+      {Behaviour::kHangs,
+       80,
+       false,
+       {"ok look-up of www", "no connection to www:80: no answer within 10 seconds"},
+       10},
+      {Behaviour::kWrongCertificate,
+       80,
+       true,
        {"ok look-up of www", "ok connection to www:443",
-        "no TLS with www:443: cannot connect to www:443: wrong certificate"}, 0},
+        "no TLS with www:443: cannot connect to www:443: wrong certificate"},
+       0},
       {Behaviour::kNormal, 0, false, {"no connection to www:0: a port is a number from 1 to 65535"}, 0},
   };
   for (const auto& c : cases) {
@@ -93,7 +106,8 @@ TEST_F(OutputTestsTest, AnIcecastIsAskedForItsMount) {
     std::string answer;
     std::string step;
   } cases[] = {
-      {"HTTP/1.0 200 OK\r\n\r\n{\"source\":{\"listenurl\":\"http://x:8000/live\",\"stream_start_iso8601\":\"2026-11-"
+      {"HTTP/1.0 200 "
+       "OK\r\n\r\n{\"source\":{\"listenurl\":\"http://x:8000/live\",\"stream_start_iso8601\":\"2026-11-"
        "25T08:00:00Z\"}}",
        "ok source of the mount /live: since 2026-11-25T08:00:00Z"},
       {"HTTP/1.0 200 OK\r\n\r\n{\"icestats\":{}}",
@@ -130,9 +144,13 @@ TEST_F(OutputTestsTest, OfAFileOutputEachPairIsTried) {
   const auto output = Make<clsZEBFileOutput>(OutputType::kFile);
   EXPECT_EQ(Test(OutputType::kFile, *output),
             Lines{"no files: the output has no pair of a template and a file"});
-  for (const auto& [source, place] : std::initializer_list<std::pair<const char*, const char*>>{
-           {"a.html", "/srv/old.html"}, {"a.html", "/srv/new.html"}, {"gone.html", "/srv/b"},
-           {"a.html", "/closed/page"}, {"a.html", "/nowhere/page"}, {"a.html", ""}})
+  for (const auto& [source, place] :
+       std::initializer_list<std::pair<const char*, const char*>>{{"a.html", "/srv/old.html"},
+                                                                  {"a.html", "/srv/new.html"},
+                                                                  {"gone.html", "/srv/b"},
+                                                                  {"a.html", "/closed/page"},
+                                                                  {"a.html", "/nowhere/page"},
+                                                                  {"a.html", ""}})
     output->AddUpdateFile(Pair(source, place));
   const Lines lines = Test(OutputType::kFile, *output);
   ASSERT_EQ(lines.size(), 12U);
@@ -161,9 +179,10 @@ TEST_F(OutputTestsTest, AShareThatHangsEndsTheTestInTime) {
   };
   const auto output = Make<clsZEBFileOutput>(OutputType::kFile);
   for (int i = 0; i < 5; ++i) output->AddUpdateFile(Pair("a.html", "/srv/a"));
-  EXPECT_EQ(Test(OutputType::kFile, *output),
-            Lines{"no template '/data/a.html': '/data/a.html' has not answered for 10 seconds; check the disk or "
-                  "share"});
+  EXPECT_EQ(
+      Test(OutputType::kFile, *output),
+      Lines{"no template '/data/a.html': '/data/a.html' has not answered for 10 seconds; check the disk or "
+            "share"});
   EXPECT_EQ(seconds, 10);
 }
 
@@ -172,7 +191,8 @@ TEST_F(OutputTestsTest, AnFtpServerIsTriedUpToTheRights) {
   const auto output = Make<clsZEBWebOutput>(OutputType::kWeb);
   output->settings.FTPServerName = "ftp";
   output->settings.FTPUsername = "radio";
-  for (const char* page : {"/www/now.htm", "/www/next.htm", "/w/now.htm"}) output->AddUpdateFile(Pair("a", page));
+  for (const char* page : {"/www/now.htm", "/www/next.htm", "/w/now.htm"})
+    output->AddUpdateFile(Pair("a", page));
   ftp.files["/www/now.htm"] = "on air";
   const Lines begin = {"ok look-up of ftp", "ok connection to ftp:21"};
   const auto expect = [&](Lines steps) {
@@ -180,8 +200,9 @@ TEST_F(OutputTestsTest, AnFtpServerIsTriedUpToTheRights) {
     EXPECT_EQ(Test(OutputType::kWeb, *output), steps);
     EXPECT_EQ(ftp.files.size(), 1U);  // nothing stays there
   };
-  expect({"ok log-on as 'radio'", "ok looking for '/w/now.htm': not there yet", "ok storing '/w/now.htm.zebtest'",
-          "ok deleting '/w/now.htm.zebtest'", "ok looking for '/www/now.htm'", "ok storing '/www/now.htm.zebtest'",
+  expect({"ok log-on as 'radio'", "ok looking for '/w/now.htm': not there yet",
+          "ok storing '/w/now.htm.zebtest'", "ok deleting '/w/now.htm.zebtest'",
+          "ok looking for '/www/now.htm'", "ok storing '/www/now.htm.zebtest'",
           "ok deleting '/www/now.htm.zebtest'"});
   ftp.fail = [](const std::string& operation, const std::string&) {
     return operation == "Connect" ? "530 Login incorrect." : "";
@@ -197,7 +218,8 @@ TEST_F(OutputTestsTest, AnFtpServerIsTriedUpToTheRights) {
     if (operation == "Connect") t.loop.Wait(std::chrono::hours(1));
     return "";
   };
-  EXPECT_EQ(Test(OutputType::kWeb, *output).back(), "no log-on as 'radio': logging on: 'ftp' has not answered for 15 s");
+  EXPECT_EQ(Test(OutputType::kWeb, *output).back(),
+            "no log-on as 'radio': logging on: 'ftp' has not answered for 15 s");
   EXPECT_LE(seconds, 30);
 }
 
@@ -221,7 +243,8 @@ TEST_F(OutputTestsTest, ASerialPortIsOpenedUnlessTheOutputHasIt) {
   EXPECT_EQ(ports.made.size(), 2U);
   t.environment.serialPorts = nullptr;
   output->StopOutput();
-  EXPECT_EQ(Test(OutputType::kSerial, *output).back(), "no opening " + port + ": this program has no serial ports");
+  EXPECT_EQ(Test(OutputType::kSerial, *output).back(),
+            "no opening " + port + ": this program has no serial ports");
 }
 
 TEST_F(OutputTestsTest, ALabelServerIsLoggedOnTo) {
