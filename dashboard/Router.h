@@ -38,6 +38,8 @@ class Router {
   // Answers with the reply when it likes.
   void AddLater(std::string method, std::string_view pattern, Need need, Handler handler);
 
+  const std::vector<Route>& All() const { return routes_; }
+
   struct Found {
     const Route* route = nullptr;
     std::string allow;  // the methods that there are when the path is right and the method is not

@@ -4,6 +4,7 @@
 #include <boost/json/array.hpp>
 #include <boost/json/serialize.hpp>
 #include <chrono>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -198,8 +199,8 @@ HttpAnswer StationRoutes::List(const HttpRequest& request) {
   answer.body.pop_back();
   answer.body += ",\"services\":[";
   std::string& body = answer.body;
-  const int last = *count > stations_.Count() ? stations_.Count() : *from + *count - 1;
-  ForEach(*from, last, [&](int number) {
+  const auto last = std::min<std::int64_t>(std::int64_t{*from} + *count - 1, stations_.Count());
+  ForEach(*from, static_cast<int>(last), [&](int number) {
     if (number > *from) body += ',';
     body += boost::json::serialize(zeb::JsonOf(stations_.State(number), loop_.UtcOffset()));
     return body.size() <= kMostAnswerBytes;

@@ -159,6 +159,8 @@ TEST_F(ControlRoomTest, ListsComeInParts) {
   EXPECT_EQ(numbers("?from=2"), "2");
   EXPECT_EQ(numbers("?from=1&count=1"), "1");
   EXPECT_EQ(numbers("?from=3"), "");
+  EXPECT_EQ(numbers("?from=2147483647&count=2147483647"), "");
+  EXPECT_NE(Ask(Get("/metrics")).body.find("service=\"Station 2\""), std::string::npos);
 }
 
 TEST_F(ControlRoomTest, TemplatesAreTriedAgainstThePresentItems) {
