@@ -51,11 +51,11 @@ void RunningStations::Reload() {
   reload_();
 }
 
-Result<std::vector<TestStep>> RunningStations::Test(int number, const OutputName& output) {
+std::optional<Result<std::vector<TestStep>>> RunningStations::Test(int number, const OutputName& output) {
   const OutputPtr running = main_.Window(number)->service().Output(output.type, output.number);
   const std::unique_ptr<OutputTest> test =
       running ? MakeOutputTest(environment_, output.type, *running) : nullptr;
-  if (!test) return Failure{"service " + std::to_string(number) + " has no output " + output.Text()};
+  if (!test) return std::nullopt;
   if (!tested_->insert(running).second) return Failure{"a test of " + output.Text() + " is under way"};
   const std::shared_ptr<void> ends(nullptr, [tested = tested_, running](void*) { tested->erase(running); });
   return StepsOf(environment_.loop, *test);

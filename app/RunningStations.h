@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,7 +28,7 @@ class RunningStations : public Stations {
   void Take(int number, const std::string& message) override;
   void Update(int number) override;
   void Reload() override;
-  Result<std::vector<TestStep>> Test(int number, const OutputName& output) override;
+  std::optional<Result<std::vector<TestStep>>> Test(int number, const OutputName& output) override;
   Outcome Remove(int number) override;
 
  private:

@@ -14,7 +14,10 @@ HttpAnswer Answer(Stations& stations, const HttpRequest& request) {
   if (number < 1 || number > stations.Count()) return ErrorAnswer(404, "there is no such service");
   const Result<OutputName> output = ParseOutputName(request.Argument("type") + request.Argument("k"));
   if (!output) return ErrorAnswer(404, "there is no such output");
-  const Result<std::vector<TestStep>> steps = stations.Test(number, output.Value());
+  const auto given = stations.Test(number, output.Value());
+  if (!given)
+    return ErrorAnswer(404, "service " + request.Argument("n") + " has no output " + output.Value().Text());
+  const Result<std::vector<TestStep>>& steps = *given;
   if (!steps) return ErrorAnswer(409, steps.Reason());
   boost::json::array list;
   for (const TestStep& step : steps.Value()) list.push_back({{"text", step.Text()}, {"ok", step.ok}});

@@ -288,9 +288,7 @@ TEST_F(ControlRoomTest, AnOutputIsTestedWithoutPublishing) {
             json::parse(R"({"steps":[{"text":"template '/data/template'","ok":true},)"
                         R"({"text":"writing beside '/data/page1'","ok":true}]})"));
   EXPECT_EQ(Page(1), "");
-  for (const char* wrong : {"File/2/test", "HTTP/1/test"})
-    EXPECT_EQ(AskLocally("POST", path + wrong).status, 409) << wrong;
-  for (const char* wrong : {"Fiel/1/test", "File/0/test", "File/x/test"})
+  for (const char* wrong : {"File/2/test", "HTTP/1/test", "Fiel/1/test", "File/0/test", "File/x/test"})
     EXPECT_EQ(AskLocally("POST", path + wrong).status, 404) << wrong;
   EXPECT_EQ(AskLocally("POST", "/api/v1/services/3/outputs/File/1/test").status, 404);
 }
@@ -303,7 +301,7 @@ TEST_F(ControlRoomTest, OneTestOfAnOutputAtATime) {
   };
   int first = 0;
   ports.loop.Start("test", [&] {
-    first = room->Services().Test(1, {OutputType::kFile, 1}).Value().front().ok ? 1 : 2;
+    first = room->Services().Test(1, {OutputType::kFile, 1})->Value().front().ok ? 1 : 2;
   });
   const std::string path = "/outputs/File/1/test";
   EXPECT_EQ(AskLocally("POST", "/api/v1/services/1" + path).status, 409);

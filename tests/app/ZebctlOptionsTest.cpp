@@ -144,8 +144,8 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, status, update, dashboard, service or output "
-        "(zebctl --help)"},
+        "a command is missing: settings, send, set, expand, status, update, dashboard, test, service or "
+        "output (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
