@@ -92,7 +92,7 @@ std::set<std::string> NamesIn(const std::string& text) {
 }
 
 std::string SourceFile(const std::string& name) {
-  std::ifstream file(std::string(ZEB_SOURCE_DIR) + "/" + name);
+  std::ifstream file(ZEB_SOURCE_DIR "/" + name);
   EXPECT_TRUE(file) << name;
   return {std::istreambuf_iterator<char>(file), {}};
 }
