@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "dashboard/PageRoutes.h"
+#include "dashboard/TestRoute.h"
 
 namespace zeb {
 
@@ -20,6 +21,7 @@ ControlRoom::ControlRoom(Environment& environment, LocalSockets& localSockets,
   routes_.AddTo(dashboard_.Routes());
   pictures_.AddTo(dashboard_.Routes());
   history_.AddTo(dashboard_.Routes());
+  AddTestRoute(dashboard_.Routes(), stations_);
   dashboard_.AddEvents("/api/v1/events", events_.Hub());
 }
 

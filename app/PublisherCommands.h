@@ -10,6 +10,7 @@
 #include "app/SendCommand.h"
 #include "app/SetCommand.h"
 #include "app/StationCommands.h"
+#include "app/TestCommand.h"
 #include "platform/EventLoop.h"
 #include "platform/LocalSockets.h"
 #include "platform/Tcp.h"
@@ -36,7 +37,7 @@ struct ByHandOptions {
 struct PasswordOptions {};  // `dashboard password`
 
 using PublisherOptions =
-    std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions, StationOptions>;
+    std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions, StationOptions, TestOptions>;
 
 // What the commands work with. All outlives them.
 struct CommandPorts {

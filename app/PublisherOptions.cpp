@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "core/OutputName.h"
 #include "text/LetterCase.h"
 
 namespace zeb {
@@ -36,23 +37,8 @@ std::string CheckType(const std::string& text) {
   return TypeByName(text) ? "" : "takes one of " + TypeNames() + ", not '" + text + "'";
 }
 
-struct OutputName {
-  OutputType type;
-  int number;
-};
-
-// "File1".
-std::optional<OutputName> ReadOutputName(std::string_view text) {
-  const std::size_t digits = text.find_first_of("0123456789");
-  if (digits == std::string_view::npos) return std::nullopt;
-  const auto type = TypeByName(text.substr(0, digits));
-  const auto number = WholeNumber<int>(text.substr(digits));
-  if (!type || number.value_or(0) < 1) return std::nullopt;
-  return OutputName{*type, *number};
-}
-
 std::string CheckOutput(const std::string& text) {
-  return ReadOutputName(text) ? "" : "takes an output such as File1, not '" + text + "'";
+  return ParseOutputName(text) ? "" : "takes an output such as File1, not '" + text + "'";
 }
 
 std::string CheckPair(const std::string& text) {
@@ -118,7 +104,7 @@ StationOptions StationOf(const CLI::App& command, const std::string& group) {
   if (has({Action::kAddService, Action::kRenameService})) options.name = ValueOf(command, "NAME");
   if (has({Action::kAddOutput})) options.type = *TypeByName(ValueOf(command, "TYPE"));
   if (has({Action::kRemoveOutput})) {
-    const OutputName output = *ReadOutputName(ValueOf(command, "OUTPUT"));
+    const OutputName output = ParseOutputName(ValueOf(command, "OUTPUT")).Value();
     options.type = output.type;
     options.output = output.number;
   }
@@ -143,6 +129,10 @@ void DeclarePublisherCommands(CLI::App& program) {
   CLI::App& dashboard = AddCommand(program, "dashboard", "the web page of the publisher");
   RequireCommand(dashboard);
   AddCommand(dashboard, "password", "set the password: asked for twice, or a line of standard input");
+  CLI::App& test = AddCommand(program, "test", "one attempt of an output at its server or files");
+  AddWord(test, "SERVICE", "the service's number").Required().Check(CheckNumber);
+  AddWord(test, "OUTPUT", "File1 for instance").Required().Check(CheckOutput);
+  SetFooter(test, "Nothing is published. Exit status: 0 all is well, 1 a step failed.");
   DeclareServices(program);
   DeclareOutputs(program);
 }
@@ -153,6 +143,9 @@ std::optional<PublisherOptions> PublisherCommandOf(const CLI::App& command) {
   if (group == "dashboard") return PublisherOptions(PasswordOptions());
   if (name == "status")
     return PublisherOptions(StatusOptions{IsGiven(command, "--json"), IsGiven(command, "--watch")});
+  if (name == "test")
+    return PublisherOptions(TestOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0),
+                                        ParseOutputName(ValueOf(command, "OUTPUT")).Value()});
   if (name == "update")
     return PublisherOptions(UpdateOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0)});
   return std::nullopt;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "outputs/OutputTable.h"
+
 namespace zeb {
 
 RunningStations::RunningStations(Environment& environment, frmMain& main, std::function<void()> reload)
@@ -47,6 +49,16 @@ void RunningStations::Update(int number) {
 
 void RunningStations::Reload() {
   reload_();
+}
+
+std::optional<Result<std::vector<TestStep>>> RunningStations::Test(int number, const OutputName& output) {
+  const OutputPtr running = main_.Window(number)->service().Output(output.type, output.number);
+  const std::unique_ptr<OutputTest> test =
+      running ? MakeOutputTest(environment_, output.type, *running) : nullptr;
+  if (!test) return std::nullopt;
+  if (!tested_->insert(running).second) return Failure{"a test of " + output.Text() + " is under way"};
+  const std::shared_ptr<void> ends(nullptr, [tested = tested_, running](void*) { tested->erase(running); });
+  return StepsOf(environment_.loop, *test);
 }
 
 Outcome RunningStations::Remove(int number) {

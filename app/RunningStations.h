@@ -2,7 +2,11 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "app/frmMain.h"
 #include "dashboard/Stations.h"
@@ -24,12 +28,15 @@ class RunningStations : public Stations {
   void Take(int number, const std::string& message) override;
   void Update(int number) override;
   void Reload() override;
+  std::optional<Result<std::vector<TestStep>>> Test(int number, const OutputName& output) override;
   Outcome Remove(int number) override;
 
  private:
   Environment& environment_;
   frmMain& main_;
   std::function<void()> reload_;
+  using Tested = std::set<OutputPtr>;
+  const std::shared_ptr<Tested> tested_ = std::make_shared<Tested>();  // those whose test is under way
 };
 
 }  // namespace zeb

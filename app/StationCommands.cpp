@@ -4,215 +4,119 @@
 #include <boost/json/object.hpp>
 #include <boost/json/serialize.hpp>
 #include <exception>
-#include <functional>
-#include <stdexcept>
+#include <type_traits>
+#include <utility>
 
-#include "app/TrialSettings.h"
 #include "core/SettingsPaths.h"
-#include "core/SettingsTree.h"
+#include "core/StoredServices.h"
 #include "core/clsZEBService.h"
+#include "dialogs/ServiceEntry.h"
 #include "outputs/OutputTable.h"
 #include "text/Encodings.h"
-#include "text/LetterCase.h"
-#include "text/Numbers.h"
 #include "text/OneLine.h"
 
 namespace zeb {
 
 namespace {
 
-constexpr int kMostOutputs = 1000;                 // of a type; the service takes no more
-constexpr int kHighestControlPort = 65535 - 6900;  // it is counted from 6900
-constexpr const char* kServiceName = "ServiceName";
-constexpr const char* kNumberOutputs = "NumberOutputs";
-constexpr const char* kControlPort = "TolvanTCPControlPort";
-
-// Thrown inside a transaction, so that nothing of it is stored.
-struct Refused : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
 struct Command {
   Environment& environment;
-  SettingsHive& scratch;
   const StationOptions& options;
   std::ostream& out;
 
   SettingsHive& Hive() const { return environment.hive; }
-  int Count() const { return ReadNumberServices(Hive(), environment.settingsRoot); }
-  std::string Key() const { return environment.ServiceKey(options.service); }
-  std::string TypeKey() const {
-    return Key() + "\\" + std::string(FindOutputType(static_cast<std::int32_t>(options.type))->settingsKey);
+  ServiceEntry Entry() const {
+    return {environment.hive, environment.files, environment.dataFolder, environment.settingsRoot};
   }
-  std::string NameOfService(int number) const {
-    return OneLine(
-        Hive().ReadText(environment.ServiceKey(number), kServiceName, ServiceSettings().ServiceName));
+  ServiceEntry::Settings Entered() const {
+    ServiceEntry::Settings entered;
+    for (const auto& [name, value] : options.values)
+      entered.push_back({DecodeLenient(name), DecodeLenient(value)});
+    return entered;
   }
-  void NeedService() const {
-    if (options.service >= 1 && options.service <= Count()) return;
-    throw Refused("there is no service " + std::to_string(options.service) + "; there are " +
-                  std::to_string(Count()));
-  }
+  std::string Name() const { return DecodeLenient(options.name); }
 };
 
-void WriteAll(SettingsHive& hive, const std::string& key, const std::vector<SettingsValue>& values) {
-  for (const SettingsValue& value : values) WriteSettingsValue(hive, key, value);
+void Write(const Command& command, const char* listName, boost::json::array list) {
+  command.out << boost::json::serialize(boost::json::object{{listName, std::move(list)}}) << '\n';
 }
 
-// ---- Services
-
-void ListServices(const Command& command) {
+Outcome ListServices(const Command& command) {
+  const std::string& root = command.environment.settingsRoot;
   boost::json::array list;
-  for (int number = 1; number <= command.Count(); ++number) {
-    const std::string name = command.NameOfService(number);
+  for (int number = 1; number <= ReadNumberServices(command.Hive(), root); ++number) {
+    const std::string name = OneLine(command.Hive().ReadText(command.environment.ServiceKey(number),
+                                                             "ServiceName", ServiceSettings().ServiceName));
     if (command.options.json)
       list.push_back({{"number", number}, {"name", name}});
     else
       command.out << number << "  " << name << '\n';
   }
-  if (command.options.json)
-    command.out << boost::json::serialize(boost::json::object{{"services", std::move(list)}}) << '\n';
+  if (command.options.json) Write(command, "services", std::move(list));
+  return {};
 }
 
-// A port that another service listens on would stay silent.
-void CheckControlPort(const Command& command) {
-  for (const auto& [name, value] : command.options.values) {
-    if (!EqualIgnoringAsciiCase(name, kControlPort) || LeadingInteger(value) == 0) continue;
-    if (LeadingInteger(value) > kHighestControlPort)
-      throw Refused("control port " + value + " is none: they end at " + std::to_string(kHighestControlPort));
-    for (int number = 1; number <= command.Count(); ++number)
-      if (command.Hive().ReadNumber(command.environment.ServiceKey(number), kControlPort, 0) ==
-          LeadingInteger(value))
-        throw Refused("control port " + value + " is that of service " + std::to_string(number) + " '" +
-                      command.NameOfService(number) + "' already");
-  }
-}
-
-void AddService(const Command& command) {
-  const int number = command.Count() + 1;
-  if (number > kMaxServices) throw Refused("there are " + std::to_string(kMaxServices) + " services already");
-  NamedValues given{{kServiceName, command.options.name}};
-  given.insert(given.end(), command.options.values.begin(), command.options.values.end());
-  const auto values = TrialSettings(command.environment, command.scratch).Service(given);
-  if (!values) throw Refused(values.Reason());
-  CheckControlPort(command);
-  const std::string key = command.environment.ServiceKey(number);
-  command.Hive().DeleteKey(key);  // what an interrupted change may have left
-  WriteAll(command.Hive(), key, values.Value());
-  WriteNumberServices(command.Hive(), command.environment.settingsRoot, number);
-  command.out << number << '\n';
-}
-
-// Later ones keep all that they have, known here or not.
-void RemoveService(const Command& command) {
-  command.NeedService();
-  SettingsHive& hive = command.Hive();
-  const int count = command.Count();
-  for (int number = command.options.service; number < count; ++number) {
-    const SettingsTree next = ReadSettingsTree(hive, command.environment.ServiceKey(number + 1));
-    hive.DeleteKey(command.environment.ServiceKey(number));
-    WriteSettingsTree(hive, command.environment.ServiceKey(number), next);
-  }
-  hive.DeleteKey(command.environment.ServiceKey(count));
-  WriteNumberServices(hive, command.environment.settingsRoot, count - 1);
-}
-
-void RenameService(const Command& command) {
-  command.NeedService();
-  command.Hive().WriteText(command.Key(), kServiceName, DecodeLenient(command.options.name));
-}
-
-// ---- Outputs
-
-int CountOutputs(const Command& command) {
-  return LeadingInteger(command.Hive().ReadText(command.TypeKey(), kNumberOutputs, "0"));
-}
-
-// Loads the service, has something done with it, and stores it again when that is asked for.
-void WithService(const Command& command, const std::function<bool(clsZEBService&)>& work) {
+Outcome ListOutputs(const Command& command) {
+  const StoredServices stored(command.Hive(), command.environment.settingsRoot);
+  if (Outcome there = stored.Check(command.options.service); !there) return there;
   ServiceEvents nobody;
   clsZEBService service(command.environment, MakeOutputFactory(command.environment), nobody);
   service.SetServiceNumber(command.options.service);
-  const bool changed = work(service);
-  if (changed && !service.StoreServiceInformation()) throw Refused("the settings could not be stored");
-}
-
-void ListOutputs(const Command& command) {
-  command.NeedService();
   boost::json::array list;
-  WithService(command, [&](clsZEBService& service) {
-    for (std::int32_t code = 1; code <= kNumberOutputTypes; ++code)
-      for (int i = 1; i <= service.OutputCount(code); ++i) {
-        const auto type = static_cast<OutputType>(code);
-        const std::string name = std::string(NameOf(type)) + std::to_string(i);
-        const std::string info = OneLine(service.Output(type, i)->GetInformationString());
-        if (command.options.json)
-          list.push_back({{"type", NameOf(type)}, {"number", i}, {"name", name}, {"info", info}});
-        else
-          command.out << name << "  " << info << '\n';
-      }
-    return false;
-  });
-  if (command.options.json)
-    command.out << boost::json::serialize(boost::json::object{{"outputs", std::move(list)}}) << '\n';
+  for (const OutputType type : kOutputTypesOffered)
+    for (int i = 1; const OutputPtr output = service.Output(type, i); ++i) {
+      const std::string name = OutputName{type, i}.Text(), info = OneLine(output->GetInformationString());
+      if (command.options.json)
+        list.push_back({{"type", NameOf(type)}, {"number", i}, {"name", name}, {"info", info}});
+      else
+        command.out << name << "  " << info << '\n';
+    }
+  if (command.options.json) Write(command, "outputs", std::move(list));
+  return {};
 }
 
-void AddOutput(const Command& command) {
-  command.NeedService();
-  const int number = CountOutputs(command) + 1;
-  if (number > kMostOutputs) throw Refused("there are 1000 outputs of this type already");
-  const auto values = TrialSettings(command.environment, command.scratch)
-                          .Output(command.options.type, number, command.options.values);
-  if (!values) throw Refused(values.Reason());
-  WriteAll(command.Hive(), command.TypeKey(), values.Value());
-  command.Hive().WriteText(command.TypeKey(), kNumberOutputs, std::to_string(number));
-  command.out << NameOf(command.options.type) << number << '\n';
+template <class Made>
+Outcome Tell(const Command& command, const Result<Made>& made) {
+  if (!made) return made;
+  if constexpr (std::is_same_v<Made, OutputName>)
+    command.out << made.Value().Text() << '\n';
+  else
+    command.out << made.Value() << '\n';
+  return {};
 }
 
-void RemoveOutput(const Command& command) {
-  command.NeedService();
-  const int count = CountOutputs(command);
-  if (command.options.output > count)
-    throw Refused("service " + std::to_string(command.options.service) + " has no " +
-                  std::string(NameOf(command.options.type)) + std::to_string(command.options.output) +
-                  "; it has " + std::to_string(count) + " of that type");
-  WithService(command, [&](clsZEBService& service) {
-    service.RemoveOutput(command.options.type, command.options.output);
-    return true;
-  });
-}
-
-void Run(const Command& command) {
+Outcome Run(const Command& command) {
   using Action = StationOptions::Action;
-  switch (command.options.action) {
+  const StationOptions& options = command.options;
+  ServiceEntry entry = command.Entry();
+  switch (options.action) {
     case Action::kListServices:
       return ListServices(command);
     case Action::kAddService:
-      return AddService(command);
+      return Tell(command, entry.AddService(command.Name(), command.Entered()));
     case Action::kRemoveService:
-      return RemoveService(command);
+      return entry.RemoveService(options.service);
     case Action::kRenameService:
-      return RenameService(command);
+      return entry.RenameService(options.service, command.Name());
     case Action::kListOutputs:
       return ListOutputs(command);
     case Action::kAddOutput:
-      return AddOutput(command);
+      return Tell(command, entry.AddOutput(options.service, options.type, command.Entered()));
     case Action::kRemoveOutput:
-      return RemoveOutput(command);
+      break;
   }
+  return entry.RemoveOutput(options.service, {options.type, options.output});
 }
 
 }  // namespace
 
-Outcome RunStationCommand(Environment& environment, SettingsHive& scratch, const StationOptions& options,
-                          std::ostream& out) {
-  const Command command{environment, scratch, options, out};
+Outcome RunStationCommand(Environment& environment, const StationOptions& options, std::ostream& out) {
+  const Command command{environment, options, out};
   try {
-    if (options.Changes())
-      environment.hive.Transaction([&] { Run(command); });
-    else
-      environment.hive.ReadTransaction([&] { Run(command); });
-    return {};
+    if (options.Changes()) return Run(command);  // in a transaction of its own
+    Outcome listed;
+    environment.hive.ReadTransaction([&] { listed = Run(command); });
+    return listed;
   } catch (const std::exception& error) {
     return Failure{error.what()};
   }

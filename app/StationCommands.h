@@ -1,20 +1,21 @@
 // StationCommands: `zebctl service ...` and `zebctl output ...`: the services of a data folder and their
 // outputs, listed and changed.
 //
-// Names and values are checked against what the services and outputs themselves read and write, so there is
-// no second list of them here.
+// Names and values are checked against the tables of the services and outputs (dialogs/ServiceEntry.h).
 #pragma once
 
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "app/TrialSettings.h"
 #include "core/OutputTypes.h"
 #include "platform/Environment.h"
 #include "platform/Result.h"
-#include "platform/SettingsHive.h"
 
 namespace zeb {
+
+using NamedValues = std::vector<std::pair<std::string, std::string>>;  // name and value, as they are given
 
 struct StationOptions {
   enum class Action {
@@ -38,9 +39,7 @@ struct StationOptions {
 };
 
 // Does it in the environment's hive, all or nothing; what it has to say (a number, a list) goes to `out`.
-// `scratch` is an empty store to try settings in. Services that run must not be removed so: theirs would
-// show the items of others.
-Outcome RunStationCommand(Environment& environment, SettingsHive& scratch, const StationOptions& options,
-                          std::ostream& out);
+// Services that run must not be removed so: theirs would show the items of others.
+Outcome RunStationCommand(Environment& environment, const StationOptions& options, std::ostream& out);
 
 }  // namespace zeb

@@ -197,8 +197,7 @@ Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
   const auto found = std::find(windows_.begin(), windows_.end(), window);
   if (found == windows_.end()) return Failure{"the service has gone already"};
   const auto at = found - windows_.begin();
-  if (!StoreWithout(static_cast<int>(at) + 1))
-    return Failure{"the settings without the service could not be stored; the journal tells more"};
+  if (Outcome stored = StoreWithout(static_cast<int>(at) + 1); !stored) return stored;
   LetGo(*window);
   windows_.erase(windows_.begin() + at);
   Tell(0);
@@ -207,11 +206,13 @@ Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
 
 // All in one transaction: a failure in the middle must not leave two services under one number. The services
 // that had moved by then no longer match the store, so they are opened again from it.
-bool frmMain::StoreWithout(int number) {
+Outcome frmMain::StoreWithout(int number) {
   SettingsHive& hive = environment_.hive;
   const int count = NumberServices();
+  std::string reason;
   try {
     hive.Transaction([&] {
+      TakeStoredOver(number + 1);
       hive.DeleteKey(environment_.ServiceKey(number));
       for (int i = number + 1; i <= count; ++i)
         if (!Window(i)->service().MoveToServiceNumber(i - 1))
@@ -219,15 +220,28 @@ bool frmMain::StoreWithout(int number) {
       hive.DeleteKey(environment_.ServiceKey(count));
       WriteNumberServices(hive, environment_.settingsRoot, count - 1);
     });
-    return true;
-  } catch (const std::exception&) {
+    return {};
+  } catch (const std::exception& error) {
+    reason = error.what();
     ReportException("removing a service", Report::kShown);
   }
   if (number < count && Window(number + 1)->service().ServiceNumber() == number) {
     ShrinkTo(number);
     for (int i = number + 1; i <= count; ++i) OpenWindow(i);
   }
-  return false;
+  return Failure{reason};
+}
+
+// What others have stored since the settings were read must not be lost when the services are written again.
+void frmMain::TakeStoredOver(int from) {
+  if (ReadNumberServices(environment_.hive, environment_.settingsRoot) != NumberServices()) {
+    environment_.loop.Post([this, mark = epoch_.Now()] {
+      if (mark.Holds()) Reload();
+    });
+    throw SettingsError("services were added or removed meanwhile; the settings are being read, try again");
+  }
+  for (int number = from; number <= NumberServices(); ++number)
+    if (const Outcome read = Window(number)->Reload(); !read) throw SettingsError(read.Reason());
 }
 
 void frmMain::Reload() {

@@ -74,7 +74,8 @@ class frmMain {
   void Tell(int number) const;
   static void LetGo(frmService& window);
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
-  bool StoreWithout(int number);
+  Outcome StoreWithout(int number);
+  void TakeStoredOver(int from);
   void ShrinkTo(int count);
   void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -20,11 +21,13 @@
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "app/StationCommands.h"
+#include "app/TestCommand.h"
 #include "app/ZebctlOptions.h"
 #include "core/CsvCartStore.h"
 #include "core/SettingsPaths.h"
 #include "dashboard/DashboardSettings.h"
 #include "platform/DirectLineWriter.h"
+#include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
@@ -37,13 +40,17 @@
 #include "platform/qt/QtLocalSockets.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
+#include "platform/qt/QtSerialPortControl.h"
 #include "platform/simulated/MemoryHive.h"
 #include "platform/simulated/SimulatedLoop.h"
 #include "platform/simulated/SimulatedNetwork.h"
+#include "text/Paths.h"
 #include "text/SharedTime.h"
 
 namespace zeb {
 namespace {
+
+constexpr int kConflict = 409;
 
 int Fail(const std::string& reason) {
   std::cerr << "zebctl: " << reason << std::endl;
@@ -181,8 +188,7 @@ int StoreStations(const StationOptions& options, const std::string& folder) {
   CsvCartStore carts(files, person, folder + "/Carts.csv");
   Environment environment{loop, *hive.Value(), files, network, person, carts, folder, ""};
   environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
-  MemoryHive scratch;
-  const Outcome done = RunStationCommand(environment, scratch, options, std::cout);
+  const Outcome done = RunStationCommand(environment, options, std::cout);
   if (!done) return Fail(done.Reason());
   std::cout.flush();
   return std::cout ? 0 : Fail("cannot write to standard output");
@@ -197,12 +203,19 @@ int TellPublisher(const CommandPorts& ports) {
   return 0;
 }
 
-// Which services go while zebd runs is zebd's to do, since each keeps its items.
+// Which services go while zebd runs is zebd's to do, since each keeps its items. It refuses while it has not
+// read what another command has just changed.
 int ChangeStations(const CommandPorts& ports, const StationOptions& options) {
   if (options.action == StationOptions::Action::kRemoveService) {
-    const PublisherLink::Reply reply =
-        PublisherLink(ports.loop, ports.sockets, ports.folder)
-            .Ask("DELETE", "/api/v1/services/" + std::to_string(options.service));
+    PublisherLink link(ports.loop, ports.sockets, ports.folder);
+    const auto ask = [&] {
+      return link.Ask("DELETE", "/api/v1/services/" + std::to_string(options.service));
+    };
+    PublisherLink::Reply reply = ask();
+    for (int again = 0; again < 10 && reply.status == kConflict; ++again) {
+      ports.loop.Wait(std::chrono::milliseconds(500));
+      reply = ask();
+    }
     if (reply.Done()) return 0;
     if (!reply.notRunning) return Fail(reply.problem);
   }
@@ -215,8 +228,32 @@ int SetPassword(const CommandPorts& ports) {
   return stored ? TellPublisher(ports) : Fail(stored.Reason());
 }
 
+// Without a publisher the test is this program's own. It ends the program: a step that hangs in the system
+// must not be waited for.
+[[noreturn]] void TestAlone(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
+                            const TestOptions& options) {
+  PosixFiles files;
+  const auto hive = OpenHive(files, ports.folder, false);
+  if (!hive) EndAtOnce(Fail(hive.Reason()));
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
+  CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
+  CurlFtpSessions ftp;
+  QtSerialPorts serialPorts(loop, network);
+  Environment environment{loop, *hive.Value(), files, network, person, carts, ports.folder, ""};
+  environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
+  environment.ftp = &ftp;
+  environment.serialPorts = &serialPorts;
+  const std::string authorities = hive.Value()->ReadText(environment.settingsRoot, "TrustedCaFile", "");
+  if (!authorities.empty())
+    if (const Outcome added = network.AddCaFile(JoinPath(ports.folder, authorities)); !added)
+      Fail(added.Reason());
+  EndAtOnce(TellTest(ports, TestStoredOutput(environment, options)));
+}
+
 // In a task.
-void RunPublisherCommand(const CommandPorts& ports, const PublisherOptions& options) {
+void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
+                         const PublisherOptions& options) {
   if (const auto* byHand = std::get_if<ByHandOptions>(&options))
     return RunByHandCommand(ports, *byHand, EndAtOnce);
   int status = 1;
@@ -225,6 +262,11 @@ void RunPublisherCommand(const CommandPorts& ports, const PublisherOptions& opti
     if (const auto* what = std::get_if<UpdateOptions>(&options)) status = RunUpdateCommand(ports, *what);
     if (const auto* what = std::get_if<StationOptions>(&options)) status = ChangeStations(ports, *what);
     if (std::holds_alternative<PasswordOptions>(options)) status = SetPassword(ports);
+    if (const auto* what = std::get_if<TestOptions>(&options)) {
+      const auto asked = AskForTest(ports, *what);
+      if (!asked) TestAlone(ports, loop, network, *what);
+      status = TellTest(ports, *asked);
+    }
   } catch (const std::exception& error) {
     status = Fail(error.what());
   }
@@ -238,7 +280,7 @@ int Publisher(const PublisherOptions& options, const std::string& folder, int ar
   QtNetwork network(loop);
   QtLocalSockets sockets(loop);
   const CommandPorts ports{loop, sockets, network, folder, isatty(STDOUT_FILENO) != 0, std::cout, std::cerr};
-  loop.Start("command", [&] { RunPublisherCommand(ports, options); });
+  loop.Start("command", [&] { RunPublisherCommand(ports, loop, network, options); });
   return loop.Run();
 }
 

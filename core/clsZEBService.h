@@ -19,6 +19,7 @@
 #include "core/OutputTypes.h"
 #include "core/ServiceEvents.h"
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "core/UpdateCycle.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"
@@ -28,6 +29,8 @@
 
 namespace zeb {
 
+// More outputs of a type than any station has; a damaged count must not make the program build millions.
+inline constexpr std::int32_t kMaxOutputsOfType = 1000;
 inline constexpr int kMaxNextItems = 50;  // and previous items
 
 // The service-level settings, named as in the store; defaults are those of a service never saved.
@@ -53,6 +56,10 @@ struct ServiceSettings {
   std::int32_t BouncePort = 1;
   bool TravelFlagActive = false;  // the flag was on and has not been seen to end
 };
+
+// What can be set for a service, and for an output of any type.
+SettingList ServiceSettingList();
+SettingList CommonOutputSettings();
 
 // Makes an output of a type; null for a type that is not built. Settings of such types are kept as they are.
 using OutputFactory = std::function<OutputPtr(OutputType)>;

@@ -49,6 +49,8 @@ class clsZEBTemplate {
   // The output's own values below the service's key, in the type's subkey, numbered by position.
   virtual void StoreOutputInformation(int serviceNumber, int outputIndex);
   virtual void GetOutputInformation(int serviceNumber, int outputIndex);
+  // Its number is another now, since one before it has gone; what is stored of it has been moved.
+  virtual void NoteNumber(int /*serviceNumber*/, int /*outputIndex*/) {}
   // All settings as text: equal texts mean that a restart would change nothing.
   virtual std::string SettingsText() const { return simpleTextFormat_; }
 

@@ -5,9 +5,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "core/OutputName.h"
 #include "core/clsZEBService.h"
+#include "outputs/test/OutputTest.h"
 #include "platform/CartStore.h"
 #include "platform/Result.h"
 #include "status/StationState.h"
@@ -28,6 +32,8 @@ class Stations {
   virtual void Take(int number, const std::string& message) = 0;
   virtual void Update(int number) = 0;  // its outputs show what is on, new or not
   virtual void Reload() = 0;            // reads the settings again, soon
+  // In a task. Nothing: there is no such output. Fails while another test of it is under way.
+  virtual std::optional<Result<std::vector<TestStep>>> Test(int number, const OutputName& output) = 0;
   // The service goes, and later ones move down one number.
   virtual Outcome Remove(int number) = 0;
 

@@ -26,17 +26,27 @@ using Client = DABClientControl;
 
 using S = DABSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"ServerName", &S::ServerName},         {"ServerPort", &S::ServerPort},
-    {"ServiceName", &S::ServiceName},       {"ServicePassword", &S::ServicePassword, StoredAs::kText, true},
-    {"PollSeconds", &S::PollSeconds},       {"SimpleTextFormat", &S::simpleText},
-    {"AppendCharsFormat", &S::append},      {"DefaultText", &S::DefaultText},
-    {"AlternateStrings", &S::alternates},   {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
-    {"MaxNumberChars", &S::MaxNumberChars}, {"CharacterSet", &S::characterSet},
-    {"EscapeValues", &S::EscapeValues},
+    {"ServerName", &S::ServerName},
+    {.name = "ServerPort", .member = &S::ServerPort, .entry = kPortEntry},
+    {"ServiceName", &S::ServiceName},
+    {"ServicePassword", &S::ServicePassword, StoredAs::kText, true},
+    {.name = "PollSeconds", .member = &S::PollSeconds, .entry = kCountEntry},
+    {"SimpleTextFormat", &S::simpleText},
+    {"AppendCharsFormat", &S::append},
+    {"DefaultText", &S::DefaultText},
+    {"AlternateStrings", &S::alternates},
+    {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
+    {.name = "MaxNumberChars", .member = &S::MaxNumberChars, .entry = kCountEntry},
+    {"CharacterSet", &S::characterSet},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
 };
 constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
+
+SettingList DABSettingList() {
+  return ListOf(kTable);
+}
 
 clsZEBDABOutput::~clsZEBDABOutput() {
   if (client_) client_->onLost = nullptr;

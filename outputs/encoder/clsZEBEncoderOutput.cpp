@@ -72,16 +72,22 @@ std::string MessageOf(const ExchangeResult& result) {
 
 using S = EncoderSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"EncoderType", &S::EncoderType, StoredAs::kNumber},
+    {.name = "EncoderType",
+     .member = &S::EncoderType,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.words = "1|2|4|7"}},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {"SendEmptyStrings", &S::SendEmptyStrings},
     {"ASDFileLocation", &S::ASDFileLocation},
     {"WME7ComputerName", &S::WME7ComputerName},
     {"WME7StreamIDName", &S::WME7StreamIDName},
     {"SHOUTCastServerName", &S::SHOUTCastServerName},
-    {"SHOUTCastServerPort", &S::SHOUTCastServerPort, StoredAs::kNumber},
+    {.name = "SHOUTCastServerPort",
+     .member = &S::SHOUTCastServerPort,
+     .storedAs = StoredAs::kNumber,
+     .entry = kPortEntry},
     {"SHOUTCastServerPassword", &S::SHOUTCastServerPassword, StoredAs::kText, true},
-    {"SHOUTCastEncoding", &S::SHOUTCastEncoding},
+    {.name = "SHOUTCastEncoding", .member = &S::SHOUTCastEncoding, .entry = {.words = "full"}},
     {"CharacterSet", &S::characterSet},
     {"IcecastMount", &S::IcecastMount},
     {"IcecastUsername", &S::IcecastUsername},
@@ -90,7 +96,7 @@ constexpr SettingRow<S> kRows[] = {
      .storedAs = StoredAs::kNumber,
      .least = 0,
      .most = 3600},
-    {"EscapeValues", &S::EscapeValues},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
     {"VerifyStreamURL", &S::VerifyStreamURL},
 };
 constexpr SettingTable<S> kTable = kRows;
@@ -98,6 +104,10 @@ constexpr SettingTable<S> kTable = kRows;
 const Failure kNotAvailable{"encoders of this kind are not available on this platform"};
 
 }  // namespace
+
+SettingList EncoderSettingList() {
+  return ListOf(kTable);
+}
 
 EncoderCommand SplitCommand(std::string_view piece) {
   constexpr std::string_view kSeparator = "####";

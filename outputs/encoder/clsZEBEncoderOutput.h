@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/encoder/IcecastWatch.h"
 #include "outputs/http/RequestExchange.h"
@@ -45,6 +46,8 @@ struct EncoderSettings {
   std::string VerifyStreamURL;  // the stream as listeners get it; "": its titles are not looked at
 };
 
+SettingList EncoderSettingList();
+
 struct EncoderCommand {
   std::string type;
   std::string value;
@@ -77,6 +80,8 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   // What the server's answer says of the title that it was sent.
   static Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target);
 
+  RequestTarget Target() const;
+
   EncoderSettings settings;
 
  private:
@@ -85,7 +90,6 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   Outcome FindMediaEncoder(EncoderAutomation& automation);
   Verdict Send(const EncoderCommand& command);
   Verdict SendToServer(const std::string& text);
-  RequestTarget Target() const;
   void WatchStream();
 
   std::unique_ptr<RealProducerEncoder> realProducer_;

@@ -7,16 +7,17 @@
 namespace zeb {
 namespace {
 
-struct Switch {
-  const char* name;
-  bool PairOutput::*member;
+constexpr SettingRow<PairSwitches> kSwitchRows[] = {
+    {"CopyAdditionalFiles", &PairSwitches::CopyAdditionalFiles},
+    {"AlwaysCopyFiles", &PairSwitches::AlwaysCopyFiles},
 };
-constexpr Switch kSwitches[] = {
-    {"CopyAdditionalFiles", &PairOutput::CopyAdditionalFiles},
-    {"AlwaysCopyFiles", &PairOutput::AlwaysCopyFiles},
-};
+constexpr SettingTable<PairSwitches> kSwitches = kSwitchRows;
 
 }  // namespace
+
+SettingList PairSwitchList() {
+  return ListOf(kSwitches);
+}
 
 const clsFileParameters& PairOutput::UpdateFile(int number) const {
   return pairs_.at(static_cast<std::size_t>(number) - 1);
@@ -92,19 +93,16 @@ void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
     CheckEscapeWord("'" + pair.DestinationFileName() + "'", pair.EscapeValues);
   PairsChanged();
   mediaFolders_ = environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, "");
-  for (const Switch& one : kSwitches)
-    this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);
+  ReadSettings<PairSwitches>(environment_.hive, key, std::to_string(outputIndex), kSwitches, *this);
 }
 
 void PairOutput::WritePairSettings(const std::string& key, int outputIndex) {
   WritePairs(environment_.hive, key, outputIndex, pairs_);
-  for (const Switch& one : kSwitches)
-    WriteSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), this->*one.member);
+  WriteSettings<PairSwitches>(environment_.hive, key, std::to_string(outputIndex), kSwitches, *this);
 }
 
 std::string PairOutput::SettingsText() const {
-  std::string text = PairsText(pairs_);
-  for (const Switch& one : kSwitches) text.append(one.name).append(this->*one.member ? "=1\n" : "=0\n");
+  std::string text = PairsText(pairs_) + zeb::SettingsText<PairSwitches>(kSwitches, *this);
   if (CopyAdditionalFiles) text.append(kMediaFolders).append("=").append(mediaFolders_).append("\n");
   return text;
 }

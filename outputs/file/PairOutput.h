@@ -20,7 +20,14 @@
 
 namespace zeb {
 
-class PairOutput : public clsZEBTemplate {
+// What is set for all pairs of an output together.
+struct PairSwitches {
+  bool CopyAdditionalFiles = false;
+  bool AlwaysCopyFiles = false;  // also when an equal file is there already
+};
+SettingList PairSwitchList();
+
+class PairOutput : public clsZEBTemplate, public PairSwitches {
  public:
   // `names` is shared by all outputs of the program.
   PairOutput(Environment& environment, std::shared_ptr<PublishedNames> names)
@@ -32,9 +39,6 @@ class PairOutput : public clsZEBTemplate {
   void SetUpdateFile(int number, clsFileParameters pair);
   void AddUpdateFile(clsFileParameters pair);
   void RemoveUpdateFile(int number);  // a number without a pair: nothing happens
-
-  bool CopyAdditionalFiles = false;
-  bool AlwaysCopyFiles = false;  // also when an equal file is there already
 
   // Files to be sent with the next update besides those that its pages name; unique without regard to case.
   void AddToUploadFilesList(const std::string& path) { uploadFiles_.Add(path); }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
@@ -43,6 +44,8 @@ struct HTTPSettings {
   std::string VerifyURL;     // where the public sees the item's title; "": it is not looked at
 };
 
+SettingList HTTPSettingList();
+
 class clsZEBHTTPOutput : public clsZEBTemplate {
  public:
   using clsZEBTemplate::clsZEBTemplate;
@@ -66,6 +69,8 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   // The bytes of one request.
   std::string BuildRequest(const std::string& requestText) const;
 
+  RequestTarget Target() const;
+
   HTTPSettings settings;
 
  private:
@@ -73,7 +78,6 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
   ValueEncoding Values() const;
-  RequestTarget Target() const;
 
   bool started_ = false;
   RequestSeries requests_;

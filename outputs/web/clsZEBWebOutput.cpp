@@ -151,8 +151,7 @@ void clsZEBWebOutput::StoreOutputInformation(int serviceNumber, int outputIndex)
   const std::string number = std::to_string(outputIndex);
   WritePairSettings(key, outputIndex);
   WriteSettings(environment_.hive, key, number, WebSettingTable(), settings);
-  movedPagesKey_ = key;
-  movedPagesName_ = kMovedPages + number;
+  NoteNumber(serviceNumber, outputIndex);
   if (!movedPages_.empty()) environment_.hive.WriteText(key, movedPagesName_, MovedPagesText(movedPages_));
 }
 
@@ -161,10 +160,14 @@ void clsZEBWebOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   const std::string number = std::to_string(outputIndex);
   ReadPairSettings(key, outputIndex);
   ReadSettings(environment_.hive, key, number, WebSettingTable(), settings);
-  movedPagesKey_ = key;
-  movedPagesName_ = kMovedPages + number;
+  NoteNumber(serviceNumber, outputIndex);
   movedPages_ = ParseMovedPages(environment_.hive.ReadText(key, movedPagesName_, ""));
   SetStatus(kStatusOK);
+}
+
+void clsZEBWebOutput::NoteNumber(int serviceNumber, int outputIndex) {
+  movedPagesKey_ = environment_.ServiceKey(serviceNumber) + kSettingsKey;
+  movedPagesName_ = kMovedPages + std::to_string(outputIndex);
 }
 
 std::string clsZEBWebOutput::SettingsText() const {

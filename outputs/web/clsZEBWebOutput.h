@@ -38,6 +38,7 @@ class clsZEBWebOutput : public PairOutput {
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  void NoteNumber(int serviceNumber, int outputIndex) override;
   std::string SettingsText() const override;
   std::string GetShortTypeDescription() const override { return "WEB"; }
   std::string GetStatusString(std::uint32_t& colour) override;

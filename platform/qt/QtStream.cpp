@@ -56,7 +56,13 @@ void QtStream::Watch() {
         certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
     End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);
   });
-  QObject::connect(socket, &QTcpSocket::connected, &context_, [this] { addresses_.clear(); });
+  QObject::connect(socket, &QTcpSocket::hostFound, &context_, [this] {
+    if (user_) user_->NameFound();
+  });
+  QObject::connect(socket, &QTcpSocket::connected, &context_, [this] {
+    addresses_.clear();
+    if (user_) user_->ServerReached();
+  });
   QObject::connect(socket, &QTcpSocket::disconnected, &context_, [this] { End(""); });
 }
 

@@ -237,11 +237,16 @@ class SimulatedClient : public TcpClientControl, private EndUser {
     leaving_.reset();
     error_.clear();
     state_ = kResolving;
+    reached_ = kNowhere;
+    tls_ = false;
     attempt_ = std::make_shared<bool>(true);
     Later([this, host, port] { Resolved(host, port); });
   }
 
-  void ConnectTls(const std::string& host, std::uint16_t port) override { Connect(host, port); }
+  void ConnectTls(const std::string& host, std::uint16_t port) override {
+    Connect(host, port);
+    tls_ = true;
+  }
 
   void SendData(std::string_view bytes) override {
     if (state_ == kConnected) end_->Send(bytes);
@@ -264,6 +269,7 @@ class SimulatedClient : public TcpClientControl, private EndUser {
   }
 
   std::string LastError() const override { return error_; }
+  Progress Reached() const override { return reached_; }
 
  private:
   // The next step of this attempt to connect, unless it has been given up by then.
@@ -279,11 +285,15 @@ class SimulatedClient : public TcpClientControl, private EndUser {
       return Fail("cannot find the host '" + host + "'");
     }
     state_ = kConnecting;
+    reached_ = kNameFound;
     if (behaviour == SimulatedNetwork::HostBehaviour::kHangs) return;
     Later([this, host, port, behaviour] {
       if (behaviour == SimulatedNetwork::HostBehaviour::kRefuses || !network_->listeners.contains(port)) {
         return Fail("cannot connect to " + host + ":" + std::to_string(port) + ": connection refused");
       }
+      reached_ = kServerReached;
+      if (tls_ && behaviour == SimulatedNetwork::HostBehaviour::kWrongCertificate)
+        return Fail("cannot connect to " + host + ":" + std::to_string(port) + ": wrong certificate");
       Join(port);
     });
   }
@@ -305,6 +315,7 @@ class SimulatedClient : public TcpClientControl, private EndUser {
     });
     Later([this] {
       state_ = kConnected;
+      reached_ = kReady;
       if (const auto callback = onConnected) callback();
     });
   }
@@ -332,6 +343,8 @@ class SimulatedClient : public TcpClientControl, private EndUser {
   std::shared_ptr<End> end_;       // while connected
   std::shared_ptr<End> leaving_;   // after Close: what is still to be sent
   std::string error_;
+  Progress reached_ = kNowhere;
+  bool tls_ = false;
 };
 
 }  // namespace

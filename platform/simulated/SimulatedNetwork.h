@@ -27,8 +27,9 @@ class SimulatedNetwork : public Network, public LocalSockets {
     kNormal,
     kUnknownName,
     kRefuses,
-    kHangs
-  };  // kHangs: never connects, never fails
+    kHangs,            // never connects, never fails
+    kWrongCertificate  // connects, but not with TLS
+  };
   void SetHost(const std::string& host, HostBehaviour behaviour);
   // Listen on this port fails ("in use").
   void BlockPort(std::uint16_t port);

@@ -295,6 +295,62 @@ TEST_F(ControlRoomTest, AServiceThatGoesTakesItsItemsAlong) {
   EXPECT_EQ(list.at("services").at(0).at("current").at("title").as_string(), "Of two");
 }
 
+// Another program has changed the store, and the publisher has not read it again yet.
+TEST_F(ControlRoomTest, AServiceThatGoesTakesNothingFromWhatOthersHaveStored) {
+  Open();
+  const std::string second = environment.settingsRoot + "\\Service2";
+  ports.hive.WriteText(second + "\\File", "NumberOutputs", "2");
+  ports.hive.WriteText(second + "\\File", "Output2.NumberFiles", "1");
+  ports.hive.WriteText(second + "\\File", "Output2.SourceFileName1", "/data/template");
+  ports.hive.WriteText(second + "\\File", "Output2.DestinationFileName1", "/data/new");
+  ASSERT_EQ(AskLocally("DELETE", "/api/v1/services/1").status, 204);
+  const std::string first = environment.settingsRoot + "\\Service1";
+  EXPECT_EQ(ports.hive.ReadText(first + "\\File", "Output2.DestinationFileName1", ""), "/data/new");
+  EXPECT_EQ(main.Window(1)->service().OutputCount(static_cast<int>(OutputType::kFile)), 2);
+
+  ports.hive.WriteNumber(environment.settingsRoot, "NumberServices", 2);
+  ports.hive.WriteText(second, "ServiceName", "Just added");
+  EXPECT_EQ(AskLocally("DELETE", "/api/v1/services/1").status, 409);
+  EXPECT_EQ(main.NumberServices(), 2) << "read meanwhile";
+  EXPECT_EQ(AskLocally("DELETE", "/api/v1/services/1").status, 204);
+  EXPECT_EQ(StoredName(1), "Just added");
+}
+
+TEST_F(ControlRoomTest, AnOutputIsTestedWithoutPublishing) {
+  Open();
+  const std::string path = "/api/v1/services/1/outputs/";
+  const ReadAnswer answer = AskLocally("POST", path + "File/1/test");
+  ASSERT_EQ(answer.status, 200);
+  EXPECT_EQ(json::parse(answer.body),
+            json::parse(R"({"steps":[{"text":"template '/data/template'","ok":true},)"
+                        R"({"text":"writing beside '/data/page1'","ok":true}]})"));
+  EXPECT_EQ(Page(1), "");
+  for (const char* wrong : {"File/2/test", "HTTP/1/test", "Fiel/1/test", "File/0/test", "File/x/test"})
+    EXPECT_EQ(AskLocally("POST", path + wrong).status, 404) << wrong;
+  EXPECT_EQ(AskLocally("POST", "/api/v1/services/3/outputs/File/1/test").status, 404);
+}
+
+TEST_F(ControlRoomTest, OneTestOfAnOutputAtATime) {
+  Open();
+  ports.files.fail = [this](const std::string& operation, const std::string&) {
+    if (operation == "Read" && ports.loop.InTask()) ports.loop.Wait(5s);
+    return "";
+  };
+  int first = 0;
+  ports.loop.Start("test", [&] {
+    first = room->Services().Test(1, {OutputType::kFile, 1})->Value().front().ok ? 1 : 2;
+  });
+  const std::string path = "/outputs/File/1/test";
+  EXPECT_EQ(AskLocally("POST", "/api/v1/services/1" + path).status, 409);
+  AskLocally("POST", "/api/v1/services/2/items/current", R"({"title":"On air"})");
+  EXPECT_EQ(first, 0);
+  ports.loop.RunFor(20s);
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(Page(2), "On air by ");
+  ports.files.fail = nullptr;
+  EXPECT_EQ(AskLocally("POST", "/api/v1/services/1" + path).status, 200);
+}
+
 TEST_F(ControlRoomTest, ActingNeedsThePasswordAndReadingOnLoopbackDoesNot) {
   ports.hive.WriteText(environment.settingsRoot, kDashboardPassword, "$hash$right");
   Open();

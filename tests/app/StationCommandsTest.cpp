@@ -17,9 +17,8 @@ struct StationCommandsTest : testing::Test {
 
   // What is printed, or why it is refused.
   std::string Run(const StationOptions& options) {
-    MemoryHive scratch;
     std::ostringstream out;
-    const Outcome done = RunStationCommand(ports.environment, scratch, options, out);
+    const Outcome done = RunStationCommand(ports.environment, options, out);
     return done ? out.str() : done.Reason();
   }
   std::string AddService(const std::string& name, NamedValues values = {}) {
@@ -67,32 +66,19 @@ TEST_F(StationCommandsTest, WhatIsNotPossibleIsToldAndChangesNothing) {
   const struct {
     std::string refusal, begins;
   } table[] = {
-      {AddService("x", {{"Nonsense", "1"}}), "a service has no setting 'Nonsense'; it has BouncePort, "},
-      {AddService("x", {{"InstantUpdate", "yes"}}), "'InstantUpdate=yes' is not possible: it takes a whole"},
-      {AddService("x", {{"InstantUpdate", "7"}}),
-       "'InstantUpdate=7' is not possible; it would be taken for '1'"},
-      {AddService("x", {{"TolvanTCPControlPort", "1"}}), "control port 1 is that of service 1 'One' already"},
-      {AddService("x", {{"TolvanTCPControlPort", "60000"}}), "control port 60000 is none"},
-      {AddService("x", {{"TolvanTCPControlPort", "-1"}}), "'TolvanTCPControlPort=-1' is not possible"},
-      {AddOutput(OutputType::kFile, {}), "SourceFileName1 is missing"},
-      {AddOutput(OutputType::kFile, {{"SourceFileName1", "t"}}), "DestinationFileName1 is missing"},
-      {AddOutput(OutputType::kFile, with({{"SourceFileName3", "t"}, {"DestinationFileName3", "/q"}})),
-       "SourceFileName2 is missing"},
+      {AddService("x", {{"Nonsense", "1"}}), "a service has no setting 'Nonsense': there are ServiceName, "},
+      {AddService("x", {{"InstantUpdate", "7"}}), "InstantUpdate takes yes or no (1 or 0), not '7'"},
+      {AddService("x", {{"TolvanTCPControlPort", "1"}}), "control port 1 is that of service 1 already"},
+      {AddOutput(OutputType::kFile, {}), "pair 1 has no SourceFileName1"},
       {AddOutput(OutputType::kFile, {{"SourceFileName1", "no"}, {"DestinationFileName1", "/p"}}),
-       "'SourceFileName1=no' is not possible: there is no such file"},
+       "SourceFileName1: there is no file '/data/no'"},
       {AddOutput(OutputType::kFile, with({{"Output1.NumberFiles", "3"}})), "the File output has no setting"},
       {AddOutput(OutputType::kFile, with({{"NumberFiles", "3"}})), "the File output has no setting"},
-      {AddOutput(OutputType::kFile, with({{"AddNoCache", "1"}})),
-       "the File output has no setting 'AddNoCache'"},
-      {AddOutput(OutputType::kFile, with({{"EscapeValues1", "perl"}})), "'perl' is none of html"},
-      {AddOutput(OutputType::kWeb, with({{"FTPServerPort", "99999"}})), "'FTPServerPort=99999' is not"},
-      {AddOutput(OutputType::kHTTP, {{"URL1", "/x"}}), "the HTTP output has no setting 'URL1'; it has "},
-      {AddOutput(OutputType::kHTTP, {{"DelaySeconds", "3601"}}), "'DelaySeconds=3601' is not possible"},
-      {AddOutput(OutputType::kDAB, {{"CharacterSet", "nix"}}),
-       "'CharacterSet=nix' is not possible; it would"},
-      {AddOutput(OutputType::kRDS, {}), "this program has no RDS outputs"},
-      {RemoveOutput(OutputType::kFile, 1), "service 1 has no File1; it has 0 of that type"},
-      {Run({.action = Action::kRemoveService, .service = 2}), "there is no service 2; there are 1"},
+      {AddOutput(OutputType::kFile, with({{"EscapeValues1", "perl"}})), "EscapeValues takes html, xml, json"},
+      {AddOutput(OutputType::kWeb, with({{"FTPServerPort", "99999"}})), "FTPServerPort takes a whole number"},
+      {RemoveOutput(OutputType::kFile, 1), "service 1 has no output File1: it has no File output"},
+      {Run({.action = Action::kRemoveService, .service = 2}),
+       "there is no service 2: there is only service 1"},
       {Run({.action = Action::kListOutputs, .service = 2}), "there is no service 2"},
   };
   for (const auto& row : table) EXPECT_TRUE(row.refusal.starts_with(row.begins)) << row.refusal;

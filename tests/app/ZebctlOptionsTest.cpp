@@ -28,6 +28,8 @@ void ShowPublisher(const PublisherOptions& options, std::ostream& out) {
     out << static_cast<int>(station->action) << ' ' << station->service << " [" << station->name << "] "
         << NameOf(station->type) << station->output << (station->json ? " json" : "");
     for (const auto& [name, value] : station->values) out << " [" << name << "=" << value << ']';
+  } else if (const auto* test = std::get_if<TestOptions>(&options)) {
+    out << "test " << test->service << ' ' << test->output.Text();
   } else {
     out << "password";
   }
@@ -165,9 +167,9 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, status, update, dashboard, service, output, "
-        "history, "
-        "why or replay (zebctl --help)"},
+        "a command is missing: settings, send, set, expand, status, update, dashboard, test, service, "
+        "output, "
+        "history, why or replay (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
@@ -309,6 +311,9 @@ TEST(ZebctlOptions, ReadsStationsAndOutputs) {
        "OUTPUT takes an output such as File1, not 'File' (zebctl output remove --help)"},
       {{"output", "remove", "1", "File0"},
        "OUTPUT takes an output such as File1, not 'File0' (zebctl output remove --help)"},
+      {{"test", "2", "http3"}, "test 2 HTTP3"},
+      {{"test", "2", "http"}, "OUTPUT takes an output such as File1, not 'http' (zebctl test --help)"},
+      {{"test", "0", "File1"}, "SERVICE takes the number of a service, not '0' (zebctl test --help)"},
       {{"service", "rename", "2"}, "service rename needs NAME (zebctl service rename --help)"},
   });
 }

@@ -14,6 +14,7 @@
 #include "dashboard/StationJson.h"
 #include "dashboard/StationList.h"
 #include "dashboard/StationRoutes.h"
+#include "dashboard/TestRoute.h"
 #include "platform/simulated/SimulatedSecrets.h"
 #include "platform/simulated/TestEnvironment.h"
 
@@ -42,6 +43,7 @@ struct NoStations : Stations {
   void Take(int, const std::string&) override {}
   void Update(int) override {}
   void Reload() override {}
+  std::optional<Result<std::vector<TestStep>>> Test(int, const OutputName&) override { return std::nullopt; }
   Outcome Remove(int) override { return {}; }
 };
 
@@ -57,6 +59,7 @@ TEST(OpenApiTest, HasThePathsAndMethodsOfTheProgram) {
   pictures.AddTo(dashboard.Routes());
   HistoryRoute history(ports.loop, nullptr, nullptr);
   history.AddTo(dashboard.Routes());
+  AddTestRoute(dashboard.Routes(), stations);
   dashboard.AddEvents("/api/v1/events", events.Hub());
   std::set<std::string> served, written;
   for (const Router::Route& route : dashboard.Routes().All()) {
