@@ -110,6 +110,13 @@ std::string clsZEBTemplate::GetStatusString(std::uint32_t& colour) {
   return std::string(look.text);
 }
 
+void clsZEBTemplate::NoteShown(std::string_view text, const std::string& templateText,
+                               const std::string& simpleText, ValueEscape escape, bool urlEncode) {
+  shown_.text = ShownText(text);
+  shown_.source = {templateText.empty() ? nullptr : std::make_shared<const std::string>(templateText),
+                   simpleText, escape, urlEncode};
+}
+
 void clsZEBTemplate::CheckEscapeWord(const std::string& where, const std::string& word) {
   if (const std::string wrong = WrongEscapeWord(word); !wrong.empty())
     environment_.person.Note(where + ": EscapeValues: " + wrong);

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/OutputTypes.h"
@@ -117,6 +118,11 @@ class clsZEBTemplate {
 
   // Notes a word of an "EscapeValues" setting that there is not. `where` names the output, or its pair.
   void CheckEscapeWord(const std::string& where, const std::string& word);
+
+  // What has been published, of an output that sends texts. `templateText` "": it is not known which template
+  // the text came from.
+  void NoteShown(std::string_view text, const std::string& templateText, const std::string& simpleText,
+                 ValueEscape escape, bool urlEncode = false);
 
   // For an output that counts for itself, in UpdateOutput.
   void SetTally(Tally tally) {

@@ -215,7 +215,8 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_.clear();
   SetStatus(kStatusOK);
   std::vector<std::string>& candidates = found.Value();
-  if (candidates.empty()) {
+  const bool byDefault = candidates.empty();
+  if (byDefault) {
     UploadFileList unused;
     std::string text = WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText,
                                                         unused, settings.Values(settings.DefaultText)));
@@ -226,7 +227,9 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (text.empty()) return exitAs("nothing to send");
   const std::string label = LabelOf(*snapshot, std::move(text));
   if (!SendLabel(*snapshot, label)) return false;
-  shown_.text = ShownText(label);
+  const std::string& made = byDefault ? settings.DefaultText : settings.simpleText;
+  NoteShown(label, byDefault || settings.alternates.empty() ? made : "", settings.simpleText,
+            settings.Values(made).escape);
   return true;
 }
 

@@ -276,7 +276,8 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   std::vector<std::string> texts;
   for (const EncoderCommand& command : commands) texts.push_back(command.value);
   if (commands_.Taken() > 0) {
-    shown_.text = ShownText(commands_.TakenText(texts));
+    NoteShown(commands_.TakenText(texts), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape);
     shownTitle_ = WithoutControls(texts.back());
   }
   WatchStream();

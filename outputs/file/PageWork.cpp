@@ -32,6 +32,15 @@ Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std:
   return {pair.DestinationFileName(), bytes.size(), FirstLines(text), Sha256Text(bytes)};
 }
 
+void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,
+                const SnapshotPtr& snapshot, const ValueEncoding& values) {
+  const std::string* const text = &page->Text();
+  shown.snapshot = snapshot;
+  // The text stays as long as it is named, also when the template has changed since.
+  shown.source = {std::shared_ptr<const std::string>(std::move(page), text), pair.SimpleTextFormat,
+                  values.escape, values.urlEncode};
+}
+
 Result<std::string> WriteTempPage(FileSystem& files, std::string_view bytes, TempPage kind,
                                   std::vector<std::string>* trace) {
   Result<std::string> name =

@@ -3,6 +3,7 @@
 // All of it may be called on a worker thread: nothing is touched but the arguments and the file system.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,9 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
 
 // What is to be seen of a page: its text, and the bytes that are published.
 Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes);
+// Notes what it was made of.
+void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,
+                const SnapshotPtr& snapshot, const ValueEncoding& values);
 
 // A new temporary file that holds the page's bytes. The caller deletes it, unless it is
 // to be kept: then its name tells the next start so. What the debug log is to say of it is added to `trace`.

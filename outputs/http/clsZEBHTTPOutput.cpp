@@ -127,8 +127,10 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   mayPass_ = requests_.MayPass();
   counted_ = true;
   if (requests_.Taken() > 0) {
-    shown_.text = ShownText(requests_.TakenText(pieces));
-    shownTitle_ = (*snapshot).currentItem->ItemName;
+    const ValueEncoding values = Values();
+    NoteShown(requests_.TakenText(pieces), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape, values.urlEncode);
+    shownTitle_ = snapshot->currentItem->ItemName;
   }
   return requests_.Taken() > 0;
 }

@@ -209,7 +209,9 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
   if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
-  if (sent == Sent::kWhole) shown_.text = ShownText(text + appended);
+  if (sent == Sent::kWhole)
+    NoteShown(text + appended, settings.alternates.empty() ? settings.simpleText : "", settings.simpleText,
+              settings.Values(settings.simpleText).escape);
   return sent == Sent::kWhole;
 }
 

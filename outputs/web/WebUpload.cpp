@@ -125,6 +125,7 @@ WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
     std::string room;
     const std::string_view bytes = EncodeFile(page.Value(), loaded.Value()->Encoding(), room);
     prepared.shown = ShownPage(pair, page.Value(), bytes);
+    NoteSource(prepared.shown, pair, loaded.Value(), snapshot, values);
     prepared.temp = WriteTempPage(files, bytes, kind);
     return prepared;
   };
