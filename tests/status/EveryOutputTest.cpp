@@ -127,6 +127,10 @@ TEST_F(EveryOutputTest, ShowsThePresentItemOrIsStale) {
     Publish("One");
     RunAndLook(5s, showing("One"));
     EXPECT_EQ(TextOf(Output()), showing("One"));
+    if (!Output().shown.text.empty()) {
+      ASSERT_TRUE(Output().shown.source.templateText);
+      EXPECT_NE(Output().shown.source.templateText->find("<ZEB_NOW_ITEMNAME>"), std::string::npos);
+    }
     EXPECT_EQ(Output().latency, one.latency);
     EXPECT_EQ(Output().severity, Severity::kOk) << Output().problem;
     EXPECT_TRUE(board.Troubles().empty());
@@ -163,6 +167,10 @@ TEST_F(EveryOutputTest, PagesAreNamedWithSizeAndDigest) {
   ASSERT_EQ(shown.pages.size(), 1U);
   EXPECT_EQ(shown.pages[0].name, "/w/now.txt");
   EXPECT_EQ(shown.pages[0].bytes, t.files.Contents("/w/now.txt").size());
+  EXPECT_EQ(shown.pages[0].snapshot, service.LastSnapshot());
+  ASSERT_TRUE(shown.pages[0].source.templateText);
+  EXPECT_EQ(*shown.pages[0].source.templateText, t.files.Contents("/t/now"));
+  EXPECT_EQ(shown.pages[0].source.simpleText, kDefaultSimpleTextFormat);
   EXPECT_EQ(shown.pages[0].digest, "71467ea354dc0f51d4b57fd06f594d0013802f7dab9e843783eb787dcb37f4d3");
   EXPECT_EQ(t.files.Contents("/w/now.txt"), "One\n-\n");
 }
