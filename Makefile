@@ -4,7 +4,7 @@
 # make test                builds, and runs every test
 # make asan                the tests under the address and undefined-behaviour sanitizers
 # make fuzz                each fuzz target for 30 seconds (SECONDS_EACH=n)
-# make bench               the benchmarks, on a release build
+# make bench               the benchmarks, on a release build; ARGS=--write: also docs/performance.md; ARGS=--quick: do they work
 # make format, make tidy   clang-format, clang-tidy
 # make check               what must pass before a change goes in: format, includes, tests, sanitizers
 # make install             builds a release and installs it below PREFIX (/usr/local)
@@ -49,7 +49,7 @@ bench:
 	@scripts/setup develop
 	@$(MAKE) build/release/build.ninja
 	@ninja -C build/release -j$(JOBS)
-	@scripts/bench
+	@scripts/bench $(ARGS)
 
 format:
 	@scripts/format

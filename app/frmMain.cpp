@@ -130,6 +130,12 @@ void frmMain::OpenWindow(int number) {
   }
 }
 
+// It may take a while to close, and outlive this object.
+void frmMain::LetGo(frmService& window) {
+  window.Board().onChanged = nullptr;
+  window.Close();
+}
+
 void frmMain::Tell(int number) const {
   if (onChanged) onChanged(number);
 }
@@ -179,7 +185,7 @@ Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
   if (found == windows_.end()) return Failure{"the service has gone already"};
   const auto at = found - windows_.begin();
   if (Outcome stored = StoreWithout(static_cast<int>(at) + 1); !stored) return stored;
-  window->Close();
+  LetGo(*window);
   windows_.erase(windows_.begin() + at);
   Tell(0);
   return {};
@@ -288,7 +294,7 @@ void frmMain::LookForAlarms() {
 
 void frmMain::ShrinkTo(int count) {
   while (NumberServices() > count) {
-    windows_.back()->Close();
+    LetGo(*windows_.back());
     windows_.pop_back();
     Tell(0);
   }

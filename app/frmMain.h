@@ -69,6 +69,7 @@ class frmMain {
   void RemoveLeftOvers() const;
   void OpenWindow(int number);
   void Tell(int number) const;
+  static void LetGo(frmService& window);
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
   Outcome StoreWithout(int number);
   void TakeStoredOver(int from);

@@ -149,6 +149,7 @@ Outcome frmService::Reload() {
     StartOutput(type, index);
     state.service.ShowPresentTo(type, index);
   }
+  state.board.Changed();
   return {};
 }
 

@@ -144,6 +144,9 @@ void Dashboard::OpenNetwork() {
   listener->onConnection = [this](std::unique_ptr<TcpConnection> connection) {
     server_->Take(std::move(connection));
   };
+  listener->onTrouble = [this](const std::string& what) {
+    if (const auto more = trouble_.Next(environment_.loop.Monotonic())) note_("Dashboard: " + what + *more);
+  };
   listener_ = std::move(listener);
   if (logon_) logon_->SetPort(listener_->Port());
   note_("The dashboard is at " + Url());

@@ -16,6 +16,7 @@
 #include "dashboard/HttpServer.h"
 #include "dashboard/Logon.h"
 #include "dashboard/Router.h"
+#include "diagnostics/RepeatedNote.h"
 #include "platform/Environment.h"
 #include "platform/LocalSockets.h"
 #include "platform/Secrets.h"
@@ -71,6 +72,7 @@ class Dashboard {
   std::unique_ptr<LocalListener> socket_;
   std::unique_ptr<TcpListener> listener_;
   std::string settingsProblem_, socketProblem_, groupProblem_, networkProblem_;  // as told last
+  RepeatedNote trouble_;
   std::shared_ptr<int> tasks_ = std::make_shared<int>(0);
   Timer retry_;
 };

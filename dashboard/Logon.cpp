@@ -84,10 +84,15 @@ HttpAnswer Logon::LogOn(const HttpRequest& request) {
 HttpAnswer Logon::Try(const HttpRequest& request, const Given& given, const std::string& hash) {
   if (const Duration wait = gate_.Begin(request.peerAddress, loop_.Monotonic()); wait > Duration::zero())
     return TryLater(429, "too many wrong passwords: wait a moment", wait);
-  LogonGate::How how = Check(hash, given.password);
-  // One that was changed meanwhile is wrong by now.
-  if (how == LogonGate::How::kRight && surroundings_.passwordHash() != hash) how = LogonGate::How::kWrong;
-  gate_.Ended(request.peerAddress, how, loop_.Monotonic());
+  LogonGate::How how = LogonGate::How::kNotTried;
+  {
+    // Ends the try also when the settings cannot be read.
+    const std::shared_ptr<void> ended(
+        nullptr, [&](void*) { gate_.Ended(request.peerAddress, how, loop_.Monotonic()); });
+    how = Check(hash, given.password);
+    // One that was changed meanwhile is wrong by now.
+    if (how == LogonGate::How::kRight && surroundings_.passwordHash() != hash) how = LogonGate::How::kWrong;
+  }
   if (how == LogonGate::How::kRight) return Begin(request, given.asForm);
   if (how == LogonGate::How::kNotTried) return TryLater(503, "the password cannot be checked now", 10s);
   if (const auto more = wrong_.Next(loop_.Monotonic()))

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <exception>
 #include <utility>
 
 #include "status/PublicLook.h"
@@ -119,7 +120,12 @@ void ProofOfAir::LookRound(const std::shared_ptr<Looks>& looks) {
       return there ? &looks->places[i].wanted : nullptr;
     };
     const MonotonicTime began = looks->environment.loop.Monotonic();
-    const std::optional<std::string> wrong = LookAt(looks->environment, wanted, looks->mine);
+    std::optional<std::string> wrong;
+    try {
+      wrong = LookAt(looks->environment, wanted, looks->mine);
+    } catch (const std::exception& fault) {
+      wrong = std::string("the public address could not be looked at: ") + fault.what();
+    }
     if (!looks->mine.Holds()) return;
     if (wrong && wanted()) Judge(*looks, i, began, *wrong);
   }

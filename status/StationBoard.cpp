@@ -72,6 +72,7 @@ void StationBoard::RunEnded(const UpdateRecord& record, const UpdateRun& run) {
 }
 
 void StationBoard::Changed() {
+  ForgetGone();
   for (const OutputTypeInfo& info : kOutputTypes)
     for (int i = 1; i <= service_.OutputCount(static_cast<std::int32_t>(info.type)); ++i)
       Look(service_.Output(info.type, i));
@@ -122,9 +123,13 @@ std::vector<Trouble> StationBoard::Troubles() {
   return troubles;
 }
 
+void StationBoard::ForgetGone() {
+  std::erase_if(known_, [](const auto& entry) { return entry.second.output.expired(); });
+}
+
 // What is remembered of an output, brought up to date.
 StationBoard::Known& StationBoard::Look(const OutputPtr& output) {
-  std::erase_if(known_, [](const auto& entry) { return entry.second.output.expired(); });
+  ForgetGone();
   Known& known = known_[output.get()];
   known.output = output;
   const auto keep = [&](std::optional<WallTime>& since, bool holds) {

@@ -57,6 +57,7 @@ class StationBoard {
   void LookAtAir(const OutputPtr& output, const ServiceSnapshot& snapshot);
   void AirChanged(const clsZEBTemplate* output);
   Known& Look(const OutputPtr& output);
+  void ForgetGone();
   bool IsStale(clsZEBTemplate& output, const Known& known) const;
   OutputState StateOf(OutputType type, int index) const;
   void AddKnown(OutputState& state, const Known& known) const;

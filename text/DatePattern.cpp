@@ -46,6 +46,7 @@ std::size_t LongestCode(char letter) {
 
 // The half-day mark at the start of the text: "AM/PM", "A/P" or "AMPM" in any case, or "".
 std::string_view HalfDayMark(std::string_view text) {
+  if (text.empty() || AsciiLower(text[0]) != 'a') return {};
   for (const std::string_view mark : {"AM/PM", "A/P", "AMPM"})
     if (EqualIgnoringAsciiCase(text.substr(0, mark.size()), mark)) return text.substr(0, mark.size());
   return {};
@@ -95,6 +96,7 @@ class Scanner {
 };
 
 bool HasHalfDayMark(std::string_view pattern) {
+  if (pattern.find_first_of("aA") == std::string_view::npos) return false;
   Scanner scanner(pattern);
   for (Token token = scanner.Next(); token.kind != TokenKind::kEnd; token = scanner.Next())
     if (token.kind == TokenKind::kHalfDay) return true;

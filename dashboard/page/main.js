@@ -1,6 +1,6 @@
 // The page: keeps the stations as the publisher tells them, and draws the overview or one station.
 
-import {listen, logIn, logOut} from './api.js';
+import {get, listen, logIn, logOut} from './api.js';
 import {countAges} from './dom.js';
 import {drawOverview} from './overview.js';
 import {drawStation} from './station.js';
@@ -8,6 +8,7 @@ import {drawStation} from './station.js';
 const stations = new Map();   // by number
 const latencies = new Map();  // by station and output: the last publications' milliseconds
 const notes = [];             // the last lines of the journal, newest first
+let known = false;            // the publisher has told which stations there are
 const content = document.getElementById('content');
 const link = document.getElementById('link');
 
@@ -28,6 +29,7 @@ function keepLatencies(station) {
 
 function onEvent(name, data) {
   if (name === 'services') {
+    known = true;
     stations.clear();
     for (const station of data.services) stations.set(station.number, station);
     document.getElementById('about').textContent = `ZEB ${data.version}`;
@@ -38,7 +40,7 @@ function onEvent(name, data) {
     notes.splice(mostNotes);
   }
   for (const station of stations.values()) keepLatencies(station);
-  drawSoon();
+  if (known) drawSoon();
 }
 
 function onLink(live, since) {
@@ -69,20 +71,40 @@ function draw() {
 }
 
 const session = document.getElementById('session');
+function showSession(open) {
+  session.dataset.open = open ? 'yes' : '';
+  session.textContent = open ? 'Log out' : 'Log in';
+}
 session.onclick = async () => {
   if (session.dataset.open) {
     await logOut();
-    delete session.dataset.open;
+    location.reload();  // what only the logged-on may see goes
   } else if (await logIn()) {
-    session.dataset.open = 'yes';
+    showSession(true);
   }
-  session.textContent = session.dataset.open ? 'Log out' : 'Log in';
 };
 
 addEventListener('hashchange', () => {
-  draw();
+  if (known) draw();
   content.focus();
 });
 setInterval(countAges, 1000);
-listen(onEvent, onLink);
-draw();
+
+// From another machine nothing is shown before the log-on.
+async function start() {
+  const may = await get('/api/v1/session');
+  showSession(may.loggedOn);
+  if (!may.mayRead) {
+    const why = may.passwordSet ? 'The stations are shown to those who know the password.' :
+      'No password is set. On the publisher\u2019s machine: zebctl dashboard password';
+    while (!(await logIn(why)));
+    showSession(true);
+  }
+  listen(onEvent, onLink);  // the first event draws
+}
+content.replaceChildren('Asking the publisher …');
+start().catch((problem) => {
+  link.classList.add('lost');
+  link.textContent = `The publisher does not answer: ${problem.message}`;
+  setTimeout(() => location.reload(), 5000);
+});

@@ -12,6 +12,7 @@ namespace {
 // "/a/./b" and "/a//b" are one file.
 std::string KeyOf(const std::string& path) {
   std::string key;
+  key.reserve(path.size() + 1);
   for (std::size_t start = 0; start <= path.size();) {
     std::size_t end = std::min(path.find(kPathSeparator, start), path.size());
     std::string_view part = std::string_view(path).substr(start, end - start);

@@ -64,7 +64,8 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
   const std::unique_ptr<FileTarget> target = FindPlace(job, tools);
   if (!target) return true;
   // Behind a link, another path than the one that was claimed.
-  const Hold hold = HoldAlso(claim, target->Path());
+  const bool elsewhere = target->Path() != job.destination;
+  const Hold hold = elsewhere ? HoldAlso(claim, target->Path()) : Hold::kOurs;
   if (hold == Hold::kWait) return false;
   if (hold == Hold::kTaken) {
     job.Fail(kStatusDestinationFileProblem, StillBeingWritten(target->Path()));

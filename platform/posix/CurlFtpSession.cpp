@@ -2,11 +2,14 @@
 
 #include <curl/curl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <utility>
 
+#include "platform/posix/DescriptorLimit.h"
 #include "text/Encodings.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
@@ -71,6 +74,16 @@ bool StaysConnected(CURLcode code) {
 
 // What libcurl calls.
 struct CurlCallbacks {
+  // A connection stays open between updates, so it must leave descriptors to the others.
+  static curl_socket_t OnOpen(void* session, curlsocktype, curl_sockaddr* address) {
+    const int descriptor = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    bool& none = static_cast<CurlFtpSession*>(session)->noDescriptor_;
+    none = descriptor < 0 ? errno == EMFILE : !LeavesDescriptors(descriptor);
+    if (!none || descriptor < 0) return descriptor;
+    close(descriptor);
+    return CURL_SOCKET_BAD;
+  }
+
   // An upload that is ended early is given an early end of file: an abort would end the connection too.
   static std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* data) {
     auto& feed = *static_cast<Feed*>(data);
@@ -205,6 +218,8 @@ void CurlFtpSession::SetUp(const std::string& path) {
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, limit);
   curl_easy_setopt(curl, CURLOPT_ACCEPTTIMEOUT_MS, limit);
   curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, std::max(1L, limit / 1000));
+  curl_easy_setopt(curl, CURLOPT_OPENSOCKETFUNCTION, &CurlCallbacks::OnOpen);
+  curl_easy_setopt(curl, CURLOPT_OPENSOCKETDATA, this);
   curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, &CurlCallbacks::OnHeader);
   curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
@@ -235,6 +250,7 @@ Outcome CurlFtpSession::Perform(const std::string& what) {
   reply_.clear();
   lastResponse_.clear();
   replyBytes_ = 0;
+  noDescriptor_ = false;
   if (url_ == nullptr) return Failure{what + ": its name is none that the FTP library takes"};
   const CURLcode code = curl_easy_perform(handle_);
   long connections = 0;
@@ -243,6 +259,7 @@ Outcome CurlFtpSession::Perform(const std::string& what) {
   if (isAnew_) binary_ = false;
   if (code == CURLE_OK) return {};
   if (!StaysConnected(code) || ReplyCode() == 421) connected_ = false;
+  if (noDescriptor_) return Failure{what + ": too many open files: raise LimitNOFILE"};
   std::string reason = what + ": " + curl_easy_strerror(code);
   if (ReplyCode() >= 400 && !lastResponse_.empty()) reason += " (" + lastResponse_ + ")";
   return Failure{std::move(reason)};

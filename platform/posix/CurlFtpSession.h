@@ -46,8 +46,9 @@ class CurlFtpSession : public FtpSession {
   void* handle_ = nullptr;
   void* url_ = nullptr;
   bool connected_ = false;
-  bool binary_ = false;  // sizes are told in binary mode only
-  bool isAnew_ = false;  // the last operation had to make a connection
+  bool binary_ = false;        // sizes are told in binary mode only
+  bool noDescriptor_ = false;  // the last operation found none for its connection
+  bool isAnew_ = false;        // the last operation had to make a connection
   FtpTarget target_;
   std::string reply_, lastResponse_;        // the reply that is arriving; the last complete one
   std::size_t replyBytes_ = 0;              // of one operation

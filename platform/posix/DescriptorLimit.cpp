@@ -2,6 +2,10 @@
 
 #include <sys/resource.h>
 
+#include <cstddef>
+
+#include "platform/DescriptorReserve.h"
+
 namespace zeb {
 
 void RaiseDescriptorLimit() {
@@ -9,6 +13,13 @@ void RaiseDescriptorLimit() {
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
   limit.rlim_cur = limit.rlim_max;
   setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+bool LeavesDescriptors(int descriptor) {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return true;
+  const auto most = static_cast<std::size_t>(limit.rlim_cur);
+  return static_cast<std::size_t>(descriptor) + DescriptorReserve(most) / 2 < most;
 }
 
 }  // namespace zeb

@@ -7,4 +7,8 @@ namespace zeb {
 // that open a few files. Where that is refused, it stays.
 void RaiseDescriptorLimit();
 
+// Whether `descriptor`, which a connection has just been given, leaves the half of the reserve that is for
+// files alone: they are given from the lowest on.
+bool LeavesDescriptors(int descriptor);
+
 }  // namespace zeb

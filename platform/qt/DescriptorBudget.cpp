@@ -2,14 +2,11 @@
 
 #include <sys/resource.h>
 
-#include <algorithm>
+#include "platform/DescriptorReserve.h"
 
 namespace zeb {
 
 namespace {
-
-// Workers, with a template, a page and a picture each, the settings and their journal, log files.
-constexpr std::size_t kMostReserved = 128;
 
 std::size_t PresentLimit() {
   rlimit limit{};
@@ -22,7 +19,7 @@ std::size_t PresentLimit() {
 DescriptorBudget::DescriptorBudget() : DescriptorBudget(PresentLimit()) {}
 
 std::size_t DescriptorBudget::Reserve() const {
-  return std::min(limit_ / 4, kMostReserved);
+  return DescriptorReserve(limit_);
 }
 
 std::string DescriptorBudget::Reason() const {

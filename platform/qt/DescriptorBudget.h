@@ -22,6 +22,8 @@ class DescriptorBudget {
   // from the lowest on, so a high one says that others have taken theirs.
   bool AllowsListener(int descriptor) const { return Fits(2, descriptor, Reserve()); }
   bool AllowsConnection(int descriptor) const { return Fits(1, descriptor, Reserve() / 2); }
+  // One that is about to be opened: a connection of ours to a server.
+  bool AllowsClient() const { return AllowsConnection(0); }
   // Why not, and what to do.
   std::string Reason() const;
 

@@ -27,6 +27,8 @@ using namespace std::chrono_literals;
 constexpr Duration kGrid = 1s;
 // The longest that one Qt timer is set for; it counts milliseconds in an int.
 constexpr Duration kLongestSleep = 24h;
+constexpr std::size_t kLookUpThreads = 4;
+constexpr std::size_t kMostLookUpThreads = 16;
 
 }  // namespace
 
@@ -36,6 +38,7 @@ struct QtLoop::State {
   std::optional<MonotonicTime> armedFor;  // the moment that `timer` is set for
   std::shared_ptr<QtMailbox> mailbox;
   WorkerPool workers;
+  WorkerPool lookUps{kLookUpThreads, kMostLookUpThreads};
   Timer relief;  // while jobs wait for a worker
   QMetaObject::Connection beforeSleep;
 };
@@ -110,8 +113,16 @@ void QtLoop::PostFromAnyThread(std::function<void()> work) {
 }
 
 void QtLoop::Offload(std::function<void()> work, std::function<void()> done) {
-  const bool begun = state_->workers.Submit(
-      [work = std::move(work), done = std::move(done), mailbox = state_->mailbox]() mutable {
+  OffloadTo(state_->workers, std::move(work), std::move(done));
+}
+
+void QtLoop::LookUp(std::function<void()> work, std::function<void()> done) {
+  OffloadTo(state_->lookUps, std::move(work), std::move(done));
+}
+
+void QtLoop::OffloadTo(WorkerPool& pool, std::function<void()> work, std::function<void()> done) {
+  const bool begun =
+      pool.Submit([work = std::move(work), done = std::move(done), mailbox = state_->mailbox]() mutable {
         work();
         work = nullptr;
         mailbox->PostFromAnyThread(std::move(done));
@@ -120,9 +131,10 @@ void QtLoop::Offload(std::function<void()> work, std::function<void()> done) {
 }
 
 void QtLoop::RelieveWorkers() {
-  if (!state_->workers.Crowded()) return;
+  if (!state_->workers.Crowded() && !state_->lookUps.Crowded()) return;
   state_->relief = After(WorkerPool::kSeemsToHang, [this] {
     state_->workers.Relieve();
+    state_->lookUps.Relieve();
     RelieveWorkers();
   });
 }

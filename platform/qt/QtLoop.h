@@ -16,6 +16,8 @@
 
 namespace zeb {
 
+class WorkerPool;
+
 class QtLoop : public EventLoop {
  public:
   QtLoop();
@@ -28,6 +30,10 @@ class QtLoop : public EventLoop {
   // Does the work of an event that came through Qt as this class does its own: what it throws is reported,
   // and the tasks that waited for what it did go on.
   void HandleEvent(const std::function<void()>& work) noexcept;
+
+  // Does `work` on a thread and `done` on the loop's afterwards, unless the loop has ended. For name servers,
+  // which may hang for minutes: these threads are not those of RunBlocking, so files do not wait for them.
+  void LookUp(std::function<void()> work, std::function<void()> done);
 
   int Run();            // until Quit; its exit code
   void Quit(int code);  // also before Run, which then ends at once
@@ -48,6 +54,7 @@ class QtLoop : public EventLoop {
   void RunPosted();
   void RunTimers();
   void ArmTimer();
+  void OffloadTo(WorkerPool& pool, std::function<void()> work, std::function<void()> done);
   void RelieveWorkers();
   void Call(const std::function<void()>& work) noexcept;
 

@@ -7,7 +7,6 @@
 #include <set>
 #include <string>
 
-#include "platform/qt/DescriptorBudget.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtStream.h"
 #include "platform/qt/SocketConnection.h"
@@ -15,12 +14,10 @@
 namespace zeb {
 
 struct QtNetworkState : QtStreams {
-  explicit QtNetworkState(QtLoop& givenLoop) : QtStreams(givenLoop), loop(givenLoop) {}
+  using QtStreams::QtStreams;
 
-  QtLoop& loop;
   // With the system's own, once there are others: Qt then no longer looks the system's up by itself.
   QList<QSslCertificate> authorities;
-  DescriptorBudget budget;
   std::set<std::shared_ptr<SocketConnection::Stream>>
       leavingConnections;  // closed by their users, still sending
   std::string piece;       // the buffer of whoever reads

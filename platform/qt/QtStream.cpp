@@ -1,11 +1,14 @@
 #include "platform/qt/QtStream.h"
 
+#include <QHostAddress>
 #include <QNetworkProxy>
 #include <QSslError>
 #include <QSslSocket>
+#include <QUrl>
 #include <algorithm>
 #include <utility>
 
+#include "platform/qt/HostLookUp.h"
 #include "platform/qt/SocketOptions.h"
 
 namespace zeb {
@@ -17,6 +20,12 @@ using namespace std::chrono_literals;
 constexpr qint64 kPieceBytes = 64 * 1024;
 // How long a closed stream goes on sending to a peer that hardly reads.
 constexpr Duration kLeaveLimit = 10s;
+// Another address of the same host may do.
+bool IsAboutOneAddress(QAbstractSocket::SocketError error) {
+  return error == QAbstractSocket::ConnectionRefusedError || error == QAbstractSocket::NetworkError ||
+         error == QAbstractSocket::SocketTimeoutError;
+}
+
 std::string OneLine(const QString& text) {
   return text.simplified().toStdString();
 }
@@ -29,6 +38,10 @@ QtStream::QtStream(std::shared_ptr<QtStreams> shared, std::unique_ptr<QTcpSocket
   Watch();
 }
 
+QtStream::~QtStream() {
+  if (hasPlace_) shared_->budget.GiveBack(1);
+}
+
 void QtStream::Watch() {
   QTcpSocket* socket = socket_.get();
   QObject::connect(socket, &QTcpSocket::readyRead, &context_, [this] { PostPump(); });
@@ -38,14 +51,13 @@ void QtStream::Watch() {
       if (Unsent() == 0) return End("");
       return End("lost the connection to " + target_ + ": closed before all was sent");
     }
+    if (!connected_ && IsAboutOneAddress(error) && HasNextAddress()) return;
     const std::string problem =
         certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
     End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);
   });
-  QObject::connect(socket, &QTcpSocket::hostFound, &context_, [this] {
-    if (user_) user_->NameFound();
-  });
   QObject::connect(socket, &QTcpSocket::connected, &context_, [this] {
+    addresses_.clear();
     if (user_) user_->ServerReached();
   });
   QObject::connect(socket, &QTcpSocket::disconnected, &context_, [this] { End(""); });
@@ -53,25 +65,75 @@ void QtStream::Watch() {
 
 void QtStream::Connect(const std::string& host, std::uint16_t port, Security security) {
   target_ = host + ":" + std::to_string(port);
+  port_ = port;
+  security_ = security;
+  if (!TakePlace()) return End("cannot connect to " + target_ + ": " + shared_->budget.Reason());
   const auto whenConnected = [this] {
     TuneSocket(static_cast<int>(socket_->socketDescriptor()));
     connected_ = tellConnected_ = true;
     PostPump();
   };
-  // A literal IPv6 address may come in brackets, as in a URL.
-  QString name = QString::fromStdString(host);
-  if (name.startsWith('[') && name.endsWith(']')) name = name.mid(1, name.size() - 2);
   socket_->setProxy(QNetworkProxy::NoProxy);
   if (security == Security::kNone) {
     QObject::connect(socket_.get(), &QTcpSocket::connected, &context_, whenConnected);
-    return socket_->connectToHost(name, port);
+  } else {
+    auto* secure = static_cast<QSslSocket*>(socket_.get());
+    QObject::connect(secure, &QSslSocket::encrypted, &context_, whenConnected);
+    QObject::connect(secure, &QSslSocket::sslErrors, &context_, [this](const QList<QSslError>& errors) {
+      certificateProblem_ = OneLine(errors.front().errorString());
+    });
   }
-  auto* secure = static_cast<QSslSocket*>(socket_.get());
-  QObject::connect(secure, &QSslSocket::encrypted, &context_, whenConnected);
-  QObject::connect(secure, &QSslSocket::sslErrors, &context_, [this](const QList<QSslError>& errors) {
-    certificateProblem_ = OneLine(errors.front().errorString());
+  // A literal IPv6 address may come in brackets, as in a URL.
+  const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+  const std::string name = bracketed ? host.substr(1, host.size() - 2) : host;
+  peerName_ = QString::fromStdString(name);
+  if (!QHostAddress().setAddress(peerName_)) return LookUp(name);
+  addresses_ = {name};
+  TryNextAddress();
+}
+
+bool QtStream::TakePlace() {
+  hasPlace_ = shared_->budget.AllowsClient();
+  if (hasPlace_) shared_->budget.Take(1);
+  return hasPlace_;
+}
+
+// Names that nobody waits for any more are passed over, so that they do not pile up behind servers that hang.
+void QtStream::LookUp(const std::string& name) {
+  resolving_ = true;
+  const auto found = std::make_shared<HostAddresses>();
+  // Name servers know names of other scripts by an ASCII form.
+  const QByteArray ascii = QUrl::toAce(peerName_);
+  const auto wanted = [found, name = ascii.isEmpty() ? name : ascii.toStdString(), weak = weak_from_this()] {
+    if (!weak.expired()) *found = LookUpHost(name);
+  };
+  shared_->loop.LookUp(wanted, [found, weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self || !self->user_) return;
+    self->resolving_ = false;
+    self->addresses_.assign(found->addresses.begin(), found->addresses.end());
+    if (!self->addresses_.empty()) return self->TryNextAddress();
+    self->End("cannot connect to " + self->target_ + ": " + found->problem);
   });
-  secure->connectToHostEncrypted(name, port);
+}
+
+void QtStream::TryNextAddress() {
+  if (user_) user_->NameFound();
+  const QString address = QString::fromStdString(addresses_.front());
+  addresses_.pop_front();
+  if (security_ == Security::kNone) return socket_->connectToHost(address, port_);
+  static_cast<QSslSocket*>(socket_.get())->connectToHostEncrypted(address, port_, peerName_);
+}
+
+bool QtStream::HasNextAddress() {
+  if (addresses_.empty()) return false;
+  shared_->loop.Post([weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self || !self->user_ || self->ended_) return;
+    self->socket_->abort();
+    self->TryNextAddress();
+  });
+  return true;
 }
 
 void QtStream::Send(std::string_view bytes) {

@@ -8,13 +8,15 @@
 #include <QObject>
 #include <QTcpSocket>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 
-#include "platform/EventLoop.h"
+#include "platform/qt/DescriptorBudget.h"
+#include "platform/qt/QtLoop.h"
 
 namespace zeb {
 
@@ -22,8 +24,9 @@ class QtStream;
 
 // What the sockets of one network share.
 struct QtStreams {
-  explicit QtStreams(EventLoop& givenLoop) : loop(givenLoop) {}
-  EventLoop& loop;
+  explicit QtStreams(QtLoop& givenLoop) : loop(givenLoop) {}
+  QtLoop& loop;
+  DescriptorBudget budget;
   std::set<std::shared_ptr<QtStream>> leaving;  // closed by their users, still sending
 };
 
@@ -31,7 +34,7 @@ struct QtStreams {
 class QtStreamUser {
  public:
   virtual ~QtStreamUser() = default;
-  virtual void NameFound() = 0;      // from inside the socket's events, as the next one: nothing but noted
+  virtual void NameFound() = 0;      // perhaps from inside a call, as the next one: nothing but noted
   virtual void ServerReached() = 0;  // a connection stands; TLS does not yet
   virtual void Connected() = 0;
   virtual void Arrived(std::string_view bytes) = 0;
@@ -41,11 +44,12 @@ class QtStreamUser {
 class QtStream : public std::enable_shared_from_this<QtStream> {
  public:
   QtStream(std::shared_ptr<QtStreams> shared, std::unique_ptr<QTcpSocket> socket, QtStreamUser* user);
+  ~QtStream();
 
   enum class Security { kNone, kTls };
   void Connect(const std::string& host, std::uint16_t port, Security security);
 
-  bool Resolving() const { return socket_->state() == QAbstractSocket::HostLookupState; }
+  bool Resolving() const { return resolving_; }
   void Send(std::string_view bytes);
   std::size_t Unsent() const;
 
@@ -56,6 +60,11 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
 
  private:
   void Watch();
+  bool TakePlace();
+  void LookUp(const std::string& name);
+  void TryNextAddress();
+  // Whether there is another address, which is then tried after the present event.
+  bool HasNextAddress();
   void PostPump();
   void Pump();
   void End(const std::string& reason);
@@ -64,7 +73,13 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
   std::shared_ptr<QtStreams> shared_;
   std::unique_ptr<QTcpSocket> socket_;
   QtStreamUser* user_;
-  std::string target_;  // "host:port" of an outgoing connection
+  std::string target_;  // "host:port"
+  QString peerName_;    // as the certificate must name it
+  std::uint16_t port_ = 0;
+  Security security_ = Security::kNone;
+  bool hasPlace_ = false;  // of the budget
+  bool resolving_ = false;
+  std::deque<std::string> addresses_;  // not tried yet
   bool connected_ = false;
   bool tellConnected_ = false;
   bool pumpPosted_ = false;

@@ -25,6 +25,8 @@ constexpr auto kGrace = 500ms;
 }  // namespace
 
 struct WorkerPool::State {
+  State(std::size_t usual, std::size_t most) : usualThreads(usual), mostThreads(most) {}
+
   using Job = std::function<void()>;
 
   // What a thread waits on that has nothing to do, and the job that it is called for.
@@ -34,6 +36,7 @@ struct WorkerPool::State {
   };
   using IdlePtr = std::shared_ptr<Idle>;
 
+  const std::size_t usualThreads, mostThreads;
   std::mutex mutex;
   std::condition_variable allDone;  // no thread is at a job
   std::deque<Job> jobs;
@@ -77,11 +80,11 @@ struct WorkerPool::State {
 
   bool ThreadIsDue() const {
     if (jobs.empty()) return false;
-    if (threads < kUsualThreads) return true;
+    if (threads < usualThreads) return true;
     const auto before = Clock::now() - kSeemsToHang;
     const auto hanging = static_cast<std::size_t>(
         std::count_if(underWay.begin(), underWay.end(), [before](auto since) { return since <= before; }));
-    return threads < std::min(kUsualThreads + hanging, kMostThreads);
+    return threads < std::min(usualThreads + hanging, mostThreads);
   }
 
   // Without memory for a thread the jobs wait for those that there are; the next Relieve tries again.
@@ -94,7 +97,7 @@ struct WorkerPool::State {
   }
 };
 
-WorkerPool::WorkerPool() : state_(std::make_shared<State>()) {}
+WorkerPool::WorkerPool(std::size_t usual, std::size_t most) : state_(std::make_shared<State>(usual, most)) {}
 
 WorkerPool::~WorkerPool() {
   std::unique_lock lock(state_->mutex);

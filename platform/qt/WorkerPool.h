@@ -1,7 +1,7 @@
 // WorkerPool: the threads that do what may block, so that the loop's thread never does.
 //
 // Owned by an event loop, which calls it on its own thread. A few threads serve everybody; more are begun
-// only while some have been at one job for so long that they seem to hang, and never more than kMostThreads.
+// only while some have been at one job for so long that they seem to hang, and never more than `most`.
 // Idle ones end. A thread that hangs cannot be stopped: it is left behind when the pool goes.
 #pragma once
 
@@ -18,7 +18,7 @@ class WorkerPool {
   static constexpr std::size_t kMostThreads = 64;
   static constexpr auto kSeemsToHang = std::chrono::seconds(1);
 
-  WorkerPool();
+  explicit WorkerPool(std::size_t usual = kUsualThreads, std::size_t most = kMostThreads);
   ~WorkerPool();  // drops what has not begun, and waits a moment for what has
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;

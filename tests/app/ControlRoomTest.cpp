@@ -364,5 +364,31 @@ TEST_F(ControlRoomTest, TheNetworkIsServedOnlyOnceThereIsAPassword) {
   EXPECT_EQ(Ask(Get("/")).status, 200);
 }
 
+TEST_F(ControlRoomTest, EventsEndWithTheSession) {
+  ports.hive.WriteText(environment.settingsRoot, "DashboardAddress", "0.0.0.0");
+  ports.hive.WriteText(environment.settingsRoot, kDashboardPassword, "$hash$right");
+  Open();
+  const ReadAnswer logon = Ask(Post("/login", R"({"password":"right"})"));
+  const std::string cookie = "Cookie: " + logon.cookie.substr(0, logon.cookie.find(';')) + "\r\n";
+  HttpClient reader = Connect();
+  reader.Send(Get("/api/v1/events", cookie));
+  ports.loop.RunFor(1min);
+  EXPECT_FALSE(reader.closed);
+  EXPECT_EQ(Ask(Post("/logout", "", cookie)).status, 200);
+  ports.loop.RunFor(15s);
+  EXPECT_TRUE(reader.closed);
+}
+
+// A store that cannot be read for a moment must not shut anybody out for good.
+TEST_F(ControlRoomTest, ALogOnThatFailsByAFaultMayBeTriedAgain) {
+  ports.hive.WriteText(environment.settingsRoot, kDashboardPassword, "$hash$right");
+  Open();
+  secrets->onCheck = [&] { ports.hive.failure = "locked"; };
+  EXPECT_EQ(Ask(Post("/login", R"({"password":"right"})")).status, 500);
+  secrets->onCheck = nullptr;
+  ports.hive.failure.clear();
+  EXPECT_EQ(Ask(Post("/login", R"({"password":"right"})")).status, 200);
+}
+
 }  // namespace
 }  // namespace zeb

@@ -11,6 +11,7 @@
 #include "tests/net/FtpRelay.h"
 #include "tests/net/FtpServers.h"
 #include "tests/platform/FtpContract.h"
+#include "tests/posix/FewDescriptors.h"
 
 namespace zeb {
 namespace {
@@ -61,6 +62,19 @@ TEST_F(FtpSessionOnVsftpd, RefusalsAndEndedUploadsCostNoLogin) {
   EXPECT_TRUE(session->Delete("/www/part"));
   session->Close();
   EXPECT_EQ(relay->Connections(), 1);
+}
+
+TEST_F(FtpSessionOnVsftpd, TheLastDescriptorsAreLeftToFiles) {
+  FewDescriptors descriptors(400);
+  descriptors.TakeAllBut(40);  // connections leave 50 alone
+  const auto session = sessions.Make();
+  const Outcome connected = session->Connect(target);
+  EXPECT_FALSE(connected);
+  EXPECT_NE(connected.Reason().find(": too many open files: raise LimitNOFILE"), std::string::npos)
+      << connected.Reason();
+  EXPECT_EQ(relay->Connections(), 0);
+  descriptors.GiveBack();
+  EXPECT_TRUE(session->Connect(target));
 }
 
 TEST_F(FtpSessionOnVsftpd, CancellingEndsWhateverWaits) {

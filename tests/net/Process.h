@@ -30,6 +30,7 @@ class Process {
   // its words.
   bool EndsUnread(Seconds limit = Seconds(30)) const;
   void Signal(int signal) const;
+  pid_t Id() const { return pid_; }
 
   std::string output, error;  // so far
 

@@ -39,8 +39,12 @@ Station::~Station() {
 int Station::FreeControlPort() {
   static int candidate = 100 + static_cast<int>(getpid() * 37 % 20000);
   do ++candidate;
-  while (!CanBind(6900 + candidate));
+  while (!IsFree(candidate));
   return candidate;
+}
+
+bool Station::IsFree(int controlPort) {
+  return CanBind(6900 + controlPort);
 }
 
 Finished Station::Zebctl(std::vector<std::string> arguments, const std::string& input) const {

@@ -32,6 +32,7 @@ class Station : public testing::Test {
   static void WriteFile(const std::string& path, const std::string& text);
   // A control port number whose TCP port (6900 + it) is free now.
   static int FreeControlPort();
+  static bool IsFree(int controlPort);
 
   std::filesystem::path folder;
   int control = 0;

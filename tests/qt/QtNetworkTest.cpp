@@ -4,6 +4,7 @@
 #include <QSslServer>
 #include <QTcpSocket>
 
+#include "platform/qt/HostLookUp.h"
 #include "platform/qt/QtNetwork.h"
 #include "tests/platform/NetworkContract.h"
 #include "tests/qt/QtFixture.h"
@@ -34,6 +35,43 @@ TEST_F(QtNetworkTest, NamesAndIpv6LiteralsReachAListenerOnAllInterfaces) {
   ASSERT_TRUE(Until([&] { return server.peers.size() == 4; }));
   EXPECT_EQ(server.peers[1]->connection->PeerAddress(), "::1");
   EXPECT_EQ(server.peers[3]->connection->PeerAddress(), "127.0.0.1");
+}
+
+// On most machines the name stands for 127.0.0.1 and ::1.
+TEST_F(QtNetworkTest, EachAddressOfANameIsTried) {
+  std::uint16_t closed = 0;
+  const HostAddresses localhost = LookUpHost("localhost");
+  ASSERT_FALSE(localhost.addresses.empty()) << localhost.problem;
+  for (const std::string& address : localhost.addresses) {
+    RecordingServer server(network, address);
+    RecordingClient client(network);
+    client.control->Connect("localhost", server.Port());
+    ASSERT_TRUE(Until([&] { return client.connected == 1; }))
+        << address << ": " << client.control->LastError();
+    ASSERT_TRUE(Until([&] { return server.peers.size() == 1; }));
+    EXPECT_EQ(server.peers[0]->connection->PeerAddress(), address);
+    EXPECT_EQ(client.closed, 0);
+    closed = server.Port();
+  }
+  RecordingClient client(network);
+  client.control->Connect("localhost", closed);
+  ASSERT_TRUE(Until([&] { return client.closed == 1; }));
+  EXPECT_EQ(client.connected, 0);
+  EXPECT_EQ(client.control->LastError(),
+            "cannot connect to localhost:" + std::to_string(closed) + ": Connection refused");
+}
+
+TEST_F(QtNetworkTest, ALookUpWhoseUserHasGoneTellsNobody) {
+  for (int i = 0; i < 50; ++i) {
+    RecordingClient client(network);
+    client.control->Connect("localhost", 9);
+    if (i % 2 == 0) client.control->Close();
+    EXPECT_EQ(client.connected + client.closed, 0);
+  }
+  RecordingServer server(network);
+  RecordingClient client(network);
+  client.control->Connect("localhost", server.Port());
+  EXPECT_TRUE(Until([&] { return client.connected == 1; })) << client.control->LastError();
 }
 
 TEST_F(QtNetworkTest, AnUnknownNameFailsWithoutBlocking) {

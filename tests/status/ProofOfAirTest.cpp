@@ -111,6 +111,30 @@ TEST_F(ProofOfAirTest, NeverASecondConnectionWhileOneRuns) {
   EXPECT_NE(Output().problem.find("does not answer in time"), std::string::npos) << Output().problem;
 }
 
+TEST_F(ProofOfAirTest, AnOutputThatIsGoneIsNotLookedAt) {
+  AddFile();
+  page = [] { return Answer("Yesterday\n"); };
+  Publish("One");
+  t.loop.RunFor(10s);
+  const std::size_t before = requests.size();
+  EXPECT_GT(before, 1U);
+  service.RemoveOutput(OutputType::kFile, 1);
+  board.Changed();
+  t.loop.RunFor(10min);
+  EXPECT_EQ(requests.size(), before);
+}
+
+// A busy hour is no excuse: what is never right is a problem, however often something new is published.
+TEST_F(ProofOfAirTest, NewerItemsDoNotHideWhatIsNeverRight) {
+  AddFile();
+  page = [] { return Answer("Yesterday\n"); };
+  for (int i = 0; i < 8; ++i) {
+    Publish("Item " + std::to_string(i));
+    t.loop.RunFor(5s);
+  }
+  EXPECT_EQ(Output().problem, "'http://www.station.fm/now.txt' shows 'Yesterday', published was 'Item 7 -'");
+}
+
 struct PublicCase {
   std::string answer, problem;
 };

@@ -25,5 +25,13 @@ TEST(Sha256Test, GivesTheDigestsOfTheStandard) {
   EXPECT_EQ(Sha256("abc")[0], '\xba');
 }
 
+TEST(Sha256Test, BothWaysGiveTheSame) {
+  std::string bytes;
+  for (int length = 0; length < 400; ++length) {
+    EXPECT_EQ(Sha256(bytes), Sha256(bytes, Sha256Way::kPlain)) << length;
+    bytes += static_cast<char>(length * 37 + length / 7);
+  }
+}
+
 }  // namespace
 }  // namespace zeb
