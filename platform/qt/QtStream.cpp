@@ -56,9 +56,6 @@ void QtStream::Watch() {
         certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
     End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);
   });
-  QObject::connect(socket, &QTcpSocket::hostFound, &context_, [this] {
-    if (user_) user_->NameFound();
-  });
   QObject::connect(socket, &QTcpSocket::connected, &context_, [this] {
     addresses_.clear();
     if (user_) user_->ServerReached();
@@ -121,6 +118,7 @@ void QtStream::LookUp(const std::string& name) {
 }
 
 void QtStream::TryNextAddress() {
+  if (user_) user_->NameFound();
   const QString address = QString::fromStdString(addresses_.front());
   addresses_.pop_front();
   if (security_ == Security::kNone) return socket_->connectToHost(address, port_);
