@@ -199,6 +199,11 @@ TEST_F(HistoryQueriesTest, AnswersRequestsWithTheFirstRows) {
       return {};
     });
   };
+  const std::string last = Read(
+      [](HistoryReader& r, std::ostream& out) { return WriteLastItems(r, 1, HistoryForm::kCsv, out, 2); });
+  EXPECT_LT(last.find("Song 4"), last.find("Song 3")) << last;
+  EXPECT_NE(last.find("Song 3"), std::string::npos);
+  EXPECT_EQ(last.find("Song 2"), std::string::npos);
   EXPECT_EQ(rows(false, 3), "3[\n{\"moment\":\"2026-03-02T12:00:00.000+01:");
   EXPECT_EQ(rows(false, 1000).substr(0, 1), "5");
   EXPECT_EQ(rows(true, 2), "2[\n{\"start\":\"2026-03-02T12:00:00.000+01:0");

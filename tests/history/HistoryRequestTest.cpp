@@ -40,8 +40,10 @@ TEST(HistoryRequestTest, NamesTheWordAtFault) {
   EXPECT_EQ(Read({{"limit", "1001"}}), "limit takes 1 to 1000, not '1001'");
   EXPECT_EQ(Read({{"songs", "yes"}}), "songs takes 0 or 1, not 'yes'");
   EXPECT_EQ(Read({{"songs", "1"}, {"output", "File1"}}), "songs does not go with output");
+  EXPECT_EQ(Read({{"service", "1"}, {"last", "101"}}), "last takes 1 to 100, not '101'");
+  EXPECT_EQ(Read({{"last", "5"}}), "last needs a service");
   EXPECT_EQ(Read({{"days", "3"}}),
-            "the history has no 'days'; it takes service, output, from, to, songs and limit");
+            "the history has no 'days'; it takes service, output, from, to, songs, limit and last");
 }
 
 }  // namespace

@@ -11,13 +11,14 @@ from station import Station
 IMAGES = pathlib.Path(__file__).resolve().parents[2] / "docs/manual/images"
 
 
-def shoot(browser, station, name, path="", width=1100, height=760, dark=False):
+def shoot(browser, station, name, path="", width=1100, height=760, dark=False,
+          state="[data-output=HTTP1].ok"):
     set_width(browser, width, height)
     browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {
         "features": [{"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
     browser.get("about:blank")
     browser.get(station.url() + path)
-    css = ".output" if path else ".card"
+    css = state if path else ".card"
     Station.await_(lambda: browser.find_elements(By.CSS_SELECTOR, css), f"{css} of {name}")
     browser.save_screenshot(str(IMAGES / name))
     print(IMAGES / name)
@@ -49,7 +50,8 @@ def main():
         station.song("Wherever the Signal Goes", "Long Wave")
         browser.get(station.url() + "#/1")
         Station.await_(lambda: browser.find_elements(By.CSS_SELECTOR, "[data-output=HTTP1].failing"), "a failure")
-        shoot(browser, station, "control-room-failing.png", "#/1", height=1000)
+        shoot(browser, station, "control-room-failing.png", "#/1", height=1000,
+              state="[data-output=HTTP1].failing")
     finally:
         browser.quit()
         station.close()
