@@ -1,7 +1,7 @@
 #include "dashboard/HistoryRoute.h"
 
 #include <chrono>
-#include <memory>
+#include <utility>
 
 namespace zeb {
 
@@ -24,6 +24,9 @@ HttpAnswer Ask(const OpenHistory& open, const HistoryRequest& request) {
 
 }  // namespace
 
+HistoryRoute::HistoryRoute(EventLoop& loop, OpenHistory open, UtcOffsetOf utcOffset)
+    : loop_(loop), open_(std::move(open)), utcOffset_(std::move(utcOffset)), worker_(loop, kWorkLimit) {}
+
 void HistoryRoute::AddTo(Router& router) {
   router.AddTask("GET", "/api/v1/history", Need::kRead,
                  [this](const HttpRequest& request) { return Answer(request); });
@@ -33,13 +36,7 @@ HttpAnswer HistoryRoute::Answer(const HttpRequest& request) {
   const HistoryMoment now(loop_.Now(), loop_.UtcOffset());
   const Result<HistoryRequest> asked = ReadHistoryRequest(request.query, now, utcOffset_);
   if (!asked) return ErrorAnswer(400, asked.Reason());
-  // One at a time, so that whoever asks often takes no workers from the outputs.
-  if (!loop_.WaitUntil([this] { return !working_; }, kWorkLimit))
-    return ErrorAnswer(503, "an earlier question to the history is still being answered");
-  working_ = true;
-  const std::shared_ptr<void> done(nullptr, [this](void*) { working_ = false; });
-  const auto answer =
-      lane_.Run([open = open_, question = asked.Value()] { return Ask(open, question); }, kWorkLimit);
+  const auto answer = worker_.Run([open = open_, question = asked.Value()] { return Ask(open, question); });
   return answer ? *answer : ErrorAnswer(503, "the history's disk does not answer");
 }
 

@@ -1,18 +1,17 @@
 // HistoryRoute: GET /api/v1/history, what was on air and what was shown (history/HistoryRequest.h).
 #pragma once
 
+#include "dashboard/OneWorker.h"
 #include "dashboard/Router.h"
 #include "history/HistoryRequest.h"
 #include "platform/EventLoop.h"
-#include "platform/WorkLane.h"
 
 namespace zeb {
 
 class HistoryRoute {
  public:
   // The loop outlives this object, which outlives the router. `open` is called on a worker.
-  HistoryRoute(EventLoop& loop, OpenHistory open, UtcOffsetOf utcOffset)
-      : loop_(loop), open_(std::move(open)), utcOffset_(std::move(utcOffset)), lane_(loop) {}
+  HistoryRoute(EventLoop& loop, OpenHistory open, UtcOffsetOf utcOffset);
 
   void AddTo(Router& router);
 
@@ -22,8 +21,7 @@ class HistoryRoute {
   EventLoop& loop_;
   const OpenHistory open_;
   const UtcOffsetOf utcOffset_;
-  WorkLane lane_;
-  bool working_ = false;
+  OneWorker worker_;
 };
 
 }  // namespace zeb

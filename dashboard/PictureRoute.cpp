@@ -1,7 +1,6 @@
 #include "dashboard/PictureRoute.h"
 
 #include <chrono>
-#include <memory>
 
 #include "outputs/file/MediaRules.h"
 #include "platform/SettingsHive.h"
@@ -45,6 +44,9 @@ HttpAnswer Load(FileSystem& files, const MediaRules& rules, const std::string& p
 
 }  // namespace
 
+PictureRoute::PictureRoute(Environment& environment, Stations& stations)
+    : environment_(environment), stations_(stations), worker_(environment.loop, kWorkLimit) {}
+
 void PictureRoute::AddTo(Router& router) {
   router.AddTask("GET", "/api/v1/services/{n}/picture", Need::kRead,
                  [this](const HttpRequest& request) { return Answer(request); });
@@ -56,17 +58,12 @@ HttpAnswer PictureRoute::Answer(const HttpRequest& request) {
   const clsZEBItemInfo item = stations_.Present(number)->currentItem;
   const std::string name = item.NumberPictures() > 0 ? item.PictureFileName(1) : std::string();
   if (name.empty()) return None("the item has no picture");
-  // One at a time, so that whoever asks often takes no workers from the outputs.
-  if (!environment_.loop.WaitUntil([this] { return !working_; }, kWorkLimit))
-    return ErrorAnswer(503, "an earlier picture is still being read");
-  working_ = true;
-  const std::shared_ptr<void> done(nullptr, [this](void*) { working_ = false; });
   const MediaRules rules = MakeMediaRules(
       environment_.dataFolder, environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, ""));
   const auto answer =
-      lane_.Run([&files = environment_.files, rules,
-                 path = JoinPath(environment_.dataFolder, name)] { return Load(files, rules, path); },
-                kWorkLimit);
+      worker_.Run([&files = environment_.files, rules, path = JoinPath(environment_.dataFolder, name)] {
+        return Load(files, rules, path);
+      });
   return answer ? *answer : ErrorAnswer(503, "the picture's disk does not answer");
 }
 

@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <string>
 
+#include "dashboard/OneWorker.h"
 #include "dashboard/Router.h"
 #include "dashboard/Stations.h"
 #include "platform/Environment.h"
-#include "platform/WorkLane.h"
 
 namespace zeb {
 
@@ -19,8 +19,7 @@ class PictureRoute {
   static constexpr std::size_t kMostPictureBytes = 4 * 1024 * 1024;
 
   // Both outlive this object, which outlives the router.
-  PictureRoute(Environment& environment, Stations& stations)
-      : environment_(environment), stations_(stations), lane_(environment.loop) {}
+  PictureRoute(Environment& environment, Stations& stations);
 
   void AddTo(Router& router);
 
@@ -29,8 +28,7 @@ class PictureRoute {
 
   Environment& environment_;
   Stations& stations_;
-  WorkLane lane_;
-  bool working_ = false;
+  OneWorker worker_;
 };
 
 }  // namespace zeb

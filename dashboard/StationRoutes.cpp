@@ -28,7 +28,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration kTurn = 10ms;  // before others have theirs
-constexpr Duration kWaitLimit = 10s;
 constexpr Duration kWorkLimit = 10s;
 
 HttpAnswer NoContent() {
@@ -97,6 +96,9 @@ boost::json::object JsonOf(const FoundCart& found, const ServiceSettings& settin
 }
 
 }  // namespace
+
+StationRoutes::StationRoutes(EventLoop& loop, Stations& stations)
+    : loop_(loop), stations_(stations), worker_(loop, kWorkLimit) {}
 
 void StationRoutes::AddTo(Router& router) {
   AddReading(router);
@@ -223,23 +225,13 @@ HttpAnswer StationRoutes::Metrics(const HttpRequest&) {
   return answer;
 }
 
-// One at a time, so that whoever asks often takes no workers from the outputs. Nothing: it took too long.
-template <class Work>
-auto StationRoutes::OnWorker(Work work) {
-  using Given = decltype(lane_.Run(std::move(work), kWorkLimit));
-  if (!loop_.WaitUntil([this] { return !working_; }, kWaitLimit)) return Given();
-  working_ = true;
-  const std::shared_ptr<void> done(nullptr, [this](void*) { working_ = false; });
-  return lane_.Run(std::move(work), kWorkLimit);
-}
-
 HttpAnswer StationRoutes::Preview(const HttpRequest& request) {
   int number = 0;
   if (!Has(request, number)) return NoStation();
   Result<PreviewWork> work = ReadPreview(request.body);
   if (!work) return ErrorAnswer(400, work.Reason());
   work.Value().snapshot = stations_.Present(number);
-  const auto text = OnWorker([work = std::move(work.Value())] { return work.Do(); });
+  const auto text = worker_.Run([work = std::move(work.Value())] { return work.Do(); });
   if (!text) return Busy();
   const std::string_view shown = FirstCharacters(*text, kMostPreviewCharacters);
   return JsonAnswer({{"text", shown}, {"cut", shown.size() < text->size()}});
@@ -250,8 +242,8 @@ HttpAnswer StationRoutes::Carts(const HttpRequest& request) {
   if (!Has(request, number)) return NoStation();
   const auto table = stations_.Carts().All();
   if (!table) return ErrorAnswer(404, "this publisher has no carts");
-  const auto found =
-      OnWorker([table, query = request.Query("q")] { return SearchCarts(*table, query, kMostFoundCarts); });
+  const auto found = worker_.Run(
+      [table, query = request.Query("q")] { return SearchCarts(*table, query, kMostFoundCarts); });
   if (!found) return Busy();
   if (!Has(request, number)) return NoStation();
   boost::json::array carts;

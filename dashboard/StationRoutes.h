@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "dashboard/OneWorker.h"
 #include "dashboard/Router.h"
 #include "dashboard/Stations.h"
 #include "platform/EventLoop.h"
-#include "platform/WorkLane.h"
 
 namespace zeb {
 
@@ -22,7 +22,7 @@ class StationRoutes {
   static constexpr std::size_t kMostFoundCarts = 50;
 
   // Both outlive this object, which outlives the router.
-  StationRoutes(EventLoop& loop, Stations& stations) : loop_(loop), stations_(stations), lane_(loop) {}
+  StationRoutes(EventLoop& loop, Stations& stations);
 
   void AddTo(Router& router);
 
@@ -40,14 +40,11 @@ class StationRoutes {
   HttpAnswer One(const HttpRequest& request) const;
   HttpAnswer Preview(const HttpRequest& request);
   HttpAnswer Carts(const HttpRequest& request);
-  template <class Work>
-  auto OnWorker(Work work);
   HttpAnswer Take(const HttpRequest& request, const Result<std::string>& message);
 
   EventLoop& loop_;
   Stations& stations_;
-  WorkLane lane_;
-  bool working_ = false;
+  OneWorker worker_;
 };
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "history/HistoryRecord.h"
+#include "tests/core/ItemTexts.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -11,42 +12,7 @@ clsZEBItemInfo FullItem() {
   clsZEBItemInfo item;
   ItemFields& f = item.Edit();
   int number = 0;
-  for (std::string* text : {&f.CartLine1,
-                            &f.CartLine2,
-                            &f.CartLine3,
-                            &f.CartArtistsHREF,
-                            &f.ItemName,
-                            &f.ItemHREF,
-                            &f.TitleID,
-                            &f.AlbumName,
-                            &f.ItemReference,
-                            &f.SchedulerReference,
-                            &f.ItemCode,
-                            &f.Artist1Name,
-                            &f.Artist2Name,
-                            &f.Artist3Name,
-                            &f.Artists,
-                            &f.Artist1HREF,
-                            &f.Artist2HREF,
-                            &f.Artist3HREF,
-                            &f.CustomField1,
-                            &f.CustomField2,
-                            &f.CustomField3,
-                            &f.OnlineStoreReference,
-                            &f.PictureHREF,
-                            &f.CopyrightProductTitle,
-                            &f.CopyrightMusicTitle,
-                            &f.CopyrightRecordLabel,
-                            &f.CopyrightRecordNumber,
-                            &f.CopyrightComposer,
-                            &f.CopyrightPerformer,
-                            &f.CopyrightPublisher,
-                            &f.CopyrightCode,
-                            &f.Notes,
-                            &f.WebNotes,
-                            &f.RDSNotes,
-                            &f.DABNotes})
-    *text = "Wert " + std::to_string(++number) + " \"=ü\"\r\n\t{3D}";
+  for (std::string* text : TextsOf(f)) *text = "Wert " + std::to_string(++number) + " \"=ü\"\r\n\t{3D}";
   f.CartNumber = 4711;
   f.ItemType = -2147483647;
   f.ItemStartDate = 46000;
