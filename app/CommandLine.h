@@ -4,14 +4,13 @@
 // CLI11's headers take long to compile: they are included in one file, behind these functions.
 #pragma once
 
-#include <charconv>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Result.h"
+#include "text/Numbers.h"
 
 namespace CLI {
 class App;
@@ -69,15 +68,6 @@ Result<std::string> ReadCommandLine(CLI::App& program, const std::vector<std::st
 bool IsGiven(const CLI::App& command, const std::string& name);
 std::string ValueOf(const CLI::App& command, const std::string& name, const std::string& otherwise = "");
 const std::vector<std::string>& WordsOf(const CLI::App& command, const std::string& name);
-// Digits and nothing else, with a sign when the type has one.
-template <class Number>
-std::optional<Number> WholeNumber(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
 // The command that was given; the program itself when it has none.
 const CLI::App& GivenCommand(const CLI::App& program);
 std::string NameOf(const CLI::App& command);

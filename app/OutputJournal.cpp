@@ -59,7 +59,7 @@ std::string CountsText(const UpdateRecord& record) {
     const OutputTypeInfo* info = FindOutputType(code);
     if (!info) continue;
     int published = 0;
-    for (const UpdateRecord::Run& run : record.runs) {
+    for (const UpdateRun& run : record.runs) {
       if (run.type != info->type) continue;
       published += run.tally.published;
       failing += run.tally.failed;
@@ -124,7 +124,7 @@ void OutputJournal::NoteUpdate(const UpdateRecord& record) {
 
 void OutputJournal::NoteWaiting(const UpdateRecord& record) const {
   std::string outputs;
-  for (const UpdateRecord::Run& run : record.runs)
+  for (const UpdateRun& run : record.runs)
     if (!run.ended) outputs += (outputs.empty() ? "" : ", ") + PlaceText(run.type, run.index);
   std::string text;
   AppendItem(text, *record.snapshot);

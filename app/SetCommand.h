@@ -1,5 +1,5 @@
-// SetCommand: `zebctl set`: manual entry from a shell. It becomes a message of a playout system, which is
-// sent as `zebctl send` sends it.
+// SetCommand: `zebctl set`: manual entry from a shell: a request to the publisher of this machine, or a
+// message of a playout system, sent as `zebctl send` sends it.
 #pragma once
 
 #include <string>
@@ -15,5 +15,11 @@ struct SetOptions {
 };
 
 std::string SetMessage(const SetOptions& options);
+
+// The same for a publisher's local socket: what is asked of service `number`, and the JSON that goes with it.
+struct SetRequest {
+  std::string target, body;
+};
+SetRequest SetRequestOf(const SetOptions& options, int number);
 
 }  // namespace zeb

@@ -1,7 +1,5 @@
 #include "app/ZebctlOptions.h"
 
-#include <charconv>
-#include <chrono>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -11,7 +9,9 @@
 #include <utility>
 
 #include "app/CommandLine.h"
+#include "app/PublisherOptions.h"
 #include "app/SetCommand.h"
+#include "text/MomentText.h"
 #include "text/ValueEscapes.h"
 
 namespace zeb {
@@ -22,27 +22,12 @@ constexpr char kKey[] =
 constexpr char kExitStatus[] =
     "Exit status: 0 done, 1 failed (one line says why), 2 wrong usage or control refused.";
 
-bool ReadDigits(std::string_view text, std::size_t at, std::size_t count, int& number) {
-  const char* start = text.data() + at;
-  const auto [end, error] = std::from_chars(start, start + count, number);
-  return error == std::errc() && end == start + count && *start != '-';
-}
-
 // "YYYY-MM-DD hh:mm:ss", or with a T between the two.
 std::optional<WallTime> ReadMoment(std::string_view text) {
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-  if (text.size() != 19 || text[4] != '-' || text[7] != '-' || (text[10] != ' ' && text[10] != 'T') ||
-      text[13] != ':' || text[16] != ':')
-    return std::nullopt;
-  if (!ReadDigits(text, 0, 4, year) || !ReadDigits(text, 5, 2, month) || !ReadDigits(text, 8, 2, day) ||
-      !ReadDigits(text, 11, 2, hour) || !ReadDigits(text, 14, 2, minute) || !ReadDigits(text, 17, 2, second))
-    return std::nullopt;
-  const std::chrono::year_month_day date{std::chrono::year(year),
-                                         std::chrono::month(static_cast<unsigned>(month)),
-                                         std::chrono::day(static_cast<unsigned>(day))};
-  if (!date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
-  return WallTime(std::chrono::local_days(date)) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
-         std::chrono::seconds(second);
+  const auto moment = ReadMomentText(text);
+  constexpr std::size_t kWholeLength = 19;
+  if (!moment || moment->utcOffset || text.size() != kWholeLength) return std::nullopt;
+  return moment->wall;
 }
 
 std::string CheckOneLine(const std::string& text) {
@@ -63,16 +48,8 @@ std::string CheckCart(const std::string& text) {
              : "takes a number, not '" + text + "'";
 }
 
-const std::map<std::string, std::int32_t>& TypeWords() {
-  static const std::map<std::string, std::int32_t> words = {
-      {"song", 7}, {"link", 3}, {"spot", 4}, {"other", 2}};
-  return words;
-}
-
 std::string CheckType(const std::string& text) {
-  return TypeWords().contains(text) || WholeNumber<std::int32_t>(text).value_or(-1) >= 0
-             ? ""
-             : "takes song, link, spot, other or a number, not '" + text + "'";
+  return ManualItemType(text) ? "" : "takes song, link, spot, other or a number, not '" + text + "'";
 }
 
 std::string CheckPromotion(const std::string& text) {
@@ -81,6 +58,15 @@ std::string CheckPromotion(const std::string& text) {
 
 std::string CheckMoment(const std::string& text) {
   return ReadMoment(text) ? "" : "takes a moment \"YYYY-MM-DD hh:mm:ss\", not '" + text + "'";
+}
+
+std::string CheckWrittenMoment(const std::string& text) {
+  return ReadMomentText(text) ? ""
+                              : "takes a moment, \"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339, not '" + text + "'";
+}
+
+std::string CheckOutput(const std::string& text) {
+  return ReadOutputName(text) ? "" : "takes an output such as File2, not '" + text + "'";
 }
 
 std::string CheckEscape(const std::string& text) {
@@ -144,6 +130,11 @@ void DeclareSend(CLI::App& program) {
       "For instance:\nzebctl send 'SET_CURRENT_ITEM IType=7 ITitle=\"Paper Moons\" AName1=\"Ada Quill\"'");
 }
 
+void DeclareWay(CLI::App& command) {
+  AddValue(command, "--service", "N", "service N of the zebd on this machine (1)").Check(CheckService);
+  DeclareConnection(command, "--controller");
+}
+
 void DeclareItem(CLI::App& command) {
   AddValue(command, "--title", "T", "its title");
   AddValue(command, "--artist", "A", "its artist");
@@ -151,7 +142,7 @@ void DeclareItem(CLI::App& command) {
       .Check(CheckType);
   AddValue(command, "--cart", "N", "a cart: what is not given here comes from there").Check(CheckCart);
   AddValue(command, "--notes", "T", "notes");
-  DeclareConnection(command, "--controller");
+  DeclareWay(command);
 }
 
 void DeclareSet(CLI::App& program) {
@@ -169,22 +160,57 @@ void DeclareSet(CLI::App& program) {
   AddValue(show, "--title", "T", "the show's title");
   for (CLI::App* command : {&presenter, &show}) {
     AddValue(*command, "--reference", "R", "its reference").Required().Check(CheckNotEmpty);
-    DeclareConnection(*command, "--controller");
+    DeclareWay(*command);
   }
+}
+
+// How a template is expanded.
+void DeclareExpansion(CLI::App& command) {
+  const DeclaredOption page = AddFlag(command, "--page", "as the file output treats a page");
+  AddValue(command, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
+  AddFlag(command, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
+  AddValue(command, "--escape", "WORD", "values as html, xml, json or (by the template) auto takes them")
+      .Check(CheckEscape);
 }
 
 void DeclareExpand(CLI::App& program) {
   CLI::App& expand = AddCommand(program, "expand", "what a template gives, without any output");
   AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one");
   AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded");
-  const DeclaredOption page = AddFlag(expand, "--page", "as the file output treats a page");
-  AddValue(expand, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
-  AddFlag(expand, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
-  AddValue(expand, "--escape", "WORD", "values as html, xml, json or (by the template) auto takes them")
-      .Check(CheckEscape);
+  DeclareExpansion(expand);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
   AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"").Check(CheckMoment);
   AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
+}
+
+void DeclareSpan(CLI::App& command) {
+  AddValue(command, "--from", "MOMENT", "from then on: \"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339")
+      .Check(CheckWrittenMoment);
+  AddValue(command, "--to", "MOMENT", "what was before then").Check(CheckWrittenMoment);
+}
+
+void DeclareHistory(CLI::App& program) {
+  CLI::App& history = AddCommand(program, "history", "what was on air, and what each output showed");
+  AddValue(history, "--service", "N", "of service N only").Check(CheckService);
+  const DeclaredOption output =
+      AddValue(history, "--output", "OUTPUT", "what one output showed, File2 for instance")
+          .Check(CheckOutput);
+  DeclareSpan(history);
+  AddFlag(history, "--songs", "the songs that were played, for music reporting").Excludes(output);
+  const DeclaredOption csv = AddFlag(history, "--csv", "as comma-separated values");
+  AddFlag(history, "--json", "as a JSON list of objects").Excludes(csv);
+
+  CLI::App& why = AddCommand(program, "why", "what an output showed at a moment, and why");
+  AddWord(why, "SERVICE", "the service's number").Required().Check(CheckService);
+  AddWord(why, "OUTPUT", "the output, File2 for instance").Required().Check(CheckOutput);
+  AddWord(why, "MOMENT", "\"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339").Required().Check(CheckWrittenMoment);
+  AddFlag(why, "--full", "long templates in full");
+
+  CLI::App& replay = AddCommand(program, "replay", "what a template would have shown");
+  AddValue(replay, "--service", "N", "the service's number").Required().Check(CheckService);
+  AddValue(replay, "--template", "FILE", "the template; - for standard input").Required();
+  DeclareSpan(replay);
+  DeclareExpansion(replay);
 }
 
 Result<SettingsOptions> SettingsOf(const CLI::App& command) {
@@ -233,13 +259,11 @@ ManualEntry ItemOf(const CLI::App& command) {
   entry.notes = ValueOf(command, "--notes");
   entry.cartNumber = ValueOf(command, "--cart");
   if (!IsGiven(command, "--type")) return entry;
-  const std::string type = ValueOf(command, "--type");
-  const auto word = TypeWords().find(type);
-  entry.itemType = word != TypeWords().end() ? word->second : WholeNumber<std::int32_t>(type).value();
+  entry.itemType = ManualItemType(ValueOf(command, "--type")).value();
   return entry;
 }
 
-Result<SendOptions> SetOf(const CLI::App& command) {
+Result<ByHandOptions> SetOf(const CLI::App& command) {
   SetOptions set;
   if (NameOf(command) == "presenter") {
     set.what = SetOptions::What::kPresenter;
@@ -252,10 +276,19 @@ Result<SendOptions> SetOf(const CLI::App& command) {
   } else {
     set.entry = ItemOf(command);
   }
-  SendOptions options = ConnectionOf(command, "--controller");
-  options.messages = {SetMessage(set)};
-  if (const std::string wrong = CheckMessage(options.messages[0]); !wrong.empty())
+  ByHandOptions options;
+  options.set = set;
+  options.service = WholeNumber<int>(ValueOf(command, "--service")).value_or(1);
+  options.send = ConnectionOf(command, "--controller");
+  options.send.messages = {SetMessage(set)};
+  if (const std::string wrong = CheckMessage(options.send.messages[0]); !wrong.empty())
     return Failure{"the message " + wrong};
+  const bool byLink =
+      IsGiven(command, "--host") || IsGiven(command, "--port") || IsGiven(command, "--controller");
+  if (byLink && IsGiven(command, "--service"))
+    return Failure{"--service is of this machine's zebd; with --host or --port the port says which service"};
+  if (byLink) options.way = ByHandOptions::Way::kLink;
+  if (IsGiven(command, "--service")) options.way = ByHandOptions::Way::kPublisher;
   return options;
 }
 
@@ -273,6 +306,41 @@ ExpandOptions ExpandOf(const CLI::App& command) {
   return options;
 }
 
+std::optional<WrittenMoment> MomentOf(const CLI::App& command, const std::string& name) {
+  return IsGiven(command, name) ? ReadMomentText(ValueOf(command, name)) : std::nullopt;
+}
+
+HistoryOptions HistoryOf(const CLI::App& command) {
+  using Action = HistoryOptions::Action;
+  HistoryOptions options;
+  const std::string name = NameOf(command);
+  if (name == "why") {
+    options.action = Action::kWhy;
+    options.service = WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0);
+    options.output = ReadOutputName(ValueOf(command, "OUTPUT")).value_or("");
+    options.at = ReadMomentText(ValueOf(command, "MOMENT")).value_or(WrittenMoment());
+    options.full = IsGiven(command, "--full");
+    return options;
+  }
+  options.service = WholeNumber<int>(ValueOf(command, "--service")).value_or(0);
+  options.from = MomentOf(command, "--from");
+  options.to = MomentOf(command, "--to");
+  if (name == "replay") {
+    options.action = Action::kReplay;
+    options.templateFile = ValueOf(command, "--template");
+    options.page = IsGiven(command, "--page");
+    options.urlEncode = IsGiven(command, "--url-encode");
+    options.simpleText = ValueOf(command, "--simple-text", options.simpleText);
+    options.escape = ValueOf(command, "--escape");
+    return options;
+  }
+  options.output = ReadOutputName(ValueOf(command, "--output")).value_or("");
+  if (IsGiven(command, "--songs")) options.action = Action::kSongs;
+  if (IsGiven(command, "--csv")) options.form = HistoryForm::kCsv;
+  if (IsGiven(command, "--json")) options.form = HistoryForm::kJson;
+  return options;
+}
+
 template <class T>
 Outcome Take(ZebctlOptions& options, Result<T> command) {
   if (!command) return Failure{command.Reason()};
@@ -283,8 +351,18 @@ Outcome Take(ZebctlOptions& options, Result<T> command) {
 Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
   const std::string group = GroupOf(command);
   if (group == "settings") return Take(options, SettingsOf(command));
-  if (group == "set") return Take(options, SetOf(command));
+  if (group == "set") {
+    Result<ByHandOptions> set = SetOf(command);
+    if (!set) return set.AsFailure();
+    options.command = PublisherOptions(std::move(set.Value()));
+    return {};
+  }
+  if (auto publisher = PublisherCommandOf(command)) {
+    options.command = std::move(*publisher);
+    return {};
+  }
   if (NameOf(command) == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
+  if (NameOf(command) != "send") return Take(options, Result<HistoryOptions>(HistoryOf(command)));
   SendOptions send = ConnectionOf(command, "--name");
   send.messages = WordsOf(command, "MESSAGE");
   return Take(options, Result<SendOptions>(std::move(send)));
@@ -301,7 +379,7 @@ std::vector<std::string> WithHelpBehind(std::vector<std::string> words) {
 }  // namespace
 
 Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
-  const auto owned = MakeProgram("zebctl", "settings, messages and template previews for ZEB");
+  const auto owned = MakeProgram("zebctl", "settings, messages, template previews and history for ZEB");
   CLI::App& program = *owned;
   RequireCommand(program);
   AddValue(program, "--home", "DIR", "the data folder, else $ZEB_HOME, /var/lib/zeb or ~/.local/share/zeb")
@@ -310,6 +388,8 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   DeclareSend(program);
   DeclareSet(program);
   DeclareExpand(program);
+  DeclarePublisherCommands(program);
+  DeclareHistory(program);
   SetFooter(program, std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
 
   Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));

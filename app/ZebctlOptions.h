@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "app/ExpandCommand.h"
+#include "app/HistoryCommands.h"
+#include "app/PublisherCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "platform/Result.h"
@@ -15,7 +17,7 @@ namespace zeb {
 struct ZebctlOptions {
   std::string home;        // --home; "" when it is not given
   std::string textToShow;  // not empty: --help or --version, no command
-  std::variant<SettingsOptions, SendOptions, ExpandOptions> command;  // `set` sends
+  std::variant<SettingsOptions, SendOptions, ExpandOptions, PublisherOptions, HistoryOptions> command;
 };
 
 // Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's

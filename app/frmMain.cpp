@@ -24,17 +24,24 @@ constexpr char kWaitQuestion[] =
 
 // There is no limit to how long an update may take; whoever runs the program has the last word.
 constexpr std::chrono::seconds kReloadRetry(10);
+constexpr Duration kAlarmLook = std::chrono::seconds(1);
 constexpr Duration kReloadTurn = std::chrono::milliseconds(20);
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365 * 20);
 
 }  // namespace
 
-frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options)
-    : environment_(environment), makeOutput_(std::move(makeOutput)), options_(std::move(options)) {
+frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
+                 std::shared_ptr<HistoryStore> history)
+    : environment_(environment),
+      makeOutput_(std::move(makeOutput)),
+      options_(std::move(options)),
+      historyStore_(std::move(history)),
+      alarms_(environment) {
   environment_.preserveTempFiles = options_.preserveTempFiles;
 }
 
 frmMain::~frmMain() {
+  onChanged = nullptr;
   epoch_.Next();
   ShrinkTo(0);
 }
@@ -58,7 +65,10 @@ Outcome frmMain::Load() {
                                    ? "The previous version's services are now under '" + root.profile + "'"
                                    : migrated.Reason());
     }
+    KeepHistory();
     LoadServices();
+    alarms_.ReadSettings();
+    alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
     // Another instance on the data folder may have its files in hand.
     if (!options_.noPreviousCheck) RemoveLeftOvers();
     WriteDebugLine("Shown Services OK");
@@ -79,6 +89,16 @@ Outcome frmMain::ImportSettings() {
   if (!summary) return Failure{"cannot import '" + file + "': " + summary.Reason()};
   environment_.person.Note("Imported '" + file + "': " + summary.Value().Text());
   return {};
+}
+
+// As the settings say now.
+void frmMain::KeepHistory() {
+  if (!historyStore_) return;
+  const auto limits = ReadHistoryLimits(environment_.hive, environment_.settingsRoot);
+  if (history_)
+    history_->SetLimits(limits);
+  else
+    history_ = std::make_shared<HistoryRecorder>(environment_, historyStore_, limits);
 }
 
 void frmMain::LoadServices() {
@@ -108,13 +128,29 @@ void frmMain::RemoveLeftOvers() const {
 
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
 void frmMain::OpenWindow(int number) {
-  windows_.push_back(frmService::Create(environment_, makeOutput_));
+  windows_.push_back(frmService::Create(environment_, makeOutput_, history_));
+  windows_.back()->Board().onChanged = [this, window = windows_.back().get()] {
+    const auto found = std::find_if(windows_.begin(), windows_.end(),
+                                    [&](const auto& kept) { return kept.get() == window; });
+    if (found != windows_.end()) Tell(static_cast<int>(found - windows_.begin()) + 1);
+  };
+  Tell(0);
   try {
     windows_.back()->Open(number);
   } catch (const std::exception& error) {
     ReportException("opening service " + std::to_string(number), Report::kQuietly);
     environment_.person.Note("Service " + std::to_string(number) + " could not be opened: " + error.what());
   }
+}
+
+// It may take a while to close, and outlive this object.
+void frmMain::LetGo(frmService& window) {
+  window.Board().onChanged = nullptr;
+  window.Close();
+}
+
+void frmMain::Tell(int number) const {
+  if (onChanged) onChanged(number);
 }
 
 int frmMain::AddService() {
@@ -146,27 +182,37 @@ void frmMain::RemoveService(int number) {
       [this, mark = epoch_.Now(), asked = std::weak_ptr(window)](bool yes) {
         if (!mark.Holds()) return;
         removeAsked_ = false;
-        if (yes && !quitting_) RemoveWindow(asked.lock());
+        if (yes && !quitting_) (void)RemoveWindow(asked.lock());
       });
 }
 
+Outcome frmMain::RemoveConfirmed(int number) {
+  if (quitting_) return Failure{"the publisher is ending"};
+  if (number < 1 || number > NumberServices()) return Failure{"there is no such service"};
+  return RemoveWindow(std::shared_ptr(Window(number)));
+}
+
 // While the question was open the service may have got another number, or may have gone.
-void frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
+Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
   const auto found = std::find(windows_.begin(), windows_.end(), window);
-  if (found == windows_.end()) return;
+  if (found == windows_.end()) return Failure{"the service has gone already"};
   const auto at = found - windows_.begin();
-  if (!StoreWithout(static_cast<int>(at) + 1)) return;
-  window->Close();
+  if (Outcome stored = StoreWithout(static_cast<int>(at) + 1); !stored) return stored;
+  LetGo(*window);
   windows_.erase(windows_.begin() + at);
+  Tell(0);
+  return {};
 }
 
 // All in one transaction: a failure in the middle must not leave two services under one number. The services
 // that had moved by then no longer match the store, so they are opened again from it.
-bool frmMain::StoreWithout(int number) {
+Outcome frmMain::StoreWithout(int number) {
   SettingsHive& hive = environment_.hive;
   const int count = NumberServices();
+  std::string reason;
   try {
     hive.Transaction([&] {
+      TakeStoredOver(number + 1);
       hive.DeleteKey(environment_.ServiceKey(number));
       for (int i = number + 1; i <= count; ++i)
         if (!Window(i)->service().MoveToServiceNumber(i - 1))
@@ -174,15 +220,28 @@ bool frmMain::StoreWithout(int number) {
       hive.DeleteKey(environment_.ServiceKey(count));
       WriteNumberServices(hive, environment_.settingsRoot, count - 1);
     });
-    return true;
-  } catch (const std::exception&) {
+    return {};
+  } catch (const std::exception& error) {
+    reason = error.what();
     ReportException("removing a service", Report::kShown);
   }
   if (number < count && Window(number + 1)->service().ServiceNumber() == number) {
     ShrinkTo(number);
     for (int i = number + 1; i <= count; ++i) OpenWindow(i);
   }
-  return false;
+  return Failure{reason};
+}
+
+// What others have stored since the settings were read must not be lost when the services are written again.
+void frmMain::TakeStoredOver(int from) {
+  if (ReadNumberServices(environment_.hive, environment_.settingsRoot) != NumberServices()) {
+    environment_.loop.Post([this, mark = epoch_.Now()] {
+      if (mark.Holds()) Reload();
+    });
+    throw SettingsError("services were added or removed meanwhile; the settings are being read, try again");
+  }
+  for (int number = from; number <= NumberServices(); ++number)
+    if (const Outcome read = Window(number)->Reload(); !read) throw SettingsError(read.Reason());
 }
 
 void frmMain::Reload() {
@@ -203,10 +262,12 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
     // The previous version's services are copied at a start only, before any of them runs.
     if (!root.migrate) environment_.settingsRoot = root.inUse;
     const int count = ReadNumberServices(environment_.hive, environment_.settingsRoot);
+    KeepHistory();
     ShrinkTo(count);
     if (const Outcome outcome = ReloadWindows(mark); !outcome) return ReloadLater(outcome.Reason());
     if (!mark.Holds() || quitting_) return;
     LoadServices();
+    alarms_.ReadSettings();
     environment_.person.Note("Settings read again, " + std::to_string(count) +
                              (count == 1 ? " service" : " services"));
   } catch (const std::exception& error) {
@@ -220,6 +281,7 @@ Outcome frmMain::ReloadWindows(const Epoch::Mark& mark) {
   MonotonicTime turn = environment_.loop.Monotonic();
   for (int number = 1; number <= NumberServices(); ++number) {
     if (const Outcome outcome = Window(number)->Reload(); !outcome) return outcome;
+    Window(number)->Board().Changed();
     if (environment_.loop.Monotonic() - turn < kReloadTurn) continue;
     environment_.loop.Wait(Duration::zero());
     if (!mark.Holds() || quitting_) return {};
@@ -235,10 +297,20 @@ void frmMain::ReloadLater(const std::string& reason) {
   reloadRetry_ = environment_.loop.After(kReloadRetry, [this] { Reload(); });
 }
 
+// Not while everything is being closed: that is no trouble.
+void frmMain::LookForAlarms() {
+  if (quitting_ || !alarms_.Wanted()) return;
+  std::vector<Trouble> troubles;
+  for (const auto& window : windows_)
+    for (Trouble& trouble : window->Board().Troubles()) troubles.push_back(std::move(trouble));
+  alarms_.Look(troubles);
+}
+
 void frmMain::ShrinkTo(int count) {
   while (NumberServices() > count) {
-    windows_.back()->Close();
+    LetGo(*windows_.back());
     windows_.pop_back();
+    Tell(0);
   }
 }
 
@@ -285,9 +357,10 @@ void frmMain::Quit(std::function<void()> closed) {
   if (std::exchange(quitting_, true)) return;
   closed_ = std::move(closed);
   for (const auto& window : windows_) window->Close();
-  if (AllClosed()) return ServiceFinished();
-  environment_.loop.Start("quit", [this, mark = epoch_.Now()] {
+  if (AllClosed() && !history_) return ServiceFinished();
+  environment_.loop.Start("quit", [this, mark = epoch_.Now(), history = history_] {
     environment_.loop.WaitUntil([this, mark] { return !mark.Holds() || AllClosed(); }, kNoLimit);
+    if (history) history->Close();
     if (mark.Holds()) ServiceFinished();
   });
 }

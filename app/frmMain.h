@@ -12,6 +12,7 @@
 #include "app/frmService.h"
 #include "platform/Epoch.h"
 #include "platform/Result.h"
+#include "status/Alarms.h"
 
 namespace zeb {
 
@@ -24,12 +25,16 @@ class frmMain {
     std::function<void()> minimise;
   };
 
-  frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options);
+  // `history` is where is kept what was on air and what was shown; null: it is not kept.
+  frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
+          std::shared_ptr<HistoryStore> history = nullptr);
   ~frmMain();
   frmMain(const frmMain&) = delete;
   frmMain& operator=(const frmMain&) = delete;
 
   Display display;
+  // What is to be seen of a service is another (its number), or the list of services is (0). Called often.
+  std::function<void(int number)> onChanged;
 
   // Imports the file named on the command line, chooses the settings root, migrates the previous version's
   // services, loads every service. Fails only when the settings cannot be used; the program then ends.
@@ -40,6 +45,8 @@ class frmMain {
   // Asks first. When the answer is Yes and the change can be stored, the service goes and later ones move
   // down one number. Only one such question is open at a time.
   void RemoveService(int number);
+  // The same without the question: whoever asks has confirmed it. Fails when it cannot be stored.
+  Outcome RemoveConfirmed(int number);
   // Reads the number of services and all settings again. For SIGHUP.
   void Reload();
 
@@ -47,7 +54,7 @@ class frmMain {
   // nothing. When the answer is yes, everything is closed once no service is updating.
   void RequestQuit(std::function<void()> closed);
   // Closes every service, without a question: what is under way is given up after a moment, so that `closed`
-  // is called within a few seconds (perhaps before this returns).
+  // is called within a few seconds (perhaps before this returns). What waits for the history is written.
   void Quit(std::function<void()> closed);
   // A service window has closed. When it was the last one to wait for, quitting goes on.
   void ServiceFinished();
@@ -62,9 +69,13 @@ class frmMain {
  private:
   Outcome ImportSettings();
   void RemoveLeftOvers() const;
+  void KeepHistory();
   void OpenWindow(int number);
-  void RemoveWindow(const std::shared_ptr<frmService>& window);
-  bool StoreWithout(int number);
+  void Tell(int number) const;
+  static void LetGo(frmService& window);
+  Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
+  Outcome StoreWithout(int number);
+  void TakeStoredOver(int from);
   void ShrinkTo(int count);
   void AskWhetherToWait(const std::function<void()>& closed);
   bool AllClosed() const;
@@ -72,15 +83,20 @@ class frmMain {
   void ReloadAll(const Epoch::Mark& mark);
   Outcome ReloadWindows(const Epoch::Mark& mark);
   void ReloadLater(const std::string& reason);
+  void LookForAlarms();
 
   Environment& environment_;
   OutputFactory makeOutput_;
   StartUpOptions options_;
+  const std::shared_ptr<HistoryStore> historyStore_;
+  std::shared_ptr<HistoryRecorder> history_;  // once the settings are known; null: none is kept
   std::vector<std::shared_ptr<frmService>> windows_;
   bool removeAsked_ = false, quitAsked_ = false;  // a question is open
   bool quitting_ = false;
   bool reloading_ = false, reloadWanted_ = false;
   Timer reloadRetry_;
+  Alarms alarms_;
+  Timer alarmLook_;
   std::function<void()> closed_;  // once, at the end of quitting
   Epoch epoch_;                   // ends with this object
 };

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/OutputJournal.h"
+#include "app/ServiceHistory.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "sources/BounceRelay.h"
@@ -39,7 +40,8 @@ constexpr const char* kTravelFlagActive = "TravelFlagActive";
 
 struct frmService::State {
   State(Environment& givenEnvironment, OutputFactory makeOutput, ServiceEvents& events, IntakeWindow& window,
-        uNetControlServer::Events serverEvents)
+        uNetControlServer::Events serverEvents, StationBoard::Window boardWindow,
+        std::shared_ptr<HistoryRecorder> recorder, std::function<std::string()> sourceText)
       : environment(givenEnvironment),
         service(givenEnvironment, std::move(makeOutput), events),
         intake(service, window),
@@ -47,7 +49,9 @@ struct frmService::State {
         server(givenEnvironment, std::move(serverEvents)),
         infoFile(std::make_shared<InfoFileSource>(givenEnvironment, intake)),
         bounce(service, window, [this] { server.SendToController("GET_INFORMATION"); }),
-        journal(service) {}
+        journal(service),
+        board(service, std::move(boardWindow)),
+        history(service, std::move(recorder), std::move(sourceText)) {}
 
   Environment& environment;
   clsZEBService service;
@@ -57,6 +61,8 @@ struct frmService::State {
   std::shared_ptr<InfoFileSource> infoFile;
   BounceRelay bounce;
   OutputJournal journal;
+  StationBoard board;
+  ServiceHistory history;
 
   std::array<std::string, 4> panels;
   int itemListVersion = 0;
@@ -71,16 +77,19 @@ struct frmService::State {
   };
   std::optional<Unpublished> unpublished;
   std::uint16_t controlPort = 0;
-  std::string noSourceNoted;  // what was said about a service that hears nothing
+  std::string noSource;  // why the service hears nothing; "": it has a source
 };
 
-std::shared_ptr<frmService> frmService::Create(Environment& environment, OutputFactory makeOutput) {
-  return std::shared_ptr<frmService>(new frmService(environment, std::move(makeOutput)));
+std::shared_ptr<frmService> frmService::Create(Environment& environment, OutputFactory makeOutput,
+                                               std::shared_ptr<HistoryRecorder> history) {
+  return std::shared_ptr<frmService>(new frmService(environment, std::move(makeOutput), std::move(history)));
 }
 
-frmService::frmService(Environment& environment, OutputFactory makeOutput)
+frmService::frmService(Environment& environment, OutputFactory makeOutput,
+                       std::shared_ptr<HistoryRecorder> history)
     : state_(std::make_unique<State>(environment, std::move(makeOutput), static_cast<ServiceEvents&>(*this),
-                                     static_cast<IntakeWindow&>(*this), ServerEvents())) {
+                                     static_cast<IntakeWindow&>(*this), ServerEvents(), BoardWindow(),
+                                     std::move(history), [this] { return SourceText(); })) {
   state_->link.currentItemNearEnd = [this] { SendNearEnd(); };
   state_->link.relay = [this](int index, std::string_view line) {
     return state_->bounce.Relay(line, index > 0);
@@ -148,6 +157,7 @@ Outcome frmService::Reload() {
     StartOutput(type, index);
     state.service.ShowPresentTo(type, index);
   }
+  state.board.Changed();
   return {};
 }
 
@@ -189,8 +199,8 @@ void frmService::NoteWithoutSource() {
            " is none that this program has, so nothing will be received";
   else if (InfoFileSource::Polls(settings.InfoSourceType) && settings.InfoSourceFileName.empty())
     note = "it has no information file (InfoSourceFileName is empty), so nothing will be received";
-  if (!note.empty() && note != state.noSourceNoted) state.journal.Note(note);
-  state.noSourceNoted = note;
+  if (!note.empty() && note != state.noSource) state.journal.Note(note);
+  state.noSource = note;
 }
 
 // A port that is taken may come free (a program that is being replaced ends), so it is tried again.
@@ -225,6 +235,51 @@ uNetControlServer::Events frmService::ServerEvents() {
   return events;
 }
 
+// ---- What is to be seen
+
+StationBoard::Window frmService::BoardWindow() {
+  StationBoard::Window window;
+  window.source = [this] { return SourceNow(); };
+  window.panel = [this](Panel panel) -> const std::string& { return PanelText(panel); };
+  return window;
+}
+
+SourceState frmService::SourceNow() const {
+  const State& state = *state_;
+  const ServiceSettings& settings = state.service.settings;
+  SourceState source;
+  source.text = state.noSource;
+  if (InfoFileSource::Polls(settings.InfoSourceType)) {
+    source.kind = SourceState::Kind::kFile;
+    if (!source.text.empty()) return source;
+    const std::string problem = state.infoFile->Problem();
+    source.healthy = problem.empty();
+    source.text = problem.empty() ? "'" + settings.InfoSourceFileName + "'" : problem;
+  } else if (state.controlPort != 0) {
+    source.kind = SourceState::Kind::kControlLink;
+    source.healthy = state.server.Listening();
+    source.controller = state.server.ControllerName();
+    source.connections = state.server.ConnectionCount();
+    source.text = "port " + std::to_string(state.controlPort);
+    if (!source.healthy) source.text += " cannot be listened on";
+  }
+  return source;
+}
+
+// For the history: who gave an item.
+std::string frmService::SourceText() const {
+  const SourceState source = SourceNow();
+  return source.controller.empty() ? source.text : source.text + ", " + source.controller;
+}
+
+const StationBoard& frmService::Board() const {
+  return state_->board;
+}
+
+StationBoard& frmService::Board() {
+  return state_->board;
+}
+
 void frmService::SetZEBInformation(std::string_view message) {
   if (state_->stage != State::Stage::kOpen) return;
   state_->link.MessageFromController(0, message);
@@ -247,6 +302,7 @@ void frmService::InformationReceived() {
   State& state = *state_;
   const MonotonicTime now = state.environment.loop.Monotonic();
   state.unpublished = {state.unpublished ? state.unpublished->first : now, now};
+  state.board.Changed();
   if (state.stage != State::Stage::kOpen) return;
   state.delayedUpdate =
       state.environment.loop.After(state.unpublished->Due() - now, [weak = weak_from_this()] {
@@ -259,12 +315,16 @@ void frmService::UpdateOutputs(bool full) {
   if (state.stage != State::Stage::kOpen) return;
   const auto self = shared_from_this();
   if (full) {
+    if (state.unpublished) state.service.NoteInformationMoment(state.unpublished->first);
     state.unpublished.reset();
     state.delayedUpdate.Stop();
   }
   state.intake.CheckTravelFlag();
   SetPanel(Panel::kInformation, kUpdating);
+  state.history.LookAtItems();
   state.service.UpdateOutputs(full);
+  state.history.Updating(full ? UpdateCause::kInformation : UpdateCause::kInterval);
+  state.board.Changed();
   ShowUpdateState();
 }
 
@@ -290,12 +350,23 @@ void frmService::UpdateWaits(const UpdateRecord& record) {
   if (record.cause == UpdateCause::kInformation) state_->journal.NoteWaiting(record);
 }
 
+void frmService::OutputUpdateStarting(int index, OutputType type) {
+  state_->board.OutputChanged(type, index);
+}
+
 void frmService::OutputUpdateFinished(int index, OutputType type) {
   state_->journal.Check(type, index);
+  state_->board.OutputChanged(type, index);
 }
 
 void frmService::OutputStarted(int index, OutputType type) {
   state_->journal.Check(type, index);
+  state_->board.OutputChanged(type, index);
+}
+
+void frmService::OutputRunEnded(const UpdateRecord& record, const UpdateRun& run) {
+  state_->board.RunEnded(record, run);
+  state_->history.RunEnded(record, run);
 }
 
 void frmService::ForceUpdate() {
@@ -357,7 +428,10 @@ bool frmService::PanelVisible(Panel panel) const {
 }
 
 void frmService::SetPanel(Panel panel, const std::string& text) {
-  state_->panels[static_cast<std::size_t>(panel)] = text;
+  std::string& shown = state_->panels[static_cast<std::size_t>(panel)];
+  if (shown == text) return;
+  shown = text;
+  state_->board.Changed();
 }
 
 int frmService::ItemListVersion() const {
@@ -366,6 +440,8 @@ int frmService::ItemListVersion() const {
 
 void frmService::RefreshItemList() {
   ++state_->itemListVersion;
+  state_->history.LookAtItems();
+  state_->board.Changed();
 }
 
 void frmService::UpdateOutputsNow() {

@@ -12,9 +12,11 @@
 #include <string>
 
 #include "core/clsZEBService.h"
+#include "history/HistoryRecorder.h"
 #include "sources/ControlLink.h"
 #include "sources/ItemIntake.h"
 #include "sources/uNetControlServer.h"
+#include "status/StationBoard.h"
 
 namespace zeb {
 
@@ -23,7 +25,9 @@ class frmService : public std::enable_shared_from_this<frmService>,
                    private ServiceEvents {
  public:
   // Creates the window; call Open next.
-  static std::shared_ptr<frmService> Create(Environment& environment, OutputFactory makeOutput);
+  // `history` keeps what it does; null: nothing is kept.
+  static std::shared_ptr<frmService> Create(Environment& environment, OutputFactory makeOutput,
+                                            std::shared_ptr<HistoryRecorder> history = nullptr);
   ~frmService() override;
 
   // Loads service `number`, starts its outputs and opens its information source.
@@ -41,16 +45,22 @@ class frmService : public std::enable_shared_from_this<frmService>,
   bool PanelVisible(Panel panel) const;  // the bounce panel only while the service relays
   // Goes up when the items shown have changed, so that a window knows when to draw them anew.
   int ItemListVersion() const;
+  // One picture of all that is to be seen; what front ends read.
+  const StationBoard& Board() const;
+  StationBoard& Board();
   void ForceUpdate();  // the force-update button
   // Feeds a message in as if the controller had sent it.
   void SetZEBInformation(std::string_view message);
 
  private:
-  frmService(Environment& environment, OutputFactory makeOutput);
+  frmService(Environment& environment, OutputFactory makeOutput, std::shared_ptr<HistoryRecorder> history);
   struct State;
   std::unique_ptr<State> state_;
 
   uNetControlServer::Events ServerEvents();
+  StationBoard::Window BoardWindow();
+  SourceState SourceNow() const;
+  std::string SourceText() const;
   void StartOutput(OutputType type, int index);
   // tmrUpdateOutputs.
   void Tick();
@@ -71,6 +81,8 @@ class frmService : public std::enable_shared_from_this<frmService>,
   void InformationReceived() override;
   void SendTravelFlag(bool active) override;
   void OutputStarted(int index, OutputType type) override;
+  void OutputUpdateStarting(int index, OutputType type) override;
+  void OutputRunEnded(const UpdateRecord& record, const UpdateRun& run) override;
   void OutputUpdateFinished(int index, OutputType type) override;
   void UpdateFinished() override;
   void UpdateThrough(const UpdateRecord& record) override;

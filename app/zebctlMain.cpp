@@ -1,9 +1,11 @@
-// zebctl: the command-line companion: settings, messages to a service, previews of templates.
+// zebctl: the command-line companion: settings, stations, status, messages to a service, previews of
+// templates, history.
 
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -13,26 +15,42 @@
 
 #include "app/ConsoleOperator.h"
 #include "app/ExpandCommand.h"
+#include "app/HistoryCommands.h"
+#include "app/PublisherCommands.h"
+#include "app/PublisherLink.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
+#include "app/StationCommands.h"
+#include "app/TestCommand.h"
 #include "app/ZebctlOptions.h"
 #include "core/CsvCartStore.h"
 #include "core/SettingsPaths.h"
+#include "dashboard/DashboardSettings.h"
 #include "platform/DirectLineWriter.h"
+#include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/SodiumSecrets.h"
+#include "platform/posix/SqliteHistoryReader.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
+#include "platform/posix/TerminalPassword.h"
+#include "platform/qt/QtLocalSockets.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
+#include "platform/qt/QtSerialPortControl.h"
 #include "platform/simulated/MemoryHive.h"
 #include "platform/simulated/SimulatedLoop.h"
 #include "platform/simulated/SimulatedNetwork.h"
+#include "text/Paths.h"
 #include "text/SharedTime.h"
 
 namespace zeb {
 namespace {
+
+constexpr int kConflict = 409;
 
 int Fail(const std::string& reason) {
   std::cerr << "zebctl: " << reason << std::endl;
@@ -128,6 +146,158 @@ int Expand(const ExpandOptions& options, const std::string& folder, int argc, ch
   return std::cout ? 0 : Fail("cannot write to standard output");
 }
 
+Result<std::string> ReadNewPassword() {
+  if (!CanAskForPassword()) {
+    std::string line;
+    std::getline(std::cin, line);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return line;
+  }
+  Result<std::string> first = AskForPassword("New password: ");
+  if (!first) return first;
+  const Result<std::string> second = AskForPassword("Again: ");
+  if (!second) return second;
+  if (first.Value() != second.Value()) return Failure{"the two are not the same; nothing is changed"};
+  return first;
+}
+
+Outcome StorePassword(const std::string& folder) {
+  const Result<std::string> password = ReadNewPassword();
+  if (!password) return password;
+  if (password.Value().empty()) return Failure{"an empty password is none; nothing is changed"};
+  if (password.Value().size() > kMostPasswordBytes) return Failure{"the password is longer than 1024 bytes"};
+  const auto secrets = SodiumSecrets::Make();
+  if (!secrets) return secrets;
+  const Result<std::string> hash = secrets.Value()->HashPassword(password.Value());
+  if (!hash) return hash;
+  PosixFiles files;
+  const auto hive = OpenHive(files, folder, true);
+  if (!hive) return hive;
+  hive.Value()->WriteText(ChooseSettingsRoot(*hive.Value()).inUse, kDashboardPassword, hash.Value());
+  return {};
+}
+
+int StoreStations(const StationOptions& options, const std::string& folder) {
+  PosixFiles files;
+  const auto hive = OpenHive(files, folder, options.Changes());
+  if (!hive) return Fail(hive.Reason());
+  SimulatedLoop loop;
+  SimulatedNetwork network(loop);
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
+  CsvCartStore carts(files, person, folder + "/Carts.csv");
+  Environment environment{loop, *hive.Value(), files, network, person, carts, folder, ""};
+  environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
+  const Outcome done = RunStationCommand(environment, options, std::cout);
+  if (!done) return Fail(done.Reason());
+  std::cout.flush();
+  return std::cout ? 0 : Fail("cannot write to standard output");
+}
+
+// The settings are stored; a publisher that runs is to take them.
+int TellPublisher(const CommandPorts& ports) {
+  const PublisherLink::Reply reply =
+      PublisherLink(ports.loop, ports.sockets, ports.folder).Ask("POST", "/api/v1/reload");
+  if (!reply.Done() && !reply.notRunning)
+    ports.err << "zebctl: stored, but zebd has not been told: " << reply.problem << std::endl;
+  return 0;
+}
+
+// Which services go while zebd runs is zebd's to do, since each keeps its items. It refuses while it has not
+// read what another command has just changed.
+int ChangeStations(const CommandPorts& ports, const StationOptions& options) {
+  if (options.action == StationOptions::Action::kRemoveService) {
+    PublisherLink link(ports.loop, ports.sockets, ports.folder);
+    const auto ask = [&] {
+      return link.Ask("DELETE", "/api/v1/services/" + std::to_string(options.service));
+    };
+    PublisherLink::Reply reply = ask();
+    for (int again = 0; again < 10 && reply.status == kConflict; ++again) {
+      ports.loop.Wait(std::chrono::milliseconds(500));
+      reply = ask();
+    }
+    if (reply.Done()) return 0;
+    if (!reply.notRunning) return Fail(reply.problem);
+  }
+  const int status = StoreStations(options, ports.folder);
+  return status == 0 && options.Changes() ? TellPublisher(ports) : status;
+}
+
+int SetPassword(const CommandPorts& ports) {
+  const Outcome stored = StorePassword(ports.folder);
+  return stored ? TellPublisher(ports) : Fail(stored.Reason());
+}
+
+// Without a publisher the test is this program's own. It ends the program: a step that hangs in the system
+// must not be waited for.
+[[noreturn]] void TestAlone(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
+                            const TestOptions& options) {
+  PosixFiles files;
+  const auto hive = OpenHive(files, ports.folder, false);
+  if (!hive) EndAtOnce(Fail(hive.Reason()));
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
+  CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
+  CurlFtpSessions ftp;
+  QtSerialPorts serialPorts(loop, network);
+  Environment environment{loop, *hive.Value(), files, network, person, carts, ports.folder, ""};
+  environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
+  environment.ftp = &ftp;
+  environment.serialPorts = &serialPorts;
+  const std::string authorities = hive.Value()->ReadText(environment.settingsRoot, "TrustedCaFile", "");
+  if (!authorities.empty())
+    if (const Outcome added = network.AddCaFile(JoinPath(ports.folder, authorities)); !added)
+      Fail(added.Reason());
+  EndAtOnce(TellTest(ports, TestStoredOutput(environment, options)));
+}
+
+// In a task.
+void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
+                         const PublisherOptions& options) {
+  if (const auto* byHand = std::get_if<ByHandOptions>(&options))
+    return RunByHandCommand(ports, *byHand, EndAtOnce);
+  int status = 1;
+  try {
+    if (const auto* what = std::get_if<StatusOptions>(&options)) status = RunStatusCommand(ports, *what);
+    if (const auto* what = std::get_if<UpdateOptions>(&options)) status = RunUpdateCommand(ports, *what);
+    if (const auto* what = std::get_if<StationOptions>(&options)) status = ChangeStations(ports, *what);
+    if (std::holds_alternative<PasswordOptions>(options)) status = SetPassword(ports);
+    if (const auto* what = std::get_if<TestOptions>(&options)) {
+      const auto asked = AskForTest(ports, *what);
+      if (!asked) TestAlone(ports, loop, network, *what);
+      status = TellTest(ports, *asked);
+    }
+  } catch (const std::exception& error) {
+    status = Fail(error.what());
+  }
+  EndAtOnce(status);
+}
+
+int Publisher(const PublisherOptions& options, const std::string& folder, int argc, char** argv) {
+  QtLoop::ChoosePlainDispatcher();
+  const QCoreApplication application(argc, argv);
+  QtLoop loop;
+  QtNetwork network(loop);
+  QtLocalSockets sockets(loop);
+  const CommandPorts ports{loop, sockets, network, folder, isatty(STDOUT_FILENO) != 0, std::cout, std::cerr};
+  loop.Start("command", [&] { RunPublisherCommand(ports, loop, network, options); });
+  return loop.Run();
+}
+
+int History(const HistoryOptions& options, const std::string& folder) {
+  PosixFiles files;
+  std::string templateBytes;
+  if (options.action == HistoryOptions::Action::kReplay) {
+    Result<std::string> bytes = ReadTemplate(files, options.templateFile);
+    if (!bytes) return Fail(bytes.Reason());
+    templateBytes = std::move(bytes.Value());
+  }
+  const auto reader = SqliteHistoryReader::Open(folder + "/history.db");
+  if (!reader) return Fail(reader.Reason());
+  InstallLocale(ReadSystemLocale().formats);
+  return RunHistoryCommand(*reader.Value(), options, templateBytes, UtcOffsetAt, std::cout, std::cerr);
+}
+
 int Run(int argc, char** argv) {
   const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
   if (!read) return WrongUsage(read.Reason());
@@ -139,8 +309,12 @@ int Run(int argc, char** argv) {
   if (const auto* send = std::get_if<SendOptions>(&options.command)) return Send(*send, argc, argv);
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.home));
   if (!folder) return Fail(folder.Reason());
+  if (const auto* publisher = std::get_if<PublisherOptions>(&options.command))
+    return Publisher(*publisher, folder.Value(), argc, argv);
   if (const auto* settings = std::get_if<SettingsOptions>(&options.command))
     return Settings(*settings, folder.Value());
+  if (const auto* history = std::get_if<HistoryOptions>(&options.command))
+    return History(*history, folder.Value());
   return Expand(std::get<ExpandOptions>(options.command), folder.Value(), argc, argv);
 }
 

@@ -11,9 +11,11 @@
 #include <string>
 
 #include "app/ConsoleOperator.h"
+#include "app/ControlRoom.h"
 #include "app/StartUpOptions.h"
 #include "app/frmMain.h"
 #include "core/CsvCartStore.h"
+#include "dashboard/JournalTail.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/OutputTable.h"
 #include "platform/ThreadedLineWriter.h"
@@ -21,12 +23,18 @@
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/DescriptorLimit.h"
 #include "platform/posix/LibxmlMarkup.h"
+#include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/SingleInstance.h"
+#include "platform/posix/SodiumSecrets.h"
+#include "platform/posix/SqliteHistory.h"
+#include "platform/posix/SqliteHistoryReader.h"
 #include "platform/posix/SqliteHive.h"
 #include "platform/posix/StandardError.h"
 #include "platform/posix/SystemLocale.h"
+#include "platform/qt/QtLocalSockets.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
@@ -107,6 +115,7 @@ class Publisher {
   // Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
   // a moment for what still waits to be written.
   [[noreturn]] void EndAtOnce(int status) {
+    if (room_ != nullptr) room_->Close();
     log_.reset();
     journal_.Flush(ThreadedLineWriter::kGrace);
     std::_Exit(status);
@@ -144,12 +153,20 @@ class Publisher {
     environment.serialPorts = &serialPorts_;
     environment.markup = &markup_;
     environment.ftp = &ftp_;
-    frmMain main(environment, MakeOutputFactory(environment), options_);
+    environment.processes = &processes_;
+    const std::string historyPath = folder_ + "/history.db";
+    frmMain main(environment, MakeOutputFactory(environment), options_,
+                 std::make_shared<SqliteHistory>(historyPath));
     main_ = &main;
     const UnixSignals unixSignals(loop_, [this](int signal) { OnSignal(signal); });
     if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(journal_, loaded.Reason()));
     TrustCaFile(environment);
     hive.SetPatience(kStorePatience);
+    ControlRoom room(
+        environment, localSockets_, MakeSecrets(), main, person_,
+        [path = historyPath] { return SqliteHistoryReader::Open(path); }, UtcOffsetAt);
+    room_ = &room;
+    room.Open();
     const int count = main.NumberServices();
     person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
                  (count == 1 ? " service" : " services") + ", data folder '" + folder_ + "'");
@@ -157,6 +174,13 @@ class Publisher {
     if (const auto interval = WatchdogInterval(); interval.count() > 0)
       watchdog_ = loop_.Every(interval / 2, [] { NotifyServiceManager("WATCHDOG=1"); });
     EndAtOnce(loop_.Run());
+  }
+
+  std::shared_ptr<Secrets> MakeSecrets() {
+    const Result<std::shared_ptr<Secrets>> secrets = SodiumSecrets::Make();
+    if (secrets) return secrets.Value();
+    person_.Note("Nobody can log on to the dashboard: " + secrets.Reason());
+    return nullptr;
   }
 
   // Stations whose servers have certificates of their own making.
@@ -168,7 +192,7 @@ class Publisher {
   }
 
   void OnSignal(int signal) {
-    if (signal == SIGHUP) return main_->Reload();
+    if (signal == SIGHUP) return room_ != nullptr ? room_->Reload() : main_->Reload();
     if (stopping_) {
       person_.Note("Ending at once");
       EndAtOnce(1);
@@ -177,7 +201,9 @@ class Publisher {
     NotifyServiceManager("STOPPING=1");
     person_.Note(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
     quitLimit_ = loop_.After(kQuitLimit, [this] {
-      person_.Note("Stopped without waiting longer for the outputs of: " + main_->UpdatingServices());
+      const std::string updating = main_->UpdatingServices();
+      person_.Note("Stopped without waiting longer for the " +
+                   (updating.empty() ? "history" : "outputs of: " + updating));
       EndAtOnce(0);
     });
     main_->Quit([this] {
@@ -196,9 +222,13 @@ class Publisher {
   PosixFiles files_{folder_};
   LibxmlMarkup markup_;
   CurlFtpSessions ftp_;
-  ConsoleOperator person_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  PosixProcesses processes_;
+  QtLocalSockets localSockets_{loop_};
+  ConsoleOperator console_{journal_, isatty(STDERR_FILENO) != 0 ? &loop_ : nullptr};
+  JournalTail person_{console_, loop_};
   std::unique_ptr<DebugLog> log_;
   frmMain* main_ = nullptr;
+  ControlRoom* room_ = nullptr;
   bool stopping_ = false;
   Timer quitLimit_;
   Timer watchdog_;

@@ -58,15 +58,20 @@ CsvCartStore::CsvCartStore(FileSystem& files, Operator& person, std::string path
 
 std::optional<Cart> CsvCartStore::Find(std::int32_t cartNumber) {
   ReadWhenChanged();
-  const auto found = carts_.find(cartNumber);
-  if (found == carts_.end()) return std::nullopt;
+  const auto found = carts_->find(cartNumber);
+  if (found == carts_->end()) return std::nullopt;
   return found->second;
+}
+
+std::shared_ptr<const CartTable> CsvCartStore::All() {
+  ReadWhenChanged();
+  return carts_;
 }
 
 void CsvCartStore::ReadWhenChanged() {
   const std::optional<FileInfo> info = files_.Stat(path_);
   if (!info) {
-    carts_.clear();
+    carts_ = std::make_shared<CartTable>();
     seen_ = false;
     return;
   }
@@ -85,7 +90,7 @@ bool CsvCartStore::ReadFile() {
   }
   problem_.clear();
   const std::string text = DecodeFile(bytes.Value(), DetectFileEncoding(bytes.Value()));
-  carts_.clear();
+  const auto carts = std::make_shared<CartTable>();
   std::string tooLong;  // the first
   std::size_t offset = 0;
   while (offset < text.size()) {
@@ -99,9 +104,10 @@ bool CsvCartStore::ReadFile() {
         if (tooLong.empty())
           tooLong = "a text of cart " + std::to_string(number) + " has " + std::to_string(bytes) +
                     " bytes and is cut";
-    carts_.insert_or_assign(number, Cart{{std::move(fields[1]), std::move(fields[2]), std::move(fields[3])},
+    carts->insert_or_assign(number, Cart{{std::move(fields[1]), std::move(fields[2]), std::move(fields[3])},
                                          std::move(fields[4])});
   }
+  carts_ = carts;
   if (!tooLong.empty()) person_.Note("'" + path_ + "': " + tooLong);
   return true;
 }

@@ -8,9 +8,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/CartStore.h"
@@ -24,6 +25,7 @@ class CsvCartStore : public CartStore {
   // `person` is told when the file cannot be read.
   CsvCartStore(FileSystem& files, Operator& person, std::string path);
   std::optional<Cart> Find(std::int32_t cartNumber) override;
+  std::shared_ptr<const CartTable> All() override;
 
  private:
   void ReadWhenChanged();
@@ -36,7 +38,7 @@ class CsvCartStore : public CartStore {
   std::string problem_;  // the last one reported
   std::int64_t modified_ = 0;
   std::uint64_t size_ = 0;
-  std::unordered_map<std::int32_t, Cart> carts_;
+  std::shared_ptr<const CartTable> carts_ = std::make_shared<CartTable>();  // never changed, only replaced
 };
 
 // The fields of one record from `offset` on, which moves behind the record's line end. A quote that is never

@@ -7,6 +7,7 @@
 namespace zeb {
 
 struct UpdateRecord;
+struct UpdateRun;
 
 class ServiceEvents {
  public:
@@ -22,6 +23,8 @@ class ServiceEvents {
 
   virtual void OutputStarted(int /*index*/, OutputType) {}  // or failed to
 
+  // An output has ended its run in an update.
+  virtual void OutputRunEnded(const UpdateRecord&, const UpdateRun&) {}
   // Every output of an update has ended its run.
   virtual void UpdateThrough(const UpdateRecord&) {}
   // An update has taken ten seconds and is not through. Told once.

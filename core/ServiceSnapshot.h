@@ -6,6 +6,7 @@
 // change is the same record in the next snapshot.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ namespace zeb {
 
 struct ServiceSnapshot {
   WallTime moment{};
+  std::uint64_t information = 0;  // goes up with each update for new information, from 1
+  MonotonicTime arrived{};        // when that information came
   int serviceNumber = 0;
   std::string ServiceName, NoPictureFileName, LoggingPath;
   std::string PresenterReference, PresenterFullName, ShowReference, ShowTitle;

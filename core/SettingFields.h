@@ -1,4 +1,5 @@
-// SettingFields: settings as tables: each is named once, and loading, saving and comparing all read its row.
+// SettingFields: settings as tables: each is named once, and loading, saving, comparing and asking for it all
+// read its row.
 //
 // A thing keeps its settings in a plain struct whose initial values are the defaults; its table names the
 // struct's members. Numbers of outputs are put behind the names ("ServerPort2"); a pair's values have its
@@ -6,12 +7,15 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
+#include <vector>
 
 #include "platform/SettingsHive.h"
 #include "text/Encodings.h"
@@ -22,6 +26,25 @@ namespace zeb {
 // programs of the station read the values, so each keeps its own.
 enum class StoredAs { kText, kNumber };
 
+// What may be entered for a setting, beyond what its member's type says. Reading does not ask: what other
+// programs have stored stays as it is.
+enum class SettingIs {
+  kPlain,
+  kNumber,     // a number, also where the member is a text
+  kNeededFile  // a file that is there; relative names start from the data folder
+};
+struct SettingEntry {
+  SettingIs is = SettingIs::kPlain;
+  std::int32_t least = std::numeric_limits<std::int32_t>::min();
+  std::int32_t most = std::numeric_limits<std::int32_t>::max();
+  std::string_view words = {};  // "html|xml": one of these; a text may also be empty
+  bool offered = true;          // false: the program keeps it for itself
+};
+inline constexpr SettingEntry kPortEntry{.is = SettingIs::kNumber, .least = 1, .most = 65535};
+inline constexpr SettingEntry kCountEntry{.is = SettingIs::kNumber, .least = 0};
+inline constexpr SettingEntry kEscapeEntry{.words = "html|xml|json|auto"};
+inline constexpr SettingEntry kNeededFileEntry{.is = SettingIs::kNeededFile};
+
 template <class S>
 struct SettingRow {
   std::string_view name;
@@ -31,6 +54,7 @@ struct SettingRow {
   // A number outside these is brought to the nearer one when it is read.
   std::int32_t least = std::numeric_limits<std::int32_t>::min();
   std::int32_t most = std::numeric_limits<std::int32_t>::max();
+  SettingEntry entry = {};
 };
 
 template <class S>
@@ -47,6 +71,13 @@ std::string SettingText(const std::string& value);
 std::string SettingText(std::int32_t value);
 std::string SettingText(bool value);
 std::string SettingText(CharacterSet value);
+// What the members are at first. Not inlined: g++ 12 else sees a struct that is smaller than a text, and
+// warns of the text that it cannot hold.
+template <class S>
+[[gnu::noinline]] const S& DefaultsOf() {
+  static const S defaults{};
+  return defaults;
+}
 inline std::int32_t SettingNumber(std::int32_t value) {
   return value;
 }
@@ -61,7 +92,7 @@ void ReadSetting(SettingsHive& hive, const std::string& key, const std::string& 
                  const SettingRow<S>& row, S& to, std::string_view prefix = {}) {
   std::visit(
       [&](auto member) {
-        to.*member = S().*member;
+        to.*member = detail::DefaultsOf<S>().*member;
         detail::ReadSetting(hive, key, detail::SettingName(prefix, row.name, suffix), to.*member);
       },
       row.member);
@@ -90,6 +121,37 @@ void WriteSettings(SettingsHive& hive, const std::string& key, const std::string
         },
         row.member);
   }
+}
+
+// A row without its struct: what a command or a dialog needs to know to ask for the setting.
+struct SettingInfo {
+  enum class Kind { kText, kNumber, kYesNo, kCharacterSet };
+  std::string_view name;
+  Kind kind = Kind::kText;
+  StoredAs storedAs = StoredAs::kText;
+  bool secret = false;
+  SettingEntry entry;     // its range is within the one that reading keeps to
+  std::string byDefault;  // as text
+};
+using SettingList = std::vector<SettingInfo>;
+
+// What is offered of the table.
+template <class S>
+SettingList ListOf(SettingTable<S> table) {
+  using Kind = SettingInfo::Kind;
+  // By the place of the member's type in SettingRow.
+  constexpr std::array kKinds = {Kind::kText, Kind::kNumber, Kind::kYesNo, Kind::kCharacterSet};
+  const S& defaults = detail::DefaultsOf<S>();
+  SettingList list;
+  for (const SettingRow<S>& row : table) {
+    if (!row.entry.offered) continue;
+    SettingInfo info{row.name, kKinds.at(row.member.index()), row.storedAs, row.secret, row.entry, {}};
+    info.entry.least = std::max(row.least, row.entry.least);
+    info.entry.most = std::min(row.most, row.entry.most);
+    std::visit([&](auto member) { info.byDefault = detail::SettingText(defaults.*member); }, row.member);
+    list.push_back(std::move(info));
+  }
+  return list;
 }
 
 // "name=value" lines, for telling whether two are set alike.

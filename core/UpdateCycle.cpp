@@ -265,11 +265,12 @@ void UpdateCycle::RunPhase(const Run& run, Phase phase, OutputRunner& runner) {
 void UpdateCycle::RunEnded(const RunnerPtr& runner, const Run& run) {
   runner->busy = false;
   if (run.record) {
-    for (UpdateRecord::Run& one : run.record->runs) {
+    for (UpdateRun& one : run.record->runs) {
       if (one.output != runner->output) continue;
       one.ended = true;
       one.tally = runner->output->LastTally();
       if (one.tally.givenUp > 0 && !stopping_) runner->Want(OutputRunner::Wanted::kRepair);
+      Guarded("telling that an output has ended its run", [&] { events_.OutputRunEnded(*run.record, one); });
     }
     Release(run.record);
   }

@@ -13,10 +13,6 @@ namespace {
 // A delayed output holds this many snapshots; only a delay of hours would need more.
 constexpr std::size_t kMostLater = 1000;
 
-bool Fails(clsZEBTemplate& output) {
-  return !output.Problems().empty() || output.Status() == kStatusError;
-}
-
 }  // namespace
 
 // ---- Delays
@@ -61,7 +57,7 @@ bool UpdateCycle::ShowLater(const RunnerPtr& runner) {
 // After a run: whether what the output shows is right.
 void UpdateCycle::Judge(const RunnerPtr& runner) {
   clsZEBTemplate& output = *runner->output;
-  const bool failed = Fails(output);
+  const bool failed = output.Fails();
   if (!failed && !runner->owedTravel) {
     runner->failures = 0;
     runner->retry.Stop();
@@ -99,7 +95,7 @@ void UpdateCycle::TryAgainLater(const RunnerPtr& runner) {
 
 void UpdateCycle::TryAgain(const RunnerPtr& runner) {
   if (runner->owedTravel) QueueCue(*runner, *std::exchange(runner->owedTravel, std::nullopt));
-  if (Fails(*runner->output)) runner->Want(OutputRunner::Wanted::kRepair);
+  if (runner->output->Fails()) runner->Want(OutputRunner::Wanted::kRepair);
   GoOn(runner);
 }
 

@@ -15,19 +15,20 @@ namespace zeb {
 // output shows is not right.
 enum class UpdateCause { kInformation, kInterval, kRepair };
 
-struct UpdateRecord {
-  struct Run {
-    OutputType type;
-    int index;  // when it began
-    OutputPtr output;
-    bool ended = false;
-    clsZEBTemplate::Tally tally;  // once ended
-  };
+// One output's part in an update.
+struct UpdateRun {
+  OutputType type;
+  int index;  // when it began
+  OutputPtr output;
+  bool ended = false;
+  clsZEBTemplate::Tally tally;  // once ended
+};
 
+struct UpdateRecord {
   SnapshotPtr snapshot;
   UpdateCause cause = UpdateCause::kInformation;
   MonotonicTime began{};
-  std::vector<Run> runs;
+  std::vector<UpdateRun> runs;
   int delayed = 0;    // outputs that show it later, as they are set
   int postponed = 0;  // outputs that are busy and show it, or something newer, when they are free
   Timer slow;         // for telling that it takes long

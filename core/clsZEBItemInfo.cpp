@@ -217,6 +217,13 @@ bool SameStart(const ItemFields& a, const ItemFields& b) {
 
 }  // namespace
 
+bool clsZEBItemInfo::HoldsNothing() const {
+  if (!shared_) return true;
+  clsZEBItemInfo empty;
+  empty.ItemIndexNumber = ItemIndexNumber;
+  return NumberPictures() == 0 && NumberAdditionalFiles() == 0 && IsSame(empty, true);
+}
+
 bool clsZEBItemInfo::IsSame(const clsZEBItemInfo& other, bool compareStartTime) const {
   if (ItemIndexNumber != other.ItemIndexNumber) return false;
   if (shared_ == other.shared_) return true;

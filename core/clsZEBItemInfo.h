@@ -64,6 +64,9 @@ class clsZEBItemInfo {
   std::string GetElementByName(std::string_view name, bool typeAsText) const;
   void AppendElementByName(std::string& to, std::string_view name, bool typeAsText) const;
 
+  // Whether it was never filled in: it differs from an empty record in its slot number at most.
+  bool HoldsNothing() const;
+
   // Whether `other` is the same item. Lists are compared over this record's count only, and start moments
   // (more than one second apart differ) only when asked for.
   bool IsSame(const clsZEBItemInfo& other, bool compareStartTime) const;

@@ -131,6 +131,8 @@ void clsZEBService::ClearService() {
 SnapshotPtr clsZEBService::TakeSnapshot() const {
   const auto snapshot = std::make_shared<ServiceSnapshot>();
   snapshot->moment = environment_.loop.Now();
+  snapshot->information = information_;
+  snapshot->arrived = informationArrived_;
   snapshot->serviceNumber = serviceNumber_;
   snapshot->ServiceName = settings.ServiceName;
   snapshot->NoPictureFileName = settings.NoPictureFileName;

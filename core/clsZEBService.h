@@ -19,6 +19,7 @@
 #include "core/OutputTypes.h"
 #include "core/ServiceEvents.h"
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "core/UpdateCycle.h"
 #include "core/clsZEBItemInfo.h"
 #include "core/clsZEBTemplate.h"
@@ -28,6 +29,8 @@
 
 namespace zeb {
 
+// More outputs of a type than any station has; a damaged count must not make the program build millions.
+inline constexpr std::int32_t kMaxOutputsOfType = 1000;
 inline constexpr int kMaxNextItems = 50;  // and previous items
 
 // The service-level settings, named as in the store; defaults are those of a service never saved.
@@ -53,6 +56,10 @@ struct ServiceSettings {
   std::int32_t BouncePort = 1;
   bool TravelFlagActive = false;  // the flag was on and has not been seen to end
 };
+
+// What can be set for a service, and for an output of any type.
+SettingList ServiceSettingList();
+SettingList CommonOutputSettings();
 
 // Makes an output of a type; null for a type that is not built. Settings of such types are kept as they are.
 using OutputFactory = std::function<OutputPtr(OutputType)>;
@@ -128,6 +135,14 @@ class clsZEBService {
   // Shows an output that has just been started what the others show; nothing when there was no update yet.
   void ShowPresentTo(OutputType type, int index);
   SnapshotPtr TakeSnapshot() const;  // of this moment
+  // What the last update published; null before the first.
+  const SnapshotPtr& LastSnapshot() const { return lastSnapshot_; }
+  // When the information came that the next full update is for; without it, the update's own moment counts.
+  void NoteInformationMoment(MonotonicTime moment) { informationMoment_ = moment; }
+  // A run of the output is under way, or it is being started.
+  bool OutputBusy(OutputType type, int index) const;
+  // How many snapshots and cues wait for the output to be free, or for their time.
+  int WaitingFor(OutputType type, int index) const;
 
   void CurrentItemNearEnd();
   void SetTravelFlagActivated();
@@ -166,7 +181,10 @@ class clsZEBService {
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
   UpdateCycle cycle_;
-  SnapshotPtr lastSnapshot_;  // what the last update published; null before the first
+  SnapshotPtr lastSnapshot_;
+  std::uint64_t information_ = 0;  // full updates so far
+  MonotonicTime informationArrived_{};
+  std::optional<MonotonicTime> informationMoment_;
 };
 
 }  // namespace zeb

@@ -16,39 +16,68 @@
 namespace zeb {
 namespace {
 
-// More outputs of a type than any station has; a damaged count must not make the program build millions.
-constexpr std::int32_t kMaxOutputsOfType = 1000;
-
 using S = ServiceSettings;
 using Row = SettingRow<ServiceSettings>;
+constexpr std::string_view kSourceTypes =
+    "0|11|12|51";  // the control link, and the files of sources/ZEB_FN.h
+constexpr std::int32_t kMostControlPort = 65535 - 6900;  // counted from 6900 on
+constexpr SettingEntry kCartLineEntry{.least = 0, .most = 3};
 constexpr auto kRows = std::to_array<Row>({
-    {"ServiceName", &S::ServiceName, StoredAs::kText},
-    {"NoPictureFileName", &S::NoPictureFileName, StoredAs::kText},
-    {"LoggingPath", &S::LoggingPath, StoredAs::kText},
-    {"TravelFlagActivateString", &S::TravelFlagActivateString, StoredAs::kText},
-    {"TravelFlagDeactivateTimeout", &S::TravelFlagDeactivateTimeout, StoredAs::kNumber},
+    {"ServiceName", &S::ServiceName},
+    {"NoPictureFileName", &S::NoPictureFileName},
+    {"LoggingPath", &S::LoggingPath},
+    {"TravelFlagActivateString", &S::TravelFlagActivateString},
+    {.name = "TravelFlagDeactivateTimeout",
+     .member = &S::TravelFlagDeactivateTimeout,
+     .storedAs = StoredAs::kNumber,
+     .entry = kCountEntry},
     {"InstantUpdate", &S::InstantUpdate, StoredAs::kNumber},
-    {"UpdateDisplayInterval", &S::UpdateDisplayInterval, StoredAs::kText},
-    {"UpdateOnTimingChange", &S::UpdateOnTimingChange, StoredAs::kText},
+    {.name = "UpdateDisplayInterval", .member = &S::UpdateDisplayInterval, .entry = kCountEntry},
+    {"UpdateOnTimingChange", &S::UpdateOnTimingChange},
     {"ProcessPresenterUpdates", &S::ProcessPresenterUpdates, StoredAs::kNumber},
     {"ProcessShowUpdates", &S::ProcessShowUpdates, StoredAs::kNumber},
-    {"NumberUpdatesOnServer", &S::NumberUpdatesOnServer, StoredAs::kText},
-    {"LastUpdateOnServerIndex", &S::LastUpdateOnServerIndex, StoredAs::kText},
-    {"InfoSourceType", &S::InfoSourceType, StoredAs::kNumber},
-    {"TolvanTCPControlPort", &S::TolvanTCPControlPort, StoredAs::kNumber},
-    {"InfoSourceFileName", &S::InfoSourceFileName, StoredAs::kText},
-    {"CartItemNameLine", &S::CartItemNameLine, StoredAs::kText},
-    {"CartArtist1Line", &S::CartArtist1Line, StoredAs::kText},
-    {"CartArtist2Line", &S::CartArtist2Line, StoredAs::kText},
+    {.name = "NumberUpdatesOnServer", .member = &S::NumberUpdatesOnServer, .entry = kCountEntry},
+    {.name = "LastUpdateOnServerIndex", .member = &S::LastUpdateOnServerIndex, .entry = kCountEntry},
+    {.name = "InfoSourceType",
+     .member = &S::InfoSourceType,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.words = kSourceTypes}},
+    {.name = "TolvanTCPControlPort",
+     .member = &S::TolvanTCPControlPort,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.least = 0, .most = kMostControlPort}},
+    {"InfoSourceFileName", &S::InfoSourceFileName},
+    {.name = "CartItemNameLine", .member = &S::CartItemNameLine, .entry = kCartLineEntry},
+    {.name = "CartArtist1Line", .member = &S::CartArtist1Line, .entry = kCartLineEntry},
+    {.name = "CartArtist2Line", .member = &S::CartArtist2Line, .entry = kCartLineEntry},
     {"UseBounce", &S::UseBounce, StoredAs::kNumber},
-    {"BounceServer", &S::BounceServer, StoredAs::kText},
-    {"BouncePort", &S::BouncePort, StoredAs::kNumber},
-    {"TravelFlagActive", &S::TravelFlagActive, StoredAs::kNumber},
+    {"BounceServer", &S::BounceServer},
+    {.name = "BouncePort",
+     .member = &S::BouncePort,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.least = 0, .most = kMostControlPort}},
+    {.name = "TravelFlagActive",
+     .member = &S::TravelFlagActive,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.offered = false}},
 });
 constexpr SettingTable<ServiceSettings> kTable{kRows};
 
 constexpr const char* kDelaySeconds = "DelaySeconds";  // of every output
 constexpr std::int32_t kLongestDelay = 3600;
+
+// Beside the output's own.
+struct CommonSettings {
+  std::int32_t delay = 0;
+};
+constexpr SettingRow<CommonSettings> kCommonRows[] = {
+    {.name = kDelaySeconds,
+     .member = &CommonSettings::delay,
+     .storedAs = StoredAs::kNumber,
+     .least = 0,
+     .most = kLongestDelay},
+};
+constexpr SettingTable<CommonSettings> kCommonTable = kCommonRows;
 
 const OutputTypeInfo* FindTypeOfKey(std::string_view settingsKey) {
   for (const OutputTypeInfo& info : kOutputTypes)
@@ -61,6 +90,14 @@ std::string TypeKey(const std::string& serviceKey, const OutputTypeInfo& info) {
 }
 
 }  // namespace
+
+SettingList ServiceSettingList() {
+  return ListOf(kTable);
+}
+
+SettingList CommonOutputSettings() {
+  return ListOf(kCommonTable);
+}
 
 // ---- Loading
 
@@ -141,6 +178,7 @@ void clsZEBService::TakeOver(OutputType type, std::vector<OutputPtr> stored, Cha
     const auto same = std::find_if(former.begin(), former.end(), isAs(output));
     if (same != former.end()) {
       runners.push_back(std::exchange(*same, nullptr));
+      runners.back()->output->NoteNumber(serviceNumber_, static_cast<int>(runners.size()));
     } else {
       runners.push_back(cycle_.MakeRunner(type, std::move(output)));
       changes.added.push_back({type, static_cast<int>(runners.size())});

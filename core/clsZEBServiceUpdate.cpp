@@ -1,5 +1,7 @@
 // The updates and cues of clsZEBService.
 #include <exception>
+#include <optional>
+#include <utility>
 
 #include "core/clsZEBService.h"
 #include "diagnostics/hxGeneral.h"
@@ -34,8 +36,28 @@ void clsZEBService::UpdateOutputType(std::int32_t typeCode) {
 }
 
 void clsZEBService::Publish(const std::vector<OutputType>& types, UpdateCause cause) {
+  if (cause == UpdateCause::kInformation) {
+    ++information_;
+    informationArrived_ =
+        std::exchange(informationMoment_, std::nullopt).value_or(environment_.loop.Monotonic());
+  }
   lastSnapshot_ = TakeSnapshot();
   cycle_.Update(types, lastSnapshot_, cause);
+}
+
+bool clsZEBService::OutputBusy(OutputType type, int index) const {
+  const auto& runners = cycle_.Runners(type);
+  return index >= 1 && index <= static_cast<int>(runners.size()) &&
+         runners[static_cast<std::size_t>(index) - 1]->busy;
+}
+
+int clsZEBService::WaitingFor(OutputType type, int index) const {
+  const auto& runners = cycle_.Runners(type);
+  if (index < 1 || index > static_cast<int>(runners.size())) return 0;
+  const OutputRunner& runner = *runners[static_cast<std::size_t>(index) - 1];
+  const std::size_t waiting =
+      runner.cues.size() + runner.later.size() + (runner.wanted == OutputRunner::Wanted::kNo ? 0 : 1);
+  return static_cast<int>(waiting);
 }
 
 void clsZEBService::ShowPresentTo(OutputType type, int index) {

@@ -89,6 +89,10 @@ std::string clsZEBTemplate::ProblemText() const {
   return text;
 }
 
+bool clsZEBTemplate::Fails() {
+  return !Problems().empty() || Status() == kStatusError;
+}
+
 void clsZEBTemplate::CountRun(bool published) {
   if (std::exchange(counted_, false)) return;
   const bool fails = !Problems().empty();
@@ -104,6 +108,13 @@ std::string clsZEBTemplate::GetStatusString(std::uint32_t& colour) {
   const StatusLook look = LookOf(Status());
   colour = look.colour;
   return std::string(look.text);
+}
+
+void clsZEBTemplate::NoteShown(std::string_view text, const std::string& templateText,
+                               const std::string& simpleText, ValueEscape escape, bool urlEncode) {
+  shown_.text = ShownText(text);
+  shown_.source = {templateText.empty() ? nullptr : std::make_shared<const std::string>(templateText),
+                   simpleText, escape, urlEncode};
 }
 
 void clsZEBTemplate::CheckEscapeWord(const std::string& where, const std::string& word) {

@@ -12,11 +12,15 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/OutputTypes.h"
+#include "core/PublicPlace.h"
 #include "core/ServiceSnapshot.h"
+#include "core/Shown.h"
 #include "platform/Control.h"
 #include "platform/Environment.h"
 #include "platform/WorkLane.h"
@@ -45,6 +49,8 @@ class clsZEBTemplate {
   // The output's own values below the service's key, in the type's subkey, numbered by position.
   virtual void StoreOutputInformation(int serviceNumber, int outputIndex);
   virtual void GetOutputInformation(int serviceNumber, int outputIndex);
+  // Its number is another now, since one before it has gone; what is stored of it has been moved.
+  virtual void NoteNumber(int /*serviceNumber*/, int /*outputIndex*/) {}
   // All settings as text: equal texts mean that a restart would change nothing.
   virtual std::string SettingsText() const { return simpleTextFormat_; }
 
@@ -63,6 +69,8 @@ class clsZEBTemplate {
   virtual std::vector<Problem> Problems() const;
   // The same in one line, for the service window; "" while nothing fails.
   std::string ProblemText() const;
+  // Something fails, or the status says so.
+  bool Fails();
   // Whether what fails may pass without anybody's doing, so that trying again makes sense.
   virtual bool MayPass() const { return true; }
   // Something was thrown in one of the operations.
@@ -77,6 +85,13 @@ class clsZEBTemplate {
   // Called by the service when UpdateOutput has ended: one text, published or failing, unless the output has
   // counted for itself.
   void CountRun(bool published);
+
+  // What it published last, as far as it keeps that.
+  virtual Shown LastShown() const { return shown_; }
+  // Where the public should see it, as far as the operator has said so.
+  virtual std::vector<PublicPlace> PublicPlaces() const { return {}; }
+  // How far the file is that is being sent; nothing while none is.
+  virtual std::optional<int> ProgressPercent() const { return std::nullopt; }
 
   // A worker of this output hangs: it is skipped until the worker comes back.
   bool Hangs() const { return lane_.Hangs(); }
@@ -101,9 +116,15 @@ class clsZEBTemplate {
   std::shared_ptr<Control> control_;
   std::string simpleTextFormat_;
   std::string problem_;  // of the output as a whole; "" while nothing fails
+  Shown shown_;
 
   // Notes a word of an "EscapeValues" setting that there is not. `where` names the output, or its pair.
   void CheckEscapeWord(const std::string& where, const std::string& word);
+
+  // What has been published, of an output that sends texts. `templateText` "": it is not known which template
+  // the text came from.
+  void NoteShown(std::string_view text, const std::string& templateText, const std::string& simpleText,
+                 ValueEscape escape, bool urlEncode = false);
 
   // For an output that counts for itself, in UpdateOutput.
   void SetTally(Tally tally) {

@@ -54,7 +54,17 @@ std::int32_t ReadCartNumber(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() ? std::max(number, 0) : 0;
 }
 
+constexpr std::pair<std::string_view, std::int32_t> kTypeWords[] = {
+    {"song", kItemTypeSong}, {"link", kItemTypeJingle}, {"spot", kItemTypeAdvert}, {"other", kItemTypeCart}};
+
 }  // namespace
+
+std::optional<std::int32_t> ManualItemType(std::string_view text) {
+  for (const auto& [word, type] : kTypeWords)
+    if (text == word) return type;
+  const auto type = WholeNumber<std::int32_t>(text);
+  return type.value_or(-1) >= 0 ? type : std::nullopt;
+}
 
 ManualEntry OpenManualEntry(const clsZEBService& service) {
   ManualEntry entry;

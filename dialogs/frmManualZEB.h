@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ enum class ManualSlot { kCurrent, kNext, kPrevious, kComingSoon, kPromoteNext, k
 // The type codes behind the type list: song, link, spot, other, and one more.
 inline constexpr std::array<std::int32_t, 5> kManualItemTypes = {kItemTypeSong, kItemTypeJingle,
                                                                  kItemTypeAdvert, kItemTypeCart, 9};
+
+// By its word (song, link, spot, other) or its code; nothing for any other text.
+std::optional<std::int32_t> ManualItemType(std::string_view text);
 
 struct ManualEntry {
   ManualSlot slot = ManualSlot::kCurrent;

@@ -1,15 +1,22 @@
 #include "outputs/OutputTable.h"
 
 #include <memory>
+#include <utility>
 
+#include "outputs/dab/DABTest.h"
 #include "outputs/dab/clsZEBDABOutput.h"
+#include "outputs/encoder/EncoderTest.h"
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "outputs/file/DestinationsInProgress.h"
+#include "outputs/file/FileTest.h"
 #include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsZEBFileOutput.h"
+#include "outputs/http/HTTPTest.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 #include "outputs/labels/LabelClient.h"
+#include "outputs/serial/SerialTest.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
+#include "outputs/web/WebTest.h"
 #include "outputs/web/clsZEBWebOutput.h"
 #include "platform/SerialPortControl.h"
 #include "platform/Tcp.h"
@@ -32,6 +39,8 @@ struct Row {
   OutputType type;
   OutputPtr (*make)(const Shared& shared);
   ControlPtr (*makeControl)(Environment& environment);  // null: it needs none
+  OutputSettings (*settings)();
+  std::unique_ptr<OutputTest> (*test)(Environment& environment, const clsZEBTemplate& output);
 };
 
 template <class Output>
@@ -60,13 +69,36 @@ OutputPtr MakeWebOutput(const Shared& shared) {
   return std::make_shared<clsZEBWebOutput>(shared.environment, shared.templates, shared.names);
 }
 
+template <class Test, class Output>
+std::unique_ptr<OutputTest> MakeTest(Environment& environment, const clsZEBTemplate& output) {
+  const auto* own = dynamic_cast<const Output*>(&output);
+  return own ? std::make_unique<Test>(environment, *own) : nullptr;
+}
+
+template <SettingList (*list)()>
+OutputSettings Own() {
+  return {list(), {}};
+}
+
+OutputSettings WithPairs(SettingList own) {
+  SettingList switches = PairSwitchList();
+  own.insert(own.end(), switches.begin(), switches.end());
+  return {std::move(own), PairSettingList()};
+}
+
 constexpr Row kTable[] = {
-    {OutputType::kFile, MakeFileOutput, nullptr},
-    {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient},
-    {OutputType::kWeb, MakeWebOutput, nullptr},
-    {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient},
-    {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient},
-    {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort},
+    {OutputType::kFile, MakeFileOutput, nullptr, [] { return WithPairs({}); },
+     MakeTest<FileTest, clsZEBFileOutput>},
+    {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient, Own<HTTPSettingList>,
+     MakeTest<HTTPTest, clsZEBHTTPOutput>},
+    {OutputType::kWeb, MakeWebOutput, nullptr, [] { return WithPairs(ListOf(WebSettingTable())); },
+     MakeTest<WebTest, clsZEBWebOutput>},
+    {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient, Own<EncoderSettingList>,
+     MakeTest<EncoderTest, clsZEBEncoderOutput>},
+    {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient, Own<DABSettingList>,
+     MakeTest<DABTest, clsZEBDABOutput>},
+    {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort, Own<SerialSettingList>,
+     MakeTest<SerialTest, clsZEBSerialOutput>},
 };
 
 const Row* FindRow(OutputType type) {
@@ -82,6 +114,21 @@ OutputFactory MakeOutputFactory(Environment& environment) {
     const Row* row = FindRow(type);
     return row ? row->make(shared) : nullptr;
   };
+}
+
+OutputSettings SettingsOf(OutputType type) {
+  const Row* row = FindRow(type);
+  if (!row) return {};
+  OutputSettings settings = row->settings();
+  const SettingList common = CommonOutputSettings();
+  settings.own.insert(settings.own.end(), common.begin(), common.end());
+  return settings;
+}
+
+std::unique_ptr<OutputTest> MakeOutputTest(Environment& environment, OutputType type,
+                                           const clsZEBTemplate& output) {
+  const Row* row = FindRow(type);
+  return row ? row->test(environment, output) : nullptr;
 }
 
 std::shared_ptr<Control> MakeControl(Environment& environment, OutputType type) {

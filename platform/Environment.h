@@ -15,6 +15,7 @@ class FtpSessions;
 class Markup;
 class Network;
 class Operator;
+class Processes;
 class SerialPorts;
 class SettingsHive;
 
@@ -32,6 +33,7 @@ struct Environment {
   SerialPorts* serialPorts = nullptr;     // null: this program has none
   Markup* markup = nullptr;               // none: no XML is read, and HTML in text fields stays as it is
   FtpSessions* ftp = nullptr;             // null: the platform has none
+  Processes* processes = nullptr;         // null: this program runs no others
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

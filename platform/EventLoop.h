@@ -55,6 +55,8 @@ class EventLoop {
 
   virtual WallTime Now() const = 0;
   virtual MonotonicTime Monotonic() const = 0;
+  // How far Now is ahead of UTC.
+  virtual std::chrono::seconds UtcOffset() const = 0;
 
   // Calls `work` once after `delay` (never earlier), or every `interval` from now on. A repeating timer that
   // is late skips the ticks it missed. Intervals of a second or more may be aligned with each other, so that

@@ -63,6 +63,10 @@ class TcpClientControl : public Control {
   // once.
   virtual void Close() = 0;
   virtual std::string LastError() const = 0;  // why the last connection failed or broke; "" when it did not
+
+  // How far the last attempt to connect has got; kept when it fails or the connection ends.
+  enum Progress { kNowhere, kNameFound, kServerReached, kReady };
+  virtual Progress Reached() const = 0;
 };
 
 // Makes sockets.

@@ -222,6 +222,10 @@ void InfoFileSource::Feed(const SourceItems& source) {
   window.UpdateOutputsNow();
 }
 
+std::string InfoFileSource::Problem() const {
+  return silent_ ? "'" + path_ + "' does not answer" : noted_;
+}
+
 void InfoFileSource::NoteOnce(const std::string& problem) {
   DebugLine("Exit as ", problem);
   if (problem == noted_) return;

@@ -38,6 +38,9 @@ class InfoFileSource : public std::enable_shared_from_this<InfoFileSource> {
   void Open(std::int32_t type, const std::string& fileName);
   void Close();
 
+  // Why nothing is heard from the file, in one line; "" while all is well.
+  std::string Problem() const;
+
  private:
   struct Reading;
   struct Known;  // what the last reading that came to an end found

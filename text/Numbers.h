@@ -1,7 +1,9 @@
 // Numbers in text.
 #pragma once
 
+#include <charconv>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,15 @@ std::int32_t LeadingInteger(std::string_view text);
 double LeadingNumber(std::string_view text);  // with sign, decimal point and exponent; never NaN or infinite
 // The leading decimal digits only, no sign or blanks; 0 when there are none.
 std::int32_t LeadingDigits(std::string_view text);
+
+// Digits and nothing else, with a sign when the type has one.
+template <class Number>
+std::optional<Number> WholeNumber(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
 
 // Plain decimal text: no exponent, the shortest that reads back as the same number ("0", "-3.5").
 std::string PlainNumber(std::int64_t number);

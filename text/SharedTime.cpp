@@ -70,6 +70,20 @@ std::string GeneralDate(WallTime moment) {
          FormatDateTime(moment, CurrentLocale().longTime);
 }
 
+std::string Rfc3339(WallTime moment, std::chrono::seconds utcOffset) {
+  std::string text = XmlDateTime(moment);
+  const auto thousandths = std::chrono::floor<std::chrono::milliseconds>(moment) -
+                           std::chrono::floor<std::chrono::seconds>(moment);
+  text += '.' + PaddedNumber(static_cast<int>(thousandths.count()), 3);
+  if (utcOffset == std::chrono::seconds::zero()) return text + "Z";
+  text += utcOffset < std::chrono::seconds::zero() ? '-' : '+';
+  const auto minutes = std::chrono::abs(std::chrono::duration_cast<std::chrono::minutes>(utcOffset)).count();
+  AppendTwoDigits(text, minutes / 60);
+  text += ':';
+  AppendTwoDigits(text, minutes % 60);
+  return text;
+}
+
 std::string XmlDateTime(WallTime moment) {
   const auto day = std::chrono::floor<days>(moment);
   const std::chrono::year_month_day date(day);

@@ -48,6 +48,8 @@ std::string GeneralDate(WallTime moment);
 // "YYYY-MM-DDThh:mm:ss". A day number of 0 gives "".
 std::string XmlDateTime(WallTime moment);
 std::string XmlDateTime(std::int32_t dayNumber, float secondsOfDay);
+// RFC 3339, to the millisecond: "YYYY-MM-DDThh:mm:ss.mmm+01:00", "…Z" at UTC.
+std::string Rfc3339(WallTime moment, std::chrono::seconds utcOffset);
 std::string ShortDate(std::int32_t dayNumber);  // "" for day 0
 std::string TimeText(float secondsOfDay);       // style 2: "hh:mm:ss", fractions cut; not below 0
 // Seconds from the first moment to the second.

@@ -26,17 +26,27 @@ using Client = DABClientControl;
 
 using S = DABSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"ServerName", &S::ServerName},         {"ServerPort", &S::ServerPort},
-    {"ServiceName", &S::ServiceName},       {"ServicePassword", &S::ServicePassword, StoredAs::kText, true},
-    {"PollSeconds", &S::PollSeconds},       {"SimpleTextFormat", &S::simpleText},
-    {"AppendCharsFormat", &S::append},      {"DefaultText", &S::DefaultText},
-    {"AlternateStrings", &S::alternates},   {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
-    {"MaxNumberChars", &S::MaxNumberChars}, {"CharacterSet", &S::characterSet},
-    {"EscapeValues", &S::EscapeValues},
+    {"ServerName", &S::ServerName},
+    {.name = "ServerPort", .member = &S::ServerPort, .entry = kPortEntry},
+    {"ServiceName", &S::ServiceName},
+    {"ServicePassword", &S::ServicePassword, StoredAs::kText, true},
+    {.name = "PollSeconds", .member = &S::PollSeconds, .entry = kCountEntry},
+    {"SimpleTextFormat", &S::simpleText},
+    {"AppendCharsFormat", &S::append},
+    {"DefaultText", &S::DefaultText},
+    {"AlternateStrings", &S::alternates},
+    {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
+    {.name = "MaxNumberChars", .member = &S::MaxNumberChars, .entry = kCountEntry},
+    {"CharacterSet", &S::characterSet},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
 };
 constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
+
+SettingList DABSettingList() {
+  return ListOf(kTable);
+}
 
 clsZEBDABOutput::~clsZEBDABOutput() {
   if (client_) client_->onLost = nullptr;
@@ -215,7 +225,8 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_.clear();
   SetStatus(kStatusOK);
   std::vector<std::string>& candidates = found.Value();
-  if (candidates.empty()) {
+  const bool byDefault = candidates.empty();
+  if (byDefault) {
     UploadFileList unused;
     std::string text = WithoutLineBreaks(ExpandTemplate(settings.DefaultText, *snapshot, settings.simpleText,
                                                         unused, settings.Values(settings.DefaultText)));
@@ -224,7 +235,12 @@ bool clsZEBDABOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   if (candidates.empty()) return exitAs("no strings to choose from");
   std::string text = chooser_.Pick(candidates);
   if (text.empty()) return exitAs("nothing to send");
-  return SendLabel(*snapshot, LabelOf(*snapshot, std::move(text)));
+  const std::string label = LabelOf(*snapshot, std::move(text));
+  if (!SendLabel(*snapshot, label)) return false;
+  const std::string& made = byDefault ? settings.DefaultText : settings.simpleText;
+  NoteShown(label, byDefault || settings.alternates.empty() ? made : "", settings.simpleText,
+            settings.Values(made).escape);
+  return true;
 }
 
 void clsZEBDABOutput::NoteNotLoggedOn() {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/wire/CandidateChooser.h"
 #include "outputs/wire/WireLog.h"
@@ -24,6 +25,8 @@ struct DABSettings : WireFormats {
   CharacterSet characterSet = CharacterSet::kUtf8;
 };
 
+SettingList DABSettingList();
+
 class clsZEBDABOutput : public clsZEBTemplate {
  public:
   explicit clsZEBDABOutput(Environment& environment)
@@ -41,6 +44,7 @@ class clsZEBDABOutput : public clsZEBTemplate {
   std::string GetShortTypeDescription() const override { return "DAB"; }
   std::string GetInformationString() const override;
 
+  std::uint16_t PortNumber() const;  // 0: none
   void ConnectToDABServer();
   void LoginToDABServer();
 
@@ -48,7 +52,6 @@ class clsZEBDABOutput : public clsZEBTemplate {
 
  private:
   std::string Detail() const;  // of log names and the information string
-  std::uint16_t PortNumber() const;
   // Waits until the state has got so far; false when the control disappeared.
   bool WaitForState(std::int32_t state, Duration limit);
   void NoteNotLoggedOn();

@@ -31,6 +31,11 @@ struct IcecastWatch::Asking {
   Timer next;
 };
 
+std::string StatusPageRequest(const RequestTarget& target, const std::string& mount) {
+  return "GET /status-json.xsl?mount=" + PercentEncoded(mount) + " HTTP/1.1\r\nHost: " + ServerText(target) +
+         "\r\nConnection: close\r\n\r\n";
+}
+
 std::string StreamBeginning(std::string_view statusPage, std::string_view mount) {
   for (std::size_t at = statusPage.find(kAddress); at != kNone;) {
     const std::string_view rest = statusPage.substr(at + kAddress.size());
@@ -67,11 +72,8 @@ void IcecastWatch::Stop() {
 
 void IcecastWatch::Ask(const std::shared_ptr<Asking>& asking) {
   asking->loop.Start("looking at a stream", [asking] {
-    const std::string request = "GET /status-json.xsl?mount=" + PercentEncoded(asking->mount) +
-                                " HTTP/1.1\r\nHost: " + ServerText(asking->target) +
-                                "\r\nConnection: close\r\n\r\n";
-    const ExchangeResult answer =
-        SendRequest(asking->loop, *asking->client, asking->target, request, asking->mark);
+    const ExchangeResult answer = SendRequest(asking->loop, *asking->client, asking->target,
+                                              StatusPageRequest(asking->target, asking->mount), asking->mark);
     if (!asking->mark.Holds()) return;
     std::string beginning = StreamBeginning(answer.reply, asking->mount);
     if (!beginning.empty()) {

@@ -37,6 +37,8 @@ class IcecastWatch {
   std::shared_ptr<Asking> asking_;
 };
 
+// What asks the server for its status page, as far as it is about the mount.
+std::string StatusPageRequest(const RequestTarget& target, const std::string& mount);
 // When the mount's stream began, as the server writes it; "" when the page does not say.
 std::string StreamBeginning(std::string_view statusPage, std::string_view mount);
 

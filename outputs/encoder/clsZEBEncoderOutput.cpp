@@ -72,16 +72,22 @@ std::string MessageOf(const ExchangeResult& result) {
 
 using S = EncoderSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"EncoderType", &S::EncoderType, StoredAs::kNumber},
+    {.name = "EncoderType",
+     .member = &S::EncoderType,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.words = "1|2|4|7"}},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {"SendEmptyStrings", &S::SendEmptyStrings},
     {"ASDFileLocation", &S::ASDFileLocation},
     {"WME7ComputerName", &S::WME7ComputerName},
     {"WME7StreamIDName", &S::WME7StreamIDName},
     {"SHOUTCastServerName", &S::SHOUTCastServerName},
-    {"SHOUTCastServerPort", &S::SHOUTCastServerPort, StoredAs::kNumber},
+    {.name = "SHOUTCastServerPort",
+     .member = &S::SHOUTCastServerPort,
+     .storedAs = StoredAs::kNumber,
+     .entry = kPortEntry},
     {"SHOUTCastServerPassword", &S::SHOUTCastServerPassword, StoredAs::kText, true},
-    {"SHOUTCastEncoding", &S::SHOUTCastEncoding},
+    {.name = "SHOUTCastEncoding", .member = &S::SHOUTCastEncoding, .entry = {.words = "full"}},
     {"CharacterSet", &S::characterSet},
     {"IcecastMount", &S::IcecastMount},
     {"IcecastUsername", &S::IcecastUsername},
@@ -90,13 +96,18 @@ constexpr SettingRow<S> kRows[] = {
      .storedAs = StoredAs::kNumber,
      .least = 0,
      .most = 3600},
-    {"EscapeValues", &S::EscapeValues},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyStreamURL", &S::VerifyStreamURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
 const Failure kNotAvailable{"encoders of this kind are not available on this platform"};
 
 }  // namespace
+
+SettingList EncoderSettingList() {
+  return ListOf(kTable);
+}
 
 EncoderCommand SplitCommand(std::string_view piece) {
   constexpr std::string_view kSeparator = "####";
@@ -285,8 +296,22 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
     return false;
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
+  std::vector<std::string> texts;
+  for (const EncoderCommand& command : commands) texts.push_back(command.value);
+  if (commands_.Taken() > 0) {
+    NoteShown(commands_.TakenText(texts), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape);
+    shownTitle_ = WithoutControls(texts.back());
+  }
   WatchStream();
   return commands_.Taken() > 0;
+}
+
+// Its listeners see the last of the texts.
+std::vector<PublicPlace> clsZEBEncoderOutput::PublicPlaces() const {
+  if (settings.VerifyStreamURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kStream, settings.VerifyStreamURL, "", shownTitle_, settings.characterSet,
+           !settings.IcecastMount.empty()}};
 }
 
 // From the first title on: before it there is nothing to be forgotten.

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/encoder/IcecastWatch.h"
 #include "outputs/http/RequestExchange.h"
@@ -41,8 +42,11 @@ struct EncoderSettings {
   std::string IcecastUsername = "source";
   // How often that server is asked whether the stream began anew and so lost its title, in seconds; 0: never.
   std::int32_t IcecastCheckSeconds = 10;
-  std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string EscapeValues;     // a word of text/ValueEscapes.h
+  std::string VerifyStreamURL;  // the stream as listeners get it; "": its titles are not looked at
 };
+
+SettingList EncoderSettingList();
 
 struct EncoderCommand {
   std::string type;
@@ -67,6 +71,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::string GetInformationString() const override;
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
+  std::vector<PublicPlace> PublicPlaces() const override;
 
   // The bytes that bring one title to a streaming server.
   // The title as it stands in the request of a SHOUTcast server.
@@ -74,6 +79,8 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   std::string BuildRequest(const std::string& text) const;
   // What the server's answer says of the title that it was sent.
   static Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target);
+
+  RequestTarget Target() const;
 
   EncoderSettings settings;
 
@@ -83,7 +90,6 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   Outcome FindMediaEncoder(EncoderAutomation& automation);
   Verdict Send(const EncoderCommand& command);
   Verdict SendToServer(const std::string& text);
-  RequestTarget Target() const;
   void WatchStream();
 
   std::unique_ptr<RealProducerEncoder> realProducer_;
@@ -93,6 +99,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   IcecastWatch watch_;
   Epoch run_;  // from a start to the stop
   bool mayPass_ = true;
+  std::string shownTitle_;
 };
 
 }  // namespace zeb

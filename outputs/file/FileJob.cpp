@@ -69,15 +69,16 @@ std::unique_ptr<FileTarget> FindPlace(FileJob& job, const FileTools& tools) {
 
 void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::string_view page,
                const FileEncoding& encoding) {
+  std::string room;
+  const std::string_view bytes = EncodeFile(page, encoding, room);
   if (tools.preserveTempFiles) {
     tools.place.At("the temporary folder");
     const Result<std::string> temp =
-        WriteTempPage(tools.files, page, encoding, TempPage::kKept, tools.trace ? &job.trace : nullptr);
+        WriteTempPage(tools.files, bytes, TempPage::kKept, tools.trace ? &job.trace : nullptr);
     if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
   }
-  std::string room;
-  const std::string_view bytes = EncodeFile(page, encoding, room);
   job.published = Put(job, tools, target, bytes);
+  if (job.published) job.page = ShownPage(job.parameters, page, bytes);
   if (job.parameters.UseMultipleVersions) PlaceVersion(job, tools, bytes);
 }
 

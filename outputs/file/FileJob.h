@@ -28,6 +28,7 @@ struct FileJob {
   std::int32_t status = kStatusOK;
   std::string problem;             // one line; "" when all is well
   bool published = false;          // the page is in place
+  Shown::Page page;                // then
   std::vector<std::string> trace;  // for the debug log
 
   void Fail(std::int32_t withStatus, std::string reason);

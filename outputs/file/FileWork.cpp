@@ -86,6 +86,7 @@ bool FileWork::Do(FileJob& job, Claim& claim) {
     if (!CopyBesidePages(claim)) return false;
   }
   PlacePage(job, tools, *target, page.Value(), loaded->Encoding());
+  if (job.published) NoteSource(job.page, job.parameters, loaded, job.snapshot, values);
   return true;
 }
 

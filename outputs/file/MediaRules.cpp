@@ -128,10 +128,15 @@ OpenedMedia OpenMedia(FileSystem& files, const MediaRules& rules, const std::str
   return opened;
 }
 
-bool IsPicture(std::string_view head) {
-  return StartsWith(head, "\xFF\xD8\xFF") || StartsWith(head, "\x89PNG\r\n\x1A\n") ||
-         StartsWith(head, "GIF87a") || StartsWith(head, "GIF89a") || IsWebP(head) || IsAvif(head) ||
-         StartsWith(head, "II*\0"sv) || StartsWith(head, "MM\0*"sv) || IsBitmap(head) || IsIcon(head);
+std::string_view PictureType(std::string_view head) {
+  if (StartsWith(head, "\xFF\xD8\xFF")) return "image/jpeg";
+  if (StartsWith(head, "\x89PNG\r\n\x1A\n")) return "image/png";
+  if (StartsWith(head, "GIF87a") || StartsWith(head, "GIF89a")) return "image/gif";
+  if (IsWebP(head)) return "image/webp";
+  if (IsAvif(head)) return "image/avif";
+  if (StartsWith(head, "II*\0"sv) || StartsWith(head, "MM\0*"sv)) return "image/tiff";
+  if (IsBitmap(head)) return "image/bmp";
+  return IsIcon(head) ? "image/x-icon" : std::string_view();
 }
 
 Result<bool> IsPicture(FileReader& file) {

@@ -25,6 +25,8 @@ struct MediaRules {
   std::vector<std::string> folders;  // only what lies below one of these; none: from everywhere
 };
 
+// The value of the settings root that has them.
+inline constexpr const char* kMediaFolders = "MediaFolders";
 // `folders` is a setting's text: names with ";" between, relative ones below the data folder.
 MediaRules MakeMediaRules(const std::string& dataFolder, std::string_view folders);
 
@@ -36,9 +38,13 @@ struct OpenedMedia {
 // On a worker.
 OpenedMedia OpenMedia(FileSystem& files, const MediaRules& rules, const std::string& path);
 
-// Whether the first bytes (kPictureHeadBytes suffice) are those of a JPEG, PNG, GIF, WebP, AVIF, TIFF, BMP or
-// ICO. SVG is none: it is text, begins in many ways and may hold script.
-bool IsPicture(std::string_view head);
+// "image/png": the media type of the picture that begins with these bytes (kPictureHeadBytes suffice): a
+// JPEG, PNG, GIF, WebP, AVIF, TIFF, BMP or ICO; "" when it is none. SVG is none: it is text, begins in many
+// ways and may hold script.
+std::string_view PictureType(std::string_view head);
+inline bool IsPicture(std::string_view head) {
+  return !PictureType(head).empty();
+}
 Result<bool> IsPicture(FileReader& file);  // which is at its beginning, also afterwards
 inline constexpr std::size_t kPictureHeadBytes = 32;
 

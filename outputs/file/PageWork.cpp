@@ -4,6 +4,7 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "platform/EventLoop.h"
+#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
@@ -27,14 +28,25 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
                  std::to_string(kMaxPageBytes) + " bytes; shorten the template or what its tags stand for"};
 }
 
-Result<std::string> WriteTempPage(FileSystem& files, std::string_view page, const FileEncoding& encoding,
-                                  TempPage kind, std::vector<std::string>* trace) {
+Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes) {
+  return {pair.DestinationFileName(), bytes.size(), FirstLines(text), Sha256Text(bytes)};
+}
+
+void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,
+                const SnapshotPtr& snapshot, const ValueEncoding& values) {
+  const std::string* const text = &page->Text();
+  shown.snapshot = snapshot;
+  // The text stays as long as it is named, also when the template has changed since.
+  shown.source = {std::shared_ptr<const std::string>(std::move(page), text), pair.SimpleTextFormat,
+                  values.escape, values.urlEncode};
+}
+
+Result<std::string> WriteTempPage(FileSystem& files, std::string_view bytes, TempPage kind,
+                                  std::vector<std::string>* trace) {
   Result<std::string> name =
       GetTempFile(files, kind == TempPage::kKept ? kKeptTempPrefix : kTempPrefix, trace);
   if (!name) return name;
-  std::string encoded;
-  if (const Outcome written = files.Write(name.Value(), EncodeFile(page, encoding, encoded)); !written)
-    return written.AsFailure();
+  if (const Outcome written = files.Write(name.Value(), bytes); !written) return written.AsFailure();
   return name;
 }
 

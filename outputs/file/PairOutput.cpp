@@ -7,17 +7,17 @@
 namespace zeb {
 namespace {
 
-struct Switch {
-  const char* name;
-  bool PairOutput::*member;
+constexpr SettingRow<PairSwitches> kSwitchRows[] = {
+    {"CopyAdditionalFiles", &PairSwitches::CopyAdditionalFiles},
+    {"AlwaysCopyFiles", &PairSwitches::AlwaysCopyFiles},
 };
-constexpr const char* kMediaFolders = "MediaFolders";
-constexpr Switch kSwitches[] = {
-    {"CopyAdditionalFiles", &PairOutput::CopyAdditionalFiles},
-    {"AlwaysCopyFiles", &PairOutput::AlwaysCopyFiles},
-};
+constexpr SettingTable<PairSwitches> kSwitches = kSwitchRows;
 
 }  // namespace
+
+SettingList PairSwitchList() {
+  return ListOf(kSwitches);
+}
 
 const clsFileParameters& PairOutput::UpdateFile(int number) const {
   return pairs_.at(static_cast<std::size_t>(number) - 1);
@@ -42,6 +42,7 @@ void PairOutput::RemoveUpdateFile(int number) {
 void PairOutput::PairsChanged() {
   ownNames_.Set(pairs_);
   problems_.clear();
+  shownPages_.clear();
   pairsEpoch_.Next();
 }
 
@@ -71,6 +72,20 @@ std::vector<clsZEBTemplate::Problem> PairOutput::Problems() const {
   return problems;
 }
 
+Shown PairOutput::LastShown() const {
+  Shown shown;
+  for (const auto& [pair, page] : shownPages_) shown.pages.push_back(page);
+  return shown;
+}
+
+std::vector<PublicPlace> PairOutput::PublicPlaces() const {
+  std::vector<PublicPlace> places;
+  for (const auto& [pair, page] : shownPages_)
+    if (pair < pairs_.size() && !pairs_[pair].VerifyURL.empty())
+      places.push_back({PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest, page.firstLines});
+  return places;
+}
+
 void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
   CopyAdditionalFiles = false;  // unless it is known where from
   pairs_ = ReadPairs(environment_.hive, key, outputIndex);
@@ -78,19 +93,16 @@ void PairOutput::ReadPairSettings(const std::string& key, int outputIndex) {
     CheckEscapeWord("'" + pair.DestinationFileName() + "'", pair.EscapeValues);
   PairsChanged();
   mediaFolders_ = environment_.hive.ReadText(environment_.settingsRoot, kMediaFolders, "");
-  for (const Switch& one : kSwitches)
-    this->*one.member = ReadSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), false);
+  ReadSettings<PairSwitches>(environment_.hive, key, std::to_string(outputIndex), kSwitches, *this);
 }
 
 void PairOutput::WritePairSettings(const std::string& key, int outputIndex) {
   WritePairs(environment_.hive, key, outputIndex, pairs_);
-  for (const Switch& one : kSwitches)
-    WriteSwitch(environment_.hive, key, one.name + std::to_string(outputIndex), this->*one.member);
+  WriteSettings<PairSwitches>(environment_.hive, key, std::to_string(outputIndex), kSwitches, *this);
 }
 
 std::string PairOutput::SettingsText() const {
-  std::string text = PairsText(pairs_);
-  for (const Switch& one : kSwitches) text.append(one.name).append(this->*one.member ? "=1\n" : "=0\n");
+  std::string text = PairsText(pairs_) + zeb::SettingsText<PairSwitches>(kSwitches, *this);
   if (CopyAdditionalFiles) text.append(kMediaFolders).append("=").append(mediaFolders_).append("\n");
   return text;
 }

@@ -20,7 +20,14 @@
 
 namespace zeb {
 
-class PairOutput : public clsZEBTemplate {
+// What is set for all pairs of an output together.
+struct PairSwitches {
+  bool CopyAdditionalFiles = false;
+  bool AlwaysCopyFiles = false;  // also when an equal file is there already
+};
+SettingList PairSwitchList();
+
+class PairOutput : public clsZEBTemplate, public PairSwitches {
  public:
   // `names` is shared by all outputs of the program.
   PairOutput(Environment& environment, std::shared_ptr<PublishedNames> names)
@@ -33,9 +40,6 @@ class PairOutput : public clsZEBTemplate {
   void AddUpdateFile(clsFileParameters pair);
   void RemoveUpdateFile(int number);  // a number without a pair: nothing happens
 
-  bool CopyAdditionalFiles = false;
-  bool AlwaysCopyFiles = false;  // also when an equal file is there already
-
   // Files to be sent with the next update besides those that its pages name; unique without regard to case.
   void AddToUploadFilesList(const std::string& path) { uploadFiles_.Add(path); }
   void RemoveFromUploadFilesList(const std::string& path);
@@ -46,6 +50,9 @@ class PairOutput : public clsZEBTemplate {
   std::string SettingsText() const override;
   // Each failing pair by its destination. A pair's failure is kept until that pair has been published again.
   std::vector<Problem> Problems() const override;
+  // The page of each pair that has been published.
+  Shown LastShown() const override;
+  std::vector<PublicPlace> PublicPlaces() const override;
 
  protected:
   const std::vector<clsFileParameters>& Pairs() const { return pairs_; }
@@ -62,6 +69,7 @@ class PairOutput : public clsZEBTemplate {
   Epoch::Mark PairsMark() const { return pairsEpoch_.Now(); }
   // An empty reason: the pair is all right. `pair` counts from 0.
   void KeepProblem(std::size_t pair, const std::string& reason);
+  void KeepShown(std::size_t pair, Shown::Page page) { shownPages_[pair] = std::move(page); }
   std::size_t FailingPairs() const { return problems_.size(); }
 
  private:
@@ -73,6 +81,7 @@ class PairOutput : public clsZEBTemplate {
   PublishedNames::Entry ownNames_;
   UploadFileList uploadFiles_;
   std::map<std::size_t, std::string> problems_;
+  std::map<std::size_t, Shown::Page> shownPages_;
   Epoch pairsEpoch_;
 };
 

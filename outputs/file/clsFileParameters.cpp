@@ -14,37 +14,35 @@ namespace {
 using Limits = std::numeric_limits<std::int16_t>;
 using S = PairSettings;
 constexpr auto kRows = std::to_array<SettingRow<S>>({
-    {"SourceFileName", &S::source},
+    {.name = "SourceFileName", .member = &S::source, .entry = kNeededFileEntry},
     {"DestinationFileName", &S::destination},
     {"UseUpdateRules", &S::UseUpdateRules},
-    {"UpdateRulesUsingItem", &S::UpdateRulesUsingItem},
+    {.name = "UpdateRulesUsingItem",
+     .member = &S::UpdateRulesUsingItem,
+     .entry = {.least = clsFileParameters::kCurrentItem, .most = clsFileParameters::kComingSoonItem}},
     {"UseMultipleVersions", &S::UseMultipleVersions},
     {.name = "RefreshTagSeconds",
      .member = &S::RefreshTagSeconds,
      .least = Limits::min(),
-     .most = Limits::max()},
+     .most = Limits::max(),
+     .entry = {.least = 0, .most = 3600}},
     {"AddNoCache", &S::AddNoCache},
-    {"UpdateRulesFlags", &S::UpdateRulesFlags},
+    {.name = "UpdateRulesFlags", .member = &S::UpdateRulesFlags, .entry = {.least = 0, .most = 63}},
     {"SimpleTextFormat", &S::SimpleTextFormat},
-    {"EscapeValues", &S::EscapeValues},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyURL", &S::VerifyURL},
 });
 constexpr SettingTable<S> kTable{kRows};
 
-constexpr const char* kCountName = "NumberFiles";
+}  // namespace
 
-// What stands before the names of an output's pairs.
-std::string NamesStart(int outputIndex) {
+SettingList PairSettingList() {
+  return ListOf(kTable);
+}
+
+std::string PairNamesStart(int outputIndex) {
   return "Output" + std::to_string(outputIndex) + ".";
 }
-
-// A record that differs from an empty one in its slot number only was never filled in.
-bool HoldsNothing(const clsZEBItemInfo& item) {
-  clsZEBItemInfo empty;
-  empty.ItemIndexNumber = item.ItemIndexNumber;
-  return item.NumberPictures() == 0 && item.NumberAdditionalFiles() == 0 && item.IsSame(empty, true);
-}
-
-}  // namespace
 
 std::string clsFileParameters::SourceFolder() const {
   return std::string(FolderPart(source));
@@ -75,7 +73,7 @@ bool clsFileParameters::IsDue(const ServiceSnapshot& snapshot) const {
       item = &snapshot.currentItem;
       break;
   }
-  return item == nullptr || HoldsNothing(*item) || AllowsType((*item)->ItemType);
+  return item == nullptr || item->HoldsNothing() || AllowsType((*item)->ItemType);
 }
 
 // No type counts as a voice link: that switch is kept and shown, but not asked.
@@ -95,17 +93,9 @@ bool clsFileParameters::AllowsType(std::int32_t itemType) const {
   return UpdateIfUnknown();
 }
 
-bool ReadSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool byDefault) {
-  return LeadingInteger(hive.ReadText(key, name, byDefault ? "1" : "0")) != 0;
-}
-
-void WriteSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool value) {
-  hive.WriteText(key, name, value ? "1" : "0");
-}
-
 std::vector<clsFileParameters> ReadPairs(SettingsHive& hive, const std::string& key, int outputIndex) {
-  const std::string start = NamesStart(outputIndex);
-  const std::int32_t count = std::clamp(hive.ReadNumber(key, start + kCountName, 0), 0, kMaxPairs);
+  const std::string start = PairNamesStart(outputIndex);
+  const std::int32_t count = std::clamp(hive.ReadNumber(key, start + kPairCountName, 0), 0, kMaxPairs);
   std::vector<clsFileParameters> pairs(static_cast<std::size_t>(count));
   for (std::size_t i = 0; i < pairs.size(); ++i) {
     clsFileParameters& pair = pairs[i];
@@ -119,8 +109,8 @@ std::vector<clsFileParameters> ReadPairs(SettingsHive& hive, const std::string& 
 
 void WritePairs(SettingsHive& hive, const std::string& key, int outputIndex,
                 const std::vector<clsFileParameters>& pairs) {
-  const std::string start = NamesStart(outputIndex);
-  hive.WriteText(key, start + kCountName, std::to_string(pairs.size()));
+  const std::string start = PairNamesStart(outputIndex);
+  hive.WriteText(key, start + kPairCountName, std::to_string(pairs.size()));
   for (std::size_t i = 0; i < pairs.size(); ++i)
     WriteSettings<S>(hive, key, std::to_string(i + 1), kTable, pairs[i], start);
 }

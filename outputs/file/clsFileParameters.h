@@ -26,6 +26,7 @@ struct PairSettings {
   bool AddNoCache = true;
   std::string SimpleTextFormat{kDefaultSimpleTextFormat};
   std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string VerifyURL;     // where the public sees the page; "": it is not looked at
 };
 
 class clsFileParameters : public PairSettings {
@@ -83,8 +84,9 @@ void WritePairs(SettingsHive& hive, const std::string& key, int outputIndex,
                 const std::vector<clsFileParameters>& pairs);
 // All of them as text, for telling whether two outputs are set alike.
 std::string PairsText(const std::vector<clsFileParameters>& pairs);
-// Values that the output itself has, stored as text ("CopyAdditionalFiles1").
-bool ReadSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool byDefault);
-void WriteSwitch(SettingsHive& hive, const std::string& key, const std::string& name, bool value);
+// The settings of one pair, and what stands before their names and the pairs' count ("Output2.").
+SettingList PairSettingList();
+std::string PairNamesStart(int outputIndex);
+inline constexpr const char* kPairCountName = "NumberFiles";
 
 }  // namespace zeb

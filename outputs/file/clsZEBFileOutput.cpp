@@ -160,6 +160,7 @@ void clsZEBFileOutput::KeepResult(FileJob& job) {
   if (job.published) ++lastTally_.published;
   if (!pairsMark_->Holds()) return;  // it may be about another pair by now
   KeepProblem(job.pair, job.problem);
+  if (job.published) KeepShown(job.pair, std::move(job.page));
   const auto owed = owed_.find(job.pair);
   if (job.problem.empty() && owed != owed_.end() && owed->second == job.snapshot) owed_.erase(owed);
 }

@@ -35,6 +35,13 @@ bool RequestSeries::MayPass() const {
   return std::any_of(verdicts_.begin(), verdicts_.end(), IsDue);
 }
 
+std::string RequestSeries::TakenText(const std::vector<std::string>& texts) const {
+  std::string taken;
+  for (std::size_t i = 0; i < texts.size() && i < verdicts_.size(); ++i)
+    if (verdicts_[i].problem.empty()) taken.append(taken.empty() ? "" : "\n").append(texts[i]);
+  return taken;
+}
+
 int RequestSeries::Failed() const {
   return static_cast<int>(std::count_if(verdicts_.begin(), verdicts_.end(),
                                         [](const Verdict& verdict) { return !verdict.problem.empty(); }));

@@ -28,6 +28,8 @@ class RequestSeries {
   bool MayPass() const;
   int Failed() const;
   int Taken() const { return taken_; }  // in the last run
+  // Those of `texts`, one for each request, that were taken, now or in an earlier run with the same snapshot.
+  std::string TakenText(const std::vector<std::string>& texts) const;
 
  private:
   static bool IsDue(const Verdict& verdict) { return !verdict.problem.empty() && verdict.mayPass; }

@@ -41,17 +41,18 @@ Verdict VerdictOn(const ExchangeResult& result, const RequestTarget& target) {
 
 using S = HTTPSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"RequestType", &S::RequestType},
+    {.name = "RequestType", .member = &S::RequestType, .entry = {.least = kGetRequest, .most = kPostRequest}},
     {"URL", &S::URL},
     {"SimpleTextFormat", &S::SimpleTextFormat},
     {"ServerName", &S::ServerName},
-    {"ServerPort", &S::ServerPort, StoredAs::kNumber},
+    {.name = "ServerPort", .member = &S::ServerPort, .storedAs = StoredAs::kNumber, .entry = kPortEntry},
     {"HTTPAuthenticate", &S::HTTPAuthenticate, StoredAs::kNumber},
     {"HTTPUsername", &S::HTTPUsername},
     {"HTTPPassword", &S::HTTPPassword, StoredAs::kText, true},
     {"CharacterSet", &S::characterSet},
     {"UseTLS", &S::UseTLS, StoredAs::kNumber},
-    {"EscapeValues", &S::EscapeValues},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
+    {"VerifyURL", &S::VerifyURL},
 };
 constexpr SettingTable<S> kTable = kRows;
 
@@ -70,6 +71,10 @@ const char* RunStatusText(std::int32_t status) {
     default:
       return nullptr;
   }
+}
+
+SettingList HTTPSettingList() {
+  return ListOf(kTable);
 }
 
 // ---- The contract
@@ -125,7 +130,18 @@ bool clsZEBHTTPOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_ = requests_.Problem();
   mayPass_ = requests_.MayPass();
   counted_ = true;
+  if (requests_.Taken() > 0) {
+    const ValueEncoding values = Values();
+    NoteShown(requests_.TakenText(pieces), settings.SimpleTextFormat, settings.SimpleTextFormat,
+              values.escape, values.urlEncode);
+    shownTitle_ = snapshot->currentItem->ItemName;
+  }
   return requests_.Taken() > 0;
+}
+
+std::vector<PublicPlace> clsZEBHTTPOutput::PublicPlaces() const {
+  if (settings.VerifyURL.empty() || shownTitle_.empty()) return {};
+  return {{PublicPlace::Kind::kTitle, settings.VerifyURL, "", shownTitle_}};
 }
 
 clsZEBTemplate::Tally clsZEBHTTPOutput::LastTally() const {

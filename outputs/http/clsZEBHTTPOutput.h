@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
@@ -40,7 +41,10 @@ struct HTTPSettings {
   CharacterSet characterSet = CharacterSet::kUtf8;
   bool UseTLS = false;
   std::string EscapeValues;  // a word of text/ValueEscapes.h
+  std::string VerifyURL;     // where the public sees the item's title; "": it is not looked at
 };
+
+SettingList HTTPSettingList();
 
 class clsZEBHTTPOutput : public clsZEBTemplate {
  public:
@@ -59,10 +63,13 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string SettingsText() const override;
   bool MayPass() const override { return mayPass_; }
   Tally LastTally() const override;
+  std::vector<PublicPlace> PublicPlaces() const override;
 
   const std::string& LastReply() const { return lastReply_; }  // the last answer's status line
   // The bytes of one request.
   std::string BuildRequest(const std::string& requestText) const;
+
+  RequestTarget Target() const;
 
   HTTPSettings settings;
 
@@ -71,7 +78,6 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   std::string AuthenticationWarning() const;
   void WarnOfAuthentication();
   ValueEncoding Values() const;
-  RequestTarget Target() const;
 
   bool started_ = false;
   RequestSeries requests_;
@@ -80,6 +86,7 @@ class clsZEBHTTPOutput : public clsZEBTemplate {
   bool counted_ = false;  // the last run was not cut short, so the requests' counts are its tally
   std::string lastWarning_;
   std::string lastReply_;
+  std::string shownTitle_;
 };
 
 }  // namespace zeb

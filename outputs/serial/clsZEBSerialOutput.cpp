@@ -41,23 +41,33 @@ std::size_t LineEndOf(std::string_view bytes) {
 
 using S = SerialSettings;
 constexpr SettingRow<S> kRows[] = {
-    {"CommPort", &S::CommPort, StoredAs::kNumber},
+    {.name = "CommPort",
+     .member = &S::CommPort,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.least = 1, .most = 16}},
     {"Settings", &S::Settings},
-    {"Handshaking", &S::Handshaking, StoredAs::kNumber},
+    {.name = "Handshaking",
+     .member = &S::Handshaking,
+     .storedAs = StoredAs::kNumber,
+     .entry = {.least = SerialPortControl::kNoHandshaking, .most = SerialPortControl::kRtsXOn}},
     {"SimpleTextFormat", &S::simpleText},
     {"AppendCharsFormat", &S::append},
     {"AlternateStrings", &S::alternates},
     {"AlternateStringsWhenEmpty", &S::alternatesWhenEmpty},
     {"TravelActivateFormat", &S::TravelActivateFormat},
     {"TravelDeactivateFormat", &S::TravelDeactivateFormat},
-    {"MaxNumberChars", &S::MaxNumberChars},
+    {.name = "MaxNumberChars", .member = &S::MaxNumberChars, .entry = kCountEntry},
     {"UseSlowSend", &S::UseSlowSend},
     {"CharacterSet", &S::characterSet},
-    {"EscapeValues", &S::EscapeValues},
+    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
 };
 constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
+
+SettingList SerialSettingList() {
+  return ListOf(kTable);
+}
 
 clsZEBSerialOutput::~clsZEBSerialOutput() {
   if (!port_) return;
@@ -117,9 +127,13 @@ Outcome clsZEBSerialOutput::OpenPort() {
   return opened;
 }
 
-Outcome clsZEBSerialOutput::TryToOpen(const PortPtr& port, const Epoch::Mark& mine) {
+SerialPortControl::Line clsZEBSerialOutput::Line() const {
   const std::string device = device_.empty() ? DeviceOf(environment_, settings.CommPort) : device_;
-  port->SetLine({settings.CommPort, device, settings.Settings, settings.Handshaking});
+  return {settings.CommPort, device, settings.Settings, settings.Handshaking};
+}
+
+Outcome clsZEBSerialOutput::TryToOpen(const PortPtr& port, const Epoch::Mark& mine) {
+  port->SetLine(Line());
   if (Outcome opened = port->Open(); !opened) return opened;
   EventLoop& loop = environment_.loop;
   if (port->Opening() && loop.InTask())
@@ -209,6 +223,9 @@ bool clsZEBSerialOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   }
   const Sent sent = Send(*snapshot, text + appended, Purpose::kUpdate);
   if (sent == Sent::kGivenUp) SetTally({.givenUp = 1});
+  if (sent == Sent::kWhole)
+    NoteShown(text + appended, settings.alternates.empty() ? settings.simpleText : "", settings.simpleText,
+              settings.Values(settings.simpleText).escape);
   return sent == Sent::kWhole;
 }
 

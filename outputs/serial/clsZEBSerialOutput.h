@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
 #include "outputs/wire/CandidateChooser.h"
 #include "outputs/wire/WireLog.h"
@@ -25,6 +26,8 @@ struct SerialSettings : WireFormats {
   bool UseSlowSend = false;
   CharacterSet characterSet = CharacterSet::kWindows1252;
 };
+
+SettingList SerialSettingList();
 
 class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
  public:
@@ -50,6 +53,10 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   bool SendString(const ServiceSnapshot& snapshot, const std::string& text) override;
   bool SetTravelFlagActivated(const ServiceSnapshot& snapshot) override;
   bool SetTravelFlagCleared(const ServiceSnapshot& snapshot) override;
+
+  SerialPortControl::Line Line() const;  // what it opens
+  // It has the port, or is just opening it.
+  bool HasPort() const { return port_ && (port_->PortOpen() || port_->Opening()); }
 
   SerialSettings settings;
 

@@ -16,17 +16,17 @@ constexpr bool kSecret = true;
 using Row = SettingRow<WebSettings>;
 constexpr std::array kTable = {
     Row{"FTPServerName", &WebSettings::FTPServerName},
-    Row{"FTPServerPort", &WebSettings::FTPServerPort},
+    Row{.name = "FTPServerPort", .member = &WebSettings::FTPServerPort, .entry = kPortEntry},
     Row{"FTPUsername", &WebSettings::FTPUsername},
     Row{"FTPPassword", &WebSettings::FTPPassword, StoredAs::kText, kSecret},
     Row{"FTPUseProxy", &WebSettings::FTPUseProxy},
     Row{"FTPProxyName", &WebSettings::FTPProxyName},
-    Row{"FTPProxyPort", &WebSettings::FTPProxyPort},
+    Row{.name = "FTPProxyPort", .member = &WebSettings::FTPProxyPort, .entry = kPortEntry},
     Row{"FTPPassiveMode", &WebSettings::FTPPassiveMode, StoredAs::kNumber},
     Row{"FTPTimeoutSeconds", &WebSettings::FTPTimeoutSeconds, StoredAs::kNumber, !kSecret, kShortestTimeLimit,
         kLongestTimeLimit},
     Row{"FTPUseTLS", &WebSettings::FTPUseTLS, StoredAs::kNumber},
-    Row{"FTPCaFile", &WebSettings::FTPCaFile},
+    Row{.name = "FTPCaFile", .member = &WebSettings::FTPCaFile, .entry = kNeededFileEntry},
     Row{"FTPKeepConnectionSeconds", &WebSettings::FTPKeepConnectionSeconds, StoredAs::kNumber, !kSecret, 0,
         kLongestKeep},
 };

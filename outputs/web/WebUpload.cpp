@@ -102,7 +102,7 @@ struct WebUpload::Prepared {
   Outcome loaded = Failure{};
   Result<std::string> temp = Failure{};
   UploadFileList named;
-  std::uint64_t size = 0;
+  Shown::Page shown;
   bool inTime = true;
 };
 
@@ -122,10 +122,11 @@ WebUpload::Prepared WebUpload::Prepare(const clsFileParameters& pair) const {
     const Result<std::string> page = BuildPage(*loaded.Value(), pair, *snapshot, prepared.named, values);
     prepared.loaded = page;
     if (!page) return prepared;
-    prepared.temp = WriteTempPage(files, page.Value(), loaded.Value()->Encoding(), kind);
-    if (!prepared.temp) return prepared;
-    const std::optional<FileInfo> info = files.Stat(prepared.temp.Value());
-    prepared.size = info ? info->size : 0;
+    std::string room;
+    const std::string_view bytes = EncodeFile(page.Value(), loaded.Value()->Encoding(), room);
+    prepared.shown = ShownPage(pair, page.Value(), bytes);
+    NoteSource(prepared.shown, pair, loaded.Value(), snapshot, values);
+    prepared.temp = WriteTempPage(files, bytes, kind);
     return prepared;
   };
   std::optional<Prepared> prepared = lane_.Run(work, kFileWorkLimit);
@@ -183,10 +184,11 @@ void WebUpload::SendPage(const WebOrder::Page& page, const Prepared& prepared) {
     reason_ = "no page is set for the template '" + page.parameters.SourceFileName() + "'";
   else
     sent = Upload(WorkPath(destination), [&] {
-      return server_.Upload(temp, prepared.size, WorkPath(destination), order_.onProgress);
+      return server_.Upload(temp, prepared.shown.bytes, WorkPath(destination), order_.onProgress);
     });
   if (sent) {
     sent_.push_back(&page);
+    made_[page.pair] = prepared.shown;
   } else if (OnGoing()) {
     Fail(kStatusUploadProblem, "Couldn't upload file to temp file : \n\n" + reason_);
     pages[page.pair] = Told();
@@ -219,6 +221,7 @@ void WebUpload::PlacePage(const WebOrder::Page& page) {
   if (!old.aside.empty()) movedPages.push_back(old);
   if (placed) {
     pages[page.pair].clear();
+    shown[page.pair] = std::move(made_[page.pair]);
     return;
   }
   if (OnGoing())

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "core/ServiceSnapshot.h"
+#include "core/Shown.h"
 #include "outputs/file/MediaRules.h"
 #include "outputs/file/PublishedNames.h"
 #include "outputs/file/clsFileParameters.h"
@@ -63,6 +64,7 @@ class WebUpload {
 
   // The results:
   std::map<std::size_t, std::string> pages;  // each page that was tried: its problem, "" when it is published
+  std::map<std::size_t, Shown::Page> shown;  // each page that was published
   std::map<std::string, std::string> additional;  // the failures, by server name: the reason
   std::vector<AdditionalFile> failedAdditional;
   // Those that may not be published, by server name: the reason; "" for those that were all right.
@@ -112,6 +114,7 @@ class WebUpload {
   std::vector<const WebOrder::Page*> sent_;  // under their ".tmp" names
   std::string uploading_;                    // the server file of which a part may be there
   std::vector<AdditionalFile> toSend_;
+  std::map<std::size_t, Shown::Page> made_;  // not in place yet
 };
 
 }  // namespace zeb

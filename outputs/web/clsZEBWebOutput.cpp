@@ -81,6 +81,7 @@ bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const auto run = std::make_shared<WebUpload>(environment_, lane_, server_, order);
   run_ = run;
   run->Run();
+  progress_.reset();
   if (run->Cancelled())
     server_.Close();  // the end of the update may not be called any more
   else
@@ -150,8 +151,7 @@ void clsZEBWebOutput::StoreOutputInformation(int serviceNumber, int outputIndex)
   const std::string number = std::to_string(outputIndex);
   WritePairSettings(key, outputIndex);
   WriteSettings(environment_.hive, key, number, WebSettingTable(), settings);
-  movedPagesKey_ = key;
-  movedPagesName_ = kMovedPages + number;
+  NoteNumber(serviceNumber, outputIndex);
   if (!movedPages_.empty()) environment_.hive.WriteText(key, movedPagesName_, MovedPagesText(movedPages_));
 }
 
@@ -160,10 +160,14 @@ void clsZEBWebOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   const std::string number = std::to_string(outputIndex);
   ReadPairSettings(key, outputIndex);
   ReadSettings(environment_.hive, key, number, WebSettingTable(), settings);
-  movedPagesKey_ = key;
-  movedPagesName_ = kMovedPages + number;
+  NoteNumber(serviceNumber, outputIndex);
   movedPages_ = ParseMovedPages(environment_.hive.ReadText(key, movedPagesName_, ""));
   SetStatus(kStatusOK);
+}
+
+void clsZEBWebOutput::NoteNumber(int serviceNumber, int outputIndex) {
+  movedPagesKey_ = environment_.ServiceKey(serviceNumber) + kSettingsKey;
+  movedPagesName_ = kMovedPages + std::to_string(outputIndex);
 }
 
 std::string clsZEBWebOutput::SettingsText() const {
@@ -192,7 +196,10 @@ WebOrder clsZEBWebOutput::OrderFor(const SnapshotPtr& snapshot) {
   order.alwaysCopy = AlwaysCopyFiles;
   order.media = Media();
   order.names = Names();
-  order.onProgress = onProgress;
+  order.onProgress = [this](int percent) {
+    progress_ = percent;
+    if (const auto tell = onProgress) tell(percent);
+  };
   order.onStatus = [this](std::int32_t status, const std::string& text) {
     lastError_ = text;
     SetStatus(status);
@@ -214,6 +221,8 @@ void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
     ++(published ? tally.published : tally.failed);
     if (!published) failedPages_.insert(page.pair);
     if (samePairs && tried != run.pages.end()) KeepProblem(page.pair, tried->second);
+    const auto shown = run.shown.find(page.pair);
+    if (samePairs && shown != run.shown.end()) KeepShown(page.pair, shown->second);
   }
   failedAdditional_ = run.failedAdditional;
   if (run.Cancelled()) return;

@@ -38,10 +38,12 @@ class clsZEBWebOutput : public PairOutput {
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  void NoteNumber(int serviceNumber, int outputIndex) override;
   std::string SettingsText() const override;
   std::string GetShortTypeDescription() const override { return "WEB"; }
   std::string GetStatusString(std::uint32_t& colour) override;
   std::vector<Problem> Problems() const override;
+  std::optional<int> ProgressPercent() const override { return progress_; }
 
   // In a task; false also while there is no connection.
   bool DestinationFileExists(const std::string& serverPath);
@@ -63,6 +65,7 @@ class clsZEBWebOutput : public PairOutput {
   WebServer server_{environment_, lane_};
   Timer keepTimer_;                 // while the connection is kept
   std::shared_ptr<WebUpload> run_;  // from an update to its end
+  std::optional<int> progress_;     // of the file that is being sent
   std::string lastError_;           // the status text of the statuses 7 and 8
 
   // What the last run left to do:

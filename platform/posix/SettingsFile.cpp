@@ -72,14 +72,14 @@ Outcome CheckSettingsFile(const std::string& path) {
   return {};
 }
 
-Outcome CreateSettingsFile(const std::string& path) {
+Outcome CreateSettingsFile(const std::string& path, const std::string& what) {
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0) return Failed("cannot create settings file", path, errno);
+  if (file < 0) return Failed("cannot create " + what, path, errno);
   struct stat folder {};
   Outcome outcome;
   if (::geteuid() == 0 && ::stat(Folder(path).c_str(), &folder) == 0 &&
       ::fchown(file, folder.st_uid, folder.st_gid) != 0)
-    outcome = Failed("cannot give settings file to the owner of its folder:", path, errno);
+    outcome = Failed("cannot give " + what + " to the owner of its folder:", path, errno);
   ::close(file);
   return outcome;
 }
@@ -107,14 +107,14 @@ Outcome PlaceSettingsFile(const std::string& from, const std::string& path) {
   return Failed("cannot create settings file", path, linkError);
 }
 
-Result<std::string> SetSettingsFileAside(const std::string& path) {
+Result<std::string> SetSettingsFileAside(const std::string& path, const std::string& what) {
   const std::string aside = AsideName(path);
   // The journals first: left alone, they would be played back into the file that comes next.
   for (const char* ending : kCompanions)
     if (::rename((path + ending).c_str(), (aside + ending).c_str()) != 0 && errno != ENOENT)
-      return Failed("cannot set aside the journal of damaged settings file", path, errno);
+      return Failed("cannot set aside the journal of damaged " + what, path, errno);
   if (::rename(path.c_str(), aside.c_str()) != 0)
-    return Failed("cannot set aside damaged settings file", path, errno);
+    return Failed("cannot set aside damaged " + what, path, errno);
   return aside;
 }
 

@@ -75,10 +75,14 @@ void QtLoop::Quit(int code) {
 
 WallTime QtLoop::Now() const {
   const auto utc = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
-  const time_t seconds = std::chrono::system_clock::to_time_t(utc);
+  return WallTime(utc.time_since_epoch() + UtcOffset());
+}
+
+std::chrono::seconds QtLoop::UtcOffset() const {
+  const time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   tm local{};
   localtime_r(&seconds, &local);
-  return WallTime(utc.time_since_epoch() + std::chrono::seconds(local.tm_gmtoff));
+  return std::chrono::seconds(local.tm_gmtoff);
 }
 
 MonotonicTime QtLoop::Monotonic() const {

@@ -40,6 +40,7 @@ class QtLoop : public EventLoop {
 
   WallTime Now() const override;
   MonotonicTime Monotonic() const override;
+  std::chrono::seconds UtcOffset() const override;
   Timer After(Duration delay, std::function<void()> work) override;
   Timer Every(Duration interval, std::function<void()> work) override;
   void Post(std::function<void()> work) override;

@@ -63,17 +63,23 @@ class QtClient : public TcpClientControl, public QtStreamUser {
   }
 
   std::string LastError() const override { return error_; }
+  Progress Reached() const override { return reached_; }
 
  private:
   void Begin(std::unique_ptr<QTcpSocket> socket) {
     Close();
     leaving_.reset();
     error_.clear();
+    reached_ = kNowhere;
     stream_ = std::make_shared<QtStream>(network_, std::move(socket), this);
   }
 
+  void NameFound() override { reached_ = kNameFound; }
+  void ServerReached() override { reached_ = kServerReached; }
+
   void Connected() override {
     connected_ = true;
+    reached_ = kReady;
     if (const auto callback = onConnected) callback();
   }
 
@@ -93,7 +99,8 @@ class QtClient : public TcpClientControl, public QtStreamUser {
   std::shared_ptr<QtStream> stream_;  // from Connect to the end
   std::weak_ptr<QtStream> leaving_;   // after Close: alive while it still sends
   bool connected_ = false;            // and told so
-  State idleState_ = kClosed;         // while there is no stream
+  Progress reached_ = kNowhere;
+  State idleState_ = kClosed;  // while there is no stream
   std::string error_;
 };
 

@@ -56,7 +56,10 @@ void QtStream::Watch() {
         certificateProblem_.empty() ? OneLine(socket_->errorString()) : certificateProblem_;
     End((connected_ ? "lost the connection to " : "cannot connect to ") + target_ + ": " + problem);
   });
-  QObject::connect(socket, &QTcpSocket::connected, &context_, [this] { addresses_.clear(); });
+  QObject::connect(socket, &QTcpSocket::connected, &context_, [this] {
+    addresses_.clear();
+    if (user_) user_->ServerReached();
+  });
   QObject::connect(socket, &QTcpSocket::disconnected, &context_, [this] { End(""); });
 }
 
@@ -115,6 +118,7 @@ void QtStream::LookUp(const std::string& name) {
 }
 
 void QtStream::TryNextAddress() {
+  if (user_) user_->NameFound();
   const QString address = QString::fromStdString(addresses_.front());
   addresses_.pop_front();
   if (security_ == Security::kNone) return socket_->connectToHost(address, port_);

@@ -34,6 +34,8 @@ struct QtStreams {
 class QtStreamUser {
  public:
   virtual ~QtStreamUser() = default;
+  virtual void NameFound() = 0;      // perhaps from inside a call, as the next one: nothing but noted
+  virtual void ServerReached() = 0;  // a connection stands; TLS does not yet
   virtual void Connected() = 0;
   virtual void Arrived(std::string_view bytes) = 0;
   virtual void Ended(const std::string& reason) = 0;  // "" when the peer closed in order; the last call

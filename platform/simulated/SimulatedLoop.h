@@ -28,6 +28,7 @@ class SimulatedLoop : public EventLoop {
 
   WallTime Now() const override;
   MonotonicTime Monotonic() const override;
+  std::chrono::seconds UtcOffset() const override { return std::chrono::hours(1); }
   Timer After(Duration delay, std::function<void()> work) override;
   Timer Every(Duration interval, std::function<void()> work) override;
   void Post(std::function<void()> work) override;

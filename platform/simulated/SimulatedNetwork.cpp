@@ -31,6 +31,7 @@ struct SimulatedNetwork::State {
   std::map<std::string, HostBehaviour> hosts;
   std::set<std::uint16_t> blockedPorts;
   std::map<std::uint16_t, std::function<void(std::unique_ptr<TcpConnection>)>> listeners;
+  std::map<std::string, std::function<void(std::unique_ptr<TcpConnection>)>> localListeners;
   std::vector<std::shared_ptr<End>> stalled;  // with bytes that nobody takes while reading is stopped
   bool readingStopped = false;
   std::string clientAddress = "127.0.0.1";
@@ -191,6 +192,35 @@ class SimulatedListener : public TcpListener {
   std::uint16_t port_ = 0;  // 0: not listening
 };
 
+class SimulatedLocalListener : public LocalListener {
+ public:
+  explicit SimulatedLocalListener(std::shared_ptr<SimulatedNetwork::State> network)
+      : network_(std::move(network)) {}
+  ~SimulatedLocalListener() override { SimulatedLocalListener::Close(); }
+
+  Outcome Listen(const std::string& path) override {
+    Close();
+    if (network_->localListeners.contains(path))
+      return Failure{"cannot listen on '" + path + "': another program does"};
+    path_ = path;
+    network_->localListeners[path] = [this](std::unique_ptr<TcpConnection> connection) {
+      if (const auto callback = onConnection) callback(std::move(connection));
+    };
+    return {};
+  }
+  Outcome AdmitGroup(const std::string& group) override {
+    if (path_.empty()) return Failure{"cannot admit the group '" + group + "': the socket is closed"};
+    return {};
+  }
+  void Close() override {
+    if (!path_.empty()) network_->localListeners.erase(std::exchange(path_, ""));
+  }
+
+ private:
+  std::shared_ptr<SimulatedNetwork::State> network_;
+  std::string path_;  // "": not listening
+};
+
 class SimulatedClient : public TcpClientControl, private EndUser {
  public:
   explicit SimulatedClient(std::shared_ptr<SimulatedNetwork::State> network) : network_(std::move(network)) {}
@@ -207,11 +237,16 @@ class SimulatedClient : public TcpClientControl, private EndUser {
     leaving_.reset();
     error_.clear();
     state_ = kResolving;
+    reached_ = kNowhere;
+    tls_ = false;
     attempt_ = std::make_shared<bool>(true);
     Later([this, host, port] { Resolved(host, port); });
   }
 
-  void ConnectTls(const std::string& host, std::uint16_t port) override { Connect(host, port); }
+  void ConnectTls(const std::string& host, std::uint16_t port) override {
+    Connect(host, port);
+    tls_ = true;
+  }
 
   void SendData(std::string_view bytes) override {
     if (state_ == kConnected) end_->Send(bytes);
@@ -234,6 +269,7 @@ class SimulatedClient : public TcpClientControl, private EndUser {
   }
 
   std::string LastError() const override { return error_; }
+  Progress Reached() const override { return reached_; }
 
  private:
   // The next step of this attempt to connect, unless it has been given up by then.
@@ -249,11 +285,15 @@ class SimulatedClient : public TcpClientControl, private EndUser {
       return Fail("cannot find the host '" + host + "'");
     }
     state_ = kConnecting;
+    reached_ = kNameFound;
     if (behaviour == SimulatedNetwork::HostBehaviour::kHangs) return;
     Later([this, host, port, behaviour] {
       if (behaviour == SimulatedNetwork::HostBehaviour::kRefuses || !network_->listeners.contains(port)) {
         return Fail("cannot connect to " + host + ":" + std::to_string(port) + ": connection refused");
       }
+      reached_ = kServerReached;
+      if (tls_ && behaviour == SimulatedNetwork::HostBehaviour::kWrongCertificate)
+        return Fail("cannot connect to " + host + ":" + std::to_string(port) + ": wrong certificate");
       Join(port);
     });
   }
@@ -275,6 +315,7 @@ class SimulatedClient : public TcpClientControl, private EndUser {
     });
     Later([this] {
       state_ = kConnected;
+      reached_ = kReady;
       if (const auto callback = onConnected) callback();
     });
   }
@@ -302,6 +343,8 @@ class SimulatedClient : public TcpClientControl, private EndUser {
   std::shared_ptr<End> end_;       // while connected
   std::shared_ptr<End> leaving_;   // after Close: what is still to be sent
   std::string error_;
+  Progress reached_ = kNowhere;
+  bool tls_ = false;
 };
 
 }  // namespace
@@ -319,6 +362,26 @@ std::unique_ptr<TcpListener> SimulatedNetwork::MakeListener() {
 
 std::shared_ptr<TcpClientControl> SimulatedNetwork::MakeClient() {
   return std::make_shared<SimulatedClient>(state_);
+}
+
+std::unique_ptr<LocalListener> SimulatedNetwork::MakeLocalListener() {
+  return std::make_unique<SimulatedLocalListener>(state_);
+}
+
+LocalLink SimulatedNetwork::ConnectLocal(const std::string& path) {
+  if (!state_->localListeners.contains(path))
+    return {nullptr, true, "cannot connect to '" + path + "': connection refused"};
+  auto mine = std::make_shared<End>(state_), other = std::make_shared<End>(state_);
+  End::Join(mine, other);
+  auto accepted =
+      std::make_shared<std::unique_ptr<TcpConnection>>(new SimulatedConnection(other, kLocalPeer, 0));
+  state_->loop.Post([state = state_, path, accepted] {
+    const auto listener = state->localListeners.find(path);
+    if (listener == state->localListeners.end()) return;
+    const auto accept = listener->second;  // it may close the listener
+    accept(std::move(*accepted));
+  });
+  return {std::make_unique<SimulatedConnection>(mine, kLocalPeer, std::uint16_t{0}), false, ""};
 }
 
 void SimulatedNetwork::SetHost(const std::string& host, HostBehaviour behaviour) {

@@ -41,6 +41,9 @@ class MemoryCarts : public CartStore {
     auto found = carts.find(number);
     return found == carts.end() ? std::nullopt : std::optional<Cart>(found->second);
   }
+  std::shared_ptr<const CartTable> All() override {
+    return std::make_shared<CartTable>(carts.begin(), carts.end());
+  }
   std::map<std::int32_t, Cart> carts;
 };
 

@@ -6,11 +6,34 @@
 
 #include "app/LabelServerOptions.h"
 #include "app/ZebctlOptions.h"
+#include "text/SharedTime.h"
 
 namespace zeb {
 namespace {
 
 using Words = std::vector<std::string>;
+
+void ShowPublisher(const PublisherOptions& options, std::ostream& out) {
+  if (const auto* status = std::get_if<StatusOptions>(&options)) {
+    out << "status " << status->json << status->watch;
+  } else if (const auto* update = std::get_if<UpdateOptions>(&options)) {
+    out << "update " << update->service;
+  } else if (const auto* set = std::get_if<ByHandOptions>(&options)) {
+    const char* const ways[] = {"", "here ", "link "};
+    out << ways[static_cast<int>(set->way)] << set->send.host << ' ' << set->send.port << ' '
+        << set->send.name;
+    for (const std::string& message : set->send.messages) out << " [" << message << ']';
+    if (set->service != 1) out << ' ' << set->service;
+  } else if (const auto* station = std::get_if<StationOptions>(&options)) {
+    out << static_cast<int>(station->action) << ' ' << station->service << " [" << station->name << "] "
+        << NameOf(station->type) << station->output << (station->json ? " json" : "");
+    for (const auto& [name, value] : station->values) out << " [" << name << "=" << value << ']';
+  } else if (const auto* test = std::get_if<TestOptions>(&options)) {
+    out << "test " << test->service << ' ' << test->output.Text();
+  } else {
+    out << "password";
+  }
+}
 
 // What was read, in one line.
 std::string Shown(const Words& words) {
@@ -31,6 +54,16 @@ std::string Shown(const Words& words) {
   } else if (const auto* send = std::get_if<SendOptions>(&options.command)) {
     out << send->host << ' ' << send->port << ' ' << send->name;
     for (const std::string& message : send->messages) out << " [" << message << ']';
+  } else if (const auto* publisher = std::get_if<PublisherOptions>(&options.command)) {
+    ShowPublisher(*publisher, out);
+  } else if (const auto* history = std::get_if<HistoryOptions>(&options.command)) {
+    const auto utc = [](const std::optional<WrittenMoment>& moment) {
+      return moment ? XmlDateTime(moment->wall) + (moment->utcOffset ? "+" : "") : "-";
+    };
+    out << static_cast<int>(history->action) << ' ' << history->service << " [" << history->output << "] "
+        << utc(history->from) << ' ' << utc(history->to) << ' ' << static_cast<int>(history->form) << ' '
+        << XmlDateTime(history->at.wall) << " [" << history->templateFile << "] " << history->page
+        << history->urlEncode << history->escape << (history->full ? " full" : "");
   } else {
     const auto& expand = std::get<ExpandOptions>(options.command);
     out << '[' << expand.templateFile << "] [" << expand.messagesFile << "] [" << expand.simpleText << "] "
@@ -104,7 +137,7 @@ TEST(ZebctlOptions, ReadsEntriesByHand) {
        {{"set", "show", "--reference", "17", "--title", "Drive FULLNAME=x"},
         sent + "[SET_SHOW  Show=\"17\" Title=\"Drive FULLNAME{3D}x\"]"},
        {{"set", "next", "--host", "h", "--port", "6903", "--controller", "me"},
-        "h 6903 me [SET_NEXT_ITEM  IType=7]"}});
+        "link h 6903 me [SET_NEXT_ITEM  IType=7]"}});
 }
 
 TEST(ZebctlOptions, ReadsPreviews) {
@@ -116,10 +149,27 @@ TEST(ZebctlOptions, ReadsPreviews) {
          {{"expand", "--escape", "auto"}, "[] [] [" + ExpandOptions().simpleText + "] 000 0 0auto"}});
 }
 
+TEST(ZebctlOptions, ReadsQuestionsToTheHistory) {
+  const std::string never = XmlDateTime({});
+  Check({{{"history"}, "0 0 [] - - 0 " + never + " [] 00"},
+         {{"history", "--service", "2", "--output", "file3", "--from", "2026-11-24 08:14", "--json"},
+          "0 2 [File3] 2026-11-24T08:14:00 - 2 " + never + " [] 00"},
+         {{"history", "--songs", "--csv", "--to", "2026-11-24T08:14:05+01:00"},
+          "1 0 [] - 2026-11-24T08:14:05+ 1 " + never + " [] 00"},
+         {{"why", "--full", "2", "web1", "2026-11-24T08:14Z"},
+          "2 2 [Web1] - - 0 2026-11-24T08:14:00 [] 00 full"},
+         {{"why", "1", "DAB1", "2026-11-24 08:14"}, "2 1 [DAB1] - - 0 2026-11-24T08:14:00 [] 00"},
+         {{"replay", "--service", "3", "--template", "a.html", "--page", "--escape", "html"},
+          "3 3 [] - - 0 " + never + " [a.html] 10html"}});
+}
+
 TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
-      {{{}, "a command is missing: settings, send, set or expand (zebctl --help)"},
+      {{{},
+        "a command is missing: settings, send, set, expand, status, update, dashboard, test, service, "
+        "output, "
+        "history, why or replay (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
@@ -137,6 +187,19 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
        {{"settings", "delete"}, "settings delete needs KEY (zebctl settings delete --help)"},
        {{"settings", "delete", ""}, "KEY needs a value (zebctl settings delete --help)"},
        {{"settings", "import"}, "settings import needs FILE.reg (zebctl settings import --help)"},
+       {{"history", "--output", "Radio1"},
+        "--output takes an output such as File2, not 'Radio1' (zebctl history --help)"},
+       {{"history", "--output", "File0"},
+        "--output takes an output such as File2, not 'File0' (zebctl history --help)"},
+       {{"history", "--csv", "--json"}, "--csv does not go with --json (zebctl history --help)"},
+       {{"history", "--songs", "--output", "File1"},
+        "--output does not go with --songs (zebctl history --help)"},
+       {{"why", "0", "File1", "2026-11-24 08:14"},
+        "SERVICE takes the number of a service, not '0' (zebctl why --help)"},
+       {{"why", "1", "File1"}, "why needs MOMENT (zebctl why --help)"},
+       {{"why", "1", "File1", "08:14"},
+        "MOMENT takes a moment, \"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339, not '08:14' (zebctl why --help)"},
+       {{"replay", "--service", "1"}, "replay needs --template (zebctl replay --help)"},
        {{"send", "--home", "d"}, "send has no option '--home' (zebctl send --help)"},
        {{"send", "a", "--port"}, "--port needs a value (zebctl send --help)"},
        {{"send", "--port", "70000"}, "--port takes a port number, not '70000' (zebctl send --help)"},
@@ -212,6 +275,47 @@ TEST(LabelServerOptions, ReadsItsLine) {
   };
   for (const Case& c : wrong)
     EXPECT_EQ(ReadLabelServerOptions(c.words).Reason(), c.shown + " (zeb-labelserver --help)");
+}
+
+TEST(ZebctlOptions, ReadsWhatIsDoneToThePublisherHere) {
+  Check({
+      {{"status"}, "status 00"},
+      {{"status", "--json", "--watch"}, "status 11"},
+      {{"update"}, "update 0"},
+      {{"update", "3"}, "update 3"},
+      {{"dashboard", "password"}, "password"},
+      {{"set", "show", "--reference", "4", "--service", "2"},
+       "here 127.0.0.1 6901 zebctl [SET_SHOW  Show=\"4\" Title=\"\"] 2"},
+      {{"update", "0"}, "SERVICE takes the number of a service, not '0' (zebctl update --help)"},
+      {{"set", "next", "--service", "2", "--port", "6902"},
+       "--service is of this machine's zebd; with --host or --port the port says which service"},
+  });
+}
+
+TEST(ZebctlOptions, ReadsStationsAndOutputs) {
+  Check({
+      {{"service", "list"}, "0 0 [] File0"},
+      {{"service", "list", "--json"}, "0 0 [] File0 json"},
+      {{"service", "add", "A B"}, "1 0 [A B] File0"},
+      {{"service", "add", "A", "X=1", "Y=a=b", "Z="}, "1 0 [A] File0 [X=1] [Y=a=b] [Z=]"},
+      {{"service", "remove", "2"}, "2 2 [] File0"},
+      {{"service", "rename", "2", "C"}, "3 2 [C] File0"},
+      {{"output", "list", "1"}, "4 1 [] File0"},
+      {{"output", "add", "1", "http", "URL=/x"}, "5 1 [] HTTP0 [URL=/x]"},
+      {{"output", "remove", "1", "dab12"}, "6 1 [] DAB12"},
+      {{"output", "add", "1", "RDS"},
+       "TYPE takes one of Web, Encoder, File, DAB, HTTP, Serial, not 'RDS' (zebctl output add --help)"},
+      {{"output", "add", "1", "File", "=x"},
+       "SETTING=VALUE takes settings as NAME=VALUE, not '=x' (zebctl output add --help)"},
+      {{"output", "remove", "1", "File"},
+       "OUTPUT takes an output such as File1, not 'File' (zebctl output remove --help)"},
+      {{"output", "remove", "1", "File0"},
+       "OUTPUT takes an output such as File1, not 'File0' (zebctl output remove --help)"},
+      {{"test", "2", "http3"}, "test 2 HTTP3"},
+      {{"test", "2", "http"}, "OUTPUT takes an output such as File1, not 'http' (zebctl test --help)"},
+      {{"test", "0", "File1"}, "SERVICE takes the number of a service, not '0' (zebctl test --help)"},
+      {{"service", "rename", "2"}, "service rename needs NAME (zebctl service rename --help)"},
+  });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/frmMain.h"
+#include "platform/simulated/SimulatedProcesses.h"
 #include "platform/simulated/TestEnvironment.h"
 
 namespace zeb {
@@ -90,6 +91,33 @@ TEST_F(frmMainTest, CopiesThePreviousVersionsServicesOnce) {
   main = Make();
   ASSERT_TRUE(main->Load().Ok());
   EXPECT_EQ(main->NumberServices(), 3);
+}
+
+// Also without a failure: an output that is at something older for half a minute, of whatever service.
+TEST_F(frmMainTest, AnOldItemIsAnAlarmUntilTheOutputShowsThePresentOne) {
+  SimulatedProcesses processes(world.loop);
+  world.environment.processes = &processes;
+  Store(root, 2);
+  world.hive.WriteText(root + "\\Service2\\File", "NumberOutputs", "1");
+  world.hive.WriteText(root, "AlarmCommand", "/alarm");
+  auto main = Make();
+  ASSERT_TRUE(main->Load().Ok());
+  world.loop.RunFor(1min);
+  EXPECT_TRUE(processes.orders.empty());  // there is nothing to show yet
+  main->Window(2)->SetZEBInformation("SET_CURRENT_ITEM IType=7 ITitle=\"One\"");
+  world.loop.RunFor(30s);
+  EXPECT_TRUE(processes.orders.empty());
+  world.loop.RunFor(4s);
+  ASSERT_EQ(processes.orders.size(), 1U);
+  using Variables = std::vector<std::pair<std::string, std::string>>;
+  EXPECT_EQ(processes.orders[0].variables, (Variables{{"ZEB_ALARM", "begin"},
+                                                      {"ZEB_SERVICE", "Station 2"},
+                                                      {"ZEB_OUTPUT", "File1"},
+                                                      {"ZEB_PROBLEM", "it does not show the present item"}}));
+  released = true;
+  world.loop.RunFor(5s);
+  ASSERT_EQ(processes.orders.size(), 2U);
+  EXPECT_EQ(processes.orders[1].variables[0].second, "end");
 }
 
 TEST_F(frmMainTest, ImportsBeforeItLoads) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/ItemBounds.h"
+#include "tests/core/ItemTexts.h"
 #include "text/Utf8.h"
 
 namespace zeb {
@@ -32,42 +33,7 @@ TEST(ItemBounds, EveryTextOfAnItemHasOne) {
   clsZEBItemInfo item;
   const std::string huge(kMaxFieldBytes + 5, 'x');
   ItemFields& f = item.Edit();
-  for (std::string* text : {&f.CartLine1,
-                            &f.CartLine2,
-                            &f.CartLine3,
-                            &f.CartArtistsHREF,
-                            &f.ItemName,
-                            &f.ItemHREF,
-                            &f.TitleID,
-                            &f.AlbumName,
-                            &f.ItemReference,
-                            &f.SchedulerReference,
-                            &f.ItemCode,
-                            &f.Artist1Name,
-                            &f.Artist2Name,
-                            &f.Artist3Name,
-                            &f.Artists,
-                            &f.Artist1HREF,
-                            &f.Artist2HREF,
-                            &f.Artist3HREF,
-                            &f.CustomField1,
-                            &f.CustomField2,
-                            &f.CustomField3,
-                            &f.OnlineStoreReference,
-                            &f.PictureHREF,
-                            &f.CopyrightProductTitle,
-                            &f.CopyrightMusicTitle,
-                            &f.CopyrightRecordLabel,
-                            &f.CopyrightRecordNumber,
-                            &f.CopyrightComposer,
-                            &f.CopyrightPerformer,
-                            &f.CopyrightPublisher,
-                            &f.CopyrightCode,
-                            &f.Notes,
-                            &f.WebNotes,
-                            &f.RDSNotes,
-                            &f.DABNotes})
-    *text = huge;
+  for (std::string* text : TextsOf(f)) *text = huge;
   const clsZEBItemInfo shared = item;  // who else holds it keeps what was sent
   const std::vector<Excess> excesses = CutToBounds(item);
   EXPECT_EQ(excesses.size(), 35u);

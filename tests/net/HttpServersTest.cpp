@@ -4,11 +4,18 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <chrono>
 #include <csignal>
 
+#include "platform/qt/QtLoop.h"
+#include "platform/qt/QtNetwork.h"
+#include "platform/simulated/TestEnvironment.h"
+#include "status/PublicLook.h"
 #include "tests/net/Sockets.h"
 #include "tests/net/Station.h"
+#include "text/OneLine.h"
+#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
@@ -31,6 +38,29 @@ class HttpServersTest : public Station {
   void Play(const std::string& title) {
     const Finished sent = Send({"SET_CURRENT_ITEM IType=7 ITitle=\"" + title + "\" AName1=\"Zoë\""});
     ASSERT_EQ(sent.status, 0) << sent.error;
+  }
+  // What a listener's program finds there: "" when all is right. Meanwhile `feed` is called again and again.
+  static std::string Look(
+      const PublicPlace& place, const std::function<void()>& feed = [] {}) {
+    static int count = 1;
+    static char name[] = "test";
+    static char* arguments[] = {name, nullptr};
+    static const QCoreApplication application(count, arguments);
+    TestEnvironment simulated;
+    QtLoop loop;
+    QtNetwork network(loop);
+    Environment environment = {
+        loop, simulated.hive, simulated.files, network, simulated.person, simulated.carts, "", ""};
+    const Epoch epoch;
+    std::optional<std::string> seen;
+    const Timer feeding = loop.Every(std::chrono::milliseconds(20), feed);
+    loop.Start("look", [&] {
+      seen = LookAt(
+          environment, [&place] { return &place; }, epoch.Now());
+      loop.Quit(0);
+    });
+    loop.Run();
+    return seen.value_or("nothing");
   }
   static std::string Golden(const std::string& name) {
     return ReadFile(std::string(ZEB_TEST_DATA) + "/outputs/golden/" + name);
@@ -158,6 +188,37 @@ TEST_F(HttpServersTest, NginxLetsInWhoHasThePassword) {
   EXPECT_NE(log.find("radio 401 GET /now?2 HTTP/1.1\n"), std::string::npos) << log;
 }
 
+// What zebd has published is what the public gets, as zebd itself would see it; and it does look.
+TEST_F(HttpServersTest, ThePublicSeesThePageThroughNginx) {
+  const int port = FreePortPair();
+  ASSERT_NO_FATAL_FAILURE(StartNginx(port, "", "gzip on; gzip_min_length 1; gzip_types *;"));
+  const std::string url = "http://127.0.0.1:" + std::to_string(port);
+  Set("Service1\\File", "Output1.DestinationFileName1", Path("htdocs/page.txt"));
+  Set("Service1\\File", "Output1.VerifyURL1", url + "/page.txt");
+  Start();
+  Play("Blåbær");
+  EXPECT_TRUE(zebd->WaitForError("updated 1 file")) << zebd->error;
+  const std::string page = ReadFile(Path("htdocs/page.txt"));
+  PublicPlace place{PublicPlace::Kind::kPage, url + "/page.txt", Sha256Text(page), page};
+  EXPECT_EQ(Look(place), "");
+  place.url = url + "/now";
+  EXPECT_EQ(Look(place), "'" + url + "/now' shows 'thanks', published was '" + OneLine(page) + "'");
+  place = {PublicPlace::Kind::kTitle, url + "/page.txt", "", "Blåbær"};
+  EXPECT_EQ(Look(place), "");
+  place.url = url + "/none";
+  EXPECT_EQ(Look(place), "'" + url + "/none' answers 'HTTP/1.1 404 Not Found'");
+  const auto looks = [this] {
+    const std::string log = ReadFile(Path("access.log"));
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = log.find("200 GET /page.txt", at)) != std::string::npos; ++at) ++count;
+    return count;
+  };
+  for (int tries = 0; tries < 200 && looks() < 3; ++tries) ::poll(nullptr, 0, 50);  // nginx writes it
+  EXPECT_EQ(looks(), 3U);  // two of these and zebd's own
+  nginx.reset();
+  EXPECT_NE(Look(place), "");
+}
+
 class IcecastTest : public HttpServersTest {
  protected:
   IcecastTest() {
@@ -268,6 +329,22 @@ TEST_F(IcecastTest, AListenerOfAMountPointSeesTheTitleWhole) {
   Start();
   Play("Łódź & 100% #1 + žluťoučký");
   EXPECT_TRUE(Hears("Łódź & 100% #1 + žluťoučký - Zoë")) << zebd->error << ReadFile(Path("log/access.log"));
+}
+
+TEST_F(IcecastTest, WhatListenersAreSentIsComparedWithWhatWasSent) {
+  SetEncoder("IcecastMount1", "/new.mp3");
+  ASSERT_NO_FATAL_FAILURE(StreamTo("/new.mp3"));
+  ASSERT_NO_FATAL_FAILURE(Listen("/new.mp3"));
+  Start();
+  Play("Łódź");
+  ASSERT_TRUE(Hears("Łódź - Zoë")) << zebd->error;
+  const PublicPlace place{PublicPlace::Kind::kStream,
+                          "http://127.0.0.1:" + std::to_string(port) + "/new.mp3",
+                          "",
+                          "Łódź - Zoë",
+                          CharacterSet::kUtf8,
+                          true};
+  EXPECT_EQ(Look(place, [this] { Stream(); }), "");
 }
 
 // A title that came before the stream, or while its server was away, is there as soon as the stream is.

@@ -64,7 +64,8 @@ void Station::AddService(int number, int controlPort, const std::string& page,
   const std::string root = "[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1";
   std::ostringstream settings;
   settings << "REGEDIT4\n\n"
-           << root << "]\n\"NumberServices\"=dword:" << std::hex << number << "\n\n"
+           << root << "]\n\"NumberServices\"=dword:" << std::hex << number
+           << "\n\"DashboardPort\"=dword:" << dashboard << "\n\n"
            << std::dec << root << "\\Service" << number << "]\n\"ServiceName\"=\"Station " << number << "\"\n"
            << "\"InstantUpdate\"=dword:1\n\"TolvanTCPControlPort\"=dword:" << std::hex << controlPort
            << "\n\n"

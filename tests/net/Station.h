@@ -36,6 +36,7 @@ class Station : public testing::Test {
 
   std::filesystem::path folder;
   int control = 0;
+  int dashboard = 0;  // the web page's port; 0: no web page
   std::unique_ptr<Process> zebd;
 };
 

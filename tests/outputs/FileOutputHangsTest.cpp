@@ -45,7 +45,7 @@ class FileOutputHangsTest : public FileOutputTest {
     t.loop.RunPosted();
   }
   void UpdateThrough(const UpdateRecord& record) override {
-    for (const UpdateRecord::Run& run : record.runs)
+    for (const UpdateRun& run : record.runs)
       tallies.push_back(std::to_string(run.tally.published) + "+" + std::to_string(run.tally.failed));
   }
   void TearDown() override { EXPECT_EQ(t.loop.TaskCount(), 0u); }

@@ -13,7 +13,7 @@ class SlowSendTest : public WireTest {
   // Counts what updates put out, as the journal does.
   struct Counts : ServiceEvents {
     void UpdateThrough(const UpdateRecord& record) override {
-      for (const UpdateRecord::Run& run : record.runs)
+      for (const UpdateRun& run : record.runs)
         tallies.push_back({run.tally.published, run.tally.failed, run.tally.givenUp});
     }
     std::vector<std::vector<int>> tallies;

@@ -100,6 +100,10 @@ TEST_F(SharedTime, UsesTheInstalledLocale) {
 TEST_F(SharedTime, XmlForm) {
   EXPECT_EQ(XmlDateTime(At(2026y / 3 / 4, 1h + 2min + 3s + 999ms)), "2026-03-04T01:02:03");
   EXPECT_EQ(XmlDateTime(46085, 3723.5F), "2026-03-04T01:02:03");
+  const WallTime moment = At(2026y / 3 / 4, 1h + 2min + 3s + 7ms);
+  EXPECT_EQ(Rfc3339(moment, 1h), "2026-03-04T01:02:03.007+01:00");
+  EXPECT_EQ(Rfc3339(moment, -(3h + 30min)), "2026-03-04T01:02:03.007-03:30");
+  EXPECT_EQ(Rfc3339(moment, 0s), "2026-03-04T01:02:03.007Z");
   EXPECT_EQ(XmlDateTime(46085, 86400.0F), "2026-03-05T00:00:00");
   EXPECT_EQ(XmlDateTime(46085, -5.0F), "2026-03-04T00:00:00");
   EXPECT_EQ(XmlDateTime(0, 3723.5F), "");

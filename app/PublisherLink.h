@@ -1,0 +1,37 @@
+// PublisherLink: a command's way to the publisher that runs on a data folder: requests by its local socket.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "dashboard/HttpMessage.h"
+#include "platform/EventLoop.h"
+#include "platform/LocalSockets.h"
+
+namespace zeb {
+
+class PublisherLink {
+ public:
+  static constexpr Duration kLimit = std::chrono::seconds(35);  // the publisher answers within 30
+
+  // `folder` is the data folder. The references outlive this object.
+  PublisherLink(EventLoop& loop, LocalSockets& sockets, std::string folder);
+
+  struct Reply {
+    bool unreachable = false;  // nothing was asked,
+    bool notRunning = false;   // since nobody listens there
+    int status = 0;            // of the answer; 0: there is none, and `problem` says why
+    std::string body;
+    std::string problem;  // one line; "" for an answer with a status below 400
+    bool Done() const { return status != 0 && status < 400; }
+  };
+  // In a task. `body` is JSON or empty.
+  Reply Ask(const std::string& method, const std::string& target, const std::string& body = "");
+
+ private:
+  EventLoop& loop_;
+  LocalSockets& sockets_;
+  const std::string folder_;
+};
+
+}  // namespace zeb

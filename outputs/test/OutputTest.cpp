@@ -1,0 +1,30 @@
+#include "outputs/test/OutputTest.h"
+
+#include <exception>
+#include <utility>
+
+namespace zeb {
+
+bool TestSteps::Add(std::string what, const Outcome& outcome, std::string words) {
+  steps_.push_back({std::move(what), outcome.Ok(), outcome ? std::move(words) : outcome.Reason()});
+  return outcome.Ok();
+}
+
+bool TestSteps::HasTime() {
+  if (loop_.Monotonic() - begun_ < kTestLimit) return true;
+  if (!std::exchange(overtime_, true))
+    steps_.push_back({"the rest", false, "not tried, for the test took too long"});
+  return false;
+}
+
+std::vector<TestStep> StepsOf(EventLoop& loop, OutputTest& test) {
+  TestSteps steps(loop);
+  try {
+    test.Run(steps);
+  } catch (const std::exception& error) {
+    steps.Add("the test itself", Failure{error.what()});
+  }
+  return steps.Take();
+}
+
+}  // namespace zeb
