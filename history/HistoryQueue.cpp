@@ -1,6 +1,7 @@
 #include "history/HistoryQueue.h"
 
 #include <iterator>
+#include <unordered_map>
 #include <utility>
 
 #include "history/HistoryRecord.h"
@@ -18,12 +19,25 @@ std::size_t BytesOf(const HistoryEntry& entry) {
                                 shown->templateText.size() + shown->simpleText.size();
 }
 
-void AddSlot(HistoryUpdate& update, int slot, const clsZEBItemInfo& item) {
-  std::string record = WriteItemRecord(item);
-  if (!record.empty()) update.items.push_back({slot, std::move(record)});
+// Puts items into bytes; one that stands in many slots of many updates only once.
+class Records {
+ public:
+  const std::string& Of(const clsZEBItemInfo& item) {
+    const auto [found, isNew] = records_.try_emplace(&item.Fields());
+    if (isNew) found->second = WriteItemRecord(item);
+    return found->second;
+  }
+
+ private:
+  std::unordered_map<const ItemFields*, std::string> records_;
+};
+
+void AddSlot(HistoryUpdate& update, int slot, const clsZEBItemInfo& item, Records& records) {
+  const std::string& record = records.Of(item);
+  if (!record.empty()) update.items.push_back({slot, record});
 }
 
-HistoryUpdate ToRow(const HistoryUpdateEntry& entry) {
+HistoryUpdate ToRow(const HistoryUpdateEntry& entry, Records& records) {
   const ServiceSnapshot& snapshot = *entry.snapshot;
   HistoryUpdate update;
   update.id = entry.id;
@@ -31,25 +45,27 @@ HistoryUpdate ToRow(const HistoryUpdateEntry& entry) {
   update.service = snapshot.serviceNumber;
   update.cause = static_cast<int>(entry.cause);
   update.words = WriteWordsRecord(snapshot);
-  AddSlot(update, kHistoryCurrent, snapshot.currentItem);
-  AddSlot(update, kHistoryComingSoon, snapshot.comingSoonItem);
+  AddSlot(update, kHistoryCurrent, snapshot.currentItem, records);
+  AddSlot(update, kHistoryComingSoon, snapshot.comingSoonItem, records);
   for (std::size_t i = 0; i < snapshot.nextItems.size(); ++i)
-    AddSlot(update, static_cast<int>(i) + 1, snapshot.nextItems[i]);
+    AddSlot(update, static_cast<int>(i) + 1, snapshot.nextItems[i], records);
   for (std::size_t i = 0; i < snapshot.previousItems.size(); ++i)
-    AddSlot(update, kHistoryPrevious * (static_cast<int>(i) + 1), snapshot.previousItems[i]);
+    AddSlot(update, kHistoryPrevious * (static_cast<int>(i) + 1), snapshot.previousItems[i], records);
   return update;
 }
 
 }  // namespace
 
+// The entries hold the items meanwhile, so that none takes another's place in memory.
 HistoryBatch ToBatch(const std::vector<HistoryEntry>& entries) {
   HistoryBatch batch;
+  Records records;
   for (const HistoryEntry& entry : entries) {
     if (const auto* item = std::get_if<HistoryItemEntry>(&entry)) {
       batch.items.push_back(item->row);
-      batch.items.back().record = WriteItemRecord(item->item);
+      batch.items.back().record = records.Of(item->item);
     } else if (const auto* update = std::get_if<HistoryUpdateEntry>(&entry)) {
-      batch.updates.push_back(ToRow(*update));
+      batch.updates.push_back(ToRow(*update, records));
     } else {
       batch.publications.push_back(std::get<HistoryPublication>(entry));
     }

@@ -14,8 +14,9 @@
 namespace zeb {
 namespace {
 
-constexpr std::size_t kHashBytes = 16;       // of the 32
-constexpr std::size_t kMostKnown = 20000;    // blobs whose numbers are remembered
+constexpr std::size_t kHashBytes = 16;  // of the 32
+// Of blobs whose numbers are remembered; a busy station's items of some hours.
+constexpr std::size_t kMostKnownBytes = 4u * 1024 * 1024, kKnownBytesEach = 100;
 constexpr std::int64_t kUsedEvery = 300000;  // ms: how exactly it is known when a blob was last referred to
 constexpr std::int64_t kMillisecondsPerDay = 86400000;
 constexpr int kPieceRows = 500;  // of each table, given up at a time
@@ -43,6 +44,14 @@ void AppendNumber(std::string& to, std::uint64_t number) {
 
 }  // namespace
 
+struct SqliteHistory::BlobQueries {
+  explicit BlobQueries(const HistoryFile& file)
+      : find(file, "SELECT id, used FROM blobs WHERE hash = ?1"),
+        insert(file, "INSERT INTO blobs(hash, used, data) VALUES(?1, ?2, ?3)"),
+        use(file, "UPDATE blobs SET used = ?1 WHERE id = ?2") {}
+  HistoryQuery find, insert, use;
+};
+
 SqliteHistory::SqliteHistory(std::string path) : path_(std::move(path)) {}
 
 SqliteHistory::~SqliteHistory() = default;
@@ -69,8 +78,14 @@ HistoryOutcome SqliteHistory::Failed(const HistoryOutcome& outcome) {
 }
 
 void SqliteHistory::Close() {
-  known_.clear();
+  ForgetAll();
   file_.reset();
+}
+
+void SqliteHistory::ForgetAll() {
+  known_.clear();
+  knownBytes_ = 0;
+  queries_.reset();
 }
 
 void SqliteHistory::ApplyLimit(const HistoryLimits& limits) {
@@ -111,7 +126,7 @@ void SqliteHistory::WriteAll(const HistoryBatch& batch) {
 // False when that is of no use: it is the disk that is full.
 bool SqliteHistory::MakeRoom(const HistoryLimits& limits, int piece) {
   file_->Execute("ROLLBACK");
-  known_.clear();
+  ForgetAll();
   if (piece == kMostPieces || !NearlyFull(limits)) return false;
   try {
     return GiveUpOldest(std::numeric_limits<std::int64_t>::max(), kRoomRows);
@@ -172,29 +187,45 @@ void SqliteHistory::WritePublications(const HistoryBatch& batch) {
 
 std::int64_t SqliteHistory::Keep(std::string_view bytes, std::int64_t utc) {
   if (bytes.empty()) return 0;
-  const std::string hash = Sha256(bytes).substr(0, kHashBytes);
-  auto known = known_.find(hash);
-  if (known == known_.end()) {
-    if (known_.size() >= kMostKnown) known_.clear();
-    HistoryQuery find(*file_, "SELECT id, used FROM blobs WHERE hash = ?1");
-    find.Bytes(hash);
-    const Blob blob =
-        find.Step() ? Blob{find.Number(0), find.Number(1)} : Blob{KeepNew(hash, bytes, utc), utc};
-    known = known_.emplace(hash, blob).first;
-  }
-  Blob& blob = known->second;
-  if (utc - blob.used > kUsedEvery) {
+  const auto known = known_.find(bytes);
+  Blob blob = known != known_.end() ? known->second : FindOrStore(bytes, utc);
+  const bool used = utc - blob.used > kUsedEvery;
+  if (used) {
     blob.used = utc;
-    HistoryQuery use(*file_, "UPDATE blobs SET used = ?1 WHERE id = ?2");
-    use.Bind(utc).Bind(blob.id).Run();
+    Queries().use.Bind(utc).Bind(blob.id).Run();
   }
+  if (known == known_.end())
+    Remember(bytes, blob);
+  else if (used)
+    known->second = blob;
   return blob.id;
 }
 
-std::int64_t SqliteHistory::KeepNew(const std::string& hash, std::string_view bytes, std::int64_t utc) {
-  HistoryQuery insert(*file_, "INSERT INTO blobs(hash, used, data) VALUES(?1, ?2, ?3)");
-  insert.Bytes(hash).Bind(utc).Bytes(bytes).Run();
-  return sqlite3_last_insert_rowid(file_->database());
+void SqliteHistory::Remember(std::string_view bytes, Blob blob) {
+  const std::size_t room = bytes.size() + kKnownBytesEach;
+  if (knownBytes_ + room > kMostKnownBytes) {
+    known_.clear();
+    knownBytes_ = 0;
+  }
+  knownBytes_ += room;
+  known_.emplace(bytes, blob);
+}
+
+SqliteHistory::BlobQueries& SqliteHistory::Queries() {
+  if (!queries_) queries_ = std::make_unique<BlobQueries>(*file_);
+  return *queries_;
+}
+
+SqliteHistory::Blob SqliteHistory::FindOrStore(std::string_view bytes, std::int64_t utc) {
+  const std::string hash = Sha256(bytes).substr(0, kHashBytes);
+  HistoryQuery& find = Queries().find;
+  find.Bytes(hash);
+  const std::optional<Blob> found =
+      find.Step() ? std::optional<Blob>({find.Number(0), find.Number(1)}) : std::nullopt;
+  find.Restart();
+  if (found) return *found;
+  Queries().insert.Bytes(hash).Bind(utc).Bytes(bytes).Run();
+  return {sqlite3_last_insert_rowid(file_->database()), utc};
 }
 
 // ---- Giving up what is old
@@ -235,7 +266,7 @@ bool SqliteHistory::GiveUpOldest(std::int64_t before, int mostRows) {
   HistoryQuery blobs(*file_, "DELETE FROM blobs WHERE id IN (SELECT id FROM blobs WHERE used < ?1 LIMIT ?2)");
   blobs.Bind(blobsBefore).Bind(kPieceBlobs).Run();
   if (sqlite3_changes(file_->database()) > 0) more = true;
-  known_.clear();
+  ForgetAll();
   file_->ExecuteOrThrow("COMMIT");
   return more;
 }

@@ -42,14 +42,26 @@ class SqliteHistory : public HistoryStore {
   void WritePublications(const HistoryBatch& batch);
   // The number of these bytes, which are stored if they are not yet.
   std::int64_t Keep(std::string_view bytes, std::int64_t utc);
-  std::int64_t KeepNew(const std::string& hash, std::string_view bytes, std::int64_t utc);
+  Blob FindOrStore(std::string_view bytes, std::int64_t utc);
   // Deletes the oldest rows: of those before `before`, a bounded number. False: there are none.
   bool GiveUpOldest(std::int64_t before, int rows);
   bool NearlyFull(const HistoryLimits& limits) const;
 
+  // Prepared once for an open file.
+  struct BlobQueries;
+  BlobQueries& Queries();
+  void Remember(std::string_view bytes, Blob blob);
+  void ForgetAll();
+
+  struct BytesHash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+
   std::string path_;
   std::unique_ptr<HistoryFile> file_;
-  std::unordered_map<std::string, Blob> known_;  // by hash; those of late
+  std::unique_ptr<BlobQueries> queries_;                                     // null: not prepared
+  std::unordered_map<std::string, Blob, BytesHash, std::equal_to<>> known_;  // by their bytes; those of late
+  std::size_t knownBytes_ = 0;
 };
 
 }  // namespace zeb
