@@ -280,7 +280,7 @@ void frmMain::ReloadAll(const Epoch::Mark& mark) {
 Outcome frmMain::ReloadWindows(const Epoch::Mark& mark) {
   MonotonicTime turn = environment_.loop.Monotonic();
   for (int number = 1; number <= NumberServices(); ++number) {
-    if (const Outcome outcome = Window(number)->Reload(); !outcome) return outcome;
+    if (Outcome outcome = Window(number)->Reload(); !outcome) return outcome;
     Window(number)->Board().Changed();
     if (environment_.loop.Monotonic() - turn < kReloadTurn) continue;
     environment_.loop.Wait(Duration::zero());

@@ -155,7 +155,7 @@ Result<std::string> ReadNewPassword() {
   }
   Result<std::string> first = AskForPassword("New password: ");
   if (!first) return first;
-  const Result<std::string> second = AskForPassword("Again: ");
+  Result<std::string> second = AskForPassword("Again: ");
   if (!second) return second;
   if (first.Value() != second.Value()) return Failure{"the two are not the same; nothing is changed"};
   return first;

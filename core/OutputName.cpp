@@ -1,6 +1,7 @@
 #include "core/OutputName.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "text/LetterCase.h"
@@ -13,6 +14,7 @@ namespace {
 
 std::string OfferedTypes() {
   std::vector<std::string_view> names;
+  names.reserve(std::size(kOutputTypesOffered));
   for (const OutputType type : kOutputTypesOffered) names.push_back(NameOf(type));
   return JoinedWithOr(names);
 }

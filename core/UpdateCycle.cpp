@@ -308,7 +308,7 @@ void UpdateCycle::GoOn(const RunnerPtr& runner) {
 // ---- Records
 
 UpdateCycle::RecordPtr UpdateCycle::MakeRecord(const SnapshotPtr& snapshot, UpdateCause cause) {
-  const auto record = std::make_shared<UpdateRecord>();
+  auto record = std::make_shared<UpdateRecord>();
   record->snapshot = snapshot;
   record->cause = cause;
   record->began = environment_.loop.Monotonic();

@@ -31,6 +31,7 @@ std::vector<FoundCart> SearchCarts(const CartTable& carts, std::string_view quer
   std::sort(numbers.begin(), numbers.end());
   if (numbers.size() > most) numbers.resize(most);
   std::vector<FoundCart> found;
+  found.reserve(numbers.size());
   for (const std::int32_t number : numbers) found.push_back({number, carts.at(number)});
   return found;
 }

@@ -113,8 +113,10 @@ class EventLoop {
   std::unique_ptr<TaskScheduler> tasks_;
 };
 
+// It is moved on in both branches.
 template <class Work>
-auto EventLoop::RunBlocking(Work work, Duration limit, std::function<void()> cameBack) {
+auto EventLoop::RunBlocking(Work work, Duration limit,
+                            std::function<void()> cameBack) {  // NOLINT(performance-unnecessary-value-param)
   using Returned = std::invoke_result_t<Work&>;
   if constexpr (std::is_void_v<Returned>) {
     return RunOnWorker(std::move(work), limit, std::move(cameBack));

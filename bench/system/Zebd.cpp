@@ -74,7 +74,8 @@ void Import(const std::filesystem::path& home, int services, const ServiceLines&
   const std::string root = "HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1";
   std::ofstream reg(home / "services.reg", std::ios::binary);
   reg << "Windows Registry Editor Version 5.00\r\n\r\n[" << root
-      << "]\r\n\"NumberServices\"=" << Number(services) << "\r\n";
+      << "]\r\n\"NumberServices\"=" << Number(services) << "\r\n\"HistoryDays\"=" << Number(0)
+      << "\r\n\"DashboardPort\"=" << Number(0) << "\r\n";
   for (int i = 1; i <= services; ++i) {
     const std::string key = root + "\\Service" + std::to_string(i);
     reg << "\r\n[" << key << "]\r\n\"ServiceName\"=\"Station " << i << "\"\r\n" << linesOf(key, i);
