@@ -107,6 +107,8 @@ void RunByHandCommand(const CommandPorts& ports, const ByHandOptions& options,
     if (reply.Done()) return finished(0);
     if (!reply.unreachable || options.way == ByHandOptions::Way::kPublisher)
       return finished(Fail(ports, reply));
+    if (!reply.notRunning)
+      ports.err << "zebctl: " << reply.problem << "; trying the control link" << std::endl;
   }
   RunSendCommand(
       ports.loop, ports.network, options.send, [](std::string&) { return false; }, ports.err,

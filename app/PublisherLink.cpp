@@ -21,13 +21,19 @@ std::string ReasonOf(int status, const std::string& body) {
   return "the publisher answered with status " + std::to_string(status);
 }
 
+// Who hangs may have the request already.
+std::string NoAnswer(const std::string& method) {
+  const std::string changes = method == "GET" ? "" : "; it may still do what was asked";
+  return "the publisher does not answer: it hangs or is busy" + changes;
+}
+
 }  // namespace
 
 PublisherLink::PublisherLink(EventLoop& loop, LocalSockets& sockets, std::string folder)
     : loop_(loop), sockets_(sockets), folder_(std::move(folder)) {}
 
 PublisherLink::Reply PublisherLink::Ask(const std::string& method, const std::string& target,
-                                        const std::string& body) {
+                                        const std::string& body, Duration limit) {
   Reply reply;
   LocalLink link = sockets_.ConnectLocal(JoinPath(folder_, kLocalSocketName));
   if (!link.connection) {
@@ -44,9 +50,8 @@ PublisherLink::Reply PublisherLink::Ask(const std::string& method, const std::st
   };
   link.connection->onClosed = [&] { ended = true; };
   link.connection->Send(WriteHttpRequest(method, target, body));
-  const bool inTime = loop_.WaitUntil([&] { return ended || !read || reader.Done(); }, kLimit);
-  if (read && !reader.Done())
-    read = inTime ? reader.TakeEnd() : Outcome(Failure{"the publisher does not answer: it hangs or is busy"});
+  const bool inTime = loop_.WaitUntil([&] { return ended || !read || reader.Done(); }, limit);
+  if (read && !reader.Done()) read = inTime ? reader.TakeEnd() : Outcome(Failure{NoAnswer(method)});
   if (!read) {
     reply.problem = read.Reason();
     return reply;

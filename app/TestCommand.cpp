@@ -41,7 +41,7 @@ std::optional<TestResult> AskForTest(const CommandPorts& ports, const TestOption
                              std::string(NameOf(options.output.type)) + "/" +
                              std::to_string(options.output.number) + "/test";
   const PublisherLink::Reply reply =
-      PublisherLink(ports.loop, ports.sockets, ports.folder).Ask("POST", target);
+      PublisherLink(ports.loop, ports.sockets, ports.folder).Ask("POST", target, "", PublisherLink::kWork);
   if (reply.notRunning) return std::nullopt;
   return reply.Done() ? StepsIn(reply.body) : TestResult(Failure{reply.problem});
 }

@@ -198,6 +198,8 @@ Outcome frmMain::RemoveWindow(const std::shared_ptr<frmService>& window) {
   if (found == windows_.end()) return Failure{"the service has gone already"};
   const auto at = found - windows_.begin();
   if (Outcome stored = StoreWithout(static_cast<int>(at) + 1); !stored) return stored;
+  environment_.person.Note(window->service().settings.ServiceName + ": removed, was service " +
+                           std::to_string(at + 1));
   LetGo(*window);
   windows_.erase(windows_.begin() + at);
   Tell(0);

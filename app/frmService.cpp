@@ -77,6 +77,7 @@ struct frmService::State {
   };
   std::optional<Unpublished> unpublished;
   std::uint16_t controlPort = 0;
+  bool byHand = false;   // what is taken in at this moment is manual entry
   std::string noSource;  // why the service hears nothing; "": it has a source
 };
 
@@ -268,6 +269,7 @@ SourceState frmService::SourceNow() const {
 
 // For the history: who gave an item.
 std::string frmService::SourceText() const {
+  if (state_->byHand) return "manual entry";
   const SourceState source = SourceNow();
   return source.controller.empty() ? source.text : source.text + ", " + source.controller;
 }
@@ -281,8 +283,11 @@ StationBoard& frmService::Board() {
 }
 
 void frmService::SetZEBInformation(std::string_view message) {
-  if (state_->stage != State::Stage::kOpen) return;
-  state_->link.MessageFromController(0, message);
+  State& state = *state_;
+  if (state.stage != State::Stage::kOpen) return;
+  state.byHand = true;
+  state.link.MessageFromController(0, message);
+  state.byHand = false;
 }
 
 // ---- Updates

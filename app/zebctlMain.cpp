@@ -196,8 +196,8 @@ int StoreStations(const StationOptions& options, const std::string& folder) {
 
 // The settings are stored; a publisher that runs is to take them.
 int TellPublisher(const CommandPorts& ports) {
-  const PublisherLink::Reply reply =
-      PublisherLink(ports.loop, ports.sockets, ports.folder).Ask("POST", "/api/v1/reload");
+  const PublisherLink::Reply reply = PublisherLink(ports.loop, ports.sockets, ports.folder)
+                                         .Ask("POST", "/api/v1/reload", "", PublisherLink::kWork);
   if (!reply.Done() && !reply.notRunning)
     ports.err << "zebctl: stored, but zebd has not been told: " << reply.problem << std::endl;
   return 0;
@@ -209,7 +209,8 @@ int ChangeStations(const CommandPorts& ports, const StationOptions& options) {
   if (options.action == StationOptions::Action::kRemoveService) {
     PublisherLink link(ports.loop, ports.sockets, ports.folder);
     const auto ask = [&] {
-      return link.Ask("DELETE", "/api/v1/services/" + std::to_string(options.service));
+      return link.Ask("DELETE", "/api/v1/services/" + std::to_string(options.service), "",
+                      PublisherLink::kWork);
     };
     PublisherLink::Reply reply = ask();
     for (int again = 0; again < 10 && reply.status == kConflict; ++again) {

@@ -1,26 +1,17 @@
 #include "history/HistoryRequest.h"
 
-#include <charconv>
 #include <limits>
 #include <sstream>
 
-#include "core/OutputTypes.h"
+#include "core/OutputName.h"
 #include "history/HistoryListing.h"
-#include "text/LetterCase.h"
+#include "text/Numbers.h"
 #include "text/OneLine.h"
 
 namespace zeb {
 namespace {
 
 constexpr std::size_t kMostWordCharacters = 60;  // in a reason
-
-// A whole number above 0.
-std::optional<int> CountIn(std::string_view text) {
-  int number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end && number > 0 ? std::optional<int>(number) : std::nullopt;
-}
 
 Failure Wrong(const std::string& name, const char* takes, const std::string& value) {
   return Failure{name + " takes " + takes + ", not '" + OneLine(value, kMostWordCharacters) + "'"};
@@ -43,8 +34,8 @@ int& CountOf(HistoryRequest& request, std::string_view name) {
 }
 
 Outcome TakeCount(HistoryRequest& request, const CountWord& word, const std::string& value) {
-  const std::optional<int> count = CountIn(value);
-  if (!count || *count > word.most) return Wrong(word.name, word.takes, value);
+  const std::optional<int> count = WholeNumber<int>(value);
+  if (!count || *count < 1 || *count > word.most) return Wrong(word.name, word.takes, value);
   CountOf(request, word.name) = *count;
   return {};
 }
@@ -74,14 +65,8 @@ Outcome TakeWord(HistoryRequest& request, const std::string& name, const std::st
 }  // namespace
 
 std::optional<std::string> ReadOutputName(std::string_view text) {
-  const std::size_t digits = text.find_first_of("0123456789");
-  if (digits == std::string_view::npos || text[digits] == '0') return std::nullopt;
-  const std::optional<int> number = CountIn(text.substr(digits));
-  if (!number) return std::nullopt;
-  for (const OutputTypeInfo& info : kOutputTypes)
-    if (EqualIgnoringAsciiCase(text.substr(0, digits), info.name))
-      return std::string(info.name) + std::to_string(*number);
-  return std::nullopt;
+  const Result<OutputName> name = ParseOutputName(text);
+  return name ? std::optional(name.Value().Text()) : std::nullopt;
 }
 
 HistoryMoment MomentOf(const WrittenMoment& written, const UtcOffsetOf& utcOffset) {

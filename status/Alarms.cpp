@@ -55,13 +55,14 @@ void Alarms::Look(const std::vector<Trouble>& troubles) {
   std::map<Key, Known> before = std::exchange(known_, {});
   std::vector<const Known*> beginning;
   for (const Trouble& trouble : troubles) {
-    const Key key{trouble.service, trouble.output};
+    Key key{trouble.service, trouble.output, 0};
+    while (known_.contains(key)) ++std::get<int>(key);
     const auto found = before.find(key);
     Known& known = known_[key];
     if (found != before.end()) {
       known = std::move(found->second);
       before.erase(found);
-    } else if (known.trouble.output.empty()) {
+    } else {
       known.since = now;
       known.sinceMoment = environment_.loop.Now();
     }

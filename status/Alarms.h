@@ -11,7 +11,7 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include "platform/Environment.h"
@@ -56,7 +56,8 @@ class Alarms {
     Trouble trouble;
     WallTime since{};
   };
-  using Key = std::pair<std::string, std::string>;  // service, output
+  // Service, output, and which of those that have both names: two services may have one name.
+  using Key = std::tuple<std::string, std::string, int>;
 
   void Tell(bool begins, const Known& known);
   void Deliver();

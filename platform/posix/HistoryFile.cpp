@@ -160,7 +160,8 @@ HistoryOutcome HistoryFile::Problem() const {
 
 bool HistoryFile::StillThere() const {
   struct stat info {};
-  return ::stat(path_.c_str(), &info) == 0 && info.st_dev == device_ && info.st_ino == inode_;
+  return ::stat(path_.c_str(), &info) == 0 && info.st_dev == device_ && info.st_ino == inode_ &&
+         info.st_size > 0;
 }
 
 std::int64_t HistoryFile::LogBytes() const {

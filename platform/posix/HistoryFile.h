@@ -37,7 +37,7 @@ class HistoryFile {
   std::int64_t Number(const std::string& sql) const;
   // What went wrong with the last call.
   HistoryOutcome Problem() const;
-  // False when the file of that name is another one by now, or gone.
+  // False when the file of that name is another one by now, gone, or emptied.
   bool StillThere() const;
   std::int64_t LogBytes() const;  // of the write-ahead log
 

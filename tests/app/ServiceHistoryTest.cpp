@@ -89,8 +89,8 @@ TEST_F(ServiceHistoryTest, TellsItemsUpdatesAndEachPageThatIsPublished) {
   EXPECT_EQ(Written(), Lines{});
   Say("SET_NEXT_ITEM IType=7 ITitle=Later");
   Say("SET_CURRENT_ITEM IType=7 ITitle=First");
-  EXPECT_EQ(Written(), (Lines{"item 1 Demo FM Later from port 6901", "item 0 Demo FM First from port 6901",
-                              "update of 1", "update of 2",
+  EXPECT_EQ(Written(), (Lines{"item 1 Demo FM Later from manual entry",
+                              "item 0 Demo FM First from manual entry", "update of 1", "update of 2",
                               "File1 /w/all.txt '' 0 <ZEB_NOW_ITEMNAME> of an older update",
                               "File1 /w/songs.txt '' 0 <ZEB_NOW_ITEMNAME> of an older update",
                               "File1 /w/all.txt 'First' 5 <ZEB_NOW_ITEMNAME>",
@@ -100,7 +100,7 @@ TEST_F(ServiceHistoryTest, TellsItemsUpdatesAndEachPageThatIsPublished) {
   EXPECT_EQ(Written(), Lines{});
   // Songs only, says the second pair.
   Say("SET_CURRENT_ITEM IType=4 ITitle=Spot");
-  EXPECT_EQ(Written(), (Lines{"item 0 Demo FM Spot from port 6901", "update of 3",
+  EXPECT_EQ(Written(), (Lines{"item 0 Demo FM Spot from manual entry", "update of 3",
                               "File1 /w/all.txt 'Spot' 4 <ZEB_NOW_ITEMNAME>"}));
 }
 

@@ -412,6 +412,24 @@ TEST_F(SqliteHistoryTest, BeginsAnewWhenTheFileIsTakenAway) {
   EXPECT_EQ(items[0].record, "two");
 }
 
+// As `> history.db` does. Whoever reads the empty file takes its log away, so what is written there is lost.
+TEST_F(SqliteHistoryTest, BeginsAnewWhenTheFileIsEmptied) {
+  SqliteHistory store(path);
+  ASSERT_TRUE(WriteItem(store, kNow, "one").Ok());
+  std::filesystem::resize_file(path, 0);
+  EXPECT_FALSE(SqliteHistoryReader::Open(path));
+  const HistoryOutcome written = WriteItem(store, kNow, "two");
+  if (written.trouble == Trouble::kDamaged) {
+    ASSERT_TRUE(store.SetAside());
+    ASSERT_TRUE(WriteItem(store, kNow, "two").Ok());
+  } else {
+    ASSERT_TRUE(written.Ok()) << written.reason;
+  }
+  const auto items = Items();
+  ASSERT_FALSE(items.empty());
+  EXPECT_EQ(items.back().record, "two");
+}
+
 TEST_F(SqliteHistoryTest, TellsWhatCannotBeWrittenAndGoesOnWhenItCan) {
   // A name that is a folder; then a folder that is missing.
   std::filesystem::create_directory(path);

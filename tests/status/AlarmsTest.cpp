@@ -65,6 +65,19 @@ TEST_F(AlarmsTest, AreToldOnceWhenTheyBeginAndOnceWhenTheyEnd) {
   EXPECT_EQ(Ran(), Lines{"end Demo FM Web1 no answer"});
 }
 
+TEST_F(AlarmsTest, ServicesOfOneNameHaveAlarmsOfTheirOwn) {
+  Set("alarm.sh", "", 5);
+  troubles = {file};
+  Run(10s);
+  EXPECT_EQ(Ran(), Lines{"begin Demo FM File1 no space left"});
+  troubles = {file, {"Demo FM", "File1", "no rights"}};
+  Run(10s);
+  EXPECT_EQ(Ran(), Lines{"begin Demo FM File1 no rights"});
+  troubles.pop_back();
+  Run(10s);
+  EXPECT_EQ(Ran(), Lines{"end Demo FM File1 no rights"});
+}
+
 TEST_F(AlarmsTest, WhatPassesInTimeIsNone) {
   Set("alarm.sh", "", 5);
   for (int i = 0; i < 20; ++i) {
