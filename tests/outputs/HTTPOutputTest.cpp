@@ -222,27 +222,14 @@ TEST_F(HTTPOutputTest, StoppingWhileItWaitsLeavesItOff) {
   EXPECT_EQ(output.ProblemText(), "");
 }
 
-TEST_F(HTTPOutputTest, SettingsSurviveTheStore) {
-  output.settings.RequestType = kPostRequest;
-  output.settings.ServerPort = 8443;
+TEST_F(HTTPOutputTest, WithoutSettingsItHasItsDefaults) {
+  output.GetOutputInformation(3, 9);
+  EXPECT_EQ(output.settings.ServerPort, 80);
+  EXPECT_FALSE(output.settings.UseTLS);
   output.settings.UseTLS = true;
-  output.settings.characterSet = CharacterSet::kIso8859_1;
-  output.settings.HTTPAuthenticate = true;
-  output.settings.HTTPPassword = "p";
-  output.StoreOutputInformation(3, 2);
-  clsZEBHTTPOutput other(t.environment);
-  other.GetOutputInformation(3, 2);
-  EXPECT_EQ(other.settings.RequestType, kPostRequest);
-  EXPECT_EQ(other.settings.URL, "/now");
-  EXPECT_EQ(other.settings.HTTPPassword, "p");
-  EXPECT_TRUE(other.settings.UseTLS && other.settings.HTTPAuthenticate);
-  EXPECT_EQ(other.settings.characterSet, CharacterSet::kIso8859_1);
-  EXPECT_EQ(other.GetInformationString(), "(127.0.0.1:8443)");
-  other.GetOutputInformation(3, 9);
-  EXPECT_EQ(other.settings.ServerPort, 80);
-  EXPECT_FALSE(other.settings.UseTLS);
-  other.settings.UseTLS = true;
-  EXPECT_EQ(other.GetInformationString(), "(127.0.0.1:443)");
+  EXPECT_EQ(output.GetInformationString(), "(127.0.0.1:443)");
+  output.settings.ServerPort = 8443;
+  EXPECT_EQ(output.GetInformationString(), "(127.0.0.1:8443)");
 }
 
 TEST(CBase64Test, EncodesAndDecodes) {
