@@ -79,7 +79,8 @@ TEST_F(HTTPOutputTest, AServerThatDoesNotConnectShowsConnectingAndIsTriedAgain) 
     double seconds;
     const char* problem;
   };
-  for (const Case& c : {Case{Behaviour::kHangs, 10.0, "does not answer"},
+  for (const Case& c : {Case{Behaviour::kHangs, 10.0, "127.0.0.1:80 does not answer"},
+                        {Behaviour::kNeverFound, 10.0, "the look-up of '127.0.0.1' is not answered"},
                         {Behaviour::kRefuses, 0.0, "refused"},
                         {Behaviour::kUnknownName, 0.0, "cannot find"}}) {
     t.network.SetHost("127.0.0.1", c.behaviour);
