@@ -18,12 +18,17 @@ constexpr std::size_t kMostLater = 1000;
 // ---- Delays
 
 void UpdateCycle::Delay(const RunnerPtr& runner, OutputRunner::Later later) {
-  if (runner->later.size() >= kMostLater) {
-    runner->later.pop_front();
+  auto& waiting = runner->later;
+  if (waiting.size() >= kMostLater) {
+    // A travel cue goes only when all are: the last one tells how things stand.
+    const auto mayGo = [](const OutputRunner::Later& one) { return !one.cue || !one.cue->IsTravel(); };
+    const auto oldest = std::find_if(waiting.begin(), waiting.end(), mayGo);
+    waiting.erase(oldest == waiting.end() ? waiting.begin() : oldest);
+    ArmLater(runner);
     DebugLine("A delayed output has ", static_cast<int>(kMostLater), " snapshots waiting; the oldest goes");
   }
-  runner->later.push_back(std::move(later));
-  if (runner->later.size() == 1) ArmLater(runner);
+  waiting.push_back(std::move(later));
+  if (waiting.size() == 1) ArmLater(runner);
 }
 
 void UpdateCycle::ArmLater(const RunnerPtr& runner) {

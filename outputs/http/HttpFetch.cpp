@@ -75,8 +75,7 @@ CallResult Call(Environment& environment, const RequestTarget& target, std::stri
                  : state() != Client::kConnected ? CallEnd::kClosed
                                                  : CallEnd::kTimeOver;
   } else {
-    result.problem = client->LastError();
-    if (result.problem.empty()) result.problem = ServerText(target) + " does not answer";
+    result.problem = WhyNotConnected(*client, target);
   }
   talk->over = true;
   return result;

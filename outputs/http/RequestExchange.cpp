@@ -93,11 +93,8 @@ ExchangeResult SendRequest(EventLoop& loop, TcpClientControl& control, const Req
   if (target.port < 1 || target.port > 65535)
     return Failed(ExchangeResult::kNotConnected, "there is no port " + std::to_string(target.port) +
                                                      " to reach '" + target.host + "' on; set 1 to 65535");
-  if (!ConnectAndWait(loop, control, target, mine)) {
-    std::string why = control.LastError();
-    if (why.empty()) why = ServerText(target) + " does not answer";
-    return Failed(ExchangeResult::kNotConnected, std::move(why));
-  }
+  if (!ConnectAndWait(loop, control, target, mine))
+    return Failed(ExchangeResult::kNotConnected, WhyNotConnected(control, target));
   ExchangeResult result;
   {
     const ReplyReader reader(control);
@@ -123,6 +120,13 @@ std::string HostForHeader(const std::string& host) {
 
 std::string ServerText(const RequestTarget& target) {
   return HostForHeader(target.host) + ":" + std::to_string(target.port);
+}
+
+std::string WhyNotConnected(const TcpClientControl& control, const RequestTarget& target) {
+  if (std::string why = control.LastError(); !why.empty()) return why;
+  if (control.CurrentState() == TcpClientControl::kResolving)
+    return "the look-up of '" + target.host + "' is not answered; check this machine's name server";
+  return ServerText(target) + " does not answer";
 }
 
 std::string ControlsEncoded(std::string_view bytes) {

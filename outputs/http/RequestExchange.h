@@ -58,6 +58,8 @@ std::vector<std::string> SplitPieces(std::string_view text);
 // "name:port" as it is written in messages and in a Host line: IPv6 addresses in brackets.
 std::string HostForHeader(const std::string& host);
 std::string ServerText(const RequestTarget& target);
+// Why an attempt to connect has come to nothing in its time.
+std::string WhyNotConnected(const TcpClientControl& control, const RequestTarget& target);
 // For a request's line, of bytes in any character set: what would end the line, and so begin a header of
 // somebody else's, is percent-encoded, as are all control characters.
 std::string ControlsEncoded(std::string_view bytes);

@@ -284,6 +284,7 @@ class SimulatedClient : public TcpClientControl, private EndUser {
     if (behaviour == SimulatedNetwork::HostBehaviour::kUnknownName) {
       return Fail("cannot find the host '" + host + "'");
     }
+    if (behaviour == SimulatedNetwork::HostBehaviour::kNeverFound) return;
     state_ = kConnecting;
     reached_ = kNameFound;
     if (behaviour == SimulatedNetwork::HostBehaviour::kHangs) return;

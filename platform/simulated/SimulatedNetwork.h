@@ -26,6 +26,7 @@ class SimulatedNetwork : public Network, public LocalSockets {
   enum class HostBehaviour {
     kNormal,
     kUnknownName,
+    kNeverFound,  // its name server does not answer
     kRefuses,
     kHangs,            // never connects, never fails
     kWrongCertificate  // connects, but not with TLS

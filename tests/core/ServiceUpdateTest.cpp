@@ -498,6 +498,25 @@ TEST_F(ServiceUpdateTest, ADelayedOutputShowsEverythingLater) {
   EXPECT_EQ(late->shown, (Lines{"a", "b", "c"}));
 }
 
+// A thousand wait at the most: the oldest ones go, never the end of a travel flag, and the rest is shown.
+TEST_F(ServiceUpdateTest, ADelayedOutputOutlivesMoreThanItCanKeep) {
+  const auto late = Add<RecordingSerial>(OutputType::kSerial, "late");
+  late->DelaySeconds = 3600;
+  service_.SetTravelFlagActivated();
+  service_.SetTravelFlagCleared();
+  for (int i = 0; i < 1100; ++i) {
+    SetTitle(std::to_string(i));
+    service_.UpdateOutputs(true);
+    ports_.loop.RunFor(1s);
+  }
+  ports_.loop.RunFor(2h);
+  ASSERT_EQ(late->shown.size(), 998U);
+  EXPECT_EQ(late->shown.front(), "102");
+  EXPECT_EQ(late->shown.back(), "1099");
+  const Lines lines = Take();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "3600 travel off late"), 1);
+}
+
 // ---- Records
 
 TEST_F(ServiceUpdateTest, AnUpdateIsThroughWhenItsLastRunHasEnded) {

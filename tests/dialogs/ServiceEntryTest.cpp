@@ -148,31 +148,39 @@ TEST_F(ServiceEntryTest, AStoreThatFailsPartWayKeepsNothing) {
   EXPECT_TRUE(full.SubKeys(t.environment.ServiceKey(1)).empty());
 }
 
-// What can be entered must come back from the output that reads it.
-TEST_F(ServiceEntryTest, EverySettingOfEveryTypeIsReadByItsOutput) {
+// What can be entered must come back from the output that reads it, and from the store once it is saved.
+TEST_F(ServiceEntryTest, EverySettingOfEveryTypeIsReadAndKeptByItsOutput) {
   ASSERT_TRUE(entry.AddService("Demo FM", {}));
   const OutputFactory make = MakeOutputFactory(t.environment);
-  for (const OutputType type : kOutputTypesOffered) {
-    for (const SettingInfo& info : SettingsOf(type).own) {
-      EXPECT_FALSE(info.name.empty() || (info.name.back() >= '0' && info.name.back() <= '9')) << info.name;
-      if (info.name == "DelaySeconds" || info.entry.is == SettingIs::kNeededFile)
-        continue;  // not the output's
-      std::string value = info.byDefault == "1" ? "0" : "1";
-      if (info.kind == SettingInfo::Kind::kCharacterSet) value = "EBU Latin";
-      if (!info.entry.words.empty())
-        value = std::string(info.entry.words.substr(info.entry.words.rfind('|') + 1));
-      if (!CheckSetting({info}, "it", info.name, value)) value = "2";
-      const OutputPtr before = make(type), after = make(type);
-      before->GetOutputInformation(1, 999);
-      ServiceEntry::Settings settings = {{std::string(info.name), value}};
-      if (!SettingsOf(type).ofPair.empty())
-        settings.insert(settings.end(), {{"SourceFileName1", "now.html"}, {"DestinationFileName1", "/x"}});
-      const Result<OutputName> added = entry.AddOutput(1, type, settings);
+  const auto check = [&](OutputType type, const SettingInfo& info, const std::string& ofPair) {
+    EXPECT_FALSE(info.name.empty() || (info.name.back() >= '0' && info.name.back() <= '9')) << info.name;
+    std::string value = info.byDefault == "1" ? "0" : "1";
+    if (info.kind == SettingInfo::Kind::kCharacterSet) value = "EBU Latin";
+    if (!info.entry.words.empty())
+      value = std::string(info.entry.words.substr(info.entry.words.rfind('|') + 1));
+    if (!CheckSetting({info}, "it", info.name, value)) value = "2";
+    ServiceEntry::Settings plain;
+    if (!SettingsOf(type).ofPair.empty())
+      plain = {{"SourceFileName1", "now.html"}, {"DestinationFileName1", "/x"}};
+    ServiceEntry::Settings settings = plain;
+    settings.emplace_back(std::string(info.name) + ofPair, value);
+    const OutputPtr before = make(type), after = make(type), kept = make(type);
+    for (const auto& [output, entered] : {std::pair(before, plain), std::pair(after, settings)}) {
+      const Result<OutputName> added = entry.AddOutput(1, type, entered);
       ASSERT_TRUE(added) << added.Reason();
-      after->GetOutputInformation(1, added.Value().number);
-      EXPECT_NE(before->SettingsText(), after->SettingsText())
-          << NameOf(type) << " " << info.name << "=" << value;
+      output->GetOutputInformation(1, added.Value().number);
     }
+    const std::string what = std::string(NameOf(type)) + " " + std::string(info.name) + "=" + value;
+    EXPECT_NE(before->SettingsText(), after->SettingsText()) << what;
+    after->StoreOutputInformation(2, 1);
+    kept->GetOutputInformation(2, 1);
+    EXPECT_EQ(kept->SettingsText(), after->SettingsText()) << what;
+  };
+  for (const OutputType type : kOutputTypesOffered) {
+    for (const SettingInfo& info : SettingsOf(type).own)
+      if (info.name != "DelaySeconds" && info.entry.is != SettingIs::kNeededFile) check(type, info, "");
+    for (const SettingInfo& info : SettingsOf(type).ofPair)
+      if (info.name != "SourceFileName" && info.name != "DestinationFileName") check(type, info, "1");
   }
 }
 

@@ -503,35 +503,6 @@ TEST_F(FileOutputTest, KeepsItsSettings) {
   EXPECT_FALSE(read->CopyAdditionalFiles);
 }
 
-TEST_F(FileOutputTest, EverySettingMakesTheOutputAnother) {
-  const auto text = [this](const std::function<void(clsZEBFileOutput&, clsFileParameters&)>& change) {
-    const auto changed = MakeOutput();
-    clsFileParameters pair = Pair("s", "d");
-    change(*changed, pair);
-    changed->AddUpdateFile(pair);
-    return changed->SettingsText();
-  };
-  const std::string plain = text([](auto&, auto&) {});
-  EXPECT_EQ(text([](auto& out, auto&) { out.SetStatus(kStatusError); }), plain);
-  std::set<std::string> texts = {plain};
-  const std::function<void(clsZEBFileOutput&, clsFileParameters&)> changes[] = {
-      [](auto& out, auto&) { out.CopyAdditionalFiles = true; },
-      [](auto& out, auto&) { out.AlwaysCopyFiles = true; },
-      [](auto& out, auto&) { out.AddUpdateFile(Pair("s", "d")); },
-      [](auto&, auto& pair) { pair.SetSourceFileName("x"); },
-      [](auto&, auto& pair) { pair.SetDestinationFileName("x"); },
-      [](auto&, auto& pair) { pair.UseUpdateRules = true; },
-      [](auto&, auto& pair) { pair.UpdateRulesFlags = 8; },
-      [](auto&, auto& pair) { pair.UpdateRulesUsingItem = 1; },
-      [](auto&, auto& pair) { pair.UseMultipleVersions = true; },
-      [](auto&, auto& pair) { pair.RefreshTagSeconds = 8; },
-      [](auto&, auto& pair) { pair.AddNoCache = false; },
-      [](auto&, auto& pair) { pair.SimpleTextFormat = "x"; },
-  };
-  for (const auto& change : changes) texts.insert(text(change));
-  EXPECT_EQ(texts.size(), 1 + std::size(changes));
-}
-
 TEST_F(FileOutputTest, StatusTexts) {
   const std::map<std::int32_t, std::string> texts = {
       {0, "Off"},   {1, "Connecting"},        {2, "Connected"},        {3, "Logging on"}, {4, "OK"},

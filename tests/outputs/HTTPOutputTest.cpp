@@ -79,7 +79,8 @@ TEST_F(HTTPOutputTest, AServerThatDoesNotConnectShowsConnectingAndIsTriedAgain) 
     double seconds;
     const char* problem;
   };
-  for (const Case& c : {Case{Behaviour::kHangs, 10.0, "does not answer"},
+  for (const Case& c : {Case{Behaviour::kHangs, 10.0, "127.0.0.1:80 does not answer"},
+                        {Behaviour::kNeverFound, 10.0, "the look-up of '127.0.0.1' is not answered"},
                         {Behaviour::kRefuses, 0.0, "refused"},
                         {Behaviour::kUnknownName, 0.0, "cannot find"}}) {
     t.network.SetHost("127.0.0.1", c.behaviour);
@@ -222,27 +223,14 @@ TEST_F(HTTPOutputTest, StoppingWhileItWaitsLeavesItOff) {
   EXPECT_EQ(output.ProblemText(), "");
 }
 
-TEST_F(HTTPOutputTest, SettingsSurviveTheStore) {
-  output.settings.RequestType = kPostRequest;
-  output.settings.ServerPort = 8443;
+TEST_F(HTTPOutputTest, WithoutSettingsItHasItsDefaults) {
+  output.GetOutputInformation(3, 9);
+  EXPECT_EQ(output.settings.ServerPort, 80);
+  EXPECT_FALSE(output.settings.UseTLS);
   output.settings.UseTLS = true;
-  output.settings.characterSet = CharacterSet::kIso8859_1;
-  output.settings.HTTPAuthenticate = true;
-  output.settings.HTTPPassword = "p";
-  output.StoreOutputInformation(3, 2);
-  clsZEBHTTPOutput other(t.environment);
-  other.GetOutputInformation(3, 2);
-  EXPECT_EQ(other.settings.RequestType, kPostRequest);
-  EXPECT_EQ(other.settings.URL, "/now");
-  EXPECT_EQ(other.settings.HTTPPassword, "p");
-  EXPECT_TRUE(other.settings.UseTLS && other.settings.HTTPAuthenticate);
-  EXPECT_EQ(other.settings.characterSet, CharacterSet::kIso8859_1);
-  EXPECT_EQ(other.GetInformationString(), "(127.0.0.1:8443)");
-  other.GetOutputInformation(3, 9);
-  EXPECT_EQ(other.settings.ServerPort, 80);
-  EXPECT_FALSE(other.settings.UseTLS);
-  other.settings.UseTLS = true;
-  EXPECT_EQ(other.GetInformationString(), "(127.0.0.1:443)");
+  EXPECT_EQ(output.GetInformationString(), "(127.0.0.1:443)");
+  output.settings.ServerPort = 8443;
+  EXPECT_EQ(output.GetInformationString(), "(127.0.0.1:8443)");
 }
 
 TEST(CBase64Test, EncodesAndDecodes) {

@@ -321,7 +321,7 @@ TEST_F(SerialOutputTest, TravelFlagAndNearEndGoOutThroughTheService) {
   EXPECT_EQ(port->all, "TA=1\r\nTA=0 Rain on Slate\r\nSAE\r\n");
 }
 
-TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
+TEST_F(SerialOutputTest, WithoutSettingsItHasItsDefaults) {
   const auto fresh = std::make_shared<clsZEBSerialOutput>(t.environment);
   fresh->GetOutputInformation(7, 9);
   EXPECT_EQ(fresh->settings.CommPort, 1);
@@ -330,23 +330,6 @@ TEST_F(SerialOutputTest, SettingsComeBackAsTheyWere) {
   EXPECT_TRUE(fresh->settings.alternatesWhenEmpty);
   EXPECT_EQ(fresh->settings.TravelActivateFormat, "TA=1{0D}{0A}");
   EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kWindows1252);
-  output->settings.Handshaking = 3;
-  static_cast<WireFormats&>(output->settings) = {"m", "a", "b|c", false};
-  output->settings.MaxNumberChars = 64;
-  output->settings.UseSlowSend = true;
-  output->settings.characterSet = CharacterSet::kRds;
-  output->StoreOutputInformation(7, 2);
-  fresh->GetOutputInformation(7, 2);
-  EXPECT_EQ(fresh->settings.CommPort, 3);
-  EXPECT_EQ(fresh->settings.Handshaking, 3);
-  EXPECT_EQ(fresh->settings.alternates, "b|c");
-  EXPECT_FALSE(fresh->settings.alternatesWhenEmpty);
-  EXPECT_EQ(fresh->settings.MaxNumberChars, 64);
-  EXPECT_TRUE(fresh->settings.UseSlowSend);
-  EXPECT_EQ(fresh->settings.characterSet, CharacterSet::kRds);
-  EXPECT_NE(
-      std::dynamic_pointer_cast<clsZEBSerialOutput>(MakeOutputFactory(t.environment)(OutputType::kSerial)),
-      nullptr);
 }
 
 TEST_F(SerialOutputTest, AnEncoderOnTheNetworkGetsTheSameBytes) {

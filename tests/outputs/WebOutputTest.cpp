@@ -132,18 +132,8 @@ TEST_F(WebOutputTest, AMissingTemplateIsASourceProblem) {
   EXPECT_EQ(ftp.files["/w/a.htm"], "One!");
 }
 
-TEST_F(WebOutputTest, SettingsComeBack) {
-  output->settings = {"ftp.example", 2121, "u", "p", true, "proxy", 3128, false, 7, true, "ca.pem", 20};
+TEST_F(WebOutputTest, WithoutSettingsItHasItsDefaults) {
   output->StoreOutputInformation(1, 2);
-  clsZEBWebOutput other(t.environment, templates);
-  other.GetOutputInformation(1, 2);
-  EXPECT_EQ(other.UpdateFileCount(), 1);
-  EXPECT_EQ(other.settings.FTPServerPort, 2121);
-  EXPECT_EQ(other.settings.FTPProxyPort, 3128);
-  EXPECT_TRUE(other.settings.FTPUseProxy && other.settings.FTPUseTLS && !other.settings.FTPPassiveMode);
-  EXPECT_EQ(other.settings.FTPTimeoutSeconds, 7);
-  EXPECT_EQ(other.settings.FTPKeepConnectionSeconds, 20);
-  EXPECT_EQ(other.settings.FTPCaFile, "ca.pem");
   const std::string key = t.environment.ServiceKey(1) + "\\Web";
   EXPECT_EQ(std::get<std::string>(t.hive.Values(key)[0].data), "0");  // AlwaysCopyFiles2, as text
   clsZEBWebOutput fresh(t.environment, templates);
