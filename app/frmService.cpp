@@ -414,6 +414,10 @@ clsZEBService& frmService::service() {
   return state_->service;
 }
 
+bool frmService::IsOpen() const {
+  return state_->stage == State::Stage::kOpen;
+}
+
 bool frmService::Closed() const {
   return state_->stage == State::Stage::kClosed;
 }

@@ -132,6 +132,12 @@ Outcome StoredServices::RemoveOutput(int service, const OutputName& output) {
   return {};
 }
 
+Outcome StoredServices::EmptyOutput(int service, const OutputName& output) {
+  if (Outcome there = Check(service, output); !there) return there;
+  RemoveValues(KeyOf(service, output.type), output.number, false);
+  return {};
+}
+
 // All names go before the first new one is written, for a new one may be an old one of the next output.
 void StoredServices::RemoveValues(const std::string& typeKey, int number, bool moveLater) {
   std::vector<SettingsValue> moved;

@@ -32,6 +32,8 @@ class StoredServices {
   Outcome Check(int service, const OutputName& output) const;
   Result<OutputName> AddOutput(int service, OutputType type);
   Outcome RemoveOutput(int service, const OutputName& output);
+  // Removes its values, so that it can be stored anew at its place.
+  Outcome EmptyOutput(int service, const OutputName& output);
 
  private:
   void RemoveValues(const std::string& typeKey, int number, bool moveLater);
