@@ -260,7 +260,10 @@ SourceState frmService::SourceNow() const {
     source.controller = state.server.ControllerName();
     source.connections = state.server.ConnectionCount();
     source.text = "port " + std::to_string(state.controlPort);
-    if (!source.healthy) source.text += " cannot be listened on";
+    if (const Outcome listens = state.server.ListenState(); !listens)
+      source.text = listens.Reason() + "; tried again every " + std::to_string(kListenRetry / 1s) + " s";
+    else if (!source.healthy)
+      source.text += " is not listened on";
   }
   return source;
 }
