@@ -41,7 +41,9 @@ Outcome ServiceEditor::Change(const std::function<Result<std::string>(StoredServ
 }
 
 Outcome ServiceEditor::ApplySettings(const ServiceSettings& before, const ServiceSettings& after) {
-  return Change([&](StoredServices&) -> Result<std::string> {
+  return Change([&](const StoredServices& stored) -> Result<std::string> {
+    if (const std::int32_t port = after.TolvanTCPControlPort; port != before.TolvanTCPControlPort)
+      if (const Outcome isFree = stored.CheckControlPort(port, Number()); !isFree) return isFree.AsFailure();
     ServiceSettings wanted = window_->service().settings;
     TakeChanges(before, after, wanted);
     window_->service().WriteStored(wanted);

@@ -5,6 +5,7 @@
 // failures are found before anything is written; what the hive cannot do throws SettingsError.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "core/OutputName.h"
@@ -22,6 +23,9 @@ class StoredServices {
   Outcome Check(int service) const;
   std::string Key(int service) const;
   std::string KeyOf(int service, OutputType type) const;
+
+  // A failure when another service than `except` has the control port: one of the two would stay silent.
+  Outcome CheckControlPort(std::int32_t port, int except = 0) const;
 
   // Makes the number of a further service, without any values.
   Result<int> Add();

@@ -166,6 +166,13 @@ TEST_F(ServiceEditorTest, SettingsOfTheServiceRestartNoOutput) {
   EXPECT_EQ(ports.hive.ReadText(Key(), "NoPictureFileName", ""), "theirs.jpg");
   EXPECT_EQ(ports.hive.ReadNumber(Key(), "LastUpdateOnServerIndex", 0), 7);
 
+  ports.hive.WriteNumber(ports.environment.settingsRoot, "NumberServices", 2);
+  ports.hive.WriteNumber(ports.environment.ServiceKey(2), "TolvanTCPControlPort", 4);
+  ServiceSettings taken = now;
+  taken.TolvanTCPControlPort = 4;
+  EXPECT_EQ(editor.ApplySettings(now, taken).Reason(), "control port 4 is that of service 2 already");
+  EXPECT_EQ(now.TolvanTCPControlPort, 3);
+
   ASSERT_TRUE(editor.SetUpdateInterval(OutputType::kFile, 10));
   EXPECT_EQ(Done(), Lines{});
   ports.loop.RunFor(12s);
