@@ -67,6 +67,7 @@ Outcome frmMain::Load() {
     }
     KeepHistory();
     LoadServices();
+    ArrangeWindows();
     alarms_.ReadSettings();
     alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
     // Another instance on the data folder may have its files in hand.
@@ -110,6 +111,10 @@ void frmMain::LoadServices() {
     for (int number = NumberServices() + 1; number <= count; ++number) OpenWindow(number);
   });
   WriteDebugLine("Services Created OK");
+}
+
+// At the start only: later the windows stand where the operator has put them.
+void frmMain::ArrangeWindows() const {
   if (!display.arrange) return;
   WriteDebugLine("Pre-set window size OK");
   display.arrange();

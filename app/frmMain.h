@@ -21,7 +21,7 @@ class frmMain {
   // What a program with windows shows; zebd sets none of it.
   struct Display {
     std::function<void(const std::string& text, const std::string& action)> splash;
-    std::function<void()> arrange;  // sizes the frame and arranges the service windows
+    std::function<void()> arrange;  // at the start: sizes the frame, arranges the service windows
     std::function<void()> minimise;
   };
 
@@ -69,6 +69,7 @@ class frmMain {
  private:
   Outcome ImportSettings();
   void RemoveLeftOvers() const;
+  void ArrangeWindows() const;
   void KeepHistory();
   void OpenWindow(int number);
   void Tell(int number) const;

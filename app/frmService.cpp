@@ -262,7 +262,10 @@ SourceState frmService::SourceNow() const {
     source.controller = state.server.ControllerName();
     source.connections = state.server.ConnectionCount();
     source.text = "port " + std::to_string(state.controlPort);
-    if (!source.healthy) source.text += " cannot be listened on";
+    if (const Outcome listens = state.server.ListenState(); !listens)
+      source.text = listens.Reason() + "; tried again every " + std::to_string(kListenRetry / 1s) + " s";
+    else if (!source.healthy)
+      source.text += " is not listened on";
   }
   return source;
 }
@@ -418,6 +421,10 @@ void frmService::SendNearEnd() {
 
 clsZEBService& frmService::service() {
   return state_->service;
+}
+
+bool frmService::IsOpen() const {
+  return state_->stage == State::Stage::kOpen;
 }
 
 bool frmService::Closed() const {

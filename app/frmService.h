@@ -38,6 +38,7 @@ class frmService : public std::enable_shared_from_this<frmService>,
   // Stops the source, the timers and the outputs. What is under way may end by itself for two seconds, and is
   // then given up; a travel flag that is on is ended first.
   void Close();
+  bool IsOpen() const;
   bool Closed() const;
 
   clsZEBService& service();

@@ -123,6 +123,18 @@ void WriteSettings(SettingsHive& hive, const std::string& key, const std::string
   }
 }
 
+// Where `after` differs from `before`, `to` becomes as `after`: what one person changed stays when others
+// changed something else meanwhile.
+template <class S>
+void TakeChanges(SettingTable<S> table, const S& before, const S& after, S& to) {
+  for (const SettingRow<S>& row : table)
+    std::visit(
+        [&](auto member) {
+          if (before.*member != after.*member) to.*member = after.*member;
+        },
+        row.member);
+}
+
 // A row without its struct: what a command or a dialog needs to know to ask for the setting.
 struct SettingInfo {
   enum class Kind { kText, kNumber, kYesNo, kCharacterSet };

@@ -69,6 +69,15 @@ std::string StoredServices::KeyOf(int service, OutputType type) const {
   return Key(service) + "\\" + std::string(FindOutputType(static_cast<std::int32_t>(type))->settingsKey);
 }
 
+Outcome StoredServices::CheckControlPort(std::int32_t port, int except) const {
+  if (port == 0) return {};
+  for (int number = 1; number <= Count(); ++number)
+    if (number != except && hive_.ReadNumber(Key(number), "TolvanTCPControlPort", 0) == port)
+      return Failure{"control port " + std::to_string(port) + " is that of service " +
+                     std::to_string(number) + " already"};
+  return {};
+}
+
 Result<int> StoredServices::Add() {
   const int number = Count() + 1;
   if (number > kMaxServices)
@@ -129,6 +138,12 @@ Outcome StoredServices::RemoveOutput(int service, const OutputName& output) {
   const int count = OutputCount(service, output.type);
   RemoveValues(key, output.number, true);
   hive_.WriteText(key, "NumberOutputs", std::to_string(count - 1));
+  return {};
+}
+
+Outcome StoredServices::EmptyOutput(int service, const OutputName& output) {
+  if (Outcome there = Check(service, output); !there) return there;
+  RemoveValues(KeyOf(service, output.type), output.number, false);
   return {};
 }
 

@@ -5,6 +5,7 @@
 // failures are found before anything is written; what the hive cannot do throws SettingsError.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "core/OutputName.h"
@@ -23,6 +24,9 @@ class StoredServices {
   std::string Key(int service) const;
   std::string KeyOf(int service, OutputType type) const;
 
+  // A failure when another service than `except` has the control port: one of the two would stay silent.
+  Outcome CheckControlPort(std::int32_t port, int except = 0) const;
+
   // Makes the number of a further service, without any values.
   Result<int> Add();
   Outcome Remove(int service);
@@ -32,6 +36,8 @@ class StoredServices {
   Outcome Check(int service, const OutputName& output) const;
   Result<OutputName> AddOutput(int service, OutputType type);
   Outcome RemoveOutput(int service, const OutputName& output);
+  // Removes its values, so that it can be stored anew at its place.
+  Outcome EmptyOutput(int service, const OutputName& output);
 
  private:
   void RemoveValues(const std::string& typeKey, int number, bool moveLater);

@@ -88,6 +88,16 @@ void clsZEBService::SetOutput(OutputType type, int index, OutputPtr output) {
   cycle_.SetRunners(type, std::move(runners));
 }
 
+std::optional<OutputName> clsZEBService::PlaceOf(const OutputPtr& output) const {
+  for (const OutputTypeInfo& info : kOutputTypes) {
+    const std::vector<RunnerPtr>& runners = cycle_.Runners(info.type);
+    const auto found = std::find_if(runners.begin(), runners.end(),
+                                    [&](const RunnerPtr& runner) { return runner->output == output; });
+    if (found != runners.end()) return OutputName{info.type, static_cast<int>(found - runners.begin()) + 1};
+  }
+  return std::nullopt;
+}
+
 int clsZEBService::OutputCount(std::int32_t typeCode) const {
   return IsTypeCode(typeCode) ? static_cast<int>(cycle_.Runners(static_cast<OutputType>(typeCode)).size())
                               : 0;

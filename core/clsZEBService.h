@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/OutputName.h"
 #include "core/OutputTypes.h"
 #include "core/ServiceEvents.h"
 #include "core/ServiceSnapshot.h"
@@ -57,6 +58,9 @@ struct ServiceSettings {
   bool TravelFlagActive = false;  // the flag was on and has not been seen to end
 };
 
+// Where `after` differs from `before`, setting by setting, `to` becomes as `after`.
+void TakeChanges(const ServiceSettings& before, const ServiceSettings& after, ServiceSettings& to);
+
 // What can be set for a service, and for an output of any type.
 SettingList ServiceSettingList();
 SettingList CommonOutputSettings();
@@ -93,6 +97,16 @@ class clsZEBService {
   bool MoveToServiceNumber(int number);
   void ClearService();
 
+  // For changes made by a person while the service runs (app/ServiceEditor.h): what is stored becomes
+  // another, what runs does not, until ReadAgain. Inside a transaction; they throw SettingsError.
+  void WriteStored();  // as StoreServiceInformation: the whole service as it runs
+  void WriteStored(const ServiceSettings& wanted);
+  void WriteStored(OutputType type, int index, clsZEBTemplate& wanted);
+  void WriteStoredInterval(OutputType type, std::int32_t seconds);
+  // An output that is none of the service's: with the settings stored at the place, or, above the count, new.
+  // Null for a type that is not built.
+  OutputPtr MakeDraft(OutputType type, int index) const;
+
   ServiceSettings settings;
   std::string PresenterReference, PresenterFullName, ShowReference, ShowTitle;
 
@@ -114,6 +128,8 @@ class clsZEBService {
   void RemoveOutput(OutputType type, int index);
   OutputPtr Output(OutputType type, int index) const;  // null above the count
   void SetOutput(OutputType type, int index, OutputPtr output);
+  // Nothing for one that is not, or no longer, the service's.
+  std::optional<OutputName> PlaceOf(const OutputPtr& output) const;
   int OutputCount(std::int32_t typeCode) const;
   int TotalNumberOutputs() const;
   std::int32_t OutputUpdateInterval(std::int32_t typeCode) const;  // seconds; 0: no periodic update
@@ -171,7 +187,10 @@ class clsZEBService {
   Stored ReadStored(Unreadable unreadable) const;
   void TakeOver(OutputType type, std::vector<OutputPtr> stored, Changes& changes);
   int StoredOutputCount(const OutputTypeInfo& info, const std::string& typeKey) const;
+  void ReadOutput(const OutputTypeInfo& info, int index, clsZEBTemplate& output) const;
+  std::string StoredKey() const { return environment_.ServiceKey(serviceNumber_); }
   void WriteAll(const std::string& key);
+  void WriteOutput(const std::string& typeKey, int index, clsZEBTemplate& output) const;
 
   Environment& environment_;
   OutputFactory makeOutput_;

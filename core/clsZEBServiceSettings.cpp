@@ -63,6 +63,7 @@ constexpr auto kRows = std::to_array<Row>({
 });
 constexpr SettingTable<ServiceSettings> kTable{kRows};
 
+constexpr const char* kUpdateInterval = "UpdateInterval";
 constexpr const char* kDelaySeconds = "DelaySeconds";  // of every output
 constexpr std::int32_t kLongestDelay = 3600;
 
@@ -90,6 +91,10 @@ std::string TypeKey(const std::string& serviceKey, const OutputTypeInfo& info) {
 }
 
 }  // namespace
+
+void TakeChanges(const ServiceSettings& before, const ServiceSettings& after, ServiceSettings& to) {
+  TakeChanges(kTable, before, after, to);
+}
 
 SettingList ServiceSettingList() {
   return ListOf(kTable);
@@ -234,17 +239,29 @@ clsZEBService::Stored clsZEBService::ReadStored(Unreadable unreadable) const {
         break;
       }
       // An output whose settings cannot be read is there all the same, so that the others keep their numbers.
-      Try(unreadable, "reading the " + OutputsOf(info, serviceNumber_), [&] {
-        output->GetOutputInformation(serviceNumber_, i);
-        output->DelaySeconds =
-            std::clamp(hive.ReadNumber(typeKey, kDelaySeconds + std::to_string(i), 0), 0, kLongestDelay);
-      });
+      Try(unreadable, "reading the " + OutputsOf(info, serviceNumber_),
+          [&] { ReadOutput(info, i, *output); });
       type.outputs.push_back(std::move(output));
     }
     Try(unreadable, "reading the update interval of the " + OutputsOf(info, serviceNumber_),
-        [&] { type.interval = LeadingInteger(hive.ReadText(typeKey, "UpdateInterval", "0")); });
+        [&] { type.interval = LeadingInteger(hive.ReadText(typeKey, kUpdateInterval, "0")); });
   }
   return stored;
+}
+
+void clsZEBService::ReadOutput(const OutputTypeInfo& info, int index, clsZEBTemplate& output) const {
+  output.GetOutputInformation(serviceNumber_, index);
+  const std::int32_t delay =
+      environment_.hive.ReadNumber(TypeKey(StoredKey(), info), kDelaySeconds + std::to_string(index), 0);
+  output.DelaySeconds = std::clamp(delay, 0, kLongestDelay);
+}
+
+OutputPtr clsZEBService::MakeDraft(OutputType type, int index) const {
+  OutputPtr draft = makeOutput_(type);
+  // What may be left in the store behind the last output is not a new one's.
+  const int place = Output(type, index) ? index : kMaxOutputsOfType + 1;
+  if (draft) ReadOutput(*FindOutputType(static_cast<std::int32_t>(type)), place, *draft);
+  return draft;
 }
 
 int clsZEBService::StoredOutputCount(const OutputTypeInfo& info, const std::string& typeKey) const {
@@ -265,12 +282,36 @@ bool clsZEBService::StoreServiceInformation() {
     return false;
   }
   try {
-    environment_.hive.Transaction([this] { WriteAll(environment_.ServiceKey(serviceNumber_)); });
+    environment_.hive.Transaction([this] { WriteStored(); });
     return true;
   } catch (...) {
     ReportException("saving the settings of service " + std::to_string(serviceNumber_), Report::kShown);
     return false;
   }
+}
+
+void clsZEBService::WriteStored() {
+  WriteAll(StoredKey());
+}
+
+void clsZEBService::WriteStored(const ServiceSettings& wanted) {
+  WriteSettings(environment_.hive, StoredKey(), "", kTable, wanted);
+}
+
+void clsZEBService::WriteStored(OutputType type, int index, clsZEBTemplate& wanted) {
+  WriteOutput(TypeKey(StoredKey(), *FindOutputType(static_cast<std::int32_t>(type))), index, wanted);
+}
+
+void clsZEBService::WriteStoredInterval(OutputType type, std::int32_t seconds) {
+  environment_.hive.WriteText(TypeKey(StoredKey(), *FindOutputType(static_cast<std::int32_t>(type))),
+                              kUpdateInterval, std::to_string(seconds));
+}
+
+// Into a place without values.
+void clsZEBService::WriteOutput(const std::string& typeKey, int index, clsZEBTemplate& output) const {
+  output.StoreOutputInformation(serviceNumber_, index);
+  if (output.DelaySeconds != 0)
+    environment_.hive.WriteNumber(typeKey, kDelaySeconds + std::to_string(index), output.DelaySeconds);
 }
 
 bool clsZEBService::MoveToServiceNumber(int number) {
@@ -324,13 +365,9 @@ void clsZEBService::WriteAll(const std::string& key) {
     if (hive.KeyExists(typeKey)) continue;  // kept
     const auto& runners = cycle_.Runners(info.type);
     hive.WriteText(typeKey, "NumberOutputs", std::to_string(runners.size()));
-    for (int i = 1; i <= std::ssize(runners); ++i) {
-      const OutputPtr& output = runners[static_cast<std::size_t>(i) - 1]->output;
-      output->StoreOutputInformation(serviceNumber_, i);
-      if (output->DelaySeconds != 0)
-        hive.WriteNumber(typeKey, kDelaySeconds + std::to_string(i), output->DelaySeconds);
-    }
-    hive.WriteText(typeKey, "UpdateInterval", std::to_string(cycle_.Interval(info.type)));
+    for (int i = 1; i <= std::ssize(runners); ++i)
+      WriteOutput(typeKey, i, *runners[static_cast<std::size_t>(i) - 1]->output);
+    hive.WriteText(typeKey, kUpdateInterval, std::to_string(cycle_.Interval(info.type)));
   }
 }
 

@@ -148,17 +148,10 @@ Result<std::vector<ServiceEntry::Value>> ServiceEntry::CheckOutput(OutputType ty
   return values;
 }
 
-// A port that another service listens on would stay silent.
 Outcome ServiceEntry::CheckControlPort(const std::vector<Value>& values) const {
   const auto found = std::find_if(values.begin(), values.end(),
                                   [](const Value& value) { return value.setting.info.name == kControlPort; });
-  const std::int32_t port = found == values.end() ? 0 : LeadingInteger(found->setting.text);
-  if (port == 0) return {};
-  for (int number = 1; number <= stored_.Count(); ++number)
-    if (hive_.ReadNumber(stored_.Key(number), std::string(kControlPort), 0) == port)
-      return Failure{"control port " + std::to_string(port) + " is that of service " +
-                     std::to_string(number) + " already"};
-  return {};
+  return stored_.CheckControlPort(found == values.end() ? 0 : LeadingInteger(found->setting.text));
 }
 
 // ---- Storing

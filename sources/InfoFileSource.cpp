@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "sources/SourceFile.h"
 #include "text/Paths.h"
 #include "text/SharedTime.h"
 
@@ -80,22 +81,13 @@ struct InfoFileSource::Reading {
         seen.definitions == known->definitions)
       return;
     Result<SourceItems> read =
-        definitions ? Parse(bytes.Value(), definitions.Value()) : Failure{definitions.Reason()};
+        definitions
+            ? ReadSourceFile({type, bytes.Value(), definitions.Value(), definitionsPath, markup, today})
+            : Failure{definitions.Reason()};
     if (read)
       found = std::move(read.Value());
     else
       problem = "'" + path + "' cannot be read: " + read.Reason();
-  }
-
-  Result<SourceItems> Parse(const std::string& bytes, const std::string& definitions) {
-    if (type == kSourceDallet50) return ReadDallet50(bytes, today);
-    if (type == kSourceDallet51) {
-      if (!markup) return Failure{"there is no XML reader"};
-      return ReadDallet51(bytes, *markup);
-    }
-    Result<GenericFields> fields = ReadGenericFields(definitions, markup);
-    if (!fields) return Failure{"'" + definitionsPath + "': " + fields.Reason()};
-    return ReadGenericText(bytes, std::move(fields.Value()));
   }
 };
 

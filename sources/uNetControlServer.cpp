@@ -58,6 +58,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   ClientPtr newcomer;  // found every place taken; gets one if it takes control
   Timer newcomerTime;
   std::string reportedBadPeers, reportedListenFailure;
+  Outcome listenState;
   RepeatedNote notAllowed, tooMany, displaced, lineTooLong, notReading, noRoom;
   ControlNotes controlNotes{environment.loop, [this](const std::string& text) { Note(text); }};
   bool destroyed = false;
@@ -110,6 +111,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     if (!outcome) {
       if (outcome.Reason() != reportedListenFailure) Note(outcome.Reason());
       reportedListenFailure = outcome.Reason();
+      listenState = outcome;
       return outcome;
     }
     reportedListenFailure.clear();
@@ -121,6 +123,7 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
   void Close() {
     const auto keep = shared_from_this();
     listener.reset();
+    listenState = {};
     CloseConnection(newcomer);
     for (const ClientPtr& slot : clients) CloseConnection(slot);
   }
@@ -352,6 +355,10 @@ Outcome uNetControlServer::Listen(std::uint16_t port) {
 
 void uNetControlServer::Close() {
   state_->Close();
+}
+
+Outcome uNetControlServer::ListenState() const {
+  return state_->listenState;
 }
 
 bool uNetControlServer::Listening() const {

@@ -42,6 +42,8 @@ class uNetControlServer {
   Outcome Listen(std::uint16_t port);
   void Close();  // ends control and every connection; allowed from inside an event
   bool Listening() const;
+  // Why it does not listen where it was last told to; no failure while it does, or was told to close.
+  Outcome ListenState() const;
   std::uint16_t Port() const;
   int ConnectionCount() const;
   std::string ControllerName() const;  // "" when there is none

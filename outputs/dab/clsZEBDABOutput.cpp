@@ -76,7 +76,7 @@ std::string clsZEBDABOutput::Detail() const {
 }
 
 std::string clsZEBDABOutput::GetInformationString() const {
-  return settings.ServerName + " (" + Detail() + ")";
+  return (settings.ServerName.empty() ? "no server set" : settings.ServerName) + " (" + Detail() + ")";
 }
 
 std::uint16_t clsZEBDABOutput::PortNumber() const {

@@ -155,7 +155,7 @@ Outcome clsZEBEncoderOutput::StartEncoder() {
     case kWindowsMediaEncoder7:
       return automation ? FindMediaEncoder(*automation) : Outcome(kNotAvailable);
     default:
-      return Failure{"No Encoder type selected"};
+      return Failure{"choose the encoder's type (EncoderType 1, 2, 4 or 7)"};
   }
 }
 

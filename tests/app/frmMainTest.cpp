@@ -120,6 +120,20 @@ TEST_F(frmMainTest, AnOldItemIsAnAlarmUntilTheOutputShowsThePresentOne) {
   EXPECT_EQ(processes.orders[1].variables[0].second, "end");
 }
 
+TEST_F(frmMainTest, WindowsAreArrangedAtTheStartOnly) {
+  Store(root, 1);
+  const auto main = Make();
+  int arranged = 0;
+  main->display.arrange = [&] { ++arranged; };
+  ASSERT_TRUE(main->Load());
+  EXPECT_EQ(arranged, 1);
+  Store(root, 2);
+  main->Reload();
+  world.loop.RunPosted();
+  EXPECT_EQ(main->NumberServices(), 2);
+  EXPECT_EQ(arranged, 1);
+}
+
 TEST_F(frmMainTest, ImportsBeforeItLoads) {
   ASSERT_TRUE(world.files.CreateFolders("/media").Ok());
   const std::string good = "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\" + root + "]\n\"NumberServices\"=dword:2\n";

@@ -334,9 +334,19 @@ TEST_F(frmServiceTest, TriesATakenPortAgain) {
   Open();
   At(100s);
   EXPECT_EQ(Notes(), Lines{"Demo FM: cannot listen on port 6901: address already in use"});
+  SourceState source = window->Board().State().source;
+  EXPECT_FALSE(source.healthy);
+  EXPECT_EQ(source.text, "cannot listen on port 6901: address already in use; tried again every 30 s");
   other.reset();
   At(121s);
   EXPECT_EQ(Notes(), Lines{"Demo FM: listening on port 6901"});
+  const auto playout = ports.network.MakeClient();
+  playout->Connect("here", 6901);
+  ports.loop.RunPosted();
+  source = window->Board().State().source;
+  EXPECT_TRUE(source.healthy);
+  EXPECT_EQ(source.text, "port 6901");
+  EXPECT_EQ(source.connections, 1);
 }
 
 TEST_F(frmServiceTest, TheJournalTellsOfUpdatesAndChanges) {

@@ -1,0 +1,185 @@
+#include "program/Publisher.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+#include "core/CsvCartStore.h"
+#include "outputs/OutputTable.h"
+#include "platform/posix/DescriptorLimit.h"
+#include "platform/posix/LocalZone.h"
+#include "platform/posix/SingleInstance.h"
+#include "platform/posix/SodiumSecrets.h"
+#include "platform/posix/SqliteHistory.h"
+#include "platform/posix/SqliteHistoryReader.h"
+#include "platform/posix/SystemLocale.h"
+#include "platform/qt/QtMessages.h"
+#include "platform/qt/QtSignals.h"
+#include "text/LetterCase.h"
+#include "text/Paths.h"
+#include "text/SharedTime.h"
+
+namespace zeb {
+namespace {
+
+// Whatever hangs, the program is gone within five seconds. Services close within four.
+constexpr Duration kQuitLimit = std::chrono::milliseconds(4300);
+// How long the running loop may wait for a store that somebody else has locked.
+constexpr std::chrono::milliseconds kStorePatience(100);
+// Debug lines come in bursts, with each item a hundred or more.
+constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
+
+}  // namespace
+
+void PrepareProcess(LineWriter& journal) {
+  std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
+  RaiseDescriptorLimit();
+  SendQtMessagesTo(journal);
+  QtLoop::ChoosePlainDispatcher();
+}
+
+Publisher::Publisher(ThreadedLineWriter& journal, Program program, Front front)
+    : journal_(journal),
+      program_(std::move(program)),
+      front_(std::move(front)),
+      ports_(program_.folder),
+      console_(journal_, isatty(STDERR_FILENO) != 0 ? &ports_.loop : nullptr),
+      shown_(front_.person ? front_.person(console_, ports_.loop) : nullptr),
+      person_(shown_ ? *shown_ : console_, ports_.loop) {}
+
+Publisher::~Publisher() = default;
+
+int Publisher::Fail(const std::string& reason) {
+  journal_.Write({"", "", program_.name + ": " + reason});
+  return kCannotStart;
+}
+
+// Nothing is destroyed: a worker thread may hang in a call to the system, and must not be waited for.
+// Settings are on the disk already, the lock on the data folder goes with the process. Log and journal get
+// a moment for what still waits to be written.
+void Publisher::EndAtOnce(int status) {
+  if (room_ != nullptr) room_->Close();
+  log_.reset();
+  journal_.Flush(ThreadedLineWriter::kGrace);
+  std::_Exit(status);
+}
+
+int Publisher::Run() {
+  ports_.loop.OnTaskFailure([this](const std::string& task, const std::string& what) {
+    person_.Note("Internal error in " + task + ": " + what);
+    ReportError("in " + task, what, 0, Report::kQuietly);
+  });
+  const std::string& folder = program_.folder;
+  if (const Outcome made = ports_.files.CreateFolders(folder); !made) return Fail(made.Reason());
+  Result<std::unique_ptr<SingleInstance>> instance = SingleInstance::Claim(folder);
+  if (!instance) return Fail(instance.Reason());
+  const bool alreadyRunning = instance.Value() == nullptr && !program_.options.noPreviousCheck;
+  // A second instance reads the settings for its debug level only, and moves no damaged file of the first.
+  const std::string path = folder + "/settings.db";
+  Result<std::unique_ptr<SqliteHive>> hive =
+      alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
+  if (hive) StartDebugLog(*hive.Value());
+  if (alreadyRunning) return ExitAsAlreadyRunning();
+  if (!hive) return Fail(hive.Reason());
+  return Publish(*hive.Value());
+}
+
+void Publisher::StartDebugLog(SettingsHive& hive) {
+  const StartUpOptions& options = program_.options;
+  const bool onCommandLine = FindIgnoringAsciiCase(options.commandLine, "/DEBUG") != std::string::npos;
+  log_ = std::make_unique<DebugLog>(
+      ports_.loop, ports_.files, person_, program_.logName, DebugLog::StartUpFolder(hive, program_.folder),
+      DebugLog::StartUpLevel(options.commandLine, hive), onCommandLine, [](LineSink sink) {
+        return std::make_unique<ThreadedLineWriter>(
+            std::move(sink), ThreadedLineWriter::Options{.mostWaiting = kMostDebugBytes});
+      });
+  log_->Install();
+  WriteDebugLine("Started InitialiseTool", 5, LineKind::kStarted);
+  if (!options.noPreviousCheck) WriteDebugLine("Check if already running");
+}
+
+int Publisher::ExitAsAlreadyRunning() {
+  WriteDebugLine("Exit as App already running");
+  Fail("another zebd runs on the data folder '" + program_.folder + "'");
+  return kAlreadyRunning;
+}
+
+void Publisher::UseLocale() {
+  const SystemLocale locale = ReadSystemLocale();
+  InstallLocale(locale.formats);
+  if (!locale.problem.empty()) person_.Note(locale.problem);
+}
+
+int Publisher::Publish(SqliteHive& hive) {
+  WriteDebugLine("Read StartupOptions");
+  UseLocale();
+  WriteDebugLine("Initialising Tool");
+  WriteDebugLine("Finished InitialiseTool", 5, LineKind::kFinished);
+
+  const std::string& folder = program_.folder;
+  CsvCartStore carts(ports_.files, person_, folder + "/Carts.csv");
+  Environment environment = ports_.EngineOn(hive, person_, carts, folder);
+  const std::string historyPath = folder + "/history.db";
+  frmMain main(environment, MakeOutputFactory(environment), program_.options,
+               std::make_shared<SqliteHistory>(historyPath));
+  main_ = &main;
+  const UnixSignals unixSignals(ports_.loop, [this](int signal) { OnSignal(signal); });
+  if (front_.loading) front_.loading(main);
+  if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+  TrustCaFile(environment);
+  hive.SetPatience(kStorePatience);
+  ControlRoom room(
+      environment, ports_.localSockets, MakeSecrets(), main, person_,
+      [path = historyPath] { return SqliteHistoryReader::Open(path); }, UtcOffsetAt);
+  room_ = &room;
+  room.Open();
+  const int count = main.NumberServices();
+  person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
+               (count == 1 ? " service" : " services") + ", data folder '" + folder + "'");
+  if (front_.ready) front_.ready(main, room);
+  EndAtOnce(ports_.loop.Run());
+}
+
+std::shared_ptr<Secrets> Publisher::MakeSecrets() {
+  const Result<std::shared_ptr<Secrets>> secrets = SodiumSecrets::Make();
+  if (secrets) return secrets.Value();
+  person_.Note("Nobody can log on to the dashboard: " + secrets.Reason());
+  return nullptr;
+}
+
+// Stations whose servers have certificates of their own making.
+void Publisher::TrustCaFile(const Environment& environment) {
+  const std::string path = environment.hive.ReadText(environment.settingsRoot, "TrustedCaFile", "");
+  if (path.empty()) return;
+  if (const Outcome added = ports_.network.AddCaFile(JoinPath(program_.folder, path)); !added)
+    person_.Note(added.Reason());
+}
+
+void Publisher::OnSignal(int signal) {
+  if (signal == SIGHUP) return room_ != nullptr ? room_->Reload() : main_->Reload();
+  Stop(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
+}
+
+void Publisher::Stop(const std::string& why) {
+  if (stopping_) {
+    person_.Note("Ending at once");
+    EndAtOnce(kCannotStart);
+  }
+  stopping_ = true;
+  if (front_.stopping) front_.stopping();
+  person_.Note(why);
+  quitLimit_ = ports_.loop.After(kQuitLimit, [this] {
+    const std::string updating = main_->UpdatingServices();
+    person_.Note("Stopped without waiting longer for the " +
+                 (updating.empty() ? "history" : "outputs of: " + updating));
+    EndAtOnce(kEnded);
+  });
+  main_->Quit([this] {
+    person_.Note("Stopped");
+    EndAtOnce(kEnded);
+  });
+}
+
+}  // namespace zeb

@@ -1,0 +1,44 @@
+// RealPorts: the ports of this platform, made together in the order in which they need each other. The one
+// place that chooses them for a program with the engine inside.
+#pragma once
+
+#include <string>
+
+#include "platform/Environment.h"
+#include "platform/posix/CurlFtpSession.h"
+#include "platform/posix/LibxmlMarkup.h"
+#include "platform/posix/PosixFiles.h"
+#include "platform/posix/PosixProcesses.h"
+#include "platform/qt/QtLocalSockets.h"
+#include "platform/qt/QtLoop.h"
+#include "platform/qt/QtNetwork.h"
+#include "platform/qt/QtSerialPortControl.h"
+
+namespace zeb {
+
+// Needs the application object of Qt, and outlives all that uses its ports.
+struct RealPorts {
+  // Relative names of files start from the data folder.
+  explicit RealPorts(const std::string& folder) : files(folder) {}
+
+  // What the engine works with; the three that it is given outlive it too.
+  Environment EngineOn(SettingsHive& hive, Operator& person, CartStore& carts, const std::string& folder) {
+    Environment environment{loop, hive, files, network, person, carts, folder, ""};
+    environment.serialPorts = &serialPorts;
+    environment.markup = &markup;
+    environment.ftp = &ftp;
+    environment.processes = &processes;
+    return environment;
+  }
+
+  QtLoop loop;
+  QtNetwork network{loop};
+  QtSerialPorts serialPorts{loop, network};
+  PosixFiles files;
+  LibxmlMarkup markup;
+  CurlFtpSessions ftp;
+  PosixProcesses processes;
+  QtLocalSockets localSockets{loop};
+};
+
+}  // namespace zeb
