@@ -2,6 +2,7 @@
 // file damages it or is told wrongly.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/mount.h>
@@ -528,12 +529,12 @@ TEST_F(SqliteHistoryTest, IsNeverDamagedByAKill) {
       }
     }
     ::close(told[1]);
-    // Killed after so many bytes, so at another place of the work each time.
+    // Killed after so many bytes and turns, so at another place of the work each time.
     std::int64_t written = 0;
     char byte = 0;
     for (const auto until = static_cast<std::int64_t>(random() % 20); written < until; ++written)
       if (::read(told[0], &byte, 1) != 1) break;
-    ::usleep(static_cast<useconds_t>(random() % 2000));
+    for (auto turns = random() % 1000; turns > 0; --turns) ::sched_yield();
     ::kill(child, SIGKILL);
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
