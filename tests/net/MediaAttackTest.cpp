@@ -100,6 +100,8 @@ class MediaAttackTest : public Station {
       ASSERT_NE(AwaitPage((web / "now.html").string(), title).find(title), std::string::npos)
           << picture << "\n"
           << zebd->error;
+    // The last of an update is its line, and what became of the picture stands before it.
+    ASSERT_TRUE(zebd->WaitForError("'" + title + "'")) << zebd->error;
   }
   static std::vector<std::string> Names(const fs::path& where) {
     std::vector<std::string> names;
