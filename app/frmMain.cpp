@@ -42,6 +42,7 @@ frmMain::frmMain(Environment& environment, OutputFactory makeOutput, StartUpOpti
 
 frmMain::~frmMain() {
   onChanged = nullptr;
+  display = {};
   epoch_.Next();
   ShrinkTo(0);
 }
@@ -156,6 +157,7 @@ void frmMain::LetGo(frmService& window) {
 
 void frmMain::Tell(int number) const {
   if (onChanged) onChanged(number);
+  if (display.changed) display.changed(number);
 }
 
 int frmMain::AddService() {

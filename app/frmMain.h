@@ -23,6 +23,8 @@ class frmMain {
     std::function<void(const std::string& text, const std::string& action)> splash;
     std::function<void()> arrange;  // at the start: sizes the frame, arranges the service windows
     std::function<void()> minimise;
+    // What is to be seen of a service is another (its number), or the list of services is (0). Called often.
+    std::function<void(int number)> changed;
   };
 
   // `history` is where is kept what was on air and what was shown; null: it is not kept.
@@ -33,8 +35,7 @@ class frmMain {
   frmMain& operator=(const frmMain&) = delete;
 
   Display display;
-  // What is to be seen of a service is another (its number), or the list of services is (0). Called often.
-  std::function<void(int number)> onChanged;
+  std::function<void(int number)> onChanged;  // as Display::changed; for the control room
 
   // Imports the file named on the command line, chooses the settings root, migrates the previous version's
   // services, loads every service. Fails only when the settings cannot be used; the program then ends.

@@ -1,0 +1,7 @@
+#include "app/desktop/dialogs/Files.h"
+
+namespace zeb {
+
+void OpenSupportFile(Desk&) {}
+
+}  // namespace zeb
