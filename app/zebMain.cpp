@@ -125,7 +125,8 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
   if (given.showHelp || given.showVersion) return 0;
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(given.home));
   if (!folder) return Fail(journal, folder.Reason());
-  if (!HasScreen()) return Fail(journal, "there is no screen (DISPLAY is not set); zebd publishes without one");
+  if (!HasScreen())
+    return Fail(journal, "there is no screen (DISPLAY is not set); zebd publishes without one");
 
   PrepareProcess(journal, Windows::kSome);
   int count = 1;  // the options are ours, not Qt's

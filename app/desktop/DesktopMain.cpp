@@ -79,7 +79,9 @@ void DesktopMain::Stopping() {
   if (window_) window_->Save();
 }
 
+// In front of a window that can be seen: of a minimised one nobody would see the question.
 void DesktopMain::Quit() {
+  if (!start_.silent) window_->Raise();
   desk_->main.RequestQuit([this] {
     window_->Save();
     ways_.ended();

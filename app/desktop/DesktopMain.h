@@ -29,8 +29,8 @@ class DesktopMain {
     std::string screenshots;  // the folder to put pictures of all windows into, and then to end; "" for none
   };
   struct Ways {
-    std::function<void()> ended;                        // everything is closed: ends the process
-    std::function<void(const std::string& why)> stop;   // ends without a question
+    std::function<void()> ended;                       // everything is closed: ends the process
+    std::function<void(const std::string& why)> stop;  // ends without a question
   };
 
   DesktopMain(Start start, Ways ways);

@@ -41,28 +41,29 @@ void DBusPower::StayAwake(const std::string& why, std::function<void(const std::
   const auto once = [told, refused = std::move(refused)](const std::string& reason) {
     if (!std::exchange(*told, true)) refused(reason);
   };
-  loop_.Start("stay awake", [&loop = loop_, once, text = QString::fromStdString(why),
-                             kept = std::weak_ptr(calls_)] {
-    // Connecting waits for the bus.
-    const bool connected = loop.RunBlocking(
-        [] {
-          (void)QDBusConnection::systemBus();
-          (void)QDBusConnection::sessionBus();
-        },
-        kConnectLimit);
-    const auto calls = kept.lock();
-    if (!calls) return;
-    if (!connected) return once("the system's buses do not answer");
-    QDBusMessage awake = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
-                                                        "org.freedesktop.login1.Manager", "Inhibit");
-    awake << "idle" << "ZEB" << text << "block";
-    Call(*calls, {"logind", QDBusConnection::systemBus(), awake}, once);
-    QDBusMessage screen =
-        QDBusMessage::createMethodCall("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
-                                       "org.freedesktop.ScreenSaver", "Inhibit");
-    screen << "ZEB" << text;
-    Call(*calls, {"the screen saver", QDBusConnection::sessionBus(), screen}, once);
-  });
+  loop_.Start(
+      "stay awake", [&loop = loop_, once, text = QString::fromStdString(why), kept = std::weak_ptr(calls_)] {
+        // Connecting waits for the bus.
+        const bool connected = loop.RunBlocking(
+            [] {
+              (void)QDBusConnection::systemBus();
+              (void)QDBusConnection::sessionBus();
+            },
+            kConnectLimit);
+        const auto calls = kept.lock();
+        if (!calls) return;
+        if (!connected) return once("the system's buses do not answer");
+        QDBusMessage awake = QDBusMessage::createMethodCall(
+            "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "Inhibit");
+        awake << "idle"
+              << "ZEB" << text << "block";
+        Call(*calls, {"logind", QDBusConnection::systemBus(), awake}, once);
+        QDBusMessage screen =
+            QDBusMessage::createMethodCall("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+                                           "org.freedesktop.ScreenSaver", "Inhibit");
+        screen << "ZEB" << text;
+        Call(*calls, {"the screen saver", QDBusConnection::sessionBus(), screen}, once);
+      });
 }
 
 }  // namespace zeb

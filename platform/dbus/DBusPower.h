@@ -19,7 +19,8 @@ class DBusPower : public PowerRequest {
 
  private:
   EventLoop& loop_;
-  const std::shared_ptr<QObject> calls_ = std::make_shared<QObject>();  // what waits for an answer ends with it
+  const std::shared_ptr<QObject> calls_ =
+      std::make_shared<QObject>();  // what waits for an answer ends with it
 };
 
 }  // namespace zeb

@@ -22,10 +22,11 @@ namespace zeb {
 namespace {
 
 constexpr int kFirstServices = 9;  // those with a key of their own
-constexpr std::array<std::pair<const char*, ToolShape>, 4> kTools = {{{"AddService", ToolShape::kPlus},
-                                                                      {"ServiceSettings", ToolShape::kSliders},
-                                                                      {"SetManually", ToolShape::kPencil},
-                                                                      {"ForceUpdate", ToolShape::kArrows}}};
+constexpr std::array<std::pair<const char*, ToolShape>, 4> kTools = {
+    {{"AddService", ToolShape::kPlus},
+     {"ServiceSettings", ToolShape::kSliders},
+     {"SetManually", ToolShape::kPencil},
+     {"ForceUpdate", ToolShape::kArrows}}};
 
 }  // namespace
 
@@ -91,61 +92,86 @@ void FrameMenus::AddFileMenu() {
     };
   };
   const Command line{};
-  AddMenu("&File",
-          {{"AddService", "&Add Service...", {Qt::CTRL | Qt::Key_N}, Scope::kAlways, frame_.addService},
-           {"RemoveService", "&Remove Service...", {}, Scope::kService, [this] { OpenRemoveService(desk_); }},
-           line,
-           {"ImportSettings", "&Import settings...", {}, Scope::kAlways, [this] { OpenImportSettings(desk_); }},
-           {"ExportSettings", "&Export settings...", {}, Scope::kAlways, [this] { OpenExportSettings(desk_); }},
-           {"SupportFile", "Support &File...", {}, Scope::kAlways, [this] { OpenSupportFile(desk_); }},
-           line,
-           {"Print", "&Print...", {Qt::CTRL | Qt::Key_P}, Scope::kService,
-            print(&OpenPrint, ReportKind::kConfiguration)},
-           {"PrintPreview", "Print Pre&view...", {}, Scope::kService,
-            print(&OpenPrintPreview, ReportKind::kConfiguration)},
-           {"PrintHistory", "Print Play &History...", {}, Scope::kService,
-            print(&OpenPrintPreview, ReportKind::kPlayHistory)},
-           line,
-           {"Exit", "E&xit", {Qt::CTRL | Qt::Key_Q}, Scope::kAlways, frame_.quit}});
+  AddMenu(
+      "&File",
+      {{"AddService", "&Add Service...", {Qt::CTRL | Qt::Key_N}, Scope::kAlways, frame_.addService},
+       {"RemoveService", "&Remove Service...", {}, Scope::kService, [this] { OpenRemoveService(desk_); }},
+       line,
+       {"ImportSettings", "&Import settings...", {}, Scope::kAlways, [this] { OpenImportSettings(desk_); }},
+       {"ExportSettings", "&Export settings...", {}, Scope::kAlways, [this] { OpenExportSettings(desk_); }},
+       {"SupportFile", "Support &File...", {}, Scope::kAlways, [this] { OpenSupportFile(desk_); }},
+       line,
+       {"Print",
+        "&Print...",
+        {Qt::CTRL | Qt::Key_P},
+        Scope::kService,
+        print(&OpenPrint, ReportKind::kConfiguration)},
+       {"PrintPreview",
+        "Print Pre&view...",
+        {},
+        Scope::kService,
+        print(&OpenPrintPreview, ReportKind::kConfiguration)},
+       {"PrintHistory",
+        "Print Play &History...",
+        {},
+        Scope::kService,
+        print(&OpenPrintPreview, ReportKind::kPlayHistory)},
+       line,
+       {"Exit", "E&xit", {Qt::CTRL | Qt::Key_Q}, Scope::kAlways, frame_.quit}});
 }
 
 void FrameMenus::AddServiceMenu() {
   const Command line{};
-  AddMenu("&Service",
-          {{"ServiceSettings", "&Settings...", {Qt::Key_F4, Qt::CTRL | Qt::Key_Return}, Scope::kService,
-            OnService(&OpenServiceSettings)},
-           {"SetManually", "Set &Manually...", {Qt::CTRL | Qt::Key_M}, Scope::kService,
-            OnService(&OpenManualEntry)},
-           {"ForceUpdate", "&Force Update", {Qt::Key_F5}, Scope::kService,
-            [this] {
-              if (const ServicePtr service = frame_.service()) service->ForceUpdate();
-            }},
-           line,
-           {"AddOutput", "Add &Output...", {Qt::Key_Insert}, Scope::kOutput, OnService(&OpenAddOutput)},
-           {"OutputProperties", "Output &Properties...", {Qt::Key_Return, Qt::Key_Enter}, Scope::kOutput,
-            OnOutput(&OpenOutputProperties)},
-           {"RemoveOutput", "&Remove Output...", {Qt::Key_Delete}, Scope::kOutput, OnOutput(&AskRemoveOutput)},
-           {"SendTest", "Send &Test", {}, Scope::kOutput, OnOutput(&OpenOutputTest)},
-           {"CopyStatusText", "&Copy Status Text", {Qt::CTRL | Qt::Key_C}, Scope::kOutput, [this] {
-              if (const ServiceWindow* window = area_.Active()) window->CopyStatusText();
-            }}});
+  AddMenu(
+      "&Service",
+      {{"ServiceSettings",
+        "&Settings...",
+        {Qt::Key_F4, Qt::CTRL | Qt::Key_Return},
+        Scope::kService,
+        OnService(&OpenServiceSettings)},
+       {"SetManually",
+        "Set &Manually...",
+        {Qt::CTRL | Qt::Key_M},
+        Scope::kService,
+        OnService(&OpenManualEntry)},
+       {"ForceUpdate",
+        "&Force Update",
+        {Qt::Key_F5},
+        Scope::kService,
+        [this] {
+          if (const ServicePtr service = frame_.service()) service->ForceUpdate();
+        }},
+       line,
+       {"AddOutput", "Add &Output...", {Qt::Key_Insert}, Scope::kOutput, OnService(&OpenAddOutput)},
+       {"OutputProperties",
+        "Output &Properties...",
+        {Qt::Key_Return, Qt::Key_Enter},
+        Scope::kOutput,
+        OnOutput(&OpenOutputProperties)},
+       {"RemoveOutput", "&Remove Output...", {Qt::Key_Delete}, Scope::kOutput, OnOutput(&AskRemoveOutput)},
+       {"SendTest", "Send &Test", {}, Scope::kOutput, OnOutput(&OpenOutputTest)},
+       {"CopyStatusText", "&Copy Status Text", {Qt::CTRL | Qt::Key_C}, Scope::kOutput, [this] {
+          if (const ServiceWindow* window = area_.Active()) window->CopyStatusText();
+        }}});
 }
 
 void FrameMenus::AddViewMenu() {
   const Command line{};
-  QMenu* menu =
-      AddMenu("&View",
-              {{"ShowOverview", "&Overview", {Qt::Key_F9}, Scope::kAlways, frame_.toggleOverview},
-               {"FindServices", "&Find a Service", {Qt::CTRL | Qt::Key_F}, Scope::kAlways, frame_.find},
-               line,
-               {"ShowItems", "&Items", {Qt::CTRL | Qt::Key_I}, Scope::kService,
-                OnPage(ServiceWindow::Page::kItems)},
-               {"ShowListeners", "&What Listeners See", {Qt::Key_F6}, Scope::kService,
-                OnPage(ServiceWindow::Page::kListeners)},
-               {"ShowHistory", "&History", {Qt::Key_F7}, Scope::kService, OnPage(ServiceWindow::Page::kHistory)},
-               {"ShowJournal", "&Journal", {Qt::Key_F8}, Scope::kService, OnPage(ServiceWindow::Page::kJournal)},
-               line,
-               {"Tabs", "&Tabs", {}, Scope::kAlways, frame_.toggleTabs}});
+  QMenu* menu = AddMenu(
+      "&View",
+      {{"ShowOverview", "&Overview", {Qt::Key_F9}, Scope::kAlways, frame_.toggleOverview},
+       {"FindServices", "&Find a Service", {Qt::CTRL | Qt::Key_F}, Scope::kAlways, frame_.find},
+       line,
+       {"ShowItems", "&Items", {Qt::CTRL | Qt::Key_I}, Scope::kService, OnPage(ServiceWindow::Page::kItems)},
+       {"ShowListeners",
+        "&What Listeners See",
+        {Qt::Key_F6},
+        Scope::kService,
+        OnPage(ServiceWindow::Page::kListeners)},
+       {"ShowHistory", "&History", {Qt::Key_F7}, Scope::kService, OnPage(ServiceWindow::Page::kHistory)},
+       {"ShowJournal", "&Journal", {Qt::Key_F8}, Scope::kService, OnPage(ServiceWindow::Page::kJournal)},
+       line,
+       {"Tabs", "&Tabs", {}, Scope::kAlways, frame_.toggleTabs}});
   for (const char* name : {"ShowOverview", "Tabs"}) Find(name)->setCheckable(true);
   AddThemes(*menu);
 }
@@ -156,8 +182,9 @@ void FrameMenus::AddThemes(QMenu& menu) {
   const std::array<std::string_view, 3> captions = {"&System", "&Light", "&Dark"};
   for (const ThemeChoice choice : {ThemeChoice::kSystem, ThemeChoice::kLight, ThemeChoice::kDark}) {
     const auto at = static_cast<std::size_t>(choice);
-    QAction* action =
-        AddCommand(*themes, {"Theme", captions.at(at), {}, Scope::kAlways, [this, choice] { frame_.chooseTheme(choice); }});
+    QAction* action = AddCommand(*themes, {"Theme", captions.at(at), {}, Scope::kAlways, [this, choice] {
+                                             frame_.chooseTheme(choice);
+                                           }});
     action->setCheckable(true);
     group->addAction(action);
     themes_.push_back(action);
@@ -166,19 +193,31 @@ void FrameMenus::AddThemes(QMenu& menu) {
 
 void FrameMenus::AddWindowMenu() {
   const Command line{};
-  QMenu* menu = AddMenu(
-      "&Window", {{"Tile", "&Tile", {}, Scope::kAlways, [this] { area_.tileSubWindows(); }},
-                  {"Cascade", "&Cascade", {}, Scope::kAlways, [this] { area_.cascadeSubWindows(); }},
-                  {"NextWindow", "&Next", {Qt::CTRL | Qt::Key_Tab}, Scope::kAlways,
-                   [this] { area_.activateNextSubWindow(); }},
-                  {"PreviousWindow", "&Previous", {Qt::CTRL | Qt::SHIFT | Qt::Key_Tab}, Scope::kAlways,
-                   [this] { area_.activatePreviousSubWindow(); }},
-                  {"CloseWindow", "C&lose", {Qt::CTRL | Qt::Key_W}, Scope::kAlways,
-                   [this] { area_.closeActiveSubWindow(); }},
-                  line});
+  QMenu* menu =
+      AddMenu("&Window", {{"Tile", "&Tile", {}, Scope::kAlways, [this] { area_.tileSubWindows(); }},
+                          {"Cascade", "&Cascade", {}, Scope::kAlways, [this] { area_.cascadeSubWindows(); }},
+                          {"NextWindow",
+                           "&Next",
+                           {Qt::CTRL | Qt::Key_Tab},
+                           Scope::kAlways,
+                           [this] { area_.activateNextSubWindow(); }},
+                          {"PreviousWindow",
+                           "&Previous",
+                           {Qt::CTRL | Qt::SHIFT | Qt::Key_Tab},
+                           Scope::kAlways,
+                           [this] { area_.activatePreviousSubWindow(); }},
+                          {"CloseWindow",
+                           "C&lose",
+                           {Qt::CTRL | Qt::Key_W},
+                           Scope::kAlways,
+                           [this] { area_.closeActiveSubWindow(); }},
+                          line});
   for (int number = 1; number <= kFirstServices; ++number)
-    first_.push_back(AddCommand(*menu, {"Service", "", {QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_0 + number))},
-                                        Scope::kAlways, [this, number] {
+    first_.push_back(AddCommand(*menu, {"Service",
+                                        "",
+                                        {QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_0 + number))},
+                                        Scope::kAlways,
+                                        [this, number] {
                                           if (number <= desk_.main.NumberServices())
                                             area_.Show(desk_.main.Window(number));
                                         }}));
@@ -198,16 +237,18 @@ void FrameMenus::FillWindowMenu() {
 }
 
 void FrameMenus::AddOtherMenus() {
-  AddMenu("&Tools", {{"TemplateBuilder", "&Template Builder...", {Qt::CTRL | Qt::Key_B}, Scope::kAlways,
+  AddMenu("&Tools", {{"TemplateBuilder",
+                      "&Template Builder...",
+                      {Qt::CTRL | Qt::Key_B},
+                      Scope::kAlways,
                       [this] {
                         OpenFormatCreator(desk_, &window_, frame_.service(), "", [](const std::string& text) {
                           QApplication::clipboard()->setText(QString::fromStdString(text));
                         });
                       }},
                      {"Options", "&Options...", {}, Scope::kAlways, [this] { OpenOptions(desk_); }}});
-  AddMenu("&Help",
-          {{"Manual", "&Manual", {Qt::Key_F1}, Scope::kAlways, frame_.openManual},
-           {"About", "&About ZEB", {}, Scope::kAlways, [this] { OpenAboutBox(desk_, &window_); }}});
+  AddMenu("&Help", {{"Manual", "&Manual", {Qt::Key_F1}, Scope::kAlways, frame_.openManual},
+                    {"About", "&About ZEB", {}, Scope::kAlways, [this] { OpenAboutBox(desk_, &window_); }}});
 }
 
 void FrameMenus::AddToolBar() {

@@ -121,9 +121,9 @@ TrayIcon::Frame MainWindow::TrayFrame() {
 }
 
 void MainWindow::AddStatusBar() {
-  auto* folder = new QLabel(T("Ready") + " · " +
-                                T("data folder %1").arg(QString::fromStdString(desk_.environment.dataFolder)),
-                            this);
+  auto* folder = new QLabel(
+      T("Ready") + " · " + T("data folder %1").arg(QString::fromStdString(desk_.environment.dataFolder)),
+      this);
   folder->setTextFormat(Qt::PlainText);
   failing_->setObjectName("Failing");
   clock_->setObjectName("Clock");
@@ -142,8 +142,7 @@ void MainWindow::Arrange() {
   ShowPage();
   const int count = desk_.main.NumberServices();
   // The first start with services: the first one's window, filling the frame.
-  const std::vector<int> open =
-      layout_.openKnown ? layout_.open : std::vector<int>(count > 0 ? 1 : 0, 1);
+  const std::vector<int> open = layout_.openKnown ? layout_.open : std::vector<int>(count > 0 ? 1 : 0, 1);
   for (const int number : open)
     if (number <= count) area_.Show(desk_.main.Window(number));
   LookAtTroubles();
@@ -227,7 +226,9 @@ void MainWindow::ShowTroubles() {
   const int services = desk_.main.NumberServices();
   const std::size_t failing = troubles_.Count();
   const QString count = services == 1 ? T("1 service") : T("%1 services").arg(services);
-  const QString state = failing > 0 ? T("%1 failing").arg(failing) : services > 0 ? T("all is well") : QString();
+  const QString state = failing > 0                             ? T("%1 failing").arg(failing)
+                        : services > 0 && troubles_.AllIsWell() ? T("all is well")
+                                                                : QString();
   const Severity worst = failing > 0 ? Severity::kFailing : services > 0 ? Severity::kOk : Severity::kOff;
   mark_->setPixmap(MarkIcon(worst, QApplication::palette()).pixmap(16, 16));
   failing_->setText(state.isEmpty() ? count : state + " · " + count);

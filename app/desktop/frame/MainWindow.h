@@ -36,7 +36,7 @@ class MainWindow : public QMainWindow {
   static constexpr Duration kLook = std::chrono::seconds(1);
 
   struct Ways {
-    std::function<void()> quit;        // asks, and ends the program
+    std::function<void()> quit;  // asks, and ends the program
     std::function<void()> openManual;
   };
   // `desk` outlives it. Nothing is shown yet.

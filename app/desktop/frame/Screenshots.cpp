@@ -94,7 +94,8 @@ const std::vector<Shot>& Shots() {
 // What stands before the frame; the frame when nothing does.
 QWidget* Front(MainWindow& window) {
   for (QWidget* top : QApplication::topLevelWidgets())
-    if (top->isVisible() && top != &window && top->isWindow() && (top->windowType() == Qt::Dialog)) return top;
+    if (top->isVisible() && top != &window && top->isWindow() && (top->windowType() == Qt::Dialog))
+      return top;
   return &window;
 }
 
@@ -105,7 +106,9 @@ class Photographer {
     QDir().mkpath(QString::fromStdString(folder_));
   }
 
-  void Begin() { Later([this] { Next(); }); }
+  void Begin() {
+    Later([this] { Next(); });
+  }
 
  private:
   void Later(std::function<void()> what) { timer_ = desk_.environment.loop.After(kDrawn, std::move(what)); }

@@ -46,8 +46,9 @@ QIcon ToolPicture(ToolShape shape, const QPalette& palette) {
       QPainter painter(&pixmap);
       painter.setRenderHint(QPainter::Antialiasing);
       painter.scale(size / 16.0, size / 16.0);
-      PaintShape(painter, shape,
-                 palette.color(mode == QIcon::Normal ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
+      PaintShape(
+          painter, shape,
+          palette.color(mode == QIcon::Normal ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
       icon.addPixmap(pixmap, mode);
     }
   return icon;

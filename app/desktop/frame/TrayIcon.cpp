@@ -71,8 +71,9 @@ void TrayIcon::SetState(std::size_t failing, int services) {
 
 void TrayIcon::Tell(const TroubleWatch::News& news) {
   if (!news.begun.empty())
-    return Balloon(news.begun.size() == 1 ? T("An output fails") : T("%1 outputs fail").arg(news.begun.size()),
-                   news.begun, QSystemTrayIcon::Warning);
+    return Balloon(
+        news.begun.size() == 1 ? T("An output fails") : T("%1 outputs fail").arg(news.begun.size()),
+        news.begun, QSystemTrayIcon::Warning);
   if (!news.ended.empty())
     Balloon(news.ended.size() == 1 ? T("An output works again")
                                    : T("%1 outputs work again").arg(news.ended.size()),
@@ -87,8 +88,9 @@ void TrayIcon::Balloon(const QString& title, const std::vector<Trouble>& trouble
       lines << "…";
       break;
     }
-    lines << (icon == QSystemTrayIcon::Warning ? Line(trouble)
-                                               : QString::fromStdString(trouble.service + ", " + trouble.output));
+    lines << (icon == QSystemTrayIcon::Warning
+                  ? Line(trouble)
+                  : QString::fromStdString(trouble.service + ", " + trouble.output));
   }
   balloon_ = title + "\n" + lines.join("\n");
   if (icon_.isVisible() && QSystemTrayIcon::supportsMessages())

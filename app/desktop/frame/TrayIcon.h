@@ -19,7 +19,7 @@ class TrayIcon {
  public:
   struct Frame {
     std::function<void()> open, exit;
-    std::function<std::vector<Trouble>()> troubles;  // a few
+    std::function<std::vector<Trouble>()> troubles;      // a few
     std::function<std::vector<std::string>()> services;  // names, a few
     std::function<void(int number)> forceUpdate;
   };

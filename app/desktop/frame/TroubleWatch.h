@@ -30,7 +30,8 @@ class TroubleWatch {
   // Looks at what has changed, and at what has not lasted long enough yet.
   News Look(const frmMain& main, MonotonicTime now);
 
-  std::size_t Count() const;  // outputs in trouble
+  std::size_t Count() const;                         // outputs in trouble
+  bool AllIsWell() const { return known_.empty(); }  // nor is there one that may become so
   // In the order of services; at most so many.
   std::vector<Trouble> Worst(std::size_t most) const;
 
