@@ -17,8 +17,9 @@ TemplateEdit::TemplateEdit(Desk& desk, ServicePtr window, bool multiLine)
       edit_(new TemplateTextEdit(multiLine)),
       result_(new TemplateResult(desk, window_, *edit_)) {
   auto* build = new QPushButton(T("Build..."));
-  build->setObjectName("Build");
   build->setAutoDefault(false);
+  connect(edit_, &QObject::objectNameChanged, build,
+          [build](const QString& name) { build->setObjectName("Build" + name); });
   connect(build, &QPushButton::clicked, this, [this] { Build(); });
   auto* layout = new QGridLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -40,13 +41,8 @@ void TemplateEdit::SetText(const std::string& text) {
   edit_->SetText(text);
 }
 
-void TemplateEdit::SetNames(const QString& objectName, const QString& accessibleName) {
-  edit_->setObjectName(objectName);
-  edit_->setAccessibleName(accessibleName);
-  if (auto* build = findChild<QPushButton*>("Build")) {
-    build->setObjectName("Build" + objectName);
-    build->setAccessibleName(accessibleName + " " + T("Build..."));
-  }
+QWidget* TemplateEdit::Input() const {
+  return edit_;
 }
 
 void TemplateEdit::Build() {

@@ -4,7 +4,6 @@
 // The text comes back byte for byte as it was given while nobody has changed it.
 #pragma once
 
-#include <QString>
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -24,9 +23,8 @@ class TemplateEdit : public QWidget {
 
   std::string Text() const;
   void SetText(const std::string& text);
-  // The names of the field that is typed into: of the setting, and the caption for those who cannot see it.
-  // A label's buddy may be this widget.
-  void SetNames(const QString& objectName, const QString& accessibleName);
+  // What takes the keys, to be named after the setting and its caption; also this widget's focus proxy.
+  QWidget* Input() const;
 
   std::function<void()> onChanged;  // by the person or by SetText
 

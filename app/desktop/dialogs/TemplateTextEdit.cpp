@@ -101,10 +101,12 @@ void TemplateTextEdit::Insert(std::string_view text) {
   ensureCursorVisible();
 }
 
-void TemplateTextEdit::SetCaret(std::size_t offset) {
+void TemplateTextEdit::ShowFault() {
   const std::string shown = Shown();
+  const std::optional<SectionFault> fault = FindSectionFault(shown);
+  if (!fault) return;
   QTextCursor caret = textCursor();
-  caret.setPosition(Utf16Carets(shown).At(offset));
+  caret.setPosition(Utf16Carets(shown).At(fault->at));
   setTextCursor(caret);
   ensureCursorVisible();
 }

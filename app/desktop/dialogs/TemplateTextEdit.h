@@ -23,7 +23,7 @@ class TemplateTextEdit : public QPlainTextEdit {
   void SetText(const std::string& text);      // it counts as unchanged then
   void ReplaceText(const std::string& text);  // as if typed: can be undone
   void Insert(std::string_view text);         // in the place of the selection
-  void SetCaret(std::size_t offset);          // in bytes of what is shown
+  void ShowFault();                           // puts the caret to the bracket at fault, if any
   const TemplateMarks& Marks() const { return marks_; }
 
   std::function<void()> onChanged;
