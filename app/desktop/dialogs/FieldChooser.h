@@ -1,5 +1,5 @@
-// FieldChooser: the left side of the template builder: whose fields, the fields with the values that they have
-// now, and a search among them.
+// FieldChooser: the left side of the template builder: whose fields, the fields with the values that they
+// have now, and a search among them.
 #pragma once
 
 #include <QWidget>

@@ -16,6 +16,10 @@ TemplateEdit::TemplateEdit(Desk& desk, ServicePtr window, bool multiLine)
       window_(std::move(window)),
       edit_(new TemplateTextEdit(multiLine)),
       result_(new TemplateResult(desk, window_, *edit_)) {
+  // One of many fields: a few lines, and the rest by scrolling or in the builder.
+  if (multiLine)
+    edit_->setFixedHeight(4 * edit_->fontMetrics().lineSpacing() + 2 * edit_->frameWidth() +
+                          static_cast<int>(2 * edit_->document()->documentMargin()));
   auto* build = new QPushButton(T("Build..."));
   build->setAutoDefault(false);
   connect(edit_, &QObject::objectNameChanged, build,

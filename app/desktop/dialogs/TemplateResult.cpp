@@ -63,7 +63,7 @@ TemplateResult::TemplateResult(Desk& desk, ServicePtr window, const TemplateText
 }
 
 bool TemplateResult::HasStation() const {
-  return window_ && !window_->Closed();
+  return window_ && window_->IsOpen();
 }
 
 PreviewItem TemplateResult::Chosen() const {
