@@ -113,6 +113,8 @@ class clsZEBService {
   // Items. Setting stores a Copy. Next and previous items have indexes 1 to ItemCount; outside that range
   // reading gives null and setting does nothing.
   int ItemCount() const { return itemCount_; }
+  // Goes up whenever an item is set, or how many there are.
+  std::uint64_t ItemsVersion() const { return itemsVersion_; }
   void SetItemCount(int count);  // held within 1..kMaxNextItems
   const clsZEBItemInfo& CurrentItem() const { return currentItem_; }
   void SetCurrentItem(const clsZEBItemInfo& item);  // moves the previous items down when one was playing
@@ -199,6 +201,7 @@ class clsZEBService {
   clsZEBItemInfo currentItem_, comingSoonItem_;
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
+  std::uint64_t itemsVersion_ = 0;
   UpdateCycle cycle_;
   SnapshotPtr lastSnapshot_;
   std::uint64_t information_ = 0;  // full updates so far

@@ -325,6 +325,10 @@ void HistoryRecorder::SetLimits(std::optional<HistoryLimits> limits) {
   }
 }
 
+bool HistoryRecorder::Keeps() const {
+  return state_->Keeps();
+}
+
 void HistoryRecorder::ItemSet(int service, std::string_view serviceName, int slot, std::string_view source,
                               const clsZEBItemInfo& item) {
   if (!state_->Keeps()) return;
@@ -367,7 +371,7 @@ void HistoryRecorder::Shown(const HistoryShown& shown) {
   row.problem = HistoryText(OneLine(shown.problem, kMostProblemBytes), kMostProblemBytes);
   row.text = HistoryText(shown.page ? shown.page->firstLines : shown.text, kMostTextBytes);
   row.bytes = shown.page ? shown.page->bytes : shown.text.size();
-  if (shown.page) row.digest = shown.page->digest;
+  if (shown.page) row.digest = shown.page->digest.Text();
   if (shown.latency) row.latency = std::chrono::duration_cast<std::chrono::microseconds>(*shown.latency);
   // Half a template would give something else.
   const auto& source = shown.source;

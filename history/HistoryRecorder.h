@@ -65,6 +65,8 @@ class HistoryRecorder {
   // After the settings were read again.
   void SetLimits(std::optional<HistoryLimits> limits);
 
+  bool Keeps() const;  // a history, at this moment
+
   // A new item stands in a slot (kHistoryCurrent and so on). `source`: who gave it, in a few words.
   void ItemSet(int service, std::string_view serviceName, int slot, std::string_view source,
                const clsZEBItemInfo& item);
