@@ -38,7 +38,6 @@ FrameMenus::FrameMenus(Desk& desk, QMainWindow& window, ServiceArea& area, Frame
   AddWindowMenu();
   AddOtherMenus();
   AddToolBar();
-  ShowWhatCanBeDone();
 }
 
 QAction* FrameMenus::Find(const char* name) const {
@@ -222,7 +221,6 @@ void FrameMenus::AddWindowMenu() {
                                             area_.Show(desk_.main.Window(number));
                                         }}));
   QObject::connect(menu, &QMenu::aboutToShow, &window_, [this] { FillWindowMenu(); });
-  FillWindowMenu();
 }
 
 void FrameMenus::FillWindowMenu() {
@@ -270,6 +268,7 @@ void FrameMenus::GiveKeysTo(ServiceWindow& window) {
 }
 
 void FrameMenus::ShowWhatCanBeDone() {
+  FillWindowMenu();  // what is not to be seen in it has no key either
   const bool service = frame_.service() != nullptr;
   for (QAction* action : ofService_) action->setEnabled(service);
   for (QAction* action : ofOutput_) action->setEnabled(area_.Active() != nullptr);

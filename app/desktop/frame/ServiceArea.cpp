@@ -22,7 +22,6 @@ ServiceArea::ServiceArea(Desk& desk, const FrameSettings& settings) : desk_(desk
 
 ServiceArea::~ServiceArea() {
   onActivated = nullptr;
-  for (const auto& [service, frame] : frames_) frame->disconnect(this);
 }
 
 ServiceWindow* ServiceArea::Show(const std::shared_ptr<frmService>& service) {
@@ -37,7 +36,7 @@ ServiceWindow* ServiceArea::Show(const std::shared_ptr<frmService>& service) {
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->setWindowIcon(AppIcon());
   frames_[service.get()] = frame;
-  QObject::connect(frame, &QObject::destroyed, this, [this, gone = service.get()] { frames_.erase(gone); });
+  QObject::connect(frame, &QObject::destroyed, &gone_, [this, gone = service.get()] { frames_.erase(gone); });
   if (onMade) onMade(*window);
   window->Draw();
   PlaceNew(*frame, service->service().ServiceNumber());

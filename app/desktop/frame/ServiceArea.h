@@ -45,6 +45,7 @@ class ServiceArea : public QMdiArea {
   Desk& desk_;
   const FrameSettings& settings_;
   std::map<const frmService*, QMdiSubWindow*> frames_;
+  QObject gone_;  // hears of frames that go; the area itself is cut off from them before
 };
 
 }  // namespace zeb
