@@ -94,6 +94,10 @@ TEST_F(FrameTest, ARowOutOfSightIsNotPutTogether) {
   Start();
   ASSERT_EQ(Rows().rowCount(), 200);
   EXPECT_EQ(window->Area().Windows().size(), 1u) << "the others are made when they are shown";
+  for (int i = 1; i <= 200; ++i) Send(i, "SET_CURRENT_ITEM ITitle=\"Waterloo\"");
+  Pass(5s);
+  EXPECT_GT(window->Overview().List().PutTogether(), 5);
+  EXPECT_LT(window->Overview().List().PutTogether(), 40) << "as many as fit into the window";
 }
 
 TEST_F(FrameTest, TheFieldLeavesServicesWhoseNamesHoldItsText) {
@@ -101,6 +105,7 @@ TEST_F(FrameTest, TheFieldLeavesServicesWhoseNamesHoldItsText) {
   Start();
   Type("FindService", "rock");
   ASSERT_EQ(Rows().rowCount(), 2);
+  Named("FindService")->setFocus();
   QTest::keyClick(Named("FindService"), Qt::Key_Return);
   Settle();
   EXPECT_EQ(ActiveName(), "Rock 1");

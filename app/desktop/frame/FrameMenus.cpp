@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QShortcut>
 #include <QToolBar>
 #include <array>
 #include <utility>
@@ -49,7 +50,7 @@ QAction* FrameMenus::AddCommand(QMenu& menu, const Command& command) {
   auto* action = new QAction(T(command.caption), &window_);
   action->setObjectName(QLatin1String(command.name));
   action->setShortcuts(command.keys);
-  if (command.scope == Scope::kOutput) action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  if (command.scope == Scope::kOutput) action->setShortcutContext(Qt::WidgetShortcut);  // of GiveKeysTo alone
   if (command.scope == Scope::kService) ofService_.push_back(action);
   if (command.scope == Scope::kOutput) ofOutput_.push_back(action);
   QObject::connect(action, &QAction::triggered, &window_, [run = command.run] { run(); });
@@ -263,8 +264,16 @@ void FrameMenus::GivePictures() {
   for (const auto& [name, shape] : kTools) Find(name)->setIcon(ToolPicture(shape, QApplication::palette()));
 }
 
+// In its list of outputs alone: Enter and Del mean something else elsewhere.
 void FrameMenus::GiveKeysTo(ServiceWindow& window) {
-  for (QAction* action : ofOutput_) window.addAction(action);
+  auto* outputs = window.findChild<QWidget*>("outputs");
+  if (outputs == nullptr) return;
+  for (QAction* action : ofOutput_)
+    for (const QKeySequence& key : action->shortcuts()) {
+      auto* shortcut = new QShortcut(key, outputs);
+      shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+      QObject::connect(shortcut, &QShortcut::activated, action, &QAction::trigger);
+    }
 }
 
 void FrameMenus::ShowWhatCanBeDone() {

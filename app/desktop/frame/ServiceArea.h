@@ -40,7 +40,7 @@ class ServiceArea : public QMdiArea {
   std::function<void(ServiceWindow&)> onMade;  // a window has been made
 
  private:
-  void PlaceNew(QMdiSubWindow& frame, int service);
+  void PlaceNew(QMdiSubWindow& frame, const Placement& kept);
 
   Desk& desk_;
   const FrameSettings& settings_;
