@@ -96,6 +96,7 @@ TEST_F(FrameTest, ARowOutOfSightIsNotPutTogether) {
   EXPECT_EQ(window->Area().Windows().size(), 1u) << "the others are made when they are shown";
   for (int i = 1; i <= 200; ++i) Send(i, "SET_CURRENT_ITEM ITitle=\"Waterloo\"");
   Pass(5s);
+  (void)window->grab();
   EXPECT_GT(window->Overview().List().PutTogether(), 5);
   EXPECT_LT(window->Overview().List().PutTogether(), 40) << "as many as fit into the window";
 }
