@@ -33,6 +33,8 @@ namespace zeb {
 // More outputs of a type than any station has; a damaged count must not make the program build millions.
 inline constexpr std::int32_t kMaxOutputsOfType = 1000;
 inline constexpr int kMaxNextItems = 50;  // and previous items
+// Of the periodic updates, in seconds: a day; above it, it was never meant.
+inline constexpr std::int32_t kLongestUpdateInterval = 24 * 3600;
 
 // The service-level settings, named as in the store; defaults are those of a service never saved.
 struct ServiceSettings {
@@ -62,6 +64,7 @@ struct ServiceSettings {
 void TakeChanges(const ServiceSettings& before, const ServiceSettings& after, ServiceSettings& to);
 
 // What can be set for a service, and for an output of any type.
+SettingTable<ServiceSettings> ServiceSettingTable();
 SettingList ServiceSettingList();
 SettingList CommonOutputSettings();
 

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "core/Shown.h"
 #include "core/UpdateRecord.h"
 #include "platform/Environment.h"
@@ -23,6 +24,8 @@
 namespace zeb {
 
 class SettingsHive;
+
+SettingTable<HistoryLimits> HistorySettingTable();
 
 // "HistoryDays" and "HistoryMegabytes" under the settings root, held within what can be. Nothing: either is
 // 0, and no history is kept.

@@ -15,8 +15,8 @@ constexpr SettingTable<PairSwitches> kSwitches = kSwitchRows;
 
 }  // namespace
 
-SettingList PairSwitchList() {
-  return ListOf(kSwitches);
+SettingTable<PairSwitches> PairSwitchTable() {
+  return kSwitches;
 }
 
 const clsFileParameters& PairOutput::UpdateFile(int number) const {

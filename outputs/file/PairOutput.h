@@ -25,7 +25,7 @@ struct PairSwitches {
   bool CopyAdditionalFiles = false;
   bool AlwaysCopyFiles = false;  // also when an equal file is there already
 };
-SettingList PairSwitchList();
+SettingTable<PairSwitches> PairSwitchTable();
 
 class PairOutput : public clsZEBTemplate, public PairSwitches {
  public:
