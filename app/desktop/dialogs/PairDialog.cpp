@@ -216,11 +216,13 @@ class PairDialog : public QDialog {
       escape_->setCurrentIndex(static_cast<int>(known - kEscapeTexts.begin()));
     else
       escape_->setEditText(QString::fromStdString(pair_.EscapeValues));
+    escapeShown_ = escape_->currentText();
   }
 
   // The word behind the line of the list, or what was typed.
   std::string EscapeWord() const {
     const QString text = escape_->currentText();
+    if (text == escapeShown_) return pair_.EscapeValues;
     for (const EscapeText& choice : kEscapeTexts)
       if (text == T(choice.text)) return std::string(choice.word);
     return text.toStdString();
@@ -288,6 +290,7 @@ class PairDialog : public QDialog {
   QGroupBox* rules_ = nullptr;
   QComboBox *item_ = nullptr, *escape_ = nullptr;
   std::array<QCheckBox*, kUpdateRules.size()> flags_{};
+  QString escapeShown_;  // at first
   TemplateEdit* simpleText_;
 };
 
