@@ -64,6 +64,7 @@ class PairDialog : public QDialog {
     rules_->setEnabled(useRules_->isChecked());
     connect(refresh_, &QCheckBox::toggled, seconds_, &QWidget::setEnabled);
     seconds_->setEnabled(refresh_->isChecked());
+    resize(90 * fontMetrics().averageCharWidth(), sizeHint().height());
     source_->setFocus();
   }
 
