@@ -22,6 +22,7 @@ QTreeWidget* FieldList() {
   fields->setAccessibleName(T("Fields"));
   fields->setColumnCount(2);
   fields->setHeaderLabels({T("Field"), T("Value")});
+  fields->header()->setAccessibleName(T("Columns"));
   fields->setRootIsDecorated(false);
   fields->setUniformRowHeights(true);
   fields->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);

@@ -3,6 +3,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <utility>
 
 #include "app/desktop/Boxes.h"
@@ -49,12 +50,20 @@ class FormatCreator : public QDialog {
     help->setObjectName("HelpText");
     help->setTextFormat(Qt::PlainText);
     help->setWordWrap(true);
+    help->setAlignment(Qt::AlignTop);
+    auto* helpArea = new QScrollArea;  // long, and longer in some languages
+    helpArea->setObjectName("HelpArea");
+    helpArea->setAccessibleName(T("Help"));
+    helpArea->setFrameShape(QFrame::NoFrame);
+    helpArea->setWidgetResizable(true);
+    helpArea->setWidget(help);
+    helpArea->setMinimumHeight(6 * fontMetrics().lineSpacing());
     auto* showHelp = new QPushButton(T("&Help"));
     showHelp->setObjectName("Help");
     showHelp->setCheckable(true);
     showHelp->setChecked(true);
     showHelp->setAutoDefault(false);
-    connect(showHelp, &QPushButton::toggled, help, &QWidget::setVisible);
+    connect(showHelp, &QPushButton::toggled, helpArea, &QWidget::setVisible);
     ok_ = new QPushButton(T("OK"));
     ok_->setDefault(true);
     auto* cancel = new QPushButton(T("Cancel"));
@@ -71,11 +80,12 @@ class FormatCreator : public QDialog {
     layout->addWidget(caption, 0, 1);
     layout->addWidget(edit_, 1, 1);
     layout->addWidget(result_, 2, 1);
-    layout->addWidget(help, 3, 1);
+    layout->addWidget(helpArea, 3, 1);
     layout->addWidget(buttons, 4, 0, 1, 2);
     layout->setColumnStretch(0, 2);
     layout->setColumnStretch(1, 3);
-    layout->setRowStretch(1, 1);
+    layout->setRowStretch(1, 2);
+    layout->setRowStretch(3, 1);
     edit_->setMinimumHeight(6 * edit_->fontMetrics().lineSpacing());
     const int width = fontMetrics().averageCharWidth();
     resize(150 * width, sizeHint().height());

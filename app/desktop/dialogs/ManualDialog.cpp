@@ -1,6 +1,5 @@
 #include <QComboBox>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -37,7 +36,7 @@ class ManualDialog : public QDialog {
     setAttribute(Qt::WA_DeleteOnClose);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(Fields());
-    layout->addWidget(Buttons());
+    layout->addLayout(Buttons());
     resize(70 * fontMetrics().averageCharWidth(), sizeHint().height());
     itemName_->setFocus();
   }
@@ -53,7 +52,7 @@ class ManualDialog : public QDialog {
     AddCart(form);
     notes_ = new QPlainTextEdit;
     notes_->setTabChangesFocus(true);
-    notes_->setMinimumHeight(3 * fontMetrics().lineSpacing());
+    notes_->setFixedHeight(5 * notes_->fontMetrics().lineSpacing());
     Add(form, "Notes", "N&otes:", notes_);
     presenterReference_ = Line(form, "PresenterReference", "&Presenter reference:");
     presenterName_ = Line(form, "PresenterFullName", "Presenter's &full name:");
@@ -108,19 +107,18 @@ class ManualDialog : public QDialog {
     return button;
   }
 
-  QWidget* Buttons() {
-    auto* buttons = new QDialogButtonBox;
+  QHBoxLayout* Buttons() {
     QPushButton* update = Button("&Update");
     update->setObjectName("Update");
     update->setDefault(true);  // OK sends nothing
     QPushButton* ok = Button("OK");
     QPushButton* cancel = Button("Cancel");
-    buttons->addButton(update, QDialogButtonBox::ActionRole);
-    buttons->addButton(ok, QDialogButtonBox::AcceptRole);
-    buttons->addButton(cancel, QDialogButtonBox::RejectRole);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    for (QPushButton* button : {update, ok, cancel}) buttons->addWidget(button);
     connect(update, &QPushButton::clicked, this, [this] { Send(); });
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     return buttons;
   }
 

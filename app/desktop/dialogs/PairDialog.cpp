@@ -64,6 +64,7 @@ class PairDialog : public QDialog {
     rules_->setEnabled(useRules_->isChecked());
     connect(refresh_, &QCheckBox::toggled, seconds_, &QWidget::setEnabled);
     seconds_->setEnabled(refresh_->isChecked());
+    resize(90 * fontMetrics().averageCharWidth(), sizeHint().height());
     source_->setFocus();
   }
 
@@ -216,11 +217,13 @@ class PairDialog : public QDialog {
       escape_->setCurrentIndex(static_cast<int>(known - kEscapeTexts.begin()));
     else
       escape_->setEditText(QString::fromStdString(pair_.EscapeValues));
+    escapeShown_ = escape_->currentText();
   }
 
   // The word behind the line of the list, or what was typed.
   std::string EscapeWord() const {
     const QString text = escape_->currentText();
+    if (text == escapeShown_) return pair_.EscapeValues;
     for (const EscapeText& choice : kEscapeTexts)
       if (text == T(choice.text)) return std::string(choice.word);
     return text.toStdString();
@@ -288,6 +291,7 @@ class PairDialog : public QDialog {
   QGroupBox* rules_ = nullptr;
   QComboBox *item_ = nullptr, *escape_ = nullptr;
   std::array<QCheckBox*, kUpdateRules.size()> flags_{};
+  QString escapeShown_;  // at first
   TemplateEdit* simpleText_;
 };
 

@@ -37,6 +37,7 @@ QTableWidget* Table() {
   table->setTextElideMode(Qt::ElideLeft);  // the end of a path tells more than its beginning
   table->setWordWrap(false);
   QHeaderView* header = table->horizontalHeader();
+  header->setAccessibleName(T("Columns"));
   header->setSectionResizeMode(0, QHeaderView::Stretch);
   header->setSectionResizeMode(1, QHeaderView::Stretch);
   header->setSectionResizeMode(2, QHeaderView::ResizeToContents);

@@ -6,7 +6,9 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <optional>
+#include <utility>
 
+#include "app/desktop/dialogs/TemplateHighlighter.h"
 #include "app/desktop/dialogs/Utf16Carets.h"
 #include "dialogs/TemplateBuilder.h"
 
@@ -23,33 +25,13 @@ std::string FirstLineEnd(const std::string& text) {
   return text.compare(at, 2, "\r\n") == 0 ? "\r\n" : "\r";
 }
 
-QTextCharFormat FormatOf(MarkKind kind, const QPalette& palette) {
-  QTextCharFormat format;
-  switch (kind) {
-    case MarkKind::kTag:
-      format.setForeground(palette.color(QPalette::Link));
-      break;
-    case MarkKind::kSection:
-    case MarkKind::kCondition:
-      format.setForeground(palette.color(QPalette::LinkVisited));
-      break;
-    case MarkKind::kUnknown:
-      format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-      format.setUnderlineColor(palette.color(QPalette::Text));
-      break;
-    case MarkKind::kUnmatched:
-      format.setForeground(palette.color(QPalette::HighlightedText));
-      format.setBackground(palette.color(QPalette::Highlight));
-      format.setUnderlineStyle(QTextCharFormat::SingleUnderline);
-      break;
-  }
-  return format;
-}
-
 }  // namespace
 
 TemplateTextEdit::TemplateTextEdit(bool multiLine, QWidget* parent)
-    : QPlainTextEdit(parent), multiLine_(multiLine), lineEnd_("\n") {
+    : QPlainTextEdit(parent),
+      multiLine_(multiLine),
+      lineEnd_("\n"),
+      highlighter_(new TemplateHighlighter(document())) {
   setTabChangesFocus(true);  // in a dialog the key goes to the next field; a tab can be pasted
   if (!multiLine) {
     setLineWrapMode(NoWrap);
@@ -142,29 +124,21 @@ void TemplateTextEdit::insertFromMimeData(const QMimeData* source) {
 
 void TemplateTextEdit::changeEvent(QEvent* event) {
   QPlainTextEdit::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange && !marks_.marks.empty()) DrawMarks(Shown());
+  if (event->type() == QEvent::PaletteChange) DrawMarks();
 }
 
+// Drawing marks is told as a change too, though the text is the same.
 void TemplateTextEdit::Changed() {
-  const std::string shown = Shown();
-  marks_ = MarkTemplate(shown);
-  DrawMarks(shown);
+  std::string shown = Shown();
+  if (shown == marked_) return;
+  marked_ = std::move(shown);
+  marks_ = MarkTemplate(marked_);
+  DrawMarks();
   if (onChanged) onChanged();
 }
 
-// As extra selections: they are no change of the text, and cannot be undone.
-void TemplateTextEdit::DrawMarks(std::string_view shown) {
-  QList<QTextEdit::ExtraSelection> selections;
-  Utf16Carets carets(shown);
-  for (const TemplateMark& mark : marks_.marks) {
-    QTextEdit::ExtraSelection selection;
-    selection.cursor = QTextCursor(document());
-    selection.cursor.setPosition(carets.At(mark.start));
-    selection.cursor.setPosition(carets.At(mark.start + mark.length), QTextCursor::KeepAnchor);
-    selection.format = FormatOf(mark.kind, palette());
-    selections.append(selection);
-  }
-  setExtraSelections(selections);
+void TemplateTextEdit::DrawMarks() {
+  highlighter_->Draw(marked_, marks_.marks, palette());
 }
 
 }  // namespace zeb

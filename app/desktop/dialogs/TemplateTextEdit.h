@@ -10,10 +10,13 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "dialogs/TemplateMarks.h"
 
 namespace zeb {
+
+class TemplateHighlighter;
 
 class TemplateTextEdit : public QPlainTextEdit {
  public:
@@ -37,10 +40,12 @@ class TemplateTextEdit : public QPlainTextEdit {
   std::string Shown() const;  // with LF for each line end, so that places in it are places in the box
   bool DeleteTag();
   void Changed();
-  void DrawMarks(std::string_view shown);
+  void DrawMarks();
 
   const bool multiLine_;
   std::string given_, lineEnd_;
+  std::string marked_;  // the text that the marks are of
+  TemplateHighlighter* const highlighter_;
   TemplateMarks marks_;
 };
 
