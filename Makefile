@@ -1,6 +1,7 @@
 # The short ways in; CMakePresets.json and scripts/ hold what they do.
 #
 # make run [ARGS=--once]   builds, and publishes a demo station's files from a simulated playout
+# make desktop             the same with the windows of zeb, the operator's desktop program
 # make test                builds, and runs every test
 # make asan                the tests under the address and undefined-behaviour sanitizers
 # make fuzz                each fuzz target for 30 seconds (SECONDS_EACH=n)
@@ -15,7 +16,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run test asan fuzz bench format tidy check install
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -32,6 +33,12 @@ run:
 	@scripts/setup
 	@$(MAKE) programs
 	@scripts/demo $(ARGS)
+
+desktop:
+	@scripts/setup desktop
+	@[ -f build/dev/build.ninja ] || cmake --preset dev -DZEB_TESTS=OFF >/dev/null
+	@ninja -C build/dev -j$(JOBS) zeb zebctl
+	@scripts/demo --desktop $(ARGS)
 
 test:
 	@scripts/test
@@ -63,5 +70,6 @@ check:
 install:
 	@scripts/setup
 	@$(MAKE) build/release/build.ninja
-	@ninja -C build/release -j$(JOBS) zebd zebctl zeb-labelserver
+	@ninja -C build/release -j$(JOBS) zebd zebctl zeb-labelserver \
+	  $$(ninja -C build/release -t targets all | sed -n 's/^\(zeb\): .*/\1/p')
 	@cmake --install build/release --prefix $(PREFIX)

@@ -67,7 +67,9 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
       journal, {"zebd", std::string(FileNamePart(argv[0])), std::move(options.Value()), folder.Value()},
       {.person = {},
        .loading = {},
+       .opening = {},
        .ready = [&](frmMain&, ControlRoom&) { watchdog = TellServiceManager(publisher.Loop()); },
+       .alreadyRunning = {},
        .stopping = [] { NotifyServiceManager("STOPPING=1"); }});
   return publisher.Run();
 }

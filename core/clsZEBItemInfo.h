@@ -63,6 +63,7 @@ class clsZEBItemInfo {
   // published by name.
   std::string GetElementByName(std::string_view name, bool typeAsText) const;
   void AppendElementByName(std::string& to, std::string_view name, bool typeAsText) const;
+  static bool HasElement(std::string_view name);  // whether there is an element of this name
 
   // Whether it was never filled in: it differs from an empty record in its slot number at most.
   bool HoldsNothing() const;

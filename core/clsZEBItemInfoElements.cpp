@@ -132,6 +132,10 @@ int PictureNumber(std::string_view behindName) {
   return number == 0 ? 1 : number;
 }
 
+bool IsPictureElement(std::string_view name) {
+  return EqualIgnoringAsciiCase(name.substr(0, kPictureElement.size()), kPictureElement);
+}
+
 }  // namespace
 
 std::string_view ItemTypeText(std::int32_t itemType) {
@@ -156,7 +160,7 @@ void clsZEBItemInfo::AppendElementByName(std::string& to, std::string_view name,
     lowered = LowerCase(name);
     name = lowered;
   }
-  if (EqualIgnoringAsciiCase(name.substr(0, kPictureElement.size()), kPictureElement)) {
+  if (IsPictureElement(name)) {
     const int number = PictureNumber(name.substr(kPictureElement.size()));
     if (number > 0) to += PictureFileName(number);
     return;
@@ -198,6 +202,11 @@ void clsZEBItemInfo::AppendElementByName(std::string& to, std::string_view name,
       to += XmlDateTime(fields.ItemStartDate, fields.ItemStartTime);
       break;
   }
+}
+
+bool clsZEBItemInfo::HasElement(std::string_view name) {
+  const std::string lowered = LowerCase(name);
+  return IsPictureElement(lowered) || (IsAscii(lowered) && FindElement(lowered) != nullptr);
 }
 
 std::string clsZEBItemInfo::GetElementByName(std::string_view name, bool typeAsText) const {

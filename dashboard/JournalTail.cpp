@@ -15,7 +15,8 @@ constexpr std::size_t kMostCharacters = 1000;
 
 void JournalTail::Keep(std::string_view text) {
   lines_.push_back({clock_.Now(), OneLine(DecodeLenient(text), kMostCharacters)});
-  if (lines_.size() > kMost) lines_.pop_front();
+  ++told_;
+  if (lines_.size() > most_) lines_.pop_front();
   if (onLine) onLine(lines_.back());
 }
 

@@ -35,24 +35,33 @@ FileParametersTexts TextsFor(FileParametersMode mode) {
   return texts;
 }
 
-std::string CheckFileParameters(FileParametersMode mode, const FileParametersEntries& entries,
-                                char separator) {
+FileParametersProblem CheckFileParameters(FileParametersMode mode, const FileParametersEntries& entries,
+                                          char separator) {
+  using Field = FileParametersField;
   const bool fileMode = mode == FileParametersMode::kFile;
   if (entries.refresh) {
     std::int32_t seconds = LeadingInteger(entries.refreshSeconds);
     if (seconds < 1 || seconds > kMaxRefreshSeconds)
-      return "You can only give a number from 1 to 3600 seconds (1 Hour) for the Auto-Refresh";
+      return {"You can only give a number from 1 to 3600 seconds (1 Hour) for the Auto-Refresh",
+              Field::kRefreshSeconds};
   }
   if (!fileMode && Holds(entries.destination, '\\'))
-    return "You cannot use the \"\\\" character in the destination file name.\n"
-           "Web/WAP servers use a \"/\" instead";
+    return {
+        "You cannot use the \"\\\" character in the destination file name.\n"
+        "Web/WAP servers use a \"/\" instead",
+        Field::kDestination};
   if (fileMode && separator != '/' && Holds(entries.destination, '/'))
-    return "You cannot use the \"/\" character in the destination file name.\n"
-           "Files use the \"\\\" character instead";
-  if (entries.source.empty()) return "You must choose a Source " + ModeWord(mode) + " to use.";
+    return {
+        "You cannot use the \"/\" character in the destination file name.\n"
+        "Files use the \"\\\" character instead",
+        Field::kDestination};
+  if (entries.source.empty())
+    return {"You must choose a Source " + ModeWord(mode) + " to use.", Field::kSource};
   if (fileMode && IsSameFile(entries.source, entries.destination, separator))
-    return "The Source and Destination filenames cannot be the same in the same directory.";
-  if (entries.destination.empty()) return "You must choose an Destination " + ModeWord(mode) + " to use.";
+    return {"The Source and Destination filenames cannot be the same in the same directory.",
+            Field::kDestination};
+  if (entries.destination.empty())
+    return {"You must choose an Destination " + ModeWord(mode) + " to use.", Field::kDestination};
   return {};
 }
 

@@ -61,9 +61,13 @@ struct FileParametersEntries {
   std::string refreshSeconds;
 };
 
-// The message to show instead of closing the dialog; "" when all is well. `separator` is the platform's: a
-// path in file mode must not hold the other one's "/".
-std::string CheckFileParameters(FileParametersMode mode, const FileParametersEntries& entries,
-                                char separator = kPathSeparator);
+enum class FileParametersField { kSource, kDestination, kRefreshSeconds };
+struct FileParametersProblem {
+  std::string message;  // to show instead of closing the dialog; "" when all is well
+  FileParametersField field = FileParametersField::kSource;  // at fault
+};
+// `separator` is the platform's: a path in file mode must not hold the other one's "/".
+FileParametersProblem CheckFileParameters(FileParametersMode mode, const FileParametersEntries& entries,
+                                          char separator = kPathSeparator);
 
 }  // namespace zeb

@@ -100,17 +100,32 @@ std::optional<std::size_t> TagBeforeCaret(std::string_view text, std::size_t car
   return open == std::string_view::npos ? std::nullopt : std::optional(open);
 }
 
-std::string_view SectionProblem(std::string_view text) {
+std::optional<SectionFault> FindSectionFault(std::string_view text) {
   constexpr std::size_t kNone = std::string_view::npos;
   std::size_t open = text.find('['), close = text.find(']');
   while (open != kNone || close != kNone) {
-    if (close < open) return kNoStart;
-    if (close == kNone) return kNoEnd;
-    if (text.find('[', open + 1) < close) return kNested;
+    if (close < open) return SectionFault{SectionFault::kNoStart, close};
+    if (close == kNone) return SectionFault{SectionFault::kNoEnd, open};
+    if (const std::size_t inner = text.find('[', open + 1); inner < close)
+      return SectionFault{SectionFault::kNested, inner};
     open = text.find('[', close + 1);
     close = text.find(']', close + 1);
   }
-  return {};
+  return std::nullopt;
+}
+
+std::string_view SectionProblem(std::string_view text) {
+  const std::optional<SectionFault> fault = FindSectionFault(text);
+  if (!fault) return {};
+  switch (fault->kind) {
+    case SectionFault::kNoStart:
+      return kNoStart;
+    case SectionFault::kNoEnd:
+      return kNoEnd;
+    case SectionFault::kNested:
+      break;
+  }
+  return kNested;
 }
 
 }  // namespace zeb

@@ -25,6 +25,14 @@ std::string BuilderInsertion(BuilderSlot slot, std::string_view field);
 // a tag ends there. Nothing: the key acts as it always does.
 std::optional<std::size_t> TagBeforeCaret(std::string_view text, std::size_t caret);
 
+// Where the optional sections of a template are at fault first: the bracket without its counterpart, or the
+// one that opens a section inside another.
+struct SectionFault {
+  enum Kind { kNoStart, kNoEnd, kNested };
+  Kind kind;
+  std::size_t at;  // offset of the bracket
+};
+std::optional<SectionFault> FindSectionFault(std::string_view text);
 // "" when the optional sections are balanced and not nested, else the message to show.
 std::string_view SectionProblem(std::string_view text);
 

@@ -23,6 +23,17 @@ enum class ManualSlot { kCurrent, kNext, kPrevious, kComingSoon, kPromoteNext, k
 inline constexpr std::array<std::int32_t, 5> kManualItemTypes = {kItemTypeSong, kItemTypeJingle,
                                                                  kItemTypeAdvert, kItemTypeCart, 9};
 
+// The lists of the window, in the order of ManualSlot and of the codes.
+inline constexpr std::array<std::string_view, 6> kManualSlotTexts = {
+    "Current item",
+    "Next item",
+    "Previous item",
+    "Coming soon item",
+    "Promote the next item to current",
+    "Promote the coming soon item to current"};
+inline constexpr std::array<std::string_view, 5> kManualTypeTexts = {"Song", "Link", "Spot", "Other",
+                                                                     "No type"};
+
 // By its word (song, link, spot, other) or its code; nothing for any other text.
 std::optional<std::int32_t> ManualItemType(std::string_view text);
 

@@ -33,11 +33,14 @@ constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
 
 }  // namespace
 
-void PrepareProcess(LineWriter& journal) {
+void PrepareProcess(LineWriter& journal, Windows windows) {
   std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
   RaiseDescriptorLimit();
   SendQtMessagesTo(journal);
-  QtLoop::ChoosePlainDispatcher();
+  if (windows == Windows::kSome)
+    QtLoop::ChooseWindowDispatcher();
+  else
+    QtLoop::ChoosePlainDispatcher();
 }
 
 Publisher::Publisher(ThreadedLineWriter& journal, Program program, Front front)
@@ -81,7 +84,7 @@ int Publisher::Run() {
   Result<std::unique_ptr<SqliteHive>> hive =
       alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
   if (hive) StartDebugLog(*hive.Value());
-  if (alreadyRunning) return ExitAsAlreadyRunning();
+  if (alreadyRunning) return ExitAsAlreadyRunning(hive ? hive.Value().get() : nullptr);
   if (!hive) return Fail(hive.Reason());
   return Publish(*hive.Value());
 }
@@ -100,8 +103,12 @@ void Publisher::StartDebugLog(SettingsHive& hive) {
   if (!options.noPreviousCheck) WriteDebugLine("Check if already running");
 }
 
-int Publisher::ExitAsAlreadyRunning() {
+int Publisher::ExitAsAlreadyRunning(SettingsHive* hive) {
   WriteDebugLine("Exit as App already running");
+  if (front_.alreadyRunning) {
+    front_.alreadyRunning(hive, ports_.localSockets, [this] { EndAtOnce(kAlreadyRunning); });
+    return ports_.loop.Run();
+  }
   Fail("another zebd runs on the data folder '" + program_.folder + "'");
   return kAlreadyRunning;
 }
@@ -122,18 +129,19 @@ int Publisher::Publish(SqliteHive& hive) {
   CsvCartStore carts(ports_.files, person_, folder + "/Carts.csv");
   Environment environment = ports_.EngineOn(hive, person_, carts, folder);
   const std::string historyPath = folder + "/history.db";
-  frmMain main(environment, MakeOutputFactory(environment), program_.options,
-               std::make_shared<SqliteHistory>(historyPath));
+  const OutputFactory makeOutput = MakeOutputFactory(environment);
+  const OpenHistory openHistory = [path = historyPath] { return SqliteHistoryReader::Open(path); };
+  frmMain main(environment, makeOutput, program_.options, std::make_shared<SqliteHistory>(historyPath));
   main_ = &main;
   const UnixSignals unixSignals(ports_.loop, [this](int signal) { OnSignal(signal); });
-  if (front_.loading) front_.loading(main);
+  const Engine engine{environment, main, makeOutput, person_, openHistory};
+  if (front_.loading) front_.loading(engine);
   if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
   TrustCaFile(environment);
   hive.SetPatience(kStorePatience);
-  ControlRoom room(
-      environment, ports_.localSockets, MakeSecrets(), main, person_,
-      [path = historyPath] { return SqliteHistoryReader::Open(path); }, UtcOffsetAt);
+  ControlRoom room(environment, ports_.localSockets, MakeSecrets(), main, person_, openHistory, UtcOffsetAt);
   room_ = &room;
+  if (front_.opening) front_.opening(room);
   room.Open();
   const int count = main.NumberServices();
   person_.Note("ZEB " ZEB_VERSION " is ready: " + std::to_string(count) +
@@ -176,10 +184,12 @@ void Publisher::Stop(const std::string& why) {
                  (updating.empty() ? "history" : "outputs of: " + updating));
     EndAtOnce(kEnded);
   });
-  main_->Quit([this] {
-    person_.Note("Stopped");
-    EndAtOnce(kEnded);
-  });
+  main_->Quit([this] { End(); });
+}
+
+void Publisher::End() {
+  person_.Note("Stopped");
+  EndAtOnce(kEnded);
 }
 
 }  // namespace zeb

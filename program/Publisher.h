@@ -26,7 +26,8 @@ namespace zeb {
 enum ProgramExit { kEnded = 0, kCannotStart = 1, kAlreadyRunning = 3 };
 
 // What a process that publishes needs before its Qt application is made.
-void PrepareProcess(LineWriter& journal);
+enum class Windows { kNone, kSome };
+void PrepareProcess(LineWriter& journal, Windows windows = Windows::kNone);
 
 class Publisher {
  public:
@@ -36,12 +37,24 @@ class Publisher {
     StartUpOptions options;
     std::string folder;  // the data folder
   };
+  // What a front works with; it lives until the process ends.
+  struct Engine {
+    Environment& environment;
+    frmMain& main;
+    const OutputFactory& makeOutput;
+    JournalTail& journal;
+    const OpenHistory& openHistory;
+  };
   // All optional, called on the loop's thread.
   struct Front {
     // Who is told and asked, in the place of the given one, which writes the journal and outlives it.
     std::function<std::unique_ptr<Operator>(Operator& journal, EventLoop& loop)> person;
-    std::function<void(frmMain&)> loading;  // before the services are loaded: the time to set its display
+    std::function<void(const Engine&)> loading;  // before the services are loaded: the time to set a display
+    std::function<void(ControlRoom&)> opening;   // before its ways in are opened: the time to add requests
     std::function<void(frmMain&, ControlRoom&)> ready;
+    // Another publisher has the data folder; null: its settings cannot be read. `ended` ends the process.
+    // Without this a line in the journal tells.
+    std::function<void(SettingsHive*, LocalSockets&, const std::function<void()>& ended)> alreadyRunning;
     std::function<void()> stopping;  // asked to end; what is on air is ended
   };
 
@@ -53,13 +66,15 @@ class Publisher {
   int Run();
   // As a signal does: without a question.
   void Stop(const std::string& why);
+  // Everything is closed, as a person wanted it (frmMain::RequestQuit): ends the process.
+  [[noreturn]] void End();
   EventLoop& Loop() { return ports_.loop; }
 
  private:
   int Fail(const std::string& reason);
   [[noreturn]] void EndAtOnce(int status);
   void StartDebugLog(SettingsHive& hive);
-  int ExitAsAlreadyRunning();
+  int ExitAsAlreadyRunning(SettingsHive* hive);
   void UseLocale();
   int Publish(SqliteHive& hive);
   std::shared_ptr<Secrets> MakeSecrets();

@@ -153,6 +153,7 @@ bool StationBoard::IsStale(clsZEBTemplate& output, const Known& known) const {
 }
 
 void StationBoard::TellSoon() {
+  ++version_;
   if (!onChanged || std::exchange(tellWaits_, true)) return;
   service_.environment().loop.Post([this, mark = epoch_.Now()] {
     if (!mark.Holds()) return;

@@ -6,6 +6,7 @@
 // called once in a turn of the loop, however much has changed.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -36,6 +37,8 @@ class StationBoard {
   // The outputs that are in trouble at this moment.
   std::vector<Trouble> Troubles();
   std::function<void()> onChanged;
+  // Goes up with each change, so that who looks now and then knows whether there is anything new.
+  std::uint64_t Version() const { return version_; }
 
   // Told by the window.
   void OutputChanged(OutputType type, int index);  // its status or problems may be others now
@@ -66,6 +69,7 @@ class StationBoard {
   clsZEBService& service_;
   Window window_;
   std::map<const clsZEBTemplate*, Known> known_;
+  std::uint64_t version_ = 0;
   bool tellWaits_ = false;
   Epoch epoch_;
 };

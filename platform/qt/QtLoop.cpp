@@ -65,6 +65,10 @@ void QtLoop::ChoosePlainDispatcher() {
   QCoreApplication::setEventDispatcher(new EpollDispatcher());
 }
 
+void QtLoop::ChooseWindowDispatcher() {
+  qputenv("QT_NO_GLIB", "1");
+}
+
 int QtLoop::Run() {
   return QCoreApplication::exec();
 }

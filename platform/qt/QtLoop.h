@@ -26,6 +26,8 @@ class QtLoop : public EventLoop {
   // To be called before the QCoreApplication of a program without windows is made: takes an EpollDispatcher
   // in place of Qt's own, or GLib's, with which busy sockets keep timers waiting.
   static void ChoosePlainDispatcher();
+  // The same for a program with windows, whose events an EpollDispatcher does not know: Qt's own, not GLib's.
+  static void ChooseWindowDispatcher();
 
   // Does the work of an event that came through Qt as this class does its own: what it throws is reported,
   // and the tasks that waited for what it did go on.

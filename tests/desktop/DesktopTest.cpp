@@ -41,7 +41,8 @@ void DesktopTest::Station(const std::string& name,
 
 void DesktopTest::Output(int station, OutputType type,
                          const std::vector<std::pair<std::string, std::string>>& values) {
-  const std::string key = environment.ServiceKey(station) + "\\" + std::string(NameOf(type));
+  const std::string key = environment.ServiceKey(station) + "\\" +
+                          std::string(FindOutputType(static_cast<std::int32_t>(type))->settingsKey);
   const int number = hive.ReadNumber(key, "NumberOutputs", 0) + 1;
   hive.WriteNumber(key, "NumberOutputs", number);
   for (const auto& [value, text] : values) hive.WriteText(key, value, text);

@@ -44,7 +44,7 @@ TEST(FileParametersDialogTest, ChecksInOrder) {
       {kWeb, {"a", "", false, ""}, '/', "You must choose an Destination Page to use."},
   };
   for (const Case& c : cases)
-    EXPECT_EQ(CheckFileParameters(c.mode, c.entries, c.separator), c.message)
+    EXPECT_EQ(CheckFileParameters(c.mode, c.entries, c.separator).message, c.message)
         << c.entries.source << " " << c.entries.destination;
 }
 

@@ -101,7 +101,8 @@ class MediaAttackTest : public Station {
           << picture << "\n"
           << zebd->error;
     // The last of an update is its line, and what became of the picture stands before it.
-    ASSERT_TRUE(zebd->WaitForError("'" + title + "'")) << zebd->error;
+    while (zebd->error.find("'" + title + "'") == std::string::npos)
+      ASSERT_TRUE(zebd->WaitForError("\n")) << zebd->error;
   }
   static std::vector<std::string> Names(const fs::path& where) {
     std::vector<std::string> names;
