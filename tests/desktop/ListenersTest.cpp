@@ -123,5 +123,20 @@ TEST_F(ListenersViewTest, FollowsTheChosenOutputAndShowsItWhole) {
   EXPECT_NE(Whole().find("Now: Łódź"), std::string::npos);
 }
 
+TEST_F(ListenersViewTest, NamesAreNoPlacesForOtherTexts) {
+  Station("Demo FM");
+  Output(1, OutputType::kFile,
+         {{"Output1.NumberFiles", "1"},
+          {"Output1.SourceFileName1", "/t/page.txt"},
+          {"Output1.DestinationFileName1", "/w/%2 100%1.txt"}});
+  Show();
+  Say("SET_CURRENT_ITEM ITitle=One");
+  PassDrawn(3s);
+  Choose(0);
+  Drawn();
+  EXPECT_EQ(Whole(), "/w/%2 100%1.txt (8 bytes)\nNow: One");
+  EXPECT_EQ(Cell("outputs", 0, 4, Qt::ToolTipRole), "<p>/w/%2 100%1.txt (8 bytes)</p>");
+}
+
 }  // namespace
 }  // namespace zeb

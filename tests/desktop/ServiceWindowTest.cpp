@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <set>
@@ -271,6 +272,28 @@ TEST_F(ServiceWindowTest, TheJournalFollowsAndIsFiltered) {
   Drawn();
   EXPECT_LE(Grid("journal")->model()->rowCount(), static_cast<int>(JournalTail::kMostForReading));
   EXPECT_EQ(Cell("journal", Grid("journal")->model()->rowCount() - 1, 1), "Demo FM: 4999");
+}
+
+TEST_F(ServiceWindowTest, WhoScrollsBackInTheJournalIsLeftThere) {
+  Station("Demo FM");
+  OpenWindow();
+  window->ShowPage(ServiceWindow::Page::kJournal);
+  for (int i = 0; i < 200; ++i) journal.Note("Demo FM: " + std::to_string(i));
+  Drawn();
+  QScrollBar* bar = Grid("journal")->verticalScrollBar();
+  EXPECT_EQ(bar->value(), bar->maximum());
+  Grid("journal")->setFocus();
+  Grid("journal")->setCurrentIndex(Grid("journal")->model()->index(100, 0));
+  for (int i = 0; i < 60; ++i) QTest::keyClick(Grid("journal"), Qt::Key_Up);
+  const int read = bar->value();
+  ASSERT_LT(read, bar->maximum());
+  journal.Note("Demo FM: new");
+  Drawn();
+  EXPECT_EQ(bar->value(), read);
+  bar->setValue(bar->maximum());
+  journal.Note("Demo FM: newer");
+  Drawn();
+  EXPECT_EQ(bar->value(), bar->maximum());
 }
 
 TEST_F(ServiceWindowTest, AServiceThatHasGoneIsNotDrawn) {

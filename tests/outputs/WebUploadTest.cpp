@@ -330,7 +330,7 @@ TEST_F(WebUploadTest, StoppingDuringAnUploadLeavesNoPartOfIt) {
 TEST_F(WebUploadTest, APersonMayGiveUpWhatIsBeingSent) {
   output->CancelByUser();  // nothing is
   EXPECT_TRUE(Update());
-  service.SetCurrentItem(Song("Two"));
+  Play("Two");
   ftp.fail = [this](const std::string& operation, const std::string&) {
     if (operation == "Block") t.loop.WaitUntil([&] { return ftp.cancelled; }, 1min);
     return "";

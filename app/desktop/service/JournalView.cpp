@@ -32,10 +32,8 @@ JournalView::JournalView(const JournalTail& journal, QWidget* parent)
     if (on) grid_->scrollToBottom();
   });
   // Who scrolls back reads; who is at the end follows.
-  connect(grid_->verticalScrollBar(), &QScrollBar::sliderReleased, [this] {
-    const QScrollBar* bar = grid_->verticalScrollBar();
-    follow_->setChecked(bar->value() == bar->maximum());
-  });
+  connect(grid_->verticalScrollBar(), &QScrollBar::valueChanged,
+          [this](int value) { atEnd_ = value == grid_->verticalScrollBar()->maximum(); });
   auto* boxes = new QHBoxLayout;
   boxes->addWidget(all_);
   boxes->addWidget(follow_);
@@ -74,7 +72,7 @@ void JournalView::Draw(const std::string& serviceName) {
   drawn_ = journal_.Told();
   if (rows.empty()) return;
   model_.Append(std::move(rows), JournalTail::kMostForReading);
-  if (follow_->isChecked()) grid_->scrollToBottom();
+  if (follow_->isChecked() && atEnd_) grid_->scrollToBottom();
 }
 
 }  // namespace zeb

@@ -29,6 +29,7 @@ class JournalView : public QWidget {
   GridView* grid_;
   QCheckBox *all_, *follow_;
   std::string name_;
+  bool atEnd_ = true;        // the last line was seen when somebody last scrolled
   std::uint64_t drawn_ = 0;  // lines of the journal, as it counts them
 };
 

@@ -25,7 +25,8 @@ QString SetName(const OutputRoom& room) {
 QString PagesText(const Shown& shown) {
   QStringList pages;
   for (const Shown::Page& page : shown.pages)
-    pages << T("%1 (%2 bytes)").arg(CellText(page.name)).arg(page.bytes) + "\n" + LinesText(page.firstLines);
+    pages << T("%1 (%2 bytes)").arg(CellText(page.name), QString::number(page.bytes)) + "\n" +
+                 LinesText(page.firstLines);
   return pages.join("\n\n");
 }
 

@@ -50,7 +50,7 @@ QString WholeShown(const OutputState& state) {
   QStringList lines;
   if (!state.shown.text.empty()) lines << LinesText(state.shown.text);
   for (const Shown::Page& page : state.shown.pages)
-    lines << T("%1 (%2 bytes)").arg(CellText(page.name)).arg(page.bytes);
+    lines << T("%1 (%2 bytes)").arg(CellText(page.name), QString::number(page.bytes));
   return lines.join('\n');
 }
 
