@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -55,7 +56,8 @@ class Check {
   static bool IsInput(const QWidget& widget) {
     if (widget.inherits("QComboBoxPrivateContainer")) return false;
     const QWidget* parent = widget.parentWidget();
-    if (dynamic_cast<const QComboBox*>(parent) != nullptr) return false;  // its own line
+    if (dynamic_cast<const QComboBox*>(parent) != nullptr) return false;     // its own line
+    if (dynamic_cast<const QHeaderView*>(&widget) != nullptr) return false;  // of a table
     return dynamic_cast<const QLineEdit*>(&widget) || dynamic_cast<const QPlainTextEdit*>(&widget) ||
            dynamic_cast<const QComboBox*>(&widget) || dynamic_cast<const QAbstractItemView*>(&widget);
   }

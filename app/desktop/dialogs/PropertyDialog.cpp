@@ -48,14 +48,18 @@ PropertyDialog::PropertyDialog(Desk& desk, ServicePtr window, PropertySheet shee
   setWindowTitle(T(sheet_.caption));
   auto* whole = new QVBoxLayout(this);
   auto* scroll = new QScrollArea;
+  scroll->setObjectName("Fields");
   scroll->setWidgetResizable(true);
   scroll->setFrameShape(QFrame::NoFrame);
   scroll->setFocusPolicy(Qt::NoFocus);
   content_ = new QWidget;
   body_ = new QVBoxLayout(content_);
-  // Letters that a caption asks for are nobody else's.
+  // Letters that a caption asks for, or the grid of pairs has, are nobody else's.
   for (const PropertyField& field : sheet_.fields)
     if (const QString caption = T(field.caption); caption.contains('&')) WithMnemonic(caption, letters_);
+  if (pairs_.widget != nullptr)
+    for (const auto* button : pairs_.widget->findChildren<QAbstractButton*>())
+      if (button->text().contains('&')) WithMnemonic(button->text(), letters_);
   for (const PropertyField& field : sheet_.fields) AddRow(field);
   body_->addStretch();
   scroll->setWidget(content_);
@@ -76,7 +80,7 @@ PropertyDialog::PropertyDialog(Desk& desk, ServicePtr window, PropertySheet shee
   int widest = 0;
   for (QLabel* label : labels_) widest = std::max(widest, label->sizeHint().width());
   for (QLabel* label : labels_)
-    label->setMinimumWidth(std::min(widest, fontMetrics().averageCharWidth() * 26));
+    label->setMinimumWidth(std::min(widest, fontMetrics().averageCharWidth() * 34));
   for (auto& [name, row] : rows_)
     row.field->onChanged = [this] {
       Enable();
@@ -179,8 +183,10 @@ void PropertyDialog::Show(const SheetProblem& problem) {
   const auto found = rows_.find(problem.field);
   QPointer<QWidget> input = found == rows_.end() ? nullptr : found->second.field->Input();
   if (!input && pairs_.widget != nullptr) input = pairs_.widget;
-  const auto focus = [input] {
-    if (input) input->setFocus();
+  const auto focus = [input, scroll = QPointer<QScrollArea>(findChild<QScrollArea*>("Fields"))] {
+    if (!input || !scroll) return;
+    input->setFocus();
+    scroll->ensureWidgetVisible(input);
   };
   focus();
   desk_.boxes.Show(this, problem.icon, problem.text, focus);
