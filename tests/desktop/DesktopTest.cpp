@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QLineEdit>
+#include <QPointer>
 #include <QTest>
 #include <algorithm>
 
@@ -23,10 +24,13 @@ std::string Plain(const QString& caption) {
 DesktopTest::DesktopTest() = default;
 
 DesktopTest::~DesktopTest() {
-  for (QWidget* widget : QApplication::topLevelWidgets()) {
+  std::vector<QPointer<QWidget>> windows;
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    if (widget->parentWidget() == nullptr) windows.emplace_back(widget);
+  for (const QPointer<QWidget>& widget : windows) {
+    if (!widget) continue;
     widget->disconnect();
     delete widget;
-    if (QApplication::topLevelWidgets().empty()) break;
   }
 }
 
