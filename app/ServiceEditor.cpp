@@ -8,8 +8,10 @@
 namespace zeb {
 namespace {
 
-// A day; an interval above it was never meant.
-constexpr std::int32_t kLongestInterval = 24 * 3600;
+Outcome CheckInterval(std::int32_t seconds) {
+  if (seconds >= 0 && seconds <= kLongestUpdateInterval) return {};
+  return Failure{"an update interval is from 0 to " + std::to_string(kLongestUpdateInterval) + " seconds"};
+}
 
 }  // namespace
 
@@ -40,13 +42,17 @@ Outcome ServiceEditor::Change(const std::function<Result<std::string>(StoredServ
   return {};
 }
 
-Outcome ServiceEditor::ApplySettings(const ServiceSettings& before, const ServiceSettings& after) {
+Outcome ServiceEditor::ApplySettings(const ServiceSettings& before, const ServiceSettings& after,
+                                     const UpdateIntervals& intervals) {
+  for (const auto& [type, seconds] : intervals)
+    if (const Outcome right = CheckInterval(seconds); !right) return right;
   return Change([&](const StoredServices& stored) -> Result<std::string> {
     if (const std::int32_t port = after.TolvanTCPControlPort; port != before.TolvanTCPControlPort)
       if (const Outcome isFree = stored.CheckControlPort(port, Number()); !isFree) return isFree.AsFailure();
     ServiceSettings wanted = window_->service().settings;
     TakeChanges(before, after, wanted);
     window_->service().WriteStored(wanted);
+    for (const auto& [type, seconds] : intervals) window_->service().WriteStoredInterval(type, seconds);
     return std::string("settings changed");
   });
 }
@@ -101,8 +107,7 @@ Outcome ServiceEditor::RemoveOutput(const OutputPtr& running) {
 }
 
 Outcome ServiceEditor::SetUpdateInterval(OutputType type, std::int32_t seconds) {
-  if (seconds < 0 || seconds > kLongestInterval)
-    return Failure{"an update interval is from 0 to " + std::to_string(kLongestInterval) + " seconds"};
+  if (Outcome right = CheckInterval(seconds); !right) return right;
   return Change([&](StoredServices&) -> Result<std::string> {
     window_->service().WriteStoredInterval(type, seconds);
     return "update interval of the " + std::string(NameOf(type)) + " outputs: " + std::to_string(seconds) +

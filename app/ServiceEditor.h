@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -26,8 +27,10 @@ class ServiceEditor {
   explicit ServiceEditor(std::shared_ptr<frmService> window);
 
   // `before` is what the person saw, `after` what became of it; only where the two differ is anything
-  // changed.
-  Outcome ApplySettings(const ServiceSettings& before, const ServiceSettings& after);
+  // changed. `intervals`: those of the periodic updates that are others now, in seconds.
+  using UpdateIntervals = std::map<OutputType, std::int32_t>;
+  Outcome ApplySettings(const ServiceSettings& before, const ServiceSettings& after,
+                        const UpdateIntervals& intervals = {});
 
   // Null for a type that is not built, and for an output that is not the service's.
   OutputPtr NewDraft(OutputType type) const;

@@ -14,7 +14,7 @@ ServiceHistory::ServiceHistory(const clsZEBService& service, std::shared_ptr<His
 // ---- Items
 
 void ServiceHistory::LookAtItems() {
-  if (!recorder_) return;
+  if (!recorder_ || std::exchange(seen_, service_.ItemsVersion()) == service_.ItemsVersion()) return;
   LookAt(kHistoryCurrent, service_.CurrentItem(), current_);
   LookAt(kHistoryComingSoon, service_.ComingSoonItem(), comingSoon_);
   next_.resize(static_cast<std::size_t>(service_.ItemCount()));
@@ -69,6 +69,7 @@ void ServiceHistory::TellPublished(HistoryShown shown, const OutputPtr& output) 
     SnapshotPtr& told = told_[output][page.name];
     if (told == page.snapshot) continue;
     told = page.snapshot;
+    if (!recorder_->Keeps()) continue;
     if (shown.latency) shown.latency = service_.environment().loop.Monotonic() - page.snapshot->arrived;
     shown.snapshot = page.snapshot;
     shown.part = page.name;

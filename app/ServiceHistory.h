@@ -4,6 +4,7 @@
 // Owned by the service window, which calls it when things happen; keeps nothing when there is no recorder.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -37,6 +38,7 @@ class ServiceHistory {
   const std::function<std::string()> source_;
   clsZEBItemInfo current_, comingSoon_;  // as they were last seen
   std::vector<clsZEBItemInfo> next_;
+  std::uint64_t seen_ = 0;  // the service's ItemsVersion then
   // What each page showed when it was last told, by output and destination.
   std::map<std::weak_ptr<clsZEBTemplate>, std::map<std::string, SnapshotPtr>, std::owner_less<>> told_;
 };

@@ -1,6 +1,7 @@
 #include "app/frmMain.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <stdexcept>
 #include <utility>
@@ -135,9 +136,12 @@ void frmMain::RemoveLeftOvers() const {
 // A service that cannot be opened keeps its place in the list, so that the others keep their numbers.
 void frmMain::OpenWindow(int number) {
   windows_.push_back(frmService::Create(environment_, makeOutput_, history_));
-  windows_.back()->Board().onChanged = [this, window = windows_.back().get()] {
-    const auto found = std::find_if(windows_.begin(), windows_.end(),
-                                    [&](const auto& kept) { return kept.get() == window; });
+  windows_.back()->Board().onChanged = [this, window = windows_.back().get(), first = windows_.size() - 1] {
+    const auto is = [&](const auto& kept) { return kept.get() == window; };
+    // Nearly always where it was when it was opened.
+    const auto found = first < windows_.size() && is(windows_[first])
+                           ? windows_.begin() + static_cast<std::ptrdiff_t>(first)
+                           : std::find_if(windows_.begin(), windows_.end(), is);
     if (found != windows_.end()) Tell(static_cast<int>(found - windows_.begin()) + 1);
   };
   Tell(0);

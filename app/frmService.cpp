@@ -310,7 +310,7 @@ void frmService::InformationReceived() {
   State& state = *state_;
   const MonotonicTime now = state.environment.loop.Monotonic();
   state.unpublished = {state.unpublished ? state.unpublished->first : now, now};
-  state.board.Changed();
+  state.board.WindowChanged();
   if (state.stage != State::Stage::kOpen) return;
   state.delayedUpdate =
       state.environment.loop.After(state.unpublished->Due() - now, [weak = weak_from_this()] {
@@ -443,7 +443,7 @@ void frmService::SetPanel(Panel panel, const std::string& text) {
   std::string& shown = state_->panels[static_cast<std::size_t>(panel)];
   if (shown == text) return;
   shown = text;
-  state_->board.Changed();
+  state_->board.WindowChanged();
 }
 
 int frmService::ItemListVersion() const {
@@ -453,7 +453,7 @@ int frmService::ItemListVersion() const {
 void frmService::RefreshItemList() {
   ++state_->itemListVersion;
   state_->history.LookAtItems();
-  state_->board.Changed();
+  state_->board.WindowChanged();
 }
 
 void frmService::UpdateOutputsNow() {

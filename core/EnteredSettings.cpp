@@ -60,8 +60,7 @@ Result<std::string> CheckNumber(const SettingInfo& info, std::string_view value)
 
 Result<std::string> CheckCharacterSet(const SettingInfo& info, std::string_view value) {
   std::vector<std::string_view> names;
-  for (const CharacterSet set : {CharacterSet::kUtf8, CharacterSet::kWindows1252, CharacterSet::kIso8859_1,
-                                 CharacterSet::kRds, CharacterSet::kEbuLatin}) {
+  for (const CharacterSet set : kCharacterSets) {
     names.push_back(CharacterSetName(set));
     if (EqualIgnoringAsciiCase(names.back(), value)) return std::string(names.back());
   }

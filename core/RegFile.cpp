@@ -121,12 +121,16 @@ Result<RegChanges> ParseRegFile(std::string_view bytes) {
 Result<RegSummary> ImportRegFile(SettingsHive& hive, std::string_view bytes) {
   const Result<RegChanges> changes = ParseRegFile(bytes);
   if (!changes) return changes.AsFailure();
+  return ApplyRegChanges(hive, changes.Value());
+}
+
+Result<RegSummary> ApplyRegChanges(SettingsHive& hive, const RegChanges& changes) {
   RegSummary summary;
-  summary.skippedKeys = changes.Value().skippedKeys;
-  summary.skippedValues = changes.Value().skippedValues;
+  summary.skippedKeys = changes.skippedKeys;
+  summary.skippedValues = changes.skippedValues;
   try {
     hive.Transaction([&] {
-      for (const RegChange& change : changes.Value().changes) {
+      for (const RegChange& change : changes.changes) {
         Apply(hive, change);
         if (change.kind == RegChange::kWriteValue) ++summary.values;
         if (change.kind == RegChange::kDeleteKey || change.kind == RegChange::kDeleteValue)
@@ -140,8 +144,12 @@ Result<RegSummary> ImportRegFile(SettingsHive& hive, std::string_view bytes) {
 }
 
 std::string ExportRegFile(SettingsHive& hive, const std::string& key) {
+  return RegFileText(key, ReadSettingsTree(hive, key));
+}
+
+std::string RegFileText(const std::string& key, const SettingsTree& tree) {
   std::string text = "Windows Registry Editor Version 5.00\r\n\r\n";
-  for (const SettingsTreeKey& part : ReadSettingsTree(hive, key)) {
+  for (const SettingsTreeKey& part : tree) {
     text += "[HKEY_LOCAL_MACHINE\\" + key + part.path + "]\r\n";
     for (const SettingsValue& value : part.values) AppendValue(text, value);
     text += "\r\n";

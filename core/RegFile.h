@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/SettingsTree.h"
 #include "platform/Result.h"
 #include "platform/SettingsHive.h"
 
@@ -42,11 +43,15 @@ struct RegSummary {
 // The whole file, or what is wrong with it, naming the line ("line 700: ..."). A text list (hex(7)) becomes
 // one text with line feeds between its parts.
 Result<RegChanges> ParseRegFile(std::string_view bytes);
+// Applies what a file says, all of it or nothing.
+Result<RegSummary> ApplyRegChanges(SettingsHive& hive, const RegChanges& changes);
 // Reads and applies a file's bytes, all of it or nothing.
 Result<RegSummary> ImportRegFile(SettingsHive& hive, std::string_view bytes);
 
 // The key with everything below it, sorted, with CR LF line ends and no byte order mark. Reading it gives
 // back exactly what it was made from. Throws SettingsError as the hive does.
 std::string ExportRegFile(SettingsHive& hive, const std::string& key);
+// The same of a tree that has been read, as if it stood at that key.
+std::string RegFileText(const std::string& key, const SettingsTree& tree);
 
 }  // namespace zeb

@@ -107,20 +107,36 @@ void ReadSettings(SettingsHive& hive, const std::string& key, const std::string&
 }
 
 template <class S>
+void WriteSetting(SettingsHive& hive, const std::string& key, const std::string& name,
+                  const SettingRow<S>& row, const S& from) {
+  std::visit(
+      [&](auto member) {
+        if constexpr (requires { detail::SettingNumber(from.*member); }) {
+          if (row.storedAs == StoredAs::kNumber)
+            return hive.WriteNumber(key, name, detail::SettingNumber(from.*member));
+        }
+        hive.WriteText(key, name, detail::SettingText(from.*member));
+      },
+      row.member);
+}
+
+template <class S>
 void WriteSettings(SettingsHive& hive, const std::string& key, const std::string& suffix,
                    SettingTable<S> table, const S& from, std::string_view prefix = {}) {
-  for (const SettingRow<S>& row : table) {
-    const std::string name = detail::SettingName(prefix, row.name, suffix);
+  for (const SettingRow<S>& row : table)
+    WriteSetting(hive, key, detail::SettingName(prefix, row.name, suffix), row, from);
+}
+
+// Those only that `after` has otherwise than `before`.
+template <class S>
+void WriteChanges(SettingsHive& hive, const std::string& key, SettingTable<S> table, const S& before,
+                  const S& after) {
+  for (const SettingRow<S>& row : table)
     std::visit(
         [&](auto member) {
-          if constexpr (requires { detail::SettingNumber(from.*member); }) {
-            if (row.storedAs == StoredAs::kNumber)
-              return hive.WriteNumber(key, name, detail::SettingNumber(from.*member));
-          }
-          hive.WriteText(key, name, detail::SettingText(from.*member));
+          if (before.*member != after.*member) WriteSetting(hive, key, std::string(row.name), row, after);
         },
         row.member);
-  }
 }
 
 // Where `after` differs from `before`, `to` becomes as `after`: what one person changed stays when others
@@ -147,22 +163,25 @@ struct SettingInfo {
 };
 using SettingList = std::vector<SettingInfo>;
 
-// What is offered of the table.
 template <class S>
-SettingList ListOf(SettingTable<S> table) {
+SettingInfo InfoOf(const SettingRow<S>& row) {
   using Kind = SettingInfo::Kind;
   // By the place of the member's type in SettingRow.
   constexpr std::array kKinds = {Kind::kText, Kind::kNumber, Kind::kYesNo, Kind::kCharacterSet};
-  const S& defaults = detail::DefaultsOf<S>();
+  SettingInfo info{row.name, kKinds.at(row.member.index()), row.storedAs, row.secret, row.entry, {}};
+  info.entry.least = std::max(row.least, row.entry.least);
+  info.entry.most = std::min(row.most, row.entry.most);
+  std::visit([&](auto member) { info.byDefault = detail::SettingText(detail::DefaultsOf<S>().*member); },
+             row.member);
+  return info;
+}
+
+// What is offered of the table.
+template <class S>
+SettingList ListOf(SettingTable<S> table) {
   SettingList list;
-  for (const SettingRow<S>& row : table) {
-    if (!row.entry.offered) continue;
-    SettingInfo info{row.name, kKinds.at(row.member.index()), row.storedAs, row.secret, row.entry, {}};
-    info.entry.least = std::max(row.least, row.entry.least);
-    info.entry.most = std::min(row.most, row.entry.most);
-    std::visit([&](auto member) { info.byDefault = detail::SettingText(defaults.*member); }, row.member);
-    list.push_back(std::move(info));
-  }
+  for (const SettingRow<S>& row : table)
+    if (row.entry.offered) list.push_back(InfoOf(row));
   return list;
 }
 

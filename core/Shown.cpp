@@ -1,6 +1,6 @@
 #include "core/Shown.h"
 
-#include <algorithm>
+#include <limits>
 
 #include "text/Lines.h"
 #include "text/OneLine.h"
@@ -14,27 +14,31 @@ constexpr std::size_t kMostTextCharacters = 2000;
 constexpr std::size_t kMostFirstCharacters = 300, kMostFirstLines = 5;
 constexpr std::size_t kMostBytesOfACharacter = 4;
 
+// The first lines that are not empty.
+std::string Lines(std::string_view text, std::size_t most) {
+  std::string shown;
+  shown.reserve(text.size());
+  for (std::size_t lines = 0; !text.empty() && lines < most;) {
+    const std::string clean = OneLine(TakeLine(text), kMostTextCharacters);
+    if (clean.empty()) continue;
+    if (lines++ > 0) shown += '\n';
+    shown += clean;
+  }
+  return shown;
+}
+
 }  // namespace
 
 std::string ShownText(std::string_view text) {
-  std::string shown;
-  ForEachLine(text.substr(0, kMostTextCharacters * kMostBytesOfACharacter), [&shown](std::string_view line) {
-    const std::string clean = OneLine(line, kMostTextCharacters);
-    if (clean.empty()) return;
-    if (!shown.empty()) shown += '\n';
-    shown += clean;
-  });
+  const std::string shown = Lines(text.substr(0, kMostTextCharacters * kMostBytesOfACharacter),
+                                  std::numeric_limits<std::size_t>::max());
   return std::string(FirstCharacters(shown, kMostTextCharacters));
 }
 
 std::string FirstLines(std::string_view text) {
-  std::string shown = ShownText(
-      FirstCharacters(text.substr(0, kMostFirstCharacters * kMostBytesOfACharacter), kMostFirstCharacters));
-  std::size_t end = 0;
-  for (std::size_t lines = 0; lines < kMostFirstLines && end != std::string::npos; ++lines)
-    end = shown.find('\n', end + (lines > 0 ? 1 : 0));
-  if (end != std::string::npos) shown.resize(end);
-  return shown;
+  return Lines(
+      FirstCharacters(text.substr(0, kMostFirstCharacters * kMostBytesOfACharacter), kMostFirstCharacters),
+      kMostFirstLines);
 }
 
 }  // namespace zeb

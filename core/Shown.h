@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/PageDigest.h"
 #include "core/ServiceSnapshot.h"
 #include "text/ValueEscapes.h"
 
@@ -28,7 +29,7 @@ struct Shown {
     std::string name;  // its destination
     std::uint64_t bytes = 0;
     std::string firstLines;  // cut
-    std::string digest;      // of its bytes, as sha256sum writes it
+    PageDigest digest;       // of its bytes
     SnapshotPtr snapshot{};  // what it shows
     Source source{};
   };

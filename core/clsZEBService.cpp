@@ -24,6 +24,7 @@ clsZEBService::~clsZEBService() = default;
 
 void clsZEBService::SetItemCount(int count) {
   itemCount_ = std::clamp(count, 1, kMaxNextItems);
+  ++itemsVersion_;
 }
 
 void clsZEBService::SetCurrentItem(const clsZEBItemInfo& item) {
@@ -34,10 +35,12 @@ void clsZEBService::SetCurrentItem(const clsZEBItemInfo& item) {
     previousItems_[0] = std::move(currentItem_);
   }
   currentItem_ = std::move(arriving);
+  ++itemsVersion_;
 }
 
 void clsZEBService::SetComingSoonItem(const clsZEBItemInfo& item) {
   comingSoonItem_ = item.Copy();
+  ++itemsVersion_;
 }
 
 const clsZEBItemInfo* clsZEBService::NextItem(int index) const {
@@ -45,7 +48,9 @@ const clsZEBItemInfo* clsZEBService::NextItem(int index) const {
 }
 
 void clsZEBService::SetNextItem(int index, const clsZEBItemInfo& item) {
-  if (HasSlot(index)) nextItems_[static_cast<std::size_t>(index) - 1] = item.Copy();
+  if (!HasSlot(index)) return;
+  nextItems_[static_cast<std::size_t>(index) - 1] = item.Copy();
+  ++itemsVersion_;
 }
 
 const clsZEBItemInfo* clsZEBService::PreviousItem(int index) const {
@@ -53,7 +58,9 @@ const clsZEBItemInfo* clsZEBService::PreviousItem(int index) const {
 }
 
 void clsZEBService::SetPreviousItem(int index, const clsZEBItemInfo& item) {
-  if (HasSlot(index)) previousItems_[static_cast<std::size_t>(index) - 1] = item.Copy();
+  if (!HasSlot(index)) return;
+  previousItems_[static_cast<std::size_t>(index) - 1] = item.Copy();
+  ++itemsVersion_;
 }
 
 // ---- Outputs

@@ -33,6 +33,8 @@ namespace zeb {
 // More outputs of a type than any station has; a damaged count must not make the program build millions.
 inline constexpr std::int32_t kMaxOutputsOfType = 1000;
 inline constexpr int kMaxNextItems = 50;  // and previous items
+// Of the periodic updates, in seconds: a day; above it, it was never meant.
+inline constexpr std::int32_t kLongestUpdateInterval = 24 * 3600;
 
 // The service-level settings, named as in the store; defaults are those of a service never saved.
 struct ServiceSettings {
@@ -62,6 +64,7 @@ struct ServiceSettings {
 void TakeChanges(const ServiceSettings& before, const ServiceSettings& after, ServiceSettings& to);
 
 // What can be set for a service, and for an output of any type.
+SettingTable<ServiceSettings> ServiceSettingTable();
 SettingList ServiceSettingList();
 SettingList CommonOutputSettings();
 
@@ -113,6 +116,8 @@ class clsZEBService {
   // Items. Setting stores a Copy. Next and previous items have indexes 1 to ItemCount; outside that range
   // reading gives null and setting does nothing.
   int ItemCount() const { return itemCount_; }
+  // Goes up whenever an item is set, or how many there are.
+  std::uint64_t ItemsVersion() const { return itemsVersion_; }
   void SetItemCount(int count);  // held within 1..kMaxNextItems
   const clsZEBItemInfo& CurrentItem() const { return currentItem_; }
   void SetCurrentItem(const clsZEBItemInfo& item);  // moves the previous items down when one was playing
@@ -199,6 +204,7 @@ class clsZEBService {
   clsZEBItemInfo currentItem_, comingSoonItem_;
   std::array<clsZEBItemInfo, kMaxNextItems> nextItems_, previousItems_;
   int itemCount_ = 1;
+  std::uint64_t itemsVersion_ = 0;
   UpdateCycle cycle_;
   SnapshotPtr lastSnapshot_;
   std::uint64_t information_ = 0;  // full updates so far

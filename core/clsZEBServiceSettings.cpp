@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "core/ProgramSettings.h"
 #include "core/SettingFields.h"
 #include "core/SettingsTree.h"
 #include "core/clsZEBService.h"
@@ -96,6 +97,10 @@ void TakeChanges(const ServiceSettings& before, const ServiceSettings& after, Se
   TakeChanges(kTable, before, after, to);
 }
 
+SettingTable<ServiceSettings> ServiceSettingTable() {
+  return kTable;
+}
+
 SettingList ServiceSettingList() {
   return ListOf(kTable);
 }
@@ -114,7 +119,7 @@ struct clsZEBService::Stored {
     std::int32_t interval = 0;
   };
   ServiceSettings settings;
-  std::int32_t retrySeconds = 5;  // for all services
+  std::int32_t retrySeconds = ProgramSettings().RetrySeconds;  // for all services
   std::vector<Type> types;
 };
 

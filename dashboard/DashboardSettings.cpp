@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "core/SettingFields.h"
 #include "sources/PeerRanges.h"
 #include "text/LetterCase.h"
 #include "text/Numbers.h"
@@ -23,9 +22,13 @@ const SettingRow<S> kRows[] = {
 
 }  // namespace
 
+SettingTable<DashboardSettings> DashboardSettingTable() {
+  return kRows;
+}
+
 DashboardSettings DashboardSettings::Read(SettingsHive& hive, const std::string& root) {
   DashboardSettings settings;
-  ReadSettings<S>(hive, root, "", kRows, settings);
+  ReadSettings(hive, root, "", DashboardSettingTable(), settings);
   settings.address = TrimBlanks(settings.address);
   settings.socketGroup = TrimBlanks(settings.socketGroup);
   // An empty value means the default, not everybody.

@@ -4,12 +4,16 @@
 #include <cstdint>
 #include <string>
 
+#include "core/SettingFields.h"
 #include "dashboard/HttpMessage.h"
 #include "platform/SettingsHive.h"
 
 namespace zeb {
 
 inline constexpr char kDashboardPassword[] = "DashboardPassword";
+
+struct DashboardSettings;
+SettingTable<DashboardSettings> DashboardSettingTable();
 
 struct DashboardSettings {
   std::int32_t port = 6980;           // 0: no web page

@@ -59,7 +59,7 @@ json::array Pages(const Shown& shown) {
     pages.push_back({{"name", page.name},
                      {"bytes", page.bytes},
                      {"firstLines", page.firstLines},
-                     {"sha256", page.digest}});
+                     {"sha256", page.digest.Text()}});
   return pages;
 }
 

@@ -13,7 +13,6 @@
 namespace zeb {
 namespace {
 
-constexpr char kRootKey[] = "SOFTWARE\\Hexmoor";
 #ifdef _WIN32
 constexpr char kLineEnd[] = "\r\n";
 #else

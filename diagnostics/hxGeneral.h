@@ -39,6 +39,7 @@ class DebugLog {
   void WriteLine(std::string_view message, LineKind kind);
   void ShowToOperator(const std::string& text);  // a message box with the exclamation icon
 
+  static constexpr char kRootKey[] = "SOFTWARE\\Hexmoor";
   // "/DEBUG=<word>" on the command line, else DebugMode under "SOFTWARE\Hexmoor".
   static std::int32_t StartUpLevel(std::string_view commandLine, SettingsHive& hive);
   // DebugPath under "SOFTWARE\Hexmoor", else DebugFiles in the data folder.

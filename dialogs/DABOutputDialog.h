@@ -4,7 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "core/PropertySheet.h"
+
 namespace zeb {
+
+class clsZEBDABOutput;
+PropertySheet DABSheet(clsZEBDABOutput& draft);
 
 // The message to show instead of closing the dialog; "" when all is well.
 std::string CheckDABProperties(std::string_view simpleTextFormat, std::string_view maxNumberChars);

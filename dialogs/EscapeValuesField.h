@@ -3,8 +3,11 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "core/PropertySheet.h"
 
 namespace zeb {
 
@@ -24,5 +27,17 @@ inline constexpr std::array<EscapeText, 5> kEscapeTexts = {{
 
 // The message to show instead of closing the dialog; "" when all is well. The list can be typed into.
 std::string CheckEscapeValues(std::string_view word);
+
+// The problem of a sheet's field for it; nothing when all is well.
+std::optional<SheetProblem> EscapeProblem(const Entries& entries);
+
+template <class S>
+void AddEscapeField(PropertySheet& sheet, SettingTable<S> table, S& draft) {
+  PropertyField& field = AddField(
+      sheet, table, draft, {.name = "EscapeValues", .caption = kEscapeCaption, .kind = FieldKind::kChoice});
+  for (const EscapeText& one : kEscapeTexts)
+    field.choices.push_back({std::string(one.word), std::string(one.text)});
+  if (!sheet.check) sheet.check = EscapeProblem;
+}
 
 }  // namespace zeb

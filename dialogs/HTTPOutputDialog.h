@@ -4,9 +4,12 @@
 #include <optional>
 #include <string>
 
+#include "core/PropertySheet.h"
 #include "outputs/http/clsZEBHTTPOutput.h"
 
 namespace zeb {
+
+PropertySheet HTTPSheet(clsZEBHTTPOutput& draft);
 
 // The message to show instead of closing the dialog; "" when all is well. `chosen`: nothing while no request
 // type is.

@@ -19,13 +19,6 @@ namespace {
 constexpr std::string_view kServiceName = "ServiceName";
 constexpr std::string_view kControlPort = "TolvanTCPControlPort";
 
-Outcome CheckName(const std::string& name) {
-  if (TrimBlanks(name).empty()) return Failure{"a service needs a name"};
-  if (std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
-    return Failure{"a service's name is one line without control characters"};
-  return {};
-}
-
 const SettingInfo* Find(const SettingList& list, std::string_view name) {
   const auto found = std::find_if(list.begin(), list.end(), [name](const SettingInfo& info) {
     return EqualIgnoringAsciiCase(info.name, name);
@@ -44,6 +37,13 @@ int PairOf(std::string_view& name) {
 }
 
 }  // namespace
+
+Outcome CheckServiceName(const std::string& name) {
+  if (TrimBlanks(name).empty()) return Failure{"a service needs a name"};
+  if (std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
+    return Failure{"a service's name is one line without control characters"};
+  return {};
+}
 
 // One that may be stored.
 struct ServiceEntry::Value {
@@ -89,7 +89,7 @@ Outcome ServiceEntry::CheckFile(const Value& value) const {
 
 Result<std::vector<ServiceEntry::Value>> ServiceEntry::CheckService(const std::string& name,
                                                                     const Settings& settings) const {
-  if (const Outcome right = CheckName(name); !right) return right.AsFailure();
+  if (const Outcome right = CheckServiceName(name); !right) return right.AsFailure();
   const SettingList list = ServiceSettingList();
   std::vector<Value> values;
   std::set<std::string_view> given = {kServiceName};
@@ -170,7 +170,7 @@ Result<int> ServiceEntry::AddService(const std::string& name, const Settings& se
 }
 
 Outcome ServiceEntry::RenameService(int service, const std::string& name) {
-  if (Outcome right = CheckName(name); !right) return right;
+  if (Outcome right = CheckServiceName(name); !right) return right;
   return Together<Outcome>([&]() -> Outcome {
     if (Outcome there = stored_.Check(service); !there) return there;
     hive_.WriteText(stored_.Key(service), std::string(kServiceName), name);

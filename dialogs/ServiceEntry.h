@@ -24,6 +24,9 @@ struct EnteredSetting {
 // "name=value"; the value may hold "=".
 Result<EnteredSetting> SplitEntered(const std::string& text);
 
+// Why a service cannot be called so.
+Outcome CheckServiceName(const std::string& name);
+
 class ServiceEntry {
  public:
   // All outlive this object. Files with relative names are looked for in the data folder.

@@ -3,9 +3,14 @@
 
 #include <string>
 
+#include "core/PropertySheet.h"
 #include "outputs/file/clsFileParameters.h"
 
 namespace zeb {
+
+class clsZEBWebOutput;
+// Its pairs are in the field "Pairs".
+PropertySheet WebSheet(clsZEBWebOutput& draft);
 
 // What a pair's "Update?" cell says.
 std::string UpdateRulesSummary(const clsFileParameters& pair);

@@ -20,7 +20,18 @@
 namespace zeb {
 namespace {
 
-constexpr int kMostDays = 3650, kMostMegabytes = 100000;
+constexpr SettingRow<HistoryLimits> kSettings[] = {
+    {.name = "HistoryDays",
+     .member = &HistoryLimits::days,
+     .storedAs = StoredAs::kNumber,
+     .least = 0,
+     .most = 3650},
+    {.name = "HistoryMegabytes",
+     .member = &HistoryLimits::megabytes,
+     .storedAs = StoredAs::kNumber,
+     .least = 0,
+     .most = 100000},
+};
 constexpr std::size_t kMostSourceBytes = 200, kMostPartBytes = 1024, kMostProblemBytes = 1024;
 constexpr std::size_t kMostRemembered = 10000;  // outputs' parts, and snapshots
 constexpr int kUpdateNumbersPerMillisecond = 1 << 20;
@@ -56,11 +67,13 @@ std::string EntriesText(std::size_t count) {
 
 }  // namespace
 
+SettingTable<HistoryLimits> HistorySettingTable() {
+  return kSettings;
+}
+
 std::optional<HistoryLimits> ReadHistoryLimits(SettingsHive& hive, const std::string& root) {
   HistoryLimits limits;
-  limits.days = std::clamp(hive.ReadNumber(root, "HistoryDays", limits.days), 0, kMostDays);
-  limits.megabytes =
-      std::clamp(hive.ReadNumber(root, "HistoryMegabytes", limits.megabytes), 0, kMostMegabytes);
+  ReadSettings(hive, root, "", HistorySettingTable(), limits);
   if (limits.days == 0 || limits.megabytes == 0) return std::nullopt;
   return limits;
 }
@@ -325,6 +338,10 @@ void HistoryRecorder::SetLimits(std::optional<HistoryLimits> limits) {
   }
 }
 
+bool HistoryRecorder::Keeps() const {
+  return state_->Keeps();
+}
+
 void HistoryRecorder::ItemSet(int service, std::string_view serviceName, int slot, std::string_view source,
                               const clsZEBItemInfo& item) {
   if (!state_->Keeps()) return;
@@ -367,7 +384,7 @@ void HistoryRecorder::Shown(const HistoryShown& shown) {
   row.problem = HistoryText(OneLine(shown.problem, kMostProblemBytes), kMostProblemBytes);
   row.text = HistoryText(shown.page ? shown.page->firstLines : shown.text, kMostTextBytes);
   row.bytes = shown.page ? shown.page->bytes : shown.text.size();
-  if (shown.page) row.digest = shown.page->digest;
+  if (shown.page) row.digest = shown.page->digest.Text();
   if (shown.latency) row.latency = std::chrono::duration_cast<std::chrono::microseconds>(*shown.latency);
   // Half a template would give something else.
   const auto& source = shown.source;

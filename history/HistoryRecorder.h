@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "core/ServiceSnapshot.h"
+#include "core/SettingFields.h"
 #include "core/Shown.h"
 #include "core/UpdateRecord.h"
 #include "platform/Environment.h"
@@ -23,6 +24,8 @@
 namespace zeb {
 
 class SettingsHive;
+
+SettingTable<HistoryLimits> HistorySettingTable();
 
 // "HistoryDays" and "HistoryMegabytes" under the settings root, held within what can be. Nothing: either is
 // 0, and no history is kept.
@@ -64,6 +67,8 @@ class HistoryRecorder {
 
   // After the settings were read again.
   void SetLimits(std::optional<HistoryLimits> limits);
+
+  bool Keeps() const;  // a history, at this moment
 
   // A new item stands in a slot (kHistoryCurrent and so on). `source`: who gave it, in a few words.
   void ItemSet(int service, std::string_view serviceName, int slot, std::string_view source,

@@ -75,13 +75,13 @@ std::unique_ptr<OutputTest> MakeTest(Environment& environment, const clsZEBTempl
   return own ? std::make_unique<Test>(environment, *own) : nullptr;
 }
 
-template <SettingList (*list)()>
+template <auto table>
 OutputSettings Own() {
-  return {list(), {}};
+  return {ListOf(table()), {}};
 }
 
 OutputSettings WithPairs(SettingList own) {
-  SettingList switches = PairSwitchList();
+  const SettingList switches = ListOf(PairSwitchTable());
   own.insert(own.end(), switches.begin(), switches.end());
   return {std::move(own), PairSettingList()};
 }
@@ -89,15 +89,15 @@ OutputSettings WithPairs(SettingList own) {
 constexpr Row kTable[] = {
     {OutputType::kFile, MakeFileOutput, nullptr, [] { return WithPairs({}); },
      MakeTest<FileTest, clsZEBFileOutput>},
-    {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient, Own<HTTPSettingList>,
+    {OutputType::kHTTP, Make<clsZEBHTTPOutput>, MakeTcpClient, Own<HTTPSettingTable>,
      MakeTest<HTTPTest, clsZEBHTTPOutput>},
     {OutputType::kWeb, MakeWebOutput, nullptr, [] { return WithPairs(ListOf(WebSettingTable())); },
      MakeTest<WebTest, clsZEBWebOutput>},
-    {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient, Own<EncoderSettingList>,
+    {OutputType::kEncoder, Make<clsZEBEncoderOutput>, MakeTcpClient, Own<EncoderSettingTable>,
      MakeTest<EncoderTest, clsZEBEncoderOutput>},
-    {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient, Own<DABSettingList>,
+    {OutputType::kDAB, Make<clsZEBDABOutput>, MakeLabelClient, Own<DABSettingTable>,
      MakeTest<DABTest, clsZEBDABOutput>},
-    {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort, Own<SerialSettingList>,
+    {OutputType::kSerial, Make<clsZEBSerialOutput>, MakeSerialPort, Own<SerialSettingTable>,
      MakeTest<SerialTest, clsZEBSerialOutput>},
 };
 

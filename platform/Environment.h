@@ -8,6 +8,7 @@
 namespace zeb {
 
 class CartStore;
+class CodePages;
 class EncoderAutomation;
 class EventLoop;
 class FileSystem;
@@ -18,6 +19,7 @@ class Operator;
 class Processes;
 class SerialPorts;
 class SettingsHive;
+class ZipFiles;
 
 struct Environment {
   EventLoop& loop;
@@ -34,6 +36,9 @@ struct Environment {
   Markup* markup = nullptr;               // none: no XML is read, and HTML in text fields stays as it is
   FtpSessions* ftp = nullptr;             // null: the platform has none
   Processes* processes = nullptr;         // null: this program runs no others
+  CodePages* codePages = nullptr;         // none: language files are read in UTF-8 only
+  ZipFiles* zips = nullptr;               // none: this program writes none
+  std::string programFolder = {};         // where the program lies; "": nothing comes with it
 
   std::string ServiceKey(int serviceNumber) const {
     return settingsRoot + "\\Service" + std::to_string(serviceNumber);

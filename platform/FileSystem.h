@@ -58,6 +58,9 @@ class FileTarget {
   // Where the file really is; another path than was asked for when a link was followed.
   virtual const std::string& Path() const = 0;
   virtual Outcome Replace(std::string_view bytes) = 0;
+  // For what may hold passwords: from the first byte on nobody but this user may read the new file, whatever
+  // the mode of the old one was.
+  virtual Outcome ReplacePrivately(std::string_view bytes) = 0;
   // With what is left to read of `source`, as far as the size that it was opened with. The time stamp is
   // `modified` where the file system can keep it.
   virtual Outcome ReplaceByCopy(FileReader& source, std::int64_t modified) = 0;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Control.h"
 #include "platform/Result.h"
@@ -76,6 +77,13 @@ class SerialPorts {
  public:
   virtual ~SerialPorts() = default;
   virtual std::shared_ptr<SerialPortControl> MakePort() = 0;
+
+  // The ports that this machine has, for somebody who chooses one. May be called on a worker.
+  struct Found {
+    std::string device;  // as Line::device
+    std::string text;    // what is known of it; may be empty
+  };
+  virtual std::vector<Found> Available() { return {}; }
 };
 
 }  // namespace zeb

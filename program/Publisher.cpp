@@ -50,7 +50,8 @@ Publisher::Publisher(ThreadedLineWriter& journal, Program program, Front front)
       ports_(program_.folder),
       console_(journal_, isatty(STDERR_FILENO) != 0 ? &ports_.loop : nullptr),
       shown_(front_.person ? front_.person(console_, ports_.loop) : nullptr),
-      person_(shown_ ? *shown_ : console_, ports_.loop) {}
+      person_(shown_ ? *shown_ : console_, ports_.loop,
+              shown_ ? JournalTail::kMostForReading : JournalTail::kMost) {}
 
 Publisher::~Publisher() = default;
 

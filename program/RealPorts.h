@@ -2,11 +2,14 @@
 // place that chooses them for a program with the engine inside.
 #pragma once
 
+#include <QCoreApplication>
 #include <string>
 
 #include "platform/Environment.h"
 #include "platform/posix/CurlFtpSession.h"
+#include "platform/posix/IconvCodePages.h"
 #include "platform/posix/LibxmlMarkup.h"
+#include "platform/posix/LibzipFiles.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/PosixProcesses.h"
 #include "platform/qt/QtLocalSockets.h"
@@ -28,6 +31,9 @@ struct RealPorts {
     environment.markup = &markup;
     environment.ftp = &ftp;
     environment.processes = &processes;
+    environment.codePages = &codePages;
+    environment.zips = &zips;
+    environment.programFolder = QCoreApplication::applicationDirPath().toStdString();
     return environment;
   }
 
@@ -38,6 +44,8 @@ struct RealPorts {
   LibxmlMarkup markup;
   CurlFtpSessions ftp;
   PosixProcesses processes;
+  IconvCodePages codePages;
+  LibzipFiles zips;
   QtLocalSockets localSockets{loop};
 };
 

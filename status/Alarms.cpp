@@ -19,7 +19,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::int32_t kUsualSeconds = 30, kMostSeconds = 86400;
+constexpr SettingRow<AlarmSettings> kSettings[] = {
+    {.name = "AlarmAfterSeconds",
+     .member = &AlarmSettings::AlarmAfterSeconds,
+     .storedAs = StoredAs::kNumber,
+     .least = 0,
+     .most = 86400},
+    {"AlarmCommand", &AlarmSettings::AlarmCommand},
+    {"AlarmURL", &AlarmSettings::AlarmURL},
+};
 constexpr std::size_t kMostAnswer = 64u * 1024;
 // What the worker is given beyond the program's own time.
 constexpr Duration kWorkerGrace = 5s;
@@ -36,16 +44,15 @@ void AppendMember(std::string& to, std::string_view name, std::string_view value
 
 }  // namespace
 
+SettingTable<AlarmSettings> AlarmSettingTable() {
+  return kSettings;
+}
+
 void Alarms::ReadSettings() {
-  SettingsHive& hive = environment_.hive;
-  const std::string& root = environment_.settingsRoot;
-  const std::int32_t after = hive.ReadNumber(root, "AlarmAfterSeconds", kUsualSeconds);
-  settings_.after = std::chrono::seconds(std::clamp(after, 0, kMostSeconds));
-  settings_.command = hive.ReadText(root, "AlarmCommand", "");
-  settings_.url = hive.ReadText(root, "AlarmURL", "");
+  zeb::ReadSettings(environment_.hive, environment_.settingsRoot, "", AlarmSettingTable(), settings_);
   noted_.clear();
-  if (settings_.url.empty()) return;
-  if (const auto address = ParseHttpAddress(settings_.url); !address)
+  if (settings_.AlarmURL.empty()) return;
+  if (const auto address = ParseHttpAddress(settings_.AlarmURL); !address)
     environment_.person.Note("AlarmURL: " + address.Reason());
 }
 
@@ -67,7 +74,7 @@ void Alarms::Look(const std::vector<Trouble>& troubles) {
       known.sinceMoment = environment_.loop.Now();
     }
     known.trouble = trouble;
-    if (known.told || now - known.since < settings_.after) continue;
+    if (known.told || now - known.since < std::chrono::seconds(settings_.AlarmAfterSeconds)) continue;
     known.told = true;
     beginning.push_back(&known);
   }
@@ -96,8 +103,8 @@ void Alarms::Deliver() {
   const Alarm alarm = std::move(waiting_.front());
   waiting_.pop_front();
   try {
-    if (!settings_.command.empty()) Run(alarm);
-    if (mark.Holds() && !settings_.url.empty()) Post(alarm);
+    if (!settings_.AlarmCommand.empty()) Run(alarm);
+    if (mark.Holds() && !settings_.AlarmURL.empty()) Post(alarm);
   } catch (const std::exception&) {
     ReportException("telling an alarm", Report::kQuietly);
   }
@@ -106,7 +113,7 @@ void Alarms::Deliver() {
 void Alarms::Run(const Alarm& alarm) {
   if (!environment_.processes) return Note("AlarmCommand", Failure{"this program runs no other programs"});
   ProcessOrder order;
-  order.program = JoinPath(environment_.dataFolder, settings_.command);
+  order.program = JoinPath(environment_.dataFolder, settings_.AlarmCommand);
   order.variables = {{"ZEB_ALARM", std::string(WordOf(alarm.begins))},
                      {"ZEB_SERVICE", OneLine(alarm.trouble.service)},
                      {"ZEB_OUTPUT", OneLine(alarm.trouble.output)},
@@ -123,7 +130,7 @@ void Alarms::Run(const Alarm& alarm) {
 
 void Alarms::Post(const Alarm& alarm) {
   HttpOrder order;
-  order.url = settings_.url;
+  order.url = settings_.AlarmURL;
   order.limit = kPostLimit;
   order.mostBytes = kMostAnswer;
   AppendMember(order.json, "alarm", WordOf(alarm.begins));

@@ -14,6 +14,7 @@
 #include <tuple>
 #include <vector>
 
+#include "core/SettingFields.h"
 #include "platform/Environment.h"
 #include "platform/Epoch.h"
 #include "platform/EventLoop.h"
@@ -22,6 +23,12 @@
 #include "status/StationState.h"
 
 namespace zeb {
+
+struct AlarmSettings {
+  std::int32_t AlarmAfterSeconds = 30;
+  std::string AlarmCommand, AlarmURL;
+};
+SettingTable<AlarmSettings> AlarmSettingTable();
 
 class Alarms {
  public:
@@ -35,15 +42,11 @@ class Alarms {
 
   // Reads the settings; what was begun goes on and ends as it would have.
   void ReadSettings();
-  bool Wanted() const { return !settings_.command.empty() || !settings_.url.empty(); }
+  bool Wanted() const { return !settings_.AlarmCommand.empty() || !settings_.AlarmURL.empty(); }
   // All that is wrong at this moment.
   void Look(const std::vector<Trouble>& troubles);
 
  private:
-  struct Settings {
-    Duration after{};
-    std::string command, url;
-  };
   // What is wrong with one output.
   struct Known {
     Trouble trouble;
@@ -66,7 +69,7 @@ class Alarms {
   void Note(const std::string& way, const Outcome& outcome);
 
   Environment& environment_;
-  Settings settings_;
+  AlarmSettings settings_;
   std::map<Key, Known> known_;
   std::deque<Alarm> waiting_;
   bool delivering_ = false;

@@ -43,7 +43,8 @@ class StationBoard {
   // Told by the window.
   void OutputChanged(OutputType type, int index);  // its status or problems may be others now
   void RunEnded(const UpdateRecord& record, const UpdateRun& run);
-  void Changed();  // anything else
+  void WindowChanged() { TellSoon(); }  // its panels or items
+  void Changed();                       // anything else
 
  private:
   // What is remembered of an output, for as long as it lives.

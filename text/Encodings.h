@@ -1,6 +1,7 @@
 // The borders between bytes and text.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -32,6 +33,9 @@ std::string_view EncodeFile(std::string_view text, const FileEncoding& encoding,
 
 // The character set of an output's line to the outside ("CharacterSet" k).
 enum class CharacterSet { kUtf8, kWindows1252, kIso8859_1, kRds, kEbuLatin };
+inline constexpr std::array kCharacterSets = {CharacterSet::kUtf8, CharacterSet::kWindows1252,
+                                              CharacterSet::kIso8859_1, CharacterSet::kRds,
+                                              CharacterSet::kEbuLatin};
 // "UTF-8", "Windows-1252", "ISO-8859-1", "RDS", "EBU Latin", without regard to case; else the default.
 CharacterSet CharacterSetByName(std::string_view name, CharacterSet byDefault);
 std::string_view CharacterSetName(CharacterSet set);

@@ -3,12 +3,11 @@
 namespace zeb {
 
 std::string_view TakeLine(std::string_view& rest) {
-  const std::size_t end = rest.find_first_of("\r\n");
+  std::size_t end = 0;
+  while (end < rest.size() && rest[end] != '\r' && rest[end] != '\n') ++end;
   const std::string_view line = rest.substr(0, end);
-  if (end == std::string_view::npos)
-    rest = {};
-  else
-    rest.remove_prefix(end + (rest.substr(end, 2) == "\r\n" ? 2 : 1));
+  rest.remove_prefix(end);
+  if (!rest.empty()) rest.remove_prefix(rest.starts_with("\r\n") ? 2 : 1);
   return line;
 }
 

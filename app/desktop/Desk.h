@@ -6,6 +6,8 @@
 // executed: a loop within the loop would hold up every output.
 #pragma once
 
+#include <functional>
+
 #include "core/clsZEBService.h"
 #include "dashboard/JournalTail.h"
 #include "history/HistoryRequest.h"
@@ -24,9 +26,10 @@ struct Desk {
   frmMain& main;
   OutputFactory makeOutput;
   Boxes& boxes;
-  JournalTail& journal;      // the last lines of the journal
-  OpenHistory openHistory;   // called on a worker; none: no history is kept
-  QWidget* frame = nullptr;  // the main window, in front of which boxes open; null before it is there
+  JournalTail& journal;            // the last lines of the journal
+  OpenHistory openHistory;         // called on a worker; none: no history is kept
+  QWidget* frame = nullptr;        // the main window, in front of which boxes open; null before it is there
+  std::function<void()> reload{};  // all settings are read again, as zebd does for SIGHUP; none: by `main`
 };
 
 }  // namespace zeb

@@ -44,8 +44,8 @@ constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
 
-SettingList DABSettingList() {
-  return ListOf(kTable);
+SettingTable<DABSettings> DABSettingTable() {
+  return kTable;
 }
 
 clsZEBDABOutput::~clsZEBDABOutput() {

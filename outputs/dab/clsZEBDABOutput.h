@@ -25,7 +25,7 @@ struct DABSettings : WireFormats {
   CharacterSet characterSet = CharacterSet::kUtf8;
 };
 
-SettingList DABSettingList();
+SettingTable<DABSettings> DABSettingTable();
 
 class clsZEBDABOutput : public clsZEBTemplate {
  public:

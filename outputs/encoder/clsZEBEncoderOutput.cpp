@@ -105,8 +105,8 @@ const Failure kNotAvailable{"encoders of this kind are not available on this pla
 
 }  // namespace
 
-SettingList EncoderSettingList() {
-  return ListOf(kTable);
+SettingTable<EncoderSettings> EncoderSettingTable() {
+  return kTable;
 }
 
 EncoderCommand SplitCommand(std::string_view piece) {

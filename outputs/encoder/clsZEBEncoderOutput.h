@@ -46,7 +46,7 @@ struct EncoderSettings {
   std::string VerifyStreamURL;  // the stream as listeners get it; "": its titles are not looked at
 };
 
-SettingList EncoderSettingList();
+SettingTable<EncoderSettings> EncoderSettingTable();
 
 struct EncoderCommand {
   std::string type;

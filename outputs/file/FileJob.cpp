@@ -78,7 +78,7 @@ void PlacePage(FileJob& job, const FileTools& tools, FileTarget& target, std::st
     if (!temp) return job.Fail(kStatusSourceFileProblem, temp.Reason() + std::string(kCheckTempFolder));
   }
   job.published = Put(job, tools, target, bytes);
-  if (job.published) job.page = ShownPage(job.parameters, page, bytes);
+  if (job.published) job.page = ShownPage(job.parameters, page, bytes, job.digest);
   if (job.parameters.UseMultipleVersions) PlaceVersion(job, tools, bytes);
 }
 

@@ -24,6 +24,7 @@ struct FileJob {
   clsFileParameters parameters;
   SnapshotPtr snapshot;             // what the page shows
   std::string source, destination;  // full paths
+  PageDigest::When digest = PageDigest::When::kNow;
 
   std::int32_t status = kStatusOK;
   std::string problem;             // one line; "" when all is well

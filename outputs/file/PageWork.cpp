@@ -4,7 +4,6 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "platform/EventLoop.h"
-#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
@@ -28,8 +27,9 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
                  std::to_string(kMaxPageBytes) + " bytes; shorten the template or what its tags stand for"};
 }
 
-Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes) {
-  return {pair.DestinationFileName(), bytes.size(), FirstLines(text), Sha256Text(bytes)};
+Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes,
+                      PageDigest::When digest) {
+  return {pair.DestinationFileName(), bytes.size(), FirstLines(text), PageDigest(bytes, digest)};
 }
 
 void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,

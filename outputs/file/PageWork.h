@@ -27,7 +27,8 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
                               ValueEncoding values = {}, std::string_view date = {});
 
 // What is to be seen of a page: its text, and the bytes that are published.
-Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes);
+Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes,
+                      PageDigest::When digest = PageDigest::When::kNow);
 // Notes what it was made of.
 void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,
                 const SnapshotPtr& snapshot, const ValueEncoding& values);

@@ -15,8 +15,8 @@ constexpr SettingTable<PairSwitches> kSwitches = kSwitchRows;
 
 }  // namespace
 
-SettingList PairSwitchList() {
-  return ListOf(kSwitches);
+SettingTable<PairSwitches> PairSwitchTable() {
+  return kSwitches;
 }
 
 const clsFileParameters& PairOutput::UpdateFile(int number) const {
@@ -78,11 +78,18 @@ Shown PairOutput::LastShown() const {
   return shown;
 }
 
+PageDigest::When PairOutput::DigestWhen(std::size_t pair) const {
+  const auto last = shownPages_.find(pair);
+  return last == shownPages_.end() || last->second.digest.Asked() ? PageDigest::When::kNow
+                                                                  : PageDigest::When::kWhenAsked;
+}
+
 std::vector<PublicPlace> PairOutput::PublicPlaces() const {
   std::vector<PublicPlace> places;
   for (const auto& [pair, page] : shownPages_)
     if (pair < pairs_.size() && !pairs_[pair].VerifyURL.empty())
-      places.push_back({PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest, page.firstLines});
+      places.push_back(
+          {PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest.Text(), page.firstLines});
   return places;
 }
 

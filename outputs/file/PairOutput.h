@@ -25,7 +25,7 @@ struct PairSwitches {
   bool CopyAdditionalFiles = false;
   bool AlwaysCopyFiles = false;  // also when an equal file is there already
 };
-SettingList PairSwitchList();
+SettingTable<PairSwitches> PairSwitchTable();
 
 class PairOutput : public clsZEBTemplate, public PairSwitches {
  public:
@@ -70,6 +70,8 @@ class PairOutput : public clsZEBTemplate, public PairSwitches {
   // An empty reason: the pair is all right. `pair` counts from 0.
   void KeepProblem(std::size_t pair, const std::string& reason);
   void KeepShown(std::size_t pair, Shown::Page page) { shownPages_[pair] = std::move(page); }
+  // A digest that nobody wanted of the last page is not worked out for the next one until somebody asks.
+  PageDigest::When DigestWhen(std::size_t pair) const;
   std::size_t FailingPairs() const { return problems_.size(); }
 
  private:

@@ -110,6 +110,7 @@ std::shared_ptr<FileWork> clsZEBFileOutput::MakeWork(UploadFileList listed) {
     job.pair = pair;
     job.parameters = Pairs()[pair];
     job.snapshot = snapshot;
+    job.digest = DigestWhen(pair);
     job.source = JoinPath(environment_.dataFolder, job.parameters.SourceFileName());
     job.destination = JoinPath(environment_.dataFolder, job.parameters.DestinationFileName());
   }

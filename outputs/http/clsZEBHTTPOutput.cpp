@@ -73,8 +73,8 @@ const char* RunStatusText(std::int32_t status) {
   }
 }
 
-SettingList HTTPSettingList() {
-  return ListOf(kTable);
+SettingTable<HTTPSettings> HTTPSettingTable() {
+  return kTable;
 }
 
 // ---- The contract

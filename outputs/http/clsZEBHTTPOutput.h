@@ -44,7 +44,7 @@ struct HTTPSettings {
   std::string VerifyURL;     // where the public sees the item's title; "": it is not looked at
 };
 
-SettingList HTTPSettingList();
+SettingTable<HTTPSettings> HTTPSettingTable();
 
 class clsZEBHTTPOutput : public clsZEBTemplate {
  public:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/ProgramSettings.h"
 #include "core/SettingFields.h"
 #include "diagnostics/hxGeneral.h"
 #include "outputs/wire/WireCharacters.h"
@@ -21,15 +22,9 @@ constexpr Duration kOpenLimit = 5s;    // of a device on the network
 constexpr const char* kSettingsKey = "\\Serial";
 
 std::string DeviceOf(Environment& environment, std::int32_t commPort) {
-  const std::string number = std::to_string(commPort);
-#ifdef _WIN32
-  const std::string byDefault = "COM" + number;
-#else
-  const std::string byDefault = "/dev/ttyS" + std::to_string(static_cast<std::int64_t>(commPort) - 1);
-#endif
-  const std::string device =
-      environment.hive.ReadText(environment.settingsRoot, "CommPortDevice" + number, byDefault);
-  return device.empty() ? byDefault : device;
+  std::string device =
+      environment.hive.ReadText(environment.settingsRoot, kCommPortDevice + std::to_string(commPort), "");
+  return device.empty() ? UsualCommPortDevice(commPort) : device;
 }
 
 // Where the control characters begin that end the text.
@@ -44,7 +39,7 @@ constexpr SettingRow<S> kRows[] = {
     {.name = "CommPort",
      .member = &S::CommPort,
      .storedAs = StoredAs::kNumber,
-     .entry = {.least = 1, .most = 16}},
+     .entry = {.least = 1, .most = kMostCommPorts}},
     {"Settings", &S::Settings},
     {.name = "Handshaking",
      .member = &S::Handshaking,
@@ -65,8 +60,8 @@ constexpr SettingTable<S> kTable = kRows;
 
 }  // namespace
 
-SettingList SerialSettingList() {
-  return ListOf(kTable);
+SettingTable<SerialSettings> SerialSettingTable() {
+  return kTable;
 }
 
 clsZEBSerialOutput::~clsZEBSerialOutput() {
@@ -83,6 +78,7 @@ void clsZEBSerialOutput::GetOutputInformation(int serviceNumber, int outputIndex
   CheckEscapeWord("Serial output " + std::to_string(outputIndex), settings.EscapeValues);
   simpleTextFormat_ = settings.simpleText;
   device_ = DeviceOf(environment_, settings.CommPort);
+  devicePort_ = settings.CommPort;
   SetStatus(kStatusOK);
 }
 
@@ -128,7 +124,8 @@ Outcome clsZEBSerialOutput::OpenPort() {
 }
 
 SerialPortControl::Line clsZEBSerialOutput::Line() const {
-  const std::string device = device_.empty() ? DeviceOf(environment_, settings.CommPort) : device_;
+  const bool known = !device_.empty() && devicePort_ == settings.CommPort;
+  const std::string device = known ? device_ : DeviceOf(environment_, settings.CommPort);
   return {settings.CommPort, device, settings.Settings, settings.Handshaking};
 }
 

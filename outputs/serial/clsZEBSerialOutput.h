@@ -27,7 +27,7 @@ struct SerialSettings : WireFormats {
   CharacterSet characterSet = CharacterSet::kWindows1252;
 };
 
-SettingList SerialSettingList();
+SettingTable<SerialSettings> SerialSettingTable();
 
 class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
  public:
@@ -82,7 +82,9 @@ class clsZEBSerialOutput : public clsZEBTemplate, public StringOutput {
   void OnPortLost();
 
   PortPtr port_;
-  std::string device_;  // of the port's number, when the settings were read
+  // Of the port's number, when the settings were read; and that number.
+  std::string device_;
+  std::int32_t devicePort_ = 0;
   CandidateChooser chooser_;
   WireLog log_;
   Epoch run_;      // from a start to the stop

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "diagnostics/hxGeneral.h"
+#include "outputs/web/cWinINET.h"
 #include "platform/Operator.h"
 #include "text/OneLine.h"
 
@@ -67,8 +68,15 @@ void clsZEBWebOutput::Cancel() {
   if (run_) run_->Cancel();
 }
 
+void clsZEBWebOutput::CancelByUser() {
+  if (!run_ || run_->Cancelled()) return;
+  cancelledByUser_ = true;
+  Cancel();
+}
+
 bool clsZEBWebOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const Trace trace("Web.UpdateOutput");
+  cancelledByUser_ = false;
   keepTimer_.Stop();
   SetTally({});
   WebOrder order = OrderFor(snapshot);
@@ -225,7 +233,11 @@ void clsZEBWebOutput::KeepResults(const WebUpload& run, const WebOrder& order) {
     if (samePairs && shown != run.shown.end()) KeepShown(page.pair, shown->second);
   }
   failedAdditional_ = run.failedAdditional;
-  if (run.Cancelled()) return;
+  if (run.Cancelled()) {
+    if (!cancelledByUser_) return;
+    problem_ = cWinINET::GetUploadResultDescription(cWinINET::kCancelled);
+    return SetTally(tally);
+  }
   const bool ofAll = !order.isRepetition && run.problem.empty();
   copyNotes_.Take(run.refused, ofAll,
                   [this](const std::string& line) { environment_.person.Note("Web: " + line); });

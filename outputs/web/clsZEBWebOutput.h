@@ -35,6 +35,8 @@ class clsZEBWebOutput : public PairOutput {
   bool UpdateOutput(const SnapshotPtr& snapshot) override;
   bool FinishOutput(const SnapshotPtr& snapshot) override;
   void Cancel() override;
+  // A person gives the upload up that is under way: it has failed, and is tried again as after any failure.
+  void CancelByUser();
 
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
@@ -65,6 +67,7 @@ class clsZEBWebOutput : public PairOutput {
   WebServer server_{environment_, lane_};
   Timer keepTimer_;                 // while the connection is kept
   std::shared_ptr<WebUpload> run_;  // from an update to its end
+  bool cancelledByUser_ = false;    // it
   std::optional<int> progress_;     // of the file that is being sent
   std::string lastError_;           // the status text of the statuses 7 and 8
 

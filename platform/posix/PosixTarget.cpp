@@ -22,6 +22,7 @@ using Status = struct stat;
 
 constexpr mode_t kPermissions = 0777;
 constexpr mode_t kNewFile = 0644;
+constexpr mode_t kPrivateFile = 0600;
 // Somebody who plants work files all the time can keep a page from being written, not have it written
 // through.
 constexpr int kTries = 3;
@@ -135,6 +136,13 @@ class PosixTarget : public FileTarget {
     });
   }
 
+  Outcome ReplacePrivately(std::string_view bytes) override {
+    const auto fill = [&](const Descriptor& file) {
+      return WriteAll(file, bytes) ? std::string() : ErrorText(errno);
+    };
+    return Put("write", fill, kPrivateFile);
+  }
+
   Outcome ReplaceByCopy(FileReader& source, std::int64_t modified) override {
     return Put("copy a file to", [&](const Descriptor& file) {
       std::string why = CopyContents(source, file);
@@ -157,13 +165,14 @@ class PosixTarget : public FileTarget {
   }
 
  private:
-  // `fill` gives the reason when it fails.
+  // `fill` gives the reason when it fails. Without `mode` the file is as the old one was.
   template <class Fill>
-  Outcome Put(const std::string& verb, const Fill& fill) {
+  Outcome Put(const std::string& verb, const Fill& fill, std::optional<mode_t> mode = {}) {
     WorkFile work(place_);
-    if (std::string why = work.Make(old_ ? old_->st_mode & kPermissions : kNewFile); !why.empty())
+    const mode_t usual = old_ ? old_->st_mode & kPermissions : kNewFile;
+    if (std::string why = work.Make(mode.value_or(usual)); !why.empty())
       return Cannot(verb, place_.path, why);
-    if (old_) TakeOverModeAndOwner(*old_, work.file);
+    if (old_ && !mode) TakeOverModeAndOwner(*old_, work.file);
     if (std::string why = fill(work.file); !why.empty()) return Cannot(verb, place_.path, why);
     if (!work.file.Close() || !work.Publish(old_.has_value()))
       return Cannot(verb, place_.path, ErrorText(errno));

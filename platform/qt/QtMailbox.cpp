@@ -8,18 +8,18 @@
 
 namespace zeb {
 
-// Lives on the loop's thread. Other threads reach it by an event, which wakes the loop; the loop's own thread
-// by a timer of no length. An event would be handled before sockets and timers, so that work which posts work
-// would keep them waiting for ever.
+// Lives on the loop's thread, and is reached by an event, which wakes the loop; by work that it delivers,
+// through a timer of no length. An event would be handled before sockets and timers, so that work which posts
+// work would keep them waiting for ever.
 class QtMailbox::Receiver : public QObject {
  public:
   explicit Receiver(std::function<void()> deliver) : deliver_(std::move(deliver)) {
     next_.setSingleShot(true);
-    connect(&next_, &QTimer::timeout, this, [this] { deliver_(); });
+    connect(&next_, &QTimer::timeout, this, [this] { Deliver(); });
   }
 
   void Ask() {
-    if (QThread::currentThread() == thread()) {
+    if (QThread::currentThread() == thread() && delivering_ > 0) {
       next_.start(0);
     } else {
       QCoreApplication::postEvent(this, new QEvent(QEvent::User));
@@ -27,10 +27,18 @@ class QtMailbox::Receiver : public QObject {
   }
 
  protected:
-  void customEvent(QEvent*) override { deliver_(); }
+  void customEvent(QEvent*) override { Deliver(); }
 
  private:
+  // Also while it is at it, when the work opens a nested event loop.
+  void Deliver() {
+    ++delivering_;
+    deliver_();
+    --delivering_;
+  }
+
   std::function<void()> deliver_;
+  int delivering_ = 0;
   QTimer next_;
 };
 

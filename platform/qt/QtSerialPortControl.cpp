@@ -1,6 +1,7 @@
 #include "platform/qt/QtSerialPortControl.h"
 
 #include <QSerialPort>
+#include <QSerialPortInfo>
 #include <QString>
 #include <chrono>
 #include <optional>
@@ -268,6 +269,13 @@ Outcome QtSerialPortControl::Output(std::string_view bytes) {
 std::size_t QtSerialPortControl::OutBufferCount() const {
   if (local_) return PortOpen() ? local_->Queued() : 0;
   return remote_.OutBufferCount();
+}
+
+std::vector<SerialPorts::Found> QtSerialPorts::Available() {
+  std::vector<Found> found;
+  for (const QSerialPortInfo& port : QSerialPortInfo::availablePorts())
+    found.push_back({port.systemLocation().toStdString(), port.description().toStdString()});
+  return found;
 }
 
 }  // namespace zeb

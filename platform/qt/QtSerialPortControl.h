@@ -42,6 +42,7 @@ class QtSerialPorts : public SerialPorts {
   std::shared_ptr<SerialPortControl> MakePort() override {
     return std::make_shared<QtSerialPortControl>(loop_, network_);
   }
+  std::vector<Found> Available() override;
 
  private:
   EventLoop& loop_;

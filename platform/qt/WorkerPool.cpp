@@ -29,12 +29,8 @@ struct WorkerPool::State {
 
   using Job = std::function<void()>;
 
-  // What a thread waits on that has nothing to do, and the job that it is called for.
-  struct Idle {
-    ThreadWake wake;
-    Job job;
-  };
-  using IdlePtr = std::shared_ptr<Idle>;
+  // What a thread waits on that has nothing to do.
+  using IdlePtr = std::shared_ptr<ThreadWake>;
 
   const std::size_t usualThreads, mostThreads;
   std::mutex mutex;
@@ -43,15 +39,19 @@ struct WorkerPool::State {
   std::vector<IdlePtr> idle;              // who became so last is called first: it is still warm
   std::list<Clock::time_point> underWay;  // since when each thread has been at its job
   std::size_t threads = 0;
+  std::size_t coming = 0;  // threads that were called or begun, and are not here yet
   bool closed = false;
 
   // What a thread does. `self` keeps the state while it lives.
   static void Work(const std::shared_ptr<State>& self) {
-    const auto me = std::make_shared<Idle>();
+    const auto me = std::make_shared<ThreadWake>();
     std::unique_lock lock(self->mutex);
+    --self->coming;
     while (Job job = self->NextJob(lock, me)) {
+      const IdlePtr next = CallAnother(self);
       const auto mine = self->underWay.insert(self->underWay.end(), Clock::now());
       lock.unlock();
+      if (next) next->Call();
       job();
       job = nullptr;  // what it owns goes before anybody hears that it is done
       lock.lock();
@@ -63,19 +63,34 @@ struct WorkerPool::State {
 
   // Nothing: the thread is to end.
   Job NextJob(std::unique_lock<std::mutex>& lock, const IdlePtr& me) {
-    if (jobs.empty() && !closed) {
+    while (jobs.empty() && !closed) {
       idle.push_back(me);
       lock.unlock();
-      const bool called = me->wake.Await(kIdleLife);
+      const bool called = me->Await(kIdleLife);
       lock.lock();
-      // Called in the very moment in which its time was over.
-      if (!called && std::erase(idle, me) == 0) me->wake.Await(kIdleLife);
-      if (me->job) return std::exchange(me->job, nullptr);
+      if (closed || (!called && std::erase(idle, me) > 0)) return nullptr;
+      if (!called) me->Await(kIdleLife);  // it was, in the very moment in which its time was over
+      --coming;
     }
-    if (closed || jobs.empty()) return nullptr;
+    if (closed) return nullptr;
     Job job = std::move(jobs.front());
     jobs.pop_front();
     return job;
+  }
+
+  // For the jobs that wait, a thread at a time: it calls the next one when it is here. So a thousand jobs
+  // that come at once wake as many threads as find something to do, and one that hangs keeps nothing from the
+  // others. Gives who is to be called once the mutex is free, or it would wake up to wait for that.
+  static IdlePtr CallAnother(const std::shared_ptr<State>& self) {
+    if (self->jobs.empty() || self->coming > 0) return nullptr;
+    if (self->idle.empty()) {
+      if (self->ThreadIsDue()) BeginThread(self);
+      return nullptr;
+    }
+    IdlePtr next = std::move(self->idle.back());
+    self->idle.pop_back();
+    ++self->coming;
+    return next;
   }
 
   bool ThreadIsDue() const {
@@ -92,6 +107,7 @@ struct WorkerPool::State {
     try {
       std::thread([self] { Work(self); }).detach();
       ++self->threads;
+      ++self->coming;
     } catch (const std::system_error&) {
     }
   }
@@ -104,23 +120,17 @@ WorkerPool::~WorkerPool() {
   state_->closed = true;
   const auto dropped = std::move(state_->jobs);
   state_->jobs.clear();
-  for (const State::IdlePtr& idle : std::exchange(state_->idle, {})) idle->wake.Call();
+  for (const State::IdlePtr& idle : std::exchange(state_->idle, {})) idle->Call();
   state_->allDone.wait_for(lock, kGrace, [this] { return state_->underWay.empty(); });
 }
 
 bool WorkerPool::Submit(std::function<void()> job) {
   std::unique_lock lock(state_->mutex);
-  if (state_->idle.empty()) {
-    state_->jobs.push_back(std::move(job));
-    if (state_->ThreadIsDue()) State::BeginThread(state_);
-    return false;
-  }
-  const State::IdlePtr idle = std::move(state_->idle.back());
-  state_->idle.pop_back();
-  idle->job = std::move(job);
-  lock.unlock();  // first, or it would wake up to wait for the mutex
-  idle->wake.Call();
-  return true;
+  state_->jobs.push_back(std::move(job));
+  const State::IdlePtr idle = State::CallAnother(state_);
+  lock.unlock();
+  if (idle) idle->Call();
+  return idle != nullptr;
 }
 
 bool WorkerPool::Crowded() const {
@@ -129,8 +139,10 @@ bool WorkerPool::Crowded() const {
 }
 
 void WorkerPool::Relieve() {
-  const std::lock_guard lock(state_->mutex);
-  if (state_->ThreadIsDue()) State::BeginThread(state_);
+  std::unique_lock lock(state_->mutex);
+  const State::IdlePtr idle = State::CallAnother(state_);
+  lock.unlock();
+  if (idle) idle->Call();
 }
 
 }  // namespace zeb

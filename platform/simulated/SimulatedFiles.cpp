@@ -210,6 +210,11 @@ class SimulatedFiles::Target : public FileTarget {
   Outcome Replace(std::string_view bytes) override {
     return Put("Write", "write", [&] { return Result<std::string>(std::string(bytes)); });
   }
+  Outcome ReplacePrivately(std::string_view bytes) override {
+    Outcome replaced = Replace(bytes);
+    if (replaced) files_.files_.at(normal_).openToAll = false;
+    return replaced;
+  }
   Outcome ReplaceByCopy(FileReader& source, std::int64_t modified) override {
     const auto read = [&]() -> Result<std::string> {
       std::string bytes(source.Size(), '\0');

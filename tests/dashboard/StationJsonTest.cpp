@@ -28,7 +28,7 @@ TEST(StationJson, AnOutputThatHasPublishedSaysWhatAndWhen) {
   output.staleSince = output.failingSince = kMoment + 1ms;
   output.progress = 40;
   output.waiting = 2;
-  output.shown.pages.push_back({"/w/now.html", 12, "<p>", "abc"});
+  output.shown.pages.push_back({"/w/now.html", 12, "<p>", std::string("abc")});
   const boost::json::object json = JsonOf(output, 1h);
   EXPECT_EQ(Text(json.at("name")), R"("Web2")");
   EXPECT_EQ(Text(json.at("type")), R"("Web")");

@@ -23,6 +23,7 @@ std::string Plain(const QString& caption) {
 
 DesktopTest::DesktopTest() = default;
 
+// Windows with a parent (boxes, the popups of lists) go with it.
 DesktopTest::~DesktopTest() {
   std::vector<QPointer<QWidget>> windows;
   for (QWidget* widget : QApplication::topLevelWidgets())

@@ -41,7 +41,7 @@ TEST_F(ServiceWindowTest, PanelsFollowAnItemToTheMoment) {
 TEST_F(ServiceWindowTest, TheHeadTellsWhatFollowsAndWhoPresents) {
   Station("Demo FM", {{"TravelFlagActivateString", "travel"}});
   OpenWindow();
-  Say("SET_CURRENT_ITEM ITitle=travel Length=166 Type=7");
+  Say("SET_CURRENT_ITEM ITitle=travel Length=166 IType=7");
   Say("SET_NEXT_ITEM ITitle=Dancing");
   Say("SET_COMINGSOON_ITEM ITitle=Robyn");
   Say("SET_PRESENTER PRESENTER=\"ab\" FULLNAME=\"Anna Berg\"");
@@ -234,7 +234,7 @@ TEST_F(ServiceWindowTest, PagesAreReachedByTheirKeys) {
     EXPECT_EQ(pages->currentIndex(), page);
   }
   for (QAction* action : Grid("outputs")->actions()) EXPECT_FALSE(action->text().isEmpty());
-  EXPECT_EQ(Grid("outputs")->actions().size(), 5);
+  EXPECT_EQ(Grid("outputs")->actions().size(), 6);
 }
 
 TEST_F(ServiceWindowTest, WidthsAndPageAreKeptAsText) {

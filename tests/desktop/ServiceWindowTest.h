@@ -15,7 +15,7 @@ namespace zeb {
 
 class ServiceWindowTest : public DesktopTest {
  protected:
-  static constexpr char kSong[] = "SET_CURRENT_ITEM ITitle=Waterloo AName1=ABBA Type=7";
+  static constexpr char kSong[] = "SET_CURRENT_ITEM ITitle=Waterloo AName1=ABBA IType=7";
 
   ServiceWindowTest() {
     environment.serialPorts = &ports;

@@ -150,11 +150,11 @@ TEST_F(HistoryQueriesTest, ListsWhatWasOnAirAndShown) {
       "2026-03-02 12:00:01,1,,publication,Encoder1,,,,,,published,,\"Paper \"\"Moons\"\" by Ada, Quill\","
       "27,,12.3\r\n"
       "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,published,,\"<p>\r\nPaper\",10," +
-          PageOf("<p>\r\nPaper").digest +
+          PageOf("<p>\r\nPaper").digest.Text() +
           ",12.3\r\n"
           "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,failed,cannot open "
           "'/www/now.html': No space left on device,\"<p>\r\nPaper\",," +
-          PageOf("<p>\r\nPaper").digest + ",12.3\r\n");
+          PageOf("<p>\r\nPaper").digest.Text() + ",12.3\r\n");
   HistoryFilter encoder;
   encoder.output = "Encoder1";
   EXPECT_EQ(List(HistoryForm::kJson, encoder),
@@ -304,7 +304,7 @@ TEST_F(HistoryQueriesTest, TellsEachPageOfAnOutput) {
   const std::string why = Why("File1", "2026-03-02 12:00");
   EXPECT_NE(why.find("File1 /www/a.html, at"), std::string::npos) << why;
   EXPECT_NE(why.find("File1 /www/b.html, at"), std::string::npos);
-  EXPECT_NE(why.find("  shown     35 bytes, SHA-256 " + page.page->digest +
+  EXPECT_NE(why.find("  shown     35 bytes, SHA-256 " + page.page->digest.Text() +
                      "\n  begins    <h1>First</h1>\n"
                      "            2026-03-02T12:00:00\n"),
             std::string::npos);

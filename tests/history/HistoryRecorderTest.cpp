@@ -132,7 +132,7 @@ TEST_F(HistoryRecorderTest, KeepsWhatAnOutputShowsUntilItIsSomethingElse) {
   recorder->Shown(shown);                                   // works again
   HistoryShown page = File(snapshot, "");
   page.part = "/www/other.html";
-  page.page = zeb::Shown::Page{"/www/other.html", 3, "abc", "the digest"};
+  page.page = zeb::Shown::Page{"/www/other.html", 3, "abc", std::string("the digest")};
   recorder->Shown(page);
   test.loop.RunFor(1s);
   ASSERT_EQ(store->batches.size(), 1u);
@@ -154,7 +154,7 @@ TEST_F(HistoryRecorderTest, KeepsWhatAnOutputShowsUntilItIsSomethingElse) {
 
 TEST_F(HistoryRecorderTest, BoundsTheTextsOfAPublication) {
   HistoryShown shown = File(Snapshot("Song"), std::string(100000, 'x'));
-  shown.problem = std::string(5000, 'p') + "\nsecond line";
+  shown.problem = std::string(5000, 'p').append("\nsecond line");
   shown.source.templateText = std::make_shared<std::string>(HistoryRecorder::kMostTemplateBytes + 1, 't');
   recorder->Shown(shown);
   test.loop.RunFor(1s);

@@ -327,6 +327,35 @@ TEST_F(WebUploadTest, StoppingDuringAnUploadLeavesNoPartOfIt) {
     }
 }
 
+TEST_F(WebUploadTest, APersonMayGiveUpWhatIsBeingSent) {
+  output->CancelByUser();  // nothing is
+  EXPECT_TRUE(Update());
+  service.SetCurrentItem(Song("Two"));
+  ftp.fail = [this](const std::string& operation, const std::string&) {
+    if (operation == "Block") t.loop.WaitUntil([&] { return ftp.cancelled; }, 1min);
+    return "";
+  };
+  bool ended = false;
+  t.loop.Start("update", [&, snapshot = service.TakeSnapshot()] {
+    output->UpdateOutput(snapshot);
+    output->FinishOutput(snapshot);
+    ended = true;
+  });
+  t.loop.RunFor(5s);
+  ASSERT_FALSE(ended);
+  output->CancelByUser();
+  t.loop.RunFor(1s);
+  EXPECT_TRUE(ended);
+  EXPECT_EQ(output->ProblemText(), "The user cancelled the operation");
+  EXPECT_EQ(output->LastTally().failed, 1);
+  EXPECT_TRUE(output->MayPass());
+  ftp.fail = nullptr;
+  ftp.cancelled = false;
+  EXPECT_TRUE(Update());
+  EXPECT_EQ(output->ProblemText(), "");
+  EXPECT_EQ(ftp.files["/w/a.htm"], "Two!");
+}
+
 TEST_F(WebUploadTest, AdditionalFilesOfAnySizeGoInBlocksWithTheirProgress) {
   output->CopyAdditionalFiles = true;
   const std::size_t size = 65u * 1024 * 1024;

@@ -247,6 +247,22 @@ TEST_F(PosixTargetTest, TheNewFileBelongsToWhomTheOldOneDid) {
   EXPECT_EQ(after.st_mode & 0777, 0640u);
 }
 
+TEST_F(PosixTargetTest, WhatHoldsPasswordsIsForItsWriterOnly) {
+  const auto replace = [&](const std::string& name) {
+    PosixFiles files;
+    return files.FindTarget(Path(name), {}).Value()->ReplacePrivately("secret").Ok();
+  };
+  EXPECT_TRUE(replace("www/new"));
+  EXPECT_EQ(StatusOf("www/new").st_mode & 0777, 0600u);
+  Put("www/page", "old");
+  ASSERT_EQ(::chmod(Path("www/page").c_str(), 0644), 0);
+  if (IsRoot()) Own("www/page", kStranger, kWebGroup);
+  EXPECT_TRUE(replace("www/page"));
+  EXPECT_EQ(StatusOf("www/page").st_mode & 0777, 0600u);
+  EXPECT_EQ(StatusOf("www/page").st_uid, ::geteuid());
+  EXPECT_EQ(Contents("www/page"), "secret");
+}
+
 // One name of two is replaced; a file that nobody may write as well.
 TEST_F(PosixTargetTest, HardLinkedAndReadOnlyFilesAreReplacedAsByARename) {
   Put("www/page", "old");

@@ -8,6 +8,7 @@
 #include "outputs/web/clsZEBWebOutput.h"
 #include "tests/outputs/NetworkFixture.h"
 #include "tests/status/BoardFixture.h"
+#include "text/Sha256.h"
 
 namespace zeb {
 namespace {
@@ -171,8 +172,35 @@ TEST_F(EveryOutputTest, PagesAreNamedWithSizeAndDigest) {
   ASSERT_TRUE(shown.pages[0].source.templateText);
   EXPECT_EQ(*shown.pages[0].source.templateText, t.files.Contents("/t/now"));
   EXPECT_EQ(shown.pages[0].source.simpleText, kDefaultSimpleTextFormat);
-  EXPECT_EQ(shown.pages[0].digest, "71467ea354dc0f51d4b57fd06f594d0013802f7dab9e843783eb787dcb37f4d3");
+  EXPECT_EQ(shown.pages[0].digest.Text(), "71467ea354dc0f51d4b57fd06f594d0013802f7dab9e843783eb787dcb37f4d3");
   EXPECT_EQ(t.files.Contents("/w/now.txt"), "One\n-\n");
+}
+
+// Nobody has looked at the page before: the next one's digest is worked out when somebody asks, and that of
+// the one after it by the worker again.
+TEST_F(EveryOutputTest, ADigestIsThatOfTheLastPageWhoeverAsked) {
+  AddFile();
+  for (const char* title : {"One", "Two", "Three", "Four"}) {
+    Publish(title);
+    t.loop.RunFor(1s);
+    if (std::string_view(title) == "One") continue;
+    EXPECT_EQ(Output().shown.pages[0].digest.Text(), Sha256Text(t.files.Contents("/w/now.txt"))) << title;
+  }
+}
+
+TEST(PageDigest, IsTheSameWhenItIsWorkedOutLater) {
+  using When = PageDigest::When;
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{5}, PageDigest::kMostKept, PageDigest::kMostKept + 1}) {
+    const std::string bytes(size, 'x');
+    const PageDigest later(bytes, When::kWhenAsked);
+    const PageDigest copy = later;
+    EXPECT_FALSE(copy.Asked());
+    EXPECT_EQ(later.Text(), Sha256Text(bytes));
+    EXPECT_TRUE(copy.Asked());
+    EXPECT_EQ(copy.Text(), PageDigest(bytes, When::kNow).Text());
+  }
+  EXPECT_EQ(PageDigest().Text(), "");
 }
 
 struct TextCase {

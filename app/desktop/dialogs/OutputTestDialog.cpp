@@ -1,7 +1,91 @@
-#include "app/desktop/dialogs/Dialogs.h"
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QPointer>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "app/desktop/Boxes.h"
+#include "app/desktop/dialogs/OutputDialog.h"
+#include "app/desktop/text/Translate.h"
+#include "outputs/OutputTable.h"
+#include "text/OneLine.h"
 
 namespace zeb {
+namespace {
 
-void OpenOutputTest(Desk&, const ServicePtr&, const OutputPtr&) {}
+constexpr std::size_t kMostShown = 1000;  // characters of a step
+
+struct StepsView {
+  QPointer<QDialog> dialog;
+  QLabel* state = nullptr;
+  QListWidget* steps = nullptr;
+};
+
+StepsView MakeDialog(QWidget* parent, const std::string& name) {
+  StepsView shown;
+  shown.dialog = new QDialog(parent);
+  shown.dialog->setObjectName("OutputTest");
+  shown.dialog->setAttribute(Qt::WA_DeleteOnClose);
+  shown.dialog->setWindowTitle(T("Test of %1").arg(QString::fromStdString(name)));
+  shown.state = new QLabel(T("Testing; this takes 30 seconds at the most..."));
+  shown.state->setObjectName("TestState");
+  shown.steps = new QListWidget;
+  shown.steps->setObjectName("TestSteps");
+  shown.steps->setAccessibleName(T("Steps"));
+  shown.steps->setWordWrap(true);
+  shown.steps->setMinimumSize(shown.steps->fontMetrics().averageCharWidth() * 70,
+                              shown.steps->fontMetrics().lineSpacing() * 8);
+  auto* close = new QPushButton(T("Close"));
+  close->setDefault(true);
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(close);
+  auto* whole = new QVBoxLayout(shown.dialog);
+  whole->addWidget(shown.state);
+  whole->addWidget(shown.steps);
+  whole->addLayout(buttons);
+  QObject::connect(close, &QPushButton::clicked, shown.dialog, [dialog = shown.dialog] { dialog->close(); });
+  return shown;
+}
+
+void Fill(const StepsView& shown, const std::vector<TestStep>& steps) {
+  bool ok = !steps.empty();
+  for (const TestStep& step : steps) {
+    shown.steps->addItem((step.ok ? "✓ " : "✗ ") + QString::fromStdString(OneLine(step.Text(), kMostShown)));
+    ok = ok && step.ok;
+  }
+  shown.state->setText(T(ok ? "All is well." : "Something is wrong:"));
+}
+
+}  // namespace
+
+void OpenTestOf(Desk& desk, QWidget* parent, OutputType type, const clsZEBTemplate& output,
+                const std::string& name) {
+  const std::shared_ptr<OutputTest> test = MakeOutputTest(desk.environment, type, output);
+  if (!test) return desk.boxes.Show(parent, MessageIcon::kExclamation, "This output cannot be tested");
+  const StepsView shown = MakeDialog(parent, name);
+  shown.dialog->open();
+  // It may be closed before the test ends, which then goes on by itself; what it found is drawn in an event
+  // of its own, not in the task.
+  EventLoop& loop = desk.environment.loop;
+  loop.Start("testing an output", [&loop, test, shown] {
+    auto steps = StepsOf(loop, *test);
+    loop.Post([shown, steps = std::move(steps)] {
+      if (shown.dialog) Fill(shown, steps);
+    });
+  });
+}
+
+void OpenOutputTest(Desk& desk, const ServicePtr& window, const OutputPtr& output) {
+  const auto place = window->service().PlaceOf(output);
+  if (!place) return;
+  const std::string name = std::string(NameOf(place->type)) + " " + std::to_string(place->number);
+  OpenTestOf(desk, desk.frame, place->type, *output, FullName(window, name));
+}
 
 }  // namespace zeb

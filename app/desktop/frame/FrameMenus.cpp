@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QShortcut>
 #include <QToolBar>
 #include <array>
 #include <utility>
@@ -38,7 +39,6 @@ FrameMenus::FrameMenus(Desk& desk, QMainWindow& window, ServiceArea& area, Frame
   AddWindowMenu();
   AddOtherMenus();
   AddToolBar();
-  ShowWhatCanBeDone();
 }
 
 QAction* FrameMenus::Find(const char* name) const {
@@ -50,7 +50,7 @@ QAction* FrameMenus::AddCommand(QMenu& menu, const Command& command) {
   auto* action = new QAction(T(command.caption), &window_);
   action->setObjectName(QLatin1String(command.name));
   action->setShortcuts(command.keys);
-  if (command.scope == Scope::kOutput) action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  if (command.scope == Scope::kOutput) action->setShortcutContext(Qt::WidgetShortcut);  // of GiveKeysTo alone
   if (command.scope == Scope::kService) ofService_.push_back(action);
   if (command.scope == Scope::kOutput) ofOutput_.push_back(action);
   QObject::connect(action, &QAction::triggered, &window_, [run = command.run] { run(); });
@@ -222,7 +222,6 @@ void FrameMenus::AddWindowMenu() {
                                             area_.Show(desk_.main.Window(number));
                                         }}));
   QObject::connect(menu, &QMenu::aboutToShow, &window_, [this] { FillWindowMenu(); });
-  FillWindowMenu();
 }
 
 void FrameMenus::FillWindowMenu() {
@@ -265,11 +264,20 @@ void FrameMenus::GivePictures() {
   for (const auto& [name, shape] : kTools) Find(name)->setIcon(ToolPicture(shape, QApplication::palette()));
 }
 
+// In its list of outputs alone: Enter and Del mean something else elsewhere.
 void FrameMenus::GiveKeysTo(ServiceWindow& window) {
-  for (QAction* action : ofOutput_) window.addAction(action);
+  auto* outputs = window.findChild<QWidget*>("outputs");
+  if (outputs == nullptr) return;
+  for (QAction* action : ofOutput_)
+    for (const QKeySequence& key : action->shortcuts()) {
+      auto* shortcut = new QShortcut(key, outputs);
+      shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+      QObject::connect(shortcut, &QShortcut::activated, action, &QAction::trigger);
+    }
 }
 
 void FrameMenus::ShowWhatCanBeDone() {
+  FillWindowMenu();  // what is not to be seen in it has no key either
   const bool service = frame_.service() != nullptr;
   for (QAction* action : ofService_) action->setEnabled(service);
   for (QAction* action : ofOutput_) action->setEnabled(area_.Active() != nullptr);

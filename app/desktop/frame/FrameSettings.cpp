@@ -46,12 +46,13 @@ FrameLayout FrameSettings::Read() const {
   return layout;
 }
 
-Placement FrameSettings::ReadWindow(int service) const {
+FrameSettings::ServicePlace FrameSettings::ReadWindow(int service) const {
   try {
-    return Placement::FromText(
-        environment_.hive.ReadText(environment_.ServiceKey(service) + "\\Window", "Place", ""));
+    SettingsHive& hive = environment_.hive;
+    const std::string key = environment_.ServiceKey(service) + "\\Window";
+    return {service, Placement::FromText(hive.ReadText(key, "Place", "")), hive.ReadText(key, "View", "")};
   } catch (const std::exception&) {
-    return {};  // Read has told of the store already
+    return {service, {}, ""};  // Read has told of the store already
   }
 }
 
@@ -66,8 +67,10 @@ void FrameSettings::Write(const FrameLayout& layout, const std::vector<ServicePl
     hive.WriteText(key, "OpenServices", Text(layout.open));
     // A service that has gone meanwhile must not come back as an empty key.
     for (const ServicePlace& window : windows)
-      if (const std::string service = environment_.ServiceKey(window.service); hive.KeyExists(service))
+      if (const std::string service = environment_.ServiceKey(window.service); hive.KeyExists(service)) {
         hive.WriteText(service + "\\Window", "Place", window.placement.ToText());
+        hive.WriteText(service + "\\Window", "View", window.view);
+      }
   });
 }
 

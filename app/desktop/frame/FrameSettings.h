@@ -29,12 +29,14 @@ class FrameSettings {
   explicit FrameSettings(Environment& environment) : environment_(environment) {}
 
   FrameLayout Read() const;
-  Placement ReadWindow(int service) const;
 
+  // A service's window, and how what is in it was arranged (ServiceWindow::SaveState).
   struct ServicePlace {
     int service = 0;
     Placement placement;
+    std::string view;
   };
+  ServicePlace ReadWindow(int service) const;
   void Write(const FrameLayout& layout, const std::vector<ServicePlace>& windows) const;
   void WriteTheme(ThemeChoice theme) const;
 

@@ -239,8 +239,6 @@ void MainWindow::ChooseTheme(ThemeChoice choice) {
   layout_.theme = choice;
   ApplyTheme(choice);
   settings_.WriteTheme(choice);
-  menus_.ShowState(layout_.overview, layout_.tabs, layout_.theme);
-  ShowTroubles();
 }
 
 // ---- The window itself
@@ -275,6 +273,9 @@ void MainWindow::WatchWhatIsSeen() {
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange) WatchWhatIsSeen();
+  if (event->type() != QEvent::PaletteChange) return;
+  menus_.ShowState(layout_.overview, layout_.tabs, layout_.theme);
+  ShowTroubles();
 }
 
 void MainWindow::showEvent(QShowEvent* event) {

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QPixmap>
 #include <QWidget>
@@ -94,8 +95,7 @@ const std::vector<Shot>& Shots() {
 // What stands before the frame; the frame when nothing does.
 QWidget* Front(MainWindow& window) {
   for (QWidget* top : QApplication::topLevelWidgets())
-    if (top->isVisible() && top != &window && top->isWindow() && (top->windowType() == Qt::Dialog))
-      return top;
+    if (top->isVisible() && dynamic_cast<QDialog*>(top) != nullptr) return top;
   return &window;
 }
 

@@ -22,7 +22,6 @@ ServiceArea::ServiceArea(Desk& desk, const FrameSettings& settings) : desk_(desk
 
 ServiceArea::~ServiceArea() {
   onActivated = nullptr;
-  for (const auto& [service, frame] : frames_) frame->disconnect(this);
 }
 
 ServiceWindow* ServiceArea::Show(const std::shared_ptr<frmService>& service) {
@@ -37,17 +36,18 @@ ServiceWindow* ServiceArea::Show(const std::shared_ptr<frmService>& service) {
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->setWindowIcon(AppIcon());
   frames_[service.get()] = frame;
-  QObject::connect(frame, &QObject::destroyed, this, [this, gone = service.get()] { frames_.erase(gone); });
+  QObject::connect(frame, &QObject::destroyed, &gone_, [this, gone = service.get()] { frames_.erase(gone); });
   if (onMade) onMade(*window);
   window->Draw();
-  PlaceNew(*frame, service->service().ServiceNumber());
+  const FrameSettings::ServicePlace kept = settings_.ReadWindow(service->service().ServiceNumber());
+  PlaceNew(*frame, kept.placement);
+  if (!kept.view.empty()) window->RestoreState(QString::fromStdString(kept.view));
   setActiveSubWindow(frame);
   return window;
 }
 
 // One that stood somewhere comes back there, as far as the frame is large enough; the first fills the frame.
-void ServiceArea::PlaceNew(QMdiSubWindow& frame, int service) {
-  const Placement kept = settings_.ReadWindow(service);
+void ServiceArea::PlaceNew(QMdiSubWindow& frame, const Placement& kept) {
   const bool alone = frames_.size() == 1;
   if (kept.Known() && viewport()->width() > 0) {
     frame.setGeometry(Visible(kept.normal, "", {{"", viewport()->rect()}}));
@@ -104,7 +104,8 @@ void ServiceArea::Draw() {
 std::vector<FrameSettings::ServicePlace> ServiceArea::Places() const {
   std::vector<FrameSettings::ServicePlace> places;
   for (const ServiceWindow* window : Windows())
-    places.push_back({window->Service()->service().ServiceNumber(), PlacementOf(*window->parentWidget())});
+    places.push_back({window->Service()->service().ServiceNumber(), PlacementOf(*window->parentWidget()),
+                      window->SaveState().toStdString()});
   return places;
 }
 

@@ -40,11 +40,12 @@ class ServiceArea : public QMdiArea {
   std::function<void(ServiceWindow&)> onMade;  // a window has been made
 
  private:
-  void PlaceNew(QMdiSubWindow& frame, int service);
+  void PlaceNew(QMdiSubWindow& frame, const Placement& kept);
 
   Desk& desk_;
   const FrameSettings& settings_;
   std::map<const frmService*, QMdiSubWindow*> frames_;
+  QObject gone_;  // hears of frames that go; the area itself is cut off from them before
 };
 
 }  // namespace zeb

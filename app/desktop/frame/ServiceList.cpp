@@ -76,6 +76,11 @@ int ServiceList::RowOf(const std::shared_ptr<frmService>& service) const {
   return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 
+int ServiceList::PutTogether() const {
+  return static_cast<int>(
+      std::count_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.fresh; }));
+}
+
 int ServiceList::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(rows_.size());
 }

@@ -26,6 +26,8 @@ class ServiceList : public QAbstractListModel {
   std::shared_ptr<frmService> At(int row) const;  // null: there is no such row
   int RowOf(const std::shared_ptr<frmService>& service) const;
 
+  int PutTogether() const;  // rows that are as their service is; the others have not been asked for since
+
   int rowCount(const QModelIndex& parent = {}) const override;
   // DisplayRole is the name, and costs little for any row.
   QVariant data(const QModelIndex& index, int role) const override;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/desktop/service/SeverityMark.h"
 #include "app/desktop/service/StationRows.h"
 #include "app/desktop/text/Translate.h"
 
@@ -14,13 +15,18 @@ AttentionLine::AttentionLine(QWidget* parent) : ElidedLabel("attention", parent)
   bold.setBold(true);
   setFont(bold);
   hide();
+  onBegins = [this] {
+    QAccessibleEvent renamed(this, QAccessible::NameChanged), alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&renamed);
+    QAccessible::updateAccessibility(&alert);
+  };
 }
 
 void AttentionLine::Take(const std::vector<GridRow>& outputs) {
   std::set<std::uint64_t> failing;
   QStringList texts;
   for (const GridRow& output : outputs) {
-    if (output.mark != static_cast<int>(Severity::kFailing)) continue;
+    if (output.mark != kFailingMark) continue;
     failing.insert(output.key);
     const QString problem = output.cells[kProblemColumn].text;
     const QString text = T("%1 is failing").arg(output.cells[0].text);
@@ -30,9 +36,7 @@ void AttentionLine::Take(const std::vector<GridRow>& outputs) {
   setVisible(!texts.isEmpty());
   const std::set<std::uint64_t> before = std::exchange(failing_, std::move(failing));
   if (std::includes(before.begin(), before.end(), failing_.begin(), failing_.end())) return;
-  QAccessibleEvent renamed(this, QAccessible::NameChanged), alert(this, QAccessible::Alert);
-  QAccessible::updateAccessibility(&renamed);
-  QAccessible::updateAccessibility(&alert);
+  onBegins();
 }
 
 }  // namespace zeb

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <vector>
 
@@ -15,6 +16,8 @@ class AttentionLine : public ElidedLabel {
  public:
   explicit AttentionLine(QWidget* parent = nullptr);
   void Take(const std::vector<GridRow>& outputs);  // as OutputRows makes them
+  // An output began to fail; tells screen readers, unless somebody else is to be told.
+  std::function<void()> onBegins;
 
  private:
   std::set<std::uint64_t> failing_;  // keys

@@ -50,7 +50,7 @@ HistoryView::HistoryView(Desk& desk, QWidget* parent)
       why_(new QPlainTextEdit) {
   grid_->SetWidths({21, 24, 11, 10});
   grid_->onChosen = [this] { ShowChosen(); };
-  auto* caption = new QLabel(T("S&how"));
+  auto* caption = new QLabel(T("O&utput"));
   caption->setBuddy(output_);
   output_->setObjectName(QStringLiteral("historyOutput"));
   output_->setAccessibleName(T("Whose history is shown"));
@@ -114,9 +114,9 @@ void HistoryView::BeginAnew() {
   model_.Take({});
   rows_.clear();
   why_->clear();
-  publications_ = {};
   const HistoryMoment now(desk_.environment.loop.Now(), desk_.environment.loop.UtcOffset());
-  items_ = publications_ = {now.utc - std::chrono::milliseconds(kSpan).count(), 0};
+  from_ = now.utc - std::chrono::milliseconds(kSpan).count();
+  items_ = publications_ = {from_, 0};
   nextRead_ = {};
   readUntil_ = desk_.environment.loop.Monotonic() + kReadAfterChange;
 }
@@ -124,7 +124,7 @@ void HistoryView::BeginAnew() {
 void HistoryView::Read() {
   HistoryQuestion question{desk_.openHistory, {}, items_, publications_};
   question.filter.service = service_;
-  question.filter.from = items_.utc;
+  question.filter.from = from_;
   question.filter.output = output_->currentData().toString().toStdString();
   busy_ = true;
   EventLoop& loop = desk_.environment.loop;
@@ -173,15 +173,19 @@ void HistoryView::Explain(const HistoryRow& row) {
   loop.Start(
       "history", [this, &loop, row, open = desk_.openHistory, service = service_, mark = epoch_.Now()] {
         const auto text =
-            loop.RunBlocking([=] { return WhyText(open, service, row.output, row.moment); }, kReadLimit);
+            loop.RunBlocking([=] { return WhyText(open, service, row.output, row.moment); }, kReadLimit,
+                             [this, mark] {
+                               if (mark.Holds()) explaining_ = false;
+                             });
         if (!mark.Holds()) return;
+        if (!text) return why_->setPlainText(T("The history does not answer."));
         explaining_ = false;
         const auto chosen = grid_->Chosen();
         const auto found = chosen ? rows_.find(*chosen) : rows_.end();
         const bool isStill =
             found != rows_.end() && found->second.id == row.id && found->second.output == row.output;
         if (!isStill) return ShowChosen();
-        why_->setPlainText(text ? LinesText(*text, kMostWhyCharacters) : T("The history does not answer."));
+        why_->setPlainText(LinesText(*text, kMostWhyCharacters));
       });
 }
 

@@ -43,6 +43,7 @@ class HistoryView : public QWidget {
   QLabel* note_;
   QPlainTextEdit* why_;
   int service_ = 0;
+  std::int64_t from_ = 0;                               // UTC milliseconds
   HistoryPlace items_, publications_;                   // read so far
   std::unordered_map<std::uint64_t, HistoryRow> rows_;  // by the keys of the grid's
   std::uint64_t lastKey_ = 0;

@@ -18,7 +18,7 @@ JournalView::JournalView(const JournalTail& journal, QWidget* parent)
       journal_(journal),
       model_({T("Time"), T("Journal")}),
       grid_(new GridView(model_, QStringLiteral("journal"), T("Journal"))),
-      all_(new QCheckBox(T("Lines of &all services"))),
+      all_(new QCheckBox(T("Lines of all s&ervices"))),
       follow_(new QCheckBox(T("Follow what is &new"))) {
   grid_->SetWidths({10});
   all_->setObjectName(QStringLiteral("journalOfAll"));

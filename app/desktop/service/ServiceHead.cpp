@@ -15,7 +15,7 @@ namespace {
 QString Details(const clsZEBItemInfo& item) {
   QStringList parts;
   if (const std::string_view type = ItemTypeText(item->ItemType); !type.empty()) parts << T(type);
-  if (const QString length = LengthText(item->CartItemLength); !length.isEmpty()) parts << length;
+  if (const QString length = ItemLengthText(item); !length.isEmpty()) parts << length;
   if (item->ItemStartDate > 0 || item->ItemStartTime > 0)
     parts << T("since %1").arg(QString::fromStdString(TimeText(item->ItemStartTime)));
   return parts.join(QStringLiteral(" · "));

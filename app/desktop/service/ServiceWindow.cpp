@@ -23,6 +23,7 @@
 #include "app/desktop/service/ShownText.h"
 #include "app/desktop/service/StationRows.h"
 #include "app/desktop/text/Translate.h"
+#include "outputs/web/clsZEBWebOutput.h"
 
 namespace zeb {
 
@@ -71,10 +72,10 @@ QWidget* ServiceWindow::MakeOutputs() {
   };
   outputGrid_->onChosen = [this] { OutputChosen(); };
   AddOutputActions();
-  auto* force = new QPushButton(T("&Force Update"));
+  auto* force = new QPushButton(T("For&ce Update"));
   force->setObjectName(QStringLiteral("forceUpdate"));
   connect(force, &QPushButton::clicked, [this] { window_->ForceUpdate(); });
-  auto* add = new QPushButton(T("&Add Output…"));
+  auto* add = new QPushButton(T("Add &Output..."));
   add->setObjectName(QStringLiteral("addOutput"));
   connect(add, &QPushButton::clicked, [this] { OpenAddOutput(desk_, window_); });
   auto* buttons = new QHBoxLayout;
@@ -92,6 +93,7 @@ QWidget* ServiceWindow::MakeOutputs() {
 QWidget* ServiceWindow::MakePages() {
   itemGrid_->SetWidths({13, 40, 30, 9, 10});
   pages_->setObjectName(QStringLiteral("pages"));
+  pages_->setAccessibleName(T("Pages"));
   pages_->addTab(itemGrid_, T("&Items"));
   pages_->addTab(listeners_, T("What &listeners see"));
   pages_->addTab(history_, T("Histor&y"));
@@ -113,18 +115,22 @@ void ServiceWindow::AddOutputActions() {
     });
     outputGrid_->addAction(action);
   };
-  add("outputProperties", T("Output Properties…"),
+  auto* adding = new QAction(T("Add Output..."), outputGrid_);
+  adding->setObjectName(QStringLiteral("addOutputAction"));
+  connect(adding, &QAction::triggered, [this] { OpenAddOutput(desk_, window_); });
+  outputGrid_->addAction(adding);
+  add("outputProperties", T("Output Properties..."),
       [this](const OutputPtr& output) { OpenOutputProperties(desk_, window_, output); });
-  add("outputTest", T("Send Test…"),
+  add("outputTest", T("Send Test..."),
       [this](const OutputPtr& output) { OpenOutputTest(desk_, window_, output); });
   add("cancelSending", T("Cancel Sending"), [this](const OutputPtr&) { CancelSending(); });
   add("copyStatus", T("Copy Status Text"), [this](const OutputPtr&) { CopyStatusText(); });
-  add("removeOutput", T("Remove Output…"),
+  add("removeOutput", T("Remove Output..."),
       [this](const OutputPtr& output) { AskRemoveOutput(desk_, window_, output); });
 }
 
 void ServiceWindow::MakeMarks() {
-  outputs_.SetMarks(SeverityMarks(palette(), fontMetrics().height()));
+  outputs_.SetMarks(OutputMarks(palette()));
 }
 
 void ServiceWindow::changeEvent(QEvent* event) {
@@ -139,7 +145,7 @@ void ServiceWindow::Draw() {
   const MonotonicTime now = desk_.environment.loop.Monotonic();
   const bool changed = version_ != window_->Board().Version();
   const bool items = now >= nextItems_ || itemsVersion_ != window_->ItemListVersion();
-  if (changed || items || now >= nextOutputs_) DrawStation(items);
+  if (changed || sending_ || items || now >= nextOutputs_) DrawStation(items);
   if (pages_->currentWidget() == journal_) journal_->Draw(window_->service().settings.ServiceName);
 }
 
@@ -151,6 +157,8 @@ void ServiceWindow::DrawStation(bool items) {
   if (const QString title = CellText(state.name); windowTitle() != title) setWindowTitle(title);
   head_->Take(state);
   panels_->Take(state, window_->PanelVisible(Panel::kBounceControl));
+  sending_ = std::any_of(state.outputs.begin(), state.outputs.end(),
+                         [](const OutputState& output) { return output.progress.has_value(); });
   DrawOutputs(state);
   attention_->Take(outputs_.Rows());
   if (items) {
@@ -215,7 +223,8 @@ void ServiceWindow::CopyStatusText() const {
 }
 
 void ServiceWindow::CancelSending() const {
-  if (const OutputPtr output = SelectedOutput()) output->Cancel();
+  if (const auto output = std::dynamic_pointer_cast<clsZEBWebOutput>(SelectedOutput()))
+    output->CancelByUser();
 }
 
 // "pages=1;splitter=200,300;outputs=90,80;items=60,200"

@@ -43,7 +43,7 @@ class ServiceWindow : public QWidget {
   void ShowPage(Page page);
   OutputPtr SelectedOutput() const;  // null: none
   void CopyStatusText() const;       // of the selected output, to the clipboard
-  // What is being sent by the selected output is given up; the next update sends it again.
+  // The upload of the selected output is given up; it is tried again a little later.
   void CancelSending() const;
 
   // Column widths, the splitter and the page, as a text that the frame may store. What does not fit (any
@@ -85,6 +85,7 @@ class ServiceWindow : public QWidget {
   std::optional<std::uint64_t> version_;  // of the board, as it was drawn last
   int itemsVersion_ = -1;
   MonotonicTime nextOutputs_{}, nextItems_{};
+  bool sending_ = false;     // a percentage is shown
   bool showsPlace_ = false;  // a choice is being restored
   std::optional<Place> chosen_;
 };

@@ -1,61 +1,53 @@
 #include "app/desktop/service/SeverityMark.h"
 
 #include <QPainter>
-#include <QPainterPath>
 #include <QPixmap>
 
+#include "app/desktop/frame/Theme.h"
 #include "app/desktop/text/Translate.h"
 
 namespace zeb {
 
 namespace {
 
-constexpr int kNumberMarks = 5;
+constexpr int kSize = 32;
 
-// A disc, half a disc, a ring, a triangle with its point up, and a ring with a hand as a clock has it.
-void DrawMark(QPainter& painter, int mark, const QRectF& area) {
-  QPainterPath shape;
-  switch (mark) {
-    case static_cast<int>(Severity::kOk):
-      shape.addEllipse(area);
-      return painter.fillPath(shape, painter.pen().brush());
-    case static_cast<int>(Severity::kBusy):
-      shape.moveTo(area.center());
-      shape.arcTo(area, 90, 180);
-      painter.fillPath(shape, painter.pen().brush());
-      return painter.drawEllipse(area);
-    case static_cast<int>(Severity::kFailing):
-      shape.moveTo(area.center().x(), area.top());
-      shape.lineTo(area.bottomRight());
-      shape.lineTo(area.bottomLeft());
-      shape.closeSubpath();
-      return painter.fillPath(shape, painter.pen().brush());
-    case kOldMark:
-      painter.drawLine(area.center(), QPointF(area.center().x(), area.top() + area.height() / 5));
-      painter.drawLine(area.center(), QPointF(area.right() - area.width() / 4, area.center().y()));
-      return painter.drawEllipse(area);
-    default:
-      return painter.drawEllipse(area);
+void PaintOld(QPainter& painter, const QRectF& place, const QColor& colour) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(colour, kSize / 8.0, Qt::SolidLine, Qt::RoundCap));
+  const QRectF ring = place.adjusted(2, 2, -2, -2);
+  painter.drawEllipse(ring);
+  painter.drawLine(ring.center(), QPointF(ring.center().x(), ring.top() + 6));
+  painter.drawLine(ring.center(), QPointF(ring.right() - 8, ring.center().y()));
+}
+
+void PaintOutputMark(QPainter& painter, int mark, const QColor& colour) {
+  const QRectF place(1, 1, kSize - 2, kSize - 2);
+  if (mark == kOldMark) return PaintOld(painter, place, colour);
+  PaintMark(painter, place, static_cast<Severity>(mark), colour);
+}
+
+// On a chosen row only the text's own colour can be read.
+QIcon OutputMark(int mark, const QPalette& palette) {
+  const QColor usual =
+      mark == kOldMark ? WarningColour(palette) : ColourOf(static_cast<Severity>(mark), palette);
+  QIcon icon;
+  for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Selected}) {
+    QPixmap picture(kSize, kSize);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    PaintOutputMark(painter, mark, mode == QIcon::Normal ? usual : palette.color(QPalette::HighlightedText));
+    painter.end();
+    icon.addPixmap(picture, mode);
   }
+  return icon;
 }
 
 }  // namespace
 
-std::vector<QIcon> SeverityMarks(const QPalette& palette, int size) {
-  constexpr int kScale = 3;  // sharp on scaled screens
+std::vector<QIcon> OutputMarks(const QPalette& palette) {
   std::vector<QIcon> marks;
-  for (int mark = 0; mark < kNumberMarks; ++mark) {
-    QPixmap picture(size * kScale, size * kScale);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(palette.color(QPalette::Text), kScale * 1.5));
-    const qreal edge = kScale * 2;
-    DrawMark(painter, mark, QRectF(picture.rect()).adjusted(edge, edge, -edge, -edge));
-    painter.end();
-    picture.setDevicePixelRatio(kScale);
-    marks.emplace_back(picture);
-  }
+  for (int mark = 0; mark <= kOldMark; ++mark) marks.push_back(OutputMark(mark, palette));
   return marks;
 }
 
@@ -65,18 +57,7 @@ int MarkOf(const OutputState& output) {
 }
 
 QString StateWord(const OutputState& output) {
-  switch (MarkOf(output)) {
-    case static_cast<int>(Severity::kOk):
-      return T("OK");
-    case static_cast<int>(Severity::kBusy):
-      return T("Sending");
-    case static_cast<int>(Severity::kFailing):
-      return T("Failing");
-    case kOldMark:
-      return T("Older item");
-    default:
-      return T("Off");
-  }
+  return MarkOf(output) == kOldMark ? T("Older item") : WordFor(output.severity);
 }
 
 }  // namespace zeb

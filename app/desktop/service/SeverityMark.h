@@ -1,4 +1,5 @@
-// How a severity looks: a shape that differs without colour, a word, and a colour for those who see it.
+// How an output's state looks in a grid: the theme's mark and word, and one more of each for an output that
+// works and yet shows an older item.
 #pragma once
 
 #include <QIcon>
@@ -10,11 +11,10 @@
 
 namespace zeb {
 
-// The rows' marks in the order of Severity, and one more for an output that shows an older item.
-inline constexpr int kOldMark = 4;
-std::vector<QIcon> SeverityMarks(const QPalette& palette, int size);
+// In the order of Severity, then that of the older item: a ring with a clock's hands.
+std::vector<QIcon> OutputMarks(const QPalette& palette);
+inline constexpr int kFailingMark = static_cast<int>(Severity::kFailing), kOldMark = kFailingMark + 1;
 int MarkOf(const OutputState& output);
-// "OK", "Sending", "Off", "Failing", "Older item", in the chosen language.
 QString StateWord(const OutputState& output);
 
 }  // namespace zeb

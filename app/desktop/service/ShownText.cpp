@@ -64,6 +64,10 @@ QString LengthText(float seconds) {
   return QStringLiteral("%1:%2:%3").arg(hours).arg(minutes, 2, 10, QChar('0')).arg(tail);
 }
 
+QString ItemLengthText(const clsZEBItemInfo& item) {
+  return LengthText(item->CartItemLength > 0 ? item->CartItemLength : item->CopyrightTotalDuration);
+}
+
 QString TookText(Duration time) {
   const double ms = std::chrono::duration<double, std::milli>(time).count();
   if (ms < 10) return QString::number(ms, 'f', 1) + QStringLiteral(" ms");

@@ -21,6 +21,8 @@ QString LinesText(std::string_view text, std::size_t mostCharacters = kMostToolT
 
 // "Waterloo — ABBA"; "" for an item that holds nothing.
 QString TitleAndArtists(const clsZEBItemInfo& item);
+// Of the item, else of the music in it: "2:46"; "" when neither is known.
+QString ItemLengthText(const clsZEBItemInfo& item);
 // "12:03:10".
 QString ClockText(WallTime moment);
 // "2:46", "1:02:03"; "" for none.

@@ -24,7 +24,7 @@ GridRow ItemRow(std::uint64_t key, const QString& slot, const clsZEBItemInfo& it
                {CellText(item->Artists)},
                {T(ItemTypeText(item->ItemType))},
                {timed ? QString::fromStdString(TimeText(item->ItemStartTime)) : QString()},
-               {LengthText(item->CartItemLength)}};
+               {ItemLengthText(item)}};
   return row;
 }
 
