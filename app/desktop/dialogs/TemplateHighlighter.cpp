@@ -16,7 +16,7 @@ QTextCharFormat FormatOf(MarkKind kind, const QPalette& palette) {
       break;
     case MarkKind::kSection:
     case MarkKind::kCondition:
-      format.setForeground(palette.color(QPalette::LinkVisited));
+      format.setFontWeight(QFont::Bold);
       break;
     case MarkKind::kUnknown:
       format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
