@@ -23,8 +23,34 @@ int Fail(const CommandPorts& ports, const PublisherLink::Reply& reply) {
   return reply.notRunning ? kNotRunning : 1;
 }
 
-// All services, in one list as GET /api/v1/services gives it.
-PublisherLink::Reply AskAll(PublisherLink& link, boost::json::object& all) {
+std::string TextFor(const boost::json::value& all, bool json) {
+  return json ? boost::json::serialize(all) + "\n" : StatusTable(all);
+}
+
+// What follows on a terminal takes the place of what was there; elsewhere it is written when it is another.
+int Watch(const CommandPorts& ports, PublisherLink& link, bool json) {
+  std::string known;
+  while (ports.out) {
+    boost::json::object all;
+    const PublisherLink::Reply reply = AskServices(link, all);
+    // The moment of the answer alone is no news.
+    const boost::json::value stations = reply.Done() ? all.at("services") : boost::json::value(reply.problem);
+    const std::string news = boost::json::serialize(stations);
+    if (ports.terminal || news != std::exchange(known, news)) {
+      if (ports.terminal && !json) ports.out << kClearScreen;
+      if (reply.Done())
+        ports.out << TextFor(std::move(all), json) << std::flush;
+      else if (!json)
+        ports.out << "zebctl: " << reply.problem << std::endl;
+    }
+    ports.loop.Wait(kWatchTurn);
+  }
+  return 1;
+}
+
+}  // namespace
+
+PublisherLink::Reply AskServices(PublisherLink& link, boost::json::object& all) {
   for (int from = 1;; from += kPart) {
     PublisherLink::Reply reply =
         link.Ask("GET", "/api/v1/services?from=" + std::to_string(from) + "&count=" + std::to_string(kPart));
@@ -47,38 +73,11 @@ PublisherLink::Reply AskAll(PublisherLink& link, boost::json::object& all) {
   }
 }
 
-std::string TextFor(const boost::json::value& all, bool json) {
-  return json ? boost::json::serialize(all) + "\n" : StatusTable(all);
-}
-
-// What follows on a terminal takes the place of what was there; elsewhere it is written when it is another.
-int Watch(const CommandPorts& ports, PublisherLink& link, bool json) {
-  std::string known;
-  while (ports.out) {
-    boost::json::object all;
-    const PublisherLink::Reply reply = AskAll(link, all);
-    // The moment of the answer alone is no news.
-    const boost::json::value stations = reply.Done() ? all.at("services") : boost::json::value(reply.problem);
-    const std::string news = boost::json::serialize(stations);
-    if (ports.terminal || news != std::exchange(known, news)) {
-      if (ports.terminal && !json) ports.out << kClearScreen;
-      if (reply.Done())
-        ports.out << TextFor(std::move(all), json) << std::flush;
-      else if (!json)
-        ports.out << "zebctl: " << reply.problem << std::endl;
-    }
-    ports.loop.Wait(kWatchTurn);
-  }
-  return 1;
-}
-
-}  // namespace
-
 int RunStatusCommand(const CommandPorts& ports, const StatusOptions& options) {
   PublisherLink link(ports.loop, ports.sockets, ports.folder);
   if (options.watch) return Watch(ports, link, options.json);
   boost::json::object all;
-  const PublisherLink::Reply reply = AskAll(link, all);
+  const PublisherLink::Reply reply = AskServices(link, all);
   if (!reply.Done()) return Fail(ports, reply);
   const boost::json::value list(std::move(all));
   ports.out << TextFor(list, options.json) << std::flush;

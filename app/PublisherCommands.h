@@ -2,11 +2,13 @@
 // `status`, `set`, `update`.
 #pragma once
 
+#include <boost/json/object.hpp>
 #include <functional>
 #include <ostream>
 #include <string>
 #include <variant>
 
+#include "app/PublisherLink.h"
 #include "app/SendCommand.h"
 #include "app/SetCommand.h"
 #include "app/StationCommands.h"
@@ -36,8 +38,14 @@ struct ByHandOptions {
 
 struct PasswordOptions {};  // `dashboard password`
 
-using PublisherOptions =
-    std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions, StationOptions, TestOptions>;
+struct SupportOptions {
+  std::string file;  // or the folder that it is to be put into
+  std::string reason, reference;
+  bool templates = false;
+};
+
+using PublisherOptions = std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions,
+                                      StationOptions, TestOptions, SupportOptions>;
 
 // What the commands work with. All outlives them.
 struct CommandPorts {
@@ -52,6 +60,8 @@ struct CommandPorts {
 
 inline constexpr int kNotRunning = 3;
 
+// In a task. All services, in one list as GET /api/v1/services gives it.
+PublisherLink::Reply AskServices(PublisherLink& link, boost::json::object& all);
 // In a task. The exit status: 0 all is well, 1 something fails, 3 nothing runs on the data folder.
 int RunStatusCommand(const CommandPorts& ports, const StatusOptions& options);
 // In a task: 0, 1, or 3 when nothing runs.

@@ -133,6 +133,14 @@ void DeclarePublisherCommands(CLI::App& program) {
   AddWord(test, "SERVICE", "the service's number").Required().Check(CheckNumber);
   AddWord(test, "OUTPUT", "File1 for instance").Required().Check(CheckOutput);
   SetFooter(test, "Nothing is published. Exit status: 0 all is well, 1 a step failed.");
+  CLI::App& support = AddCommand(program, "support", "a zip file with what somebody needs to see who helps");
+  AddWord(support, "FILE.zip", "the file to be written, or the folder for it")
+      .Required()
+      .Check(CheckNotEmpty);
+  AddValue(support, "--reason", "TEXT", "what help is needed with");
+  AddValue(support, "--reference", "TEXT", "what the helper calls it");
+  AddFlag(support, "--templates", "with the template files");
+  SetFooter(support, "Passwords are left out. Nothing is sent: look into the file before it is given away.");
   DeclareServices(program);
   DeclareOutputs(program);
 }
@@ -143,6 +151,9 @@ std::optional<PublisherOptions> PublisherCommandOf(const CLI::App& command) {
   if (group == "dashboard") return PublisherOptions(PasswordOptions());
   if (name == "status")
     return PublisherOptions(StatusOptions{IsGiven(command, "--json"), IsGiven(command, "--watch")});
+  if (name == "support")
+    return PublisherOptions(SupportOptions{ValueOf(command, "FILE.zip"), ValueOf(command, "--reason"),
+                                           ValueOf(command, "--reference"), IsGiven(command, "--templates")});
   if (name == "test")
     return PublisherOptions(TestOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0),
                                         ParseOutputName(ValueOf(command, "OUTPUT")).Value()});

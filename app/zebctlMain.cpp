@@ -21,6 +21,7 @@
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
 #include "app/StationCommands.h"
+#include "app/SupportCommand.h"
 #include "app/TestCommand.h"
 #include "app/ZebctlOptions.h"
 #include "core/CsvCartStore.h"
@@ -29,6 +30,7 @@
 #include "platform/DirectLineWriter.h"
 #include "platform/posix/CurlFtpSession.h"
 #include "platform/posix/DataFolder.h"
+#include "platform/posix/LibzipFiles.h"
 #include "platform/posix/LocalZone.h"
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/SodiumSecrets.h"
@@ -252,6 +254,20 @@ int SetPassword(const CommandPorts& ports) {
   EndAtOnce(TellTest(ports, TestStoredOutput(environment, options)));
 }
 
+int Support(const CommandPorts& ports, const SupportOptions& options) {
+  PosixFiles files;
+  const auto hive = OpenHive(files, ports.folder, false);
+  if (!hive) return Fail(hive.Reason());
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
+  CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
+  LibzipFiles zips;
+  Environment environment{ports.loop, *hive.Value(), files, ports.network, person, carts, ports.folder, ""};
+  environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
+  environment.zips = &zips;
+  return RunSupportCommand(ports, environment, options);
+}
+
 // In a task.
 void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
                          const PublisherOptions& options) {
@@ -262,6 +278,7 @@ void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& net
     if (const auto* what = std::get_if<StatusOptions>(&options)) status = RunStatusCommand(ports, *what);
     if (const auto* what = std::get_if<UpdateOptions>(&options)) status = RunUpdateCommand(ports, *what);
     if (const auto* what = std::get_if<StationOptions>(&options)) status = ChangeStations(ports, *what);
+    if (const auto* what = std::get_if<SupportOptions>(&options)) status = Support(ports, *what);
     if (std::holds_alternative<PasswordOptions>(options)) status = SetPassword(ports);
     if (const auto* what = std::get_if<TestOptions>(&options)) {
       const auto asked = AskForTest(ports, *what);

@@ -1,5 +1,7 @@
 #include "core/RegDifference.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 #include <utility>
 
@@ -82,6 +84,10 @@ class Comparison {
     }
     for (const auto& [lower, value] : after.values)
       if (!before.values.contains(lower)) all.push_back({after.path, value.name, {}, value.data});
+    std::sort(all.begin() + static_cast<std::ptrdiff_t>(already), all.end(),
+              [](const RegDifference& a, const RegDifference& b) {
+                return LowerCase(*a.name) < LowerCase(*b.name);
+              });
     if (all.size() == already && before.there != after.there)
       all.push_back({after.path, {}, {}, {}, before.there});
   }

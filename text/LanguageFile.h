@@ -35,6 +35,11 @@ class Language {
   // Whether there is a translation for exactly this text.
   bool Has(std::string_view english) const { return Find(english) != nullptr; }
   std::size_t Size() const { return texts_.size(); }
+  // Calls `take` with each English text and its translation, in no order.
+  template <class Take>
+  void ForEach(const Take& take) const {
+    for (const auto& [english, translated] : texts_) take(english, translated);
+  }
 
   // False when there is one already.
   bool Add(const std::string& english, const std::string& translated);

@@ -30,6 +30,9 @@ void ShowPublisher(const PublisherOptions& options, std::ostream& out) {
     for (const auto& [name, value] : station->values) out << " [" << name << "=" << value << ']';
   } else if (const auto* test = std::get_if<TestOptions>(&options)) {
     out << "test " << test->service << ' ' << test->output.Text();
+  } else if (const auto* support = std::get_if<SupportOptions>(&options)) {
+    out << "support [" << support->file << "] [" << support->reason << "] [" << support->reference << "]"
+        << (support->templates ? " templates" : "");
   } else {
     out << "password";
   }
@@ -314,6 +317,9 @@ TEST(ZebctlOptions, ReadsStationsAndOutputs) {
       {{"test", "2", "http3"}, "test 2 HTTP3"},
       {{"test", "2", "http"}, "OUTPUT takes an output such as File1, not 'http' (zebctl test --help)"},
       {{"test", "0", "File1"}, "SERVICE takes the number of a service, not '0' (zebctl test --help)"},
+      {{"support", "/tmp", "--reason", "old page", "--templates"}, "support [/tmp] [old page] [] templates"},
+      {{"support"}, "support needs FILE.zip (zebctl support --help)"},
+      {{"support", ""}, "FILE.zip needs a value (zebctl support --help)"},
       {{"service", "rename", "2"}, "service rename needs NAME (zebctl service rename --help)"},
   });
 }

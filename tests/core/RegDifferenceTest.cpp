@@ -55,7 +55,7 @@ TEST_F(RegDifferenceTest, OnlyWhatWillBeOtherwiseIsListed) {
       {"[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB]\r\n\"name\"=\"new\"\r\n", "~:Name old > new\n"},
       {"[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB]\r\n\"Count\"=\"2\"\r\n", "~:Count 2 > 2\n"},
       {"[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB]\r\n\"Name\"=-\r\n\"More\"=\"x\"\r\n@=\"d\"\r\n",
-       "-:Name old > -\n+: - > d\n+:More - > x\n"},
+       "+: - > d\n+:More - > x\n-:Name old > -\n"},
       {"[-HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB\\Service1]\r\n",
        "-\\Service1:ServiceName One > -\n-\\Service1\\File:NumberOutputs 1 > -\n"},
       {"[-HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB\\Service1]\r\n"

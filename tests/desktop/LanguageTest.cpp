@@ -57,6 +57,33 @@ TEST_F(LanguageTest, TheChosenOneIsInUseAtOnce) {
   EXPECT_EQ(failed, "");
 }
 
+TEST_F(LanguageTest, OpenWindowsChangeTheirs) {
+  files.Put("/data/Languages/lang-French.txt",
+            "Name=Nom\nOther=Autre\nZ=Z!\n&Name:=&Nom :\nCancel=Annuler\n");
+  files.Put("/data/Languages/lang-German.txt",
+            "Name=Wort\nOther=Wort\nZ=Wort\n&Name:=&Name:\nCancel=Abbrechen\nold=alt\n");
+  OpenInputBox(desk, nullptr, {"Name", "&Name:", "Field", "old", {}, {}}, [](const std::string&) {});
+  QWidget* box = Named("InputBox");
+  auto* cancel = box->findChild<QPushButton*>("Cancel");
+  const auto caption = [&] { return box->findChild<QLabel*>()->text().toStdString(); };
+  for (int i = 0; i < 2; ++i) {
+    Use("German");
+    EXPECT_EQ(box->windowTitle(), "Wort");
+    EXPECT_EQ(cancel->text(), "Abbrechen");
+    EXPECT_EQ(caption(), "&Name:");
+    EXPECT_EQ(Named("Field")->accessibleName(), "Wort");
+    Use("French");
+    EXPECT_EQ(box->windowTitle(), "Nom");
+    EXPECT_EQ(cancel->text(), "Annuler");
+    EXPECT_EQ(caption(), "&Nom :");
+  }
+  Use("");
+  EXPECT_EQ(box->windowTitle(), "Name");
+  EXPECT_EQ(cancel->text(), "Cancel");
+  EXPECT_EQ(dynamic_cast<QLineEdit*>(Named("Field"))->text(), "old")
+      << "what a person has written is no caption";
+}
+
 TEST_F(LanguageTest, WithoutANameTheStationsOwnFileCounts) {
   files.Put("/data/language.txt", "OK=Okay\n");
   Use("");

@@ -116,7 +116,7 @@ void ImportDialog::Show() {
   list_->expandAll();
   for (int column = 0; column < kColumns; ++column) {
     list_->resizeColumnToContents(column);
-    list_->setColumnWidth(column, std::min(list_->columnWidth(column), 300));
+    list_->setColumnWidth(column, std::min(list_->columnWidth(column), 210));
   }
 }
 
@@ -124,13 +124,16 @@ void ImportDialog::Show() {
 void ImportDialog::Import() {
   SettingsHive& hive = desk_.environment.hive;
   try {
-    std::optional<Result<RegSummary>> imported;
+    std::optional<RegSummary> imported;
     hive.Transaction([&] {
       std::vector<RegDifference> now = CompareRegChanges(hive, *changes_);
-      if (now != differences_)
+      if (now != differences_) {
         differences_ = std::move(now);
-      else
-        imported.emplace(ApplyRegChanges(hive, *changes_));
+        return;
+      }
+      Result<RegSummary> applied = ApplyRegChanges(hive, *changes_);
+      if (!applied) throw SettingsError(applied.Reason());  // so that nothing of it stays
+      imported = std::move(applied.Value());
     });
     if (!imported) {
       Show();
@@ -139,8 +142,7 @@ void ImportDialog::Import() {
           std::string(Translatable("The settings have been changed by somebody else meanwhile. "
                                    "Look through the list again.")));
     }
-    if (!*imported) throw SettingsError(imported->Reason());
-    desk_.environment.person.Note("Imported '" + path_ + "': " + imported->Value().Text());
+    desk_.environment.person.Note("Imported '" + path_ + "': " + imported->Text());
   } catch (const std::exception& error) {
     return desk_.boxes.Show(
         this, MessageIcon::kExclamation,

@@ -93,7 +93,7 @@ QWidget* SupportDialog::MakeLookThrough() {
   text_->setLineWrapMode(QPlainTextEdit::NoWrap);
   text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   splitter->setStretchFactor(1, 1);
-  splitter->setSizes({300, 600});
+  splitter->setSizes({240, 660});
   QObject::connect(tree_, &QTreeWidget::currentItemChanged, this, [this] { ShowText(); });
   return splitter;
 }

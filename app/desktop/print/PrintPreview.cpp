@@ -24,7 +24,7 @@ namespace {
 
 constexpr Duration kWriteLimit = std::chrono::seconds(30);
 constexpr int kPdfResolution = 300;
-constexpr double kMargin = 15;  // mm
+constexpr double kMargin = 5;  // mm; the document leaves two centimetres of its own
 constexpr int kFontPoints = 9;
 
 void SetPages(QPagedPaintDevice& device) {

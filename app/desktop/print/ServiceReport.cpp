@@ -26,7 +26,9 @@ QString Cell(const QString& html) {
 
 QString Head(const std::vector<QString>& columns) {
   QString row = "<tr>";
-  for (const QString& column : columns) row += "<th align=\"left\">" + column.toHtmlEscaped() + "</th>";
+  // Two columns are a name and what it is: in all tables of a sheet side by side.
+  const QString width = columns.size() == 2 ? "<th align=\"left\" width=\"35%\">" : "<th align=\"left\">";
+  for (const QString& column : columns) row += width + column.toHtmlEscaped() + "</th>";
   return row + "</tr>";
 }
 

@@ -75,6 +75,9 @@ inline constexpr std::string_view kEngineTexts[] = {
     "Are you sure you want to quit from ZEB?",
     "ZEB cannot be closed until it has finished updating it's outputs\n\n"
     "Do you want it to close when it has finished?",
+    "Another publisher already runs on the data folder '%1', and only one can publish at a time.",
+    "Another publisher already runs on the data folder '%1', and only one can publish at a time.\n\n"
+    "Its web page shows what is on air: %2",
     // the splash
     "Initialising settings..",
     "Updates in progress..",

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/desktop/text/Retranslate.h"
+
 namespace zeb {
 namespace {
 
@@ -29,7 +31,8 @@ QString T(std::string_view english) {
 }
 
 void InstallLanguage(std::shared_ptr<const Language> language) {
-  Installed() = std::move(language);
+  const std::shared_ptr<const Language> before = std::exchange(Installed(), std::move(language));
+  RetranslateWindows(before.get());
   // Drawing anew may make watches and end others.
   const Watchers watchers = Watching();
   for (const auto& watcher : watchers)

@@ -16,11 +16,12 @@ namespace zeb {
 // The text in the chosen language; as it is when the language has no other for it.
 QString T(std::string_view english);
 
-// The language from now on; null: English as it is written. Tells every LanguageWatch.
+// The language from now on; null: English as it is written. Open windows change theirs; then every
+// LanguageWatch is told.
 void InstallLanguage(std::shared_ptr<const Language> language);
 
-// Held by what was drawn once and stays: menus, the frame, open windows. `changed` is called after each
-// change of language, for drawing them anew. What is made when it is opened needs none.
+// Held by what keeps texts that it has put together itself ("%1 services"): `changed` is called after each
+// change of language, for drawing them anew. Captions and menus need none.
 class LanguageWatch {
  public:
   explicit LanguageWatch(std::function<void()> changed);
