@@ -50,7 +50,9 @@ void PlanTemplates(const Environment& environment, const SettingsTree& tree, Sup
   for (const SettingsTreeKey& key : tree)
     for (const SettingsValue& value : key.values) {
       const auto* text = std::get_if<std::string>(&value.data);
-      if (text == nullptr || text->empty() || !StartsWithIgnoringCase(value.name, "SourceFileName")) continue;
+      // With the output's number before it: "Output2.SourceFileName1".
+      const std::string_view name = std::string_view(value.name).substr(value.name.rfind('.') + 1);
+      if (text == nullptr || text->empty() || !StartsWithIgnoringCase(name, "SourceFileName")) continue;
       if (paths.size() < kMostSupportTemplates) paths.insert(JoinPath(environment.dataFolder, *text));
     }
   int number = 0;

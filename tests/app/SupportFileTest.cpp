@@ -24,7 +24,7 @@ TEST_F(SupportFileTest, SecretsAreNowhereInIt) {
   hive.WriteText(web, "FTPPassword1", "Passwort+1");
   hive.WriteText(environment.ServiceKey(1) + "\\Hologram", "StreamToken1", "tok-4711");
   hive.WriteText(environment.settingsRoot, "DashboardPassword", "$argon2id$hash");
-  hive.WriteText(web, "SourceFileName1", "page.htm");
+  hive.WriteText(web, "Output1.SourceFileName1", "page.htm");
   files.Put("/data/page.htm", "<a href='ftp://u:other@h'>tok-4711</a>");
   files.Put("/data/DebugFiles/zebd.20261124.log", "USER u, PASS Passwort+1\nAuthorization: Basic QQ==\n");
   SupportInput input;
@@ -48,7 +48,9 @@ TEST_F(SupportFileTest, TheNewestLogsAreInItAndOfALongOneItsEnd) {
     files.SetModified(path, 100 + i);
   }
   files.Put("/logs/other.txt", "x");
-  files.Put("/logs/long.log", std::string(kMostSupportLog + 5, 'a') + "the end");
+  std::string longer;
+  longer.resize(kMostSupportLog + 5, 'a');
+  files.Put("/logs/long.log", longer.append("the end"));
   files.SetModified("/logs/long.log", 200);
   const std::vector<ZipEntry> entries = Collect({});
   EXPECT_EQ(Text(entries, "logs/zebd.20261124.log"), "day 4");
