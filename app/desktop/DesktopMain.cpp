@@ -59,6 +59,7 @@ void DesktopMain::Loading(Desk desk) {
 }
 
 void DesktopMain::AddRequests(ControlRoom& room) {
+  desk_->reload = [&room] { room.Reload(); };
   room.Routes().Add("POST", kRaiseWindows, Need::kLocal, [this](const HttpRequest&) {
     window_->Raise();
     return HttpAnswer{.status = 200, .type = "application/json", .body = "{}", .headers = {}};

@@ -1,9 +1,7 @@
 #include <QPointer>
-#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,57 +10,44 @@
 #include "app/desktop/Boxes.h"
 #include "app/desktop/dialogs/Dialogs.h"
 #include "app/desktop/dialogs/PropertyDialog.h"
+#include "app/desktop/text/ChooseLanguage.h"
 #include "app/frmMain.h"
-#include "platform/FileSystem.h"
 #include "platform/SerialPortControl.h"
-#include "text/Paths.h"
 
 namespace zeb {
 namespace {
 
 constexpr Duration kLookLimit = std::chrono::seconds(10);
 
-// What a worker finds for the lists.
-struct Found {
-  std::vector<PropertyChoice> devices, languages;
-};
+using Choices = std::vector<PropertyChoice>;
 
-struct Places {
-  SerialPorts* ports = nullptr;
-  FileSystem& files;
-  std::string languages;
-};
-
-Found Look(const Places& places) {
-  Found found;
-  if (places.ports != nullptr)
-    for (const SerialPorts::Found& port : places.ports->Available())
-      found.devices.push_back({port.device, port.device + (port.text.empty() ? "" : " – " + port.text)});
-  if (const auto names = places.files.List(places.languages))
-    for (const std::string& name : names.Value())
-      if (name.starts_with("lang-") && name.ends_with(".txt")) {
-        const std::string language = name.substr(5, name.size() - 9);
-        found.languages.push_back({language, language});
-      }
-  return found;
+// On a worker.
+Choices PortsThere(SerialPorts& ports) {
+  Choices devices;
+  for (const SerialPorts::Found& port : ports.Available())
+    devices.push_back({port.device, port.device + (port.text.empty() ? "" : " – " + port.text)});
+  return devices;
 }
 
-void Offer(const PropertyDialog& dialog, const Found& found) {
-  for (std::int32_t port = 1; port <= kMostCommPorts; ++port)
-    dialog.Field(kCommPortDevice + std::to_string(port))->Offer(found.devices);
-  dialog.Field("Language")->Offer(found.languages);
+void OfferPorts(EventLoop& loop, SerialPorts& ports, PropertyDialog* dialog) {
+  loop.Start("looking for serial ports", [&loop, &ports, shown = QPointer<PropertyDialog>(dialog)] {
+    auto found = loop.RunBlocking([&ports] { return PortsThere(ports); }, kLookLimit);
+    if (!found) return;
+    loop.Post([shown, devices = std::move(*found)] {
+      for (std::int32_t port = 1; shown && port <= kMostCommPorts; ++port)
+        shown->Field(kCommPortDevice + std::to_string(port))->Offer(devices);
+    });
+  });
 }
 
-void LookAround(Desk& desk, PropertyDialog* dialog) {
-  const Places places{desk.environment.serialPorts, desk.environment.files,
-                      JoinPath(desk.environment.dataFolder, "Languages")};
-  EventLoop& loop = desk.environment.loop;
-  loop.Start("looking for serial ports", [&loop, places, shown = QPointer<PropertyDialog>(dialog)] {
-    auto found = loop.RunBlocking([places] { return Look(places); }, kLookLimit);
-    if (found)
-      loop.Post([shown, found = std::move(*found)] {
-        if (shown) Offer(*shown, found);
-      });
+void OfferLanguages(Desk& desk, PropertyDialog* dialog) {
+  ListLanguages(desk, [&loop = desk.environment.loop,
+                       shown = QPointer<PropertyDialog>(dialog)](const std::vector<std::string>& names) {
+    Choices choices;
+    for (const std::string& name : names) choices.push_back({name, name});
+    loop.Post([shown, choices] {
+      if (shown) shown->Field("Language")->Offer(choices);
+    });
   });
 }
 
@@ -86,11 +71,15 @@ void OpenOptions(Desk& desk) {
   dialog->setObjectName("Options");
   dialog->store = [&desk, &hive, editing] {
     Outcome stored = StoreOptions(hive, desk.environment.settingsRoot, editing->before, editing->draft);
-    if (stored) desk.reload ? desk.reload() : desk.main.Reload();
+    if (!stored) return stored;
+    desk.reload ? desk.reload() : desk.main.Reload();
+    UseStoredLanguage(desk);
     return stored;
   };
   dialog->Open();
-  LookAround(desk, dialog);
+  if (desk.environment.serialPorts != nullptr)
+    OfferPorts(desk.environment.loop, *desk.environment.serialPorts, dialog);
+  OfferLanguages(desk, dialog);
 }
 
 }  // namespace zeb

@@ -13,6 +13,7 @@
 #include "app/desktop/dialogs/Dialogs.h"
 #include "app/desktop/dialogs/OutputDialog.h"
 #include "app/desktop/text/Translate.h"
+#include "text/Composed.h"
 
 namespace zeb {
 namespace {
@@ -78,7 +79,7 @@ void AskRemoveOutput(Desk& desk, const ServicePtr& window, const OutputPtr& outp
   if (!place) return;
   const std::string name =
       FullName(window, std::string(NameOf(place->type)) + " " + std::to_string(place->number));
-  desk.boxes.Ask(desk.frame, "Are you sure you want to remove the Output \"" + name + "\"?",
+  desk.boxes.Ask(desk.frame, Composed("Are you sure you want to remove the Output \"%1\"?", {name}),
                  [&desk, window, output, name](bool yes) {
                    if (yes) Remove(desk, window, output, name);
                  });
