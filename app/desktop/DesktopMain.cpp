@@ -9,7 +9,7 @@
 
 #include "app/desktop/frame/AppIcon.h"
 #include "app/desktop/frame/Screenshots.h"
-#include "app/desktop/text/Translate.h"
+#include "app/desktop/text/ChooseLanguage.h"
 #include "app/frmMain.h"
 
 namespace zeb {
@@ -67,6 +67,7 @@ void DesktopMain::AddRequests(ControlRoom& room) {
 
 void DesktopMain::Ready() {
   if (splash_) splash_->hide();
+  UseStoredLanguage(*desk_);
   if (start_.minimised)
     window_->showMinimized();
   else
