@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QMdiSubWindow>
 #include <QMenuBar>
@@ -244,6 +245,19 @@ TEST_F(FrameTest, EveryMnemonicOfAMenuIsThereOnce) {
   for (const QAction* menu : window->menuBar()->actions())
     check(menu->menu()->actions(), menu->text().toStdString());
   check(window->Tray().Menu().actions(), "tray");
+}
+
+TEST_F(FrameTest, AnotherLanguageIsSeenAtOnce) {
+  Station("One");
+  Start();
+  auto german = std::make_shared<Language>();
+  german->Add("&Settings...", "&Einstellungen...");
+  german->Add("Find a service", "Sender suchen");
+  InstallLanguage(german);
+  EXPECT_EQ(Action("ServiceSettings")->text(), "&Einstellungen...");
+  EXPECT_EQ(window->findChild<QLineEdit*>("FindService")->placeholderText(), "Sender suchen");
+  InstallLanguage(nullptr);
+  EXPECT_EQ(Action("ServiceSettings")->text(), "&Settings...");
 }
 
 TEST_F(FrameTest, NoKeyIsGivenTwice) {

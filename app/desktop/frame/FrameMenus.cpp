@@ -22,7 +22,8 @@
 namespace zeb {
 namespace {
 
-constexpr int kFirstServices = 9;  // those with a key of their own
+constexpr char kEnglish[] = "english";  // of an action: its caption before it is translated
+constexpr int kFirstServices = 9;       // those with a key of their own
 constexpr std::array<std::pair<const char*, ToolShape>, 4> kTools = {
     {{"AddService", ToolShape::kPlus},
      {"ServiceSettings", ToolShape::kSliders},
@@ -49,6 +50,8 @@ QAction* FrameMenus::AddCommand(QMenu& menu, const Command& command) {
   if (command.name == nullptr) return menu.addSeparator();
   auto* action = new QAction(T(command.caption), &window_);
   action->setObjectName(QLatin1String(command.name));
+  action->setProperty(
+      kEnglish, QString::fromUtf8(command.caption.data(), static_cast<qsizetype>(command.caption.size())));
   action->setShortcuts(command.keys);
   if (command.scope == Scope::kOutput) action->setShortcutContext(Qt::WidgetShortcut);  // of GiveKeysTo alone
   if (command.scope == Scope::kService) ofService_.push_back(action);
@@ -60,6 +63,8 @@ QAction* FrameMenus::AddCommand(QMenu& menu, const Command& command) {
 
 QMenu* FrameMenus::AddMenu(std::string_view caption, std::initializer_list<Command> commands) {
   QMenu* menu = window_.menuBar()->addMenu(T(caption));
+  menu->menuAction()->setProperty(kEnglish,
+                                  QString::fromUtf8(caption.data(), static_cast<qsizetype>(caption.size())));
   for (const Command& command : commands) AddCommand(*menu, command);
   return menu;
 }
@@ -178,6 +183,7 @@ void FrameMenus::AddViewMenu() {
 
 void FrameMenus::AddThemes(QMenu& menu) {
   QMenu* themes = menu.addMenu(T("Th&eme"));
+  themes->menuAction()->setProperty(kEnglish, "Th&eme");
   auto* group = new QActionGroup(&window_);
   const std::array<std::string_view, 3> captions = {"&System", "&Light", "&Dark"};
   for (const ThemeChoice choice : {ThemeChoice::kSystem, ThemeChoice::kLight, ThemeChoice::kDark}) {
@@ -281,6 +287,13 @@ void FrameMenus::ShowWhatCanBeDone() {
   const bool service = frame_.service() != nullptr;
   for (QAction* action : ofService_) action->setEnabled(service);
   for (QAction* action : ofOutput_) action->setEnabled(area_.Active() != nullptr);
+}
+
+void FrameMenus::ShowTexts() {
+  for (QAction* action : window_.findChildren<QAction*>())
+    if (const QVariant english = action->property(kEnglish);
+        english.isValid() && !english.toString().isEmpty())
+      action->setText(T(english.toString().toStdString()));
 }
 
 void FrameMenus::ShowState(bool overview, bool tabs, ThemeChoice theme) {

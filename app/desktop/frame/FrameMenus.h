@@ -36,6 +36,7 @@ class FrameMenus {
 
   // The active window is another: what cannot be done is grey.
   void ShowWhatCanBeDone();
+  void ShowTexts();  // in the chosen language
   void ShowState(bool overview, bool tabs, ThemeChoice theme);
   // A service's window has been made: the keys of outputs work while its list of outputs has the keyboard.
   void GiveKeysTo(ServiceWindow& window);

@@ -46,6 +46,7 @@ MainWindow::MainWindow(Desk& desk, Ways ways)
       pages_(new QStackedWidget(splitter_)),
       menus_(desk, *this, area_, MenuFrame()),
       tray_(TrayFrame()),
+      folder_(new QLabel(this)),
       mark_(new QLabel(this)),
       failing_(new QLabel(this)),
       clock_(new QLabel(this)) {
@@ -121,16 +122,23 @@ TrayIcon::Frame MainWindow::TrayFrame() {
 }
 
 void MainWindow::AddStatusBar() {
-  auto* folder = new QLabel(
-      T("Ready") + " · " + T("data folder %1").arg(QString::fromStdString(desk_.environment.dataFolder)),
-      this);
-  folder->setTextFormat(Qt::PlainText);
+  folder_->setTextFormat(Qt::PlainText);
   failing_->setObjectName("Failing");
   clock_->setObjectName("Clock");
-  statusBar()->addWidget(folder, 1);
+  statusBar()->addWidget(folder_, 1);
   statusBar()->addPermanentWidget(mark_);
   statusBar()->addPermanentWidget(failing_);
   statusBar()->addPermanentWidget(clock_);
+  ShowTexts();
+}
+
+// What is drawn once and stays; what is opened later asks for its language then.
+void MainWindow::ShowTexts() {
+  folder_->setText(T("Ready") + " · " +
+                   T("data folder %1").arg(QString::fromStdString(desk_.environment.dataFolder)));
+  menus_.ShowTexts();
+  overview_.ShowTexts();
+  ShowTroubles();
 }
 
 void MainWindow::Arrange() {

@@ -19,6 +19,7 @@
 #include "app/desktop/frame/ServicesOverview.h"
 #include "app/desktop/frame/TrayIcon.h"
 #include "app/desktop/frame/TroubleWatch.h"
+#include "app/desktop/text/Translate.h"
 #include "platform/EventLoop.h"
 
 class QLabel;
@@ -74,6 +75,7 @@ class MainWindow : public QMainWindow {
   void ShowPage();
   void Activated();
   void ChooseTheme(ThemeChoice choice);
+  void ShowTexts();
 
   Desk& desk_;
   const Ways ways_;
@@ -86,12 +88,14 @@ class MainWindow : public QMainWindow {
   TroubleWatch troubles_;  // before the tray's menu, which shows them
   FrameMenus menus_;
   TrayIcon tray_;
+  QLabel* const folder_;
   QLabel* const mark_;
   QLabel* const failing_;
   QLabel* const clock_;
   bool listChanged_ = true;
   std::set<int> changed_;
   Timer draw_, refresh_, look_;
+  LanguageWatch language_{[this] { ShowTexts(); }};
 };
 
 }  // namespace zeb

@@ -79,39 +79,44 @@ class ServiceDelegate : public QStyledItemDelegate {
 ServicesOverview::ServicesOverview(const frmMain& main)
     : list_(new ServiceList(main)),
       shown_(new QSortFilterProxyModel(this)),
+      caption_(new QLabel(this)),
       find_(new QLineEdit(this)),
       view_(new QListView(this)) {
   setObjectName("Overview");
   list_->setParent(this);
   shown_->setSourceModel(list_);
   shown_->setFilterCaseSensitivity(Qt::CaseInsensitive);
-  auto* caption = new QLabel(T("&Services"), this);
-  QFont bold = caption->font();
+  QFont bold = caption_->font();
   bold.setBold(true);
-  caption->setFont(bold);
-  caption->setBuddy(view_);
+  caption_->setFont(bold);
+  caption_->setBuddy(view_);
   find_->setObjectName("FindService");
-  find_->setPlaceholderText(T("Find a service"));
-  find_->setAccessibleName(T("Find a service"));
   find_->setClearButtonEnabled(true);
   find_->setMaxLength(200);
   view_->setObjectName("Services");
-  view_->setAccessibleName(T("Services"));
   view_->setModel(shown_);
   view_->setUniformItemSizes(true);
   view_->setItemDelegate(new ServiceDelegate(view_));
   view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   view_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   view_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+  ShowTexts();
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(kGap, kGap, kGap, kGap);
   for (QWidget* widget :
-       {static_cast<QWidget*>(caption), static_cast<QWidget*>(find_), static_cast<QWidget*>(view_)})
+       {static_cast<QWidget*>(caption_), static_cast<QWidget*>(find_), static_cast<QWidget*>(view_)})
     column->addWidget(widget);
   QObject::connect(find_, &QLineEdit::textChanged, this,
                    [this](const QString& text) { shown_->setFilterFixedString(text); });
   QObject::connect(find_, &QLineEdit::returnPressed, this, [this] { Open(shown_->index(0, 0)); });
   QObject::connect(view_, &QListView::activated, this, [this](const QModelIndex& index) { Open(index); });
+}
+
+void ServicesOverview::ShowTexts() {
+  caption_->setText(T("&Services"));
+  find_->setPlaceholderText(T("Find a service"));
+  find_->setAccessibleName(T("Find a service"));
+  view_->setAccessibleName(T("Services"));
 }
 
 void ServicesOverview::Open(const QModelIndex& index) {

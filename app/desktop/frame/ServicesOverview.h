@@ -8,6 +8,7 @@
 
 #include "app/desktop/frame/ServiceList.h"
 
+class QLabel;
 class QLineEdit;
 class QListView;
 class QSortFilterProxyModel;
@@ -22,6 +23,7 @@ class ServicesOverview : public QWidget {
   std::shared_ptr<frmService> Selected() const;  // null: none
   void Select(const std::shared_ptr<frmService>& service);
   void FocusFind();
+  void ShowTexts();  // in the chosen language
 
   std::function<void(const std::shared_ptr<frmService>&)> onOpen;
 
@@ -30,6 +32,7 @@ class ServicesOverview : public QWidget {
 
   ServiceList* const list_;
   QSortFilterProxyModel* const shown_;
+  QLabel* const caption_;
   QLineEdit* const find_;
   QListView* const view_;
 };
