@@ -29,29 +29,30 @@ QMessageBox::Icon IconOf(MessageIcon icon) {
 
 struct Boxes::State {
   struct Box {
-    QPointer<QMessageBox> box;
+    QPointer<QObject> alive;  // not of the box's own class, which it is no longer while it is destroyed
+    QMessageBox* box;
     std::string text;
   };
   std::vector<Box> open;
 
-  void Forget(const QMessageBox* box) {
-    std::erase_if(open, [box](const Box& kept) { return kept.box.isNull() || kept.box == box; });
+  void Forget(const QObject* box) {
+    std::erase_if(open, [box](const Box& kept) { return kept.alive.isNull() || kept.alive == box; });
   }
 };
 
 Boxes::Boxes() : state_(std::make_shared<State>()) {}
 
 Boxes::~Boxes() {
-  for (const State::Box& kept : std::exchange(state_->open, {}))
-    if (kept.box) {
-      kept.box->disconnect();
-      delete kept.box;
-    }
+  for (const State::Box& kept : std::exchange(state_->open, {})) {
+    if (kept.alive.isNull()) continue;
+    kept.box->disconnect();
+    delete kept.box;
+  }
 }
 
 bool Boxes::IsOpen(const std::string& text) const {
   return std::any_of(state_->open.begin(), state_->open.end(), [&](const State::Box& kept) {
-    return kept.text == text && kept.box && kept.box->isVisible();
+    return kept.text == text && !kept.alive.isNull() && kept.box->isVisible();
   });
 }
 
@@ -60,9 +61,9 @@ QMessageBox* Boxes::Make(QWidget* parent, MessageIcon icon, const std::string& t
   box->setTextFormat(Qt::PlainText);  // titles and answers of servers are no markup
   box->setAttribute(Qt::WA_DeleteOnClose);
   box->setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::NonModal);
-  state_->open.push_back({box, text});
-  QObject::connect(box, &QObject::destroyed, [state = std::weak_ptr(state_)] {
-    if (const auto kept = state.lock()) kept->Forget(nullptr);
+  state_->open.push_back({box, box, text});
+  QObject::connect(box, &QObject::destroyed, [state = std::weak_ptr(state_)](const QObject* gone) {
+    if (const auto kept = state.lock()) kept->Forget(gone);
   });
   return box;
 }
