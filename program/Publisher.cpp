@@ -110,7 +110,7 @@ int Publisher::ExitAsAlreadyRunning(SettingsHive* hive) {
     front_.alreadyRunning(hive, ports_.localSockets, [this] { EndAtOnce(kAlreadyRunning); });
     return ports_.loop.Run();
   }
-  Fail("another zebd runs on the data folder '" + program_.folder + "'");
+  Fail("another publisher runs on the data folder '" + program_.folder + "'");
   return kAlreadyRunning;
 }
 

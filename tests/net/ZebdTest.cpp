@@ -65,7 +65,7 @@ TEST_F(ZebdTest, TellsASecondInstanceOnTheFolderToEnd) {
   Start();
   const Finished second = RunProgram(ZebdCommand());
   EXPECT_EQ(second.status, 3);
-  EXPECT_NE(second.error.find("another zebd runs on the data folder"), std::string::npos);
+  EXPECT_NE(second.error.find("another publisher runs on the data folder"), std::string::npos);
   EXPECT_TRUE(IsOneLine(second.error)) << second.error;
   const Finished debugging = RunProgram(ZebdCommand({"/debug"}));
   EXPECT_EQ(debugging.status, 3);
