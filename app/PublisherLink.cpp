@@ -27,6 +27,10 @@ std::string NoAnswer(const std::string& method) {
   return "the publisher does not answer: it hangs or is busy" + changes;
 }
 
+constexpr int kConflict = 409;
+constexpr int kTries = 10;
+constexpr Duration kBetweenTries = std::chrono::milliseconds(500);
+
 }  // namespace
 
 PublisherLink::PublisherLink(EventLoop& loop, LocalSockets& sockets, std::string folder)
@@ -59,6 +63,16 @@ PublisherLink::Reply PublisherLink::Ask(const std::string& method, const std::st
   reply.status = reader.Status();
   reply.body = reader.TakeBody();
   if (!reply.Done()) reply.problem = ReasonOf(reply.status, reply.body);
+  return reply;
+}
+
+PublisherLink::Reply PublisherLink::RemoveService(int number) {
+  const std::string target = "/api/v1/services/" + std::to_string(number);
+  Reply reply = Ask("DELETE", target, "", kWork);
+  for (int again = 0; again < kTries && reply.status == kConflict; ++again) {
+    loop_.Wait(kBetweenTries);
+    reply = Ask("DELETE", target, "", kWork);
+  }
   return reply;
 }
 

@@ -30,6 +30,11 @@ class PublisherLink {
   // In a task. `body` is JSON or empty.
   Reply Ask(const std::string& method, const std::string& target, const std::string& body = "",
             Duration limit = kAtOnce);
+  // In a task: it is to read the settings again, since something was stored.
+  Reply Reload() { return Ask("POST", "/api/v1/reload", "", kWork); }
+  // In a task. Which services go while it runs is the publisher's to do, since each keeps its items. It
+  // refuses while it has not read what somebody has just changed; then it is asked again for five seconds.
+  Reply RemoveService(int number);
 
  private:
   EventLoop& loop_;

@@ -50,7 +50,8 @@ frmMain::~frmMain() {
 
 Outcome frmMain::Load() {
   try {
-    if (Outcome imported = ImportSettings(); !imported) return imported;
+    if (environment_.publishes)
+      if (Outcome imported = ImportSettings(); !imported) return imported;
     const SettingsRoot root = ChooseSettingsRoot(environment_.hive);
     environment_.settingsRoot = root.inUse;
     DebugLine("Starting Hexmoor ZEB v", ZEB_VERSION);
@@ -61,7 +62,7 @@ Outcome frmMain::Load() {
     WriteDebugLine("Displayed OK");
     const int count = ReadNumberServices(environment_.hive, root.inUse);
     DebugLine("Found ", count, " ZEB Services in Registry");
-    if (root.migrate) {
+    if (root.migrate && environment_.publishes) {
       const Outcome migrated = MigrateServices(environment_, makeOutput_, root, count);
       environment_.person.Note(migrated
                                    ? "The previous version's services are now under '" + root.profile + "'"
@@ -70,6 +71,7 @@ Outcome frmMain::Load() {
     KeepHistory();
     LoadServices();
     ArrangeWindows();
+    if (!environment_.publishes) return {};
     alarms_.ReadSettings();
     alarmLook_ = environment_.loop.Every(kAlarmLook, [this] { LookForAlarms(); });
     // Another instance on the data folder may have its files in hand.
@@ -193,8 +195,30 @@ void frmMain::RemoveService(int number) {
       [this, mark = epoch_.Now(), asked = std::weak_ptr(window)](bool yes) {
         if (!mark.Holds()) return;
         removeAsked_ = false;
-        if (yes && !quitting_) (void)RemoveWindow(asked.lock());
+        if (!yes || quitting_) return;
+        if (removeElsewhere)
+          RemoveElsewhere(asked.lock());
+        else
+          (void)RemoveWindow(asked.lock());
       });
+}
+
+// What the other program has stored is read again, so that the later services have their new numbers here
+// too.
+void frmMain::RemoveElsewhere(const std::shared_ptr<frmService>& window) {
+  const auto found = std::find(windows_.begin(), windows_.end(), window);
+  if (found == windows_.end()) return;
+  removeElsewhere(static_cast<int>(found - windows_.begin()) + 1,
+                  [this, mark = epoch_.Now(), gone = std::weak_ptr(window)](const Removed& removed) {
+                    if (!mark.Holds() || quitting_) return;
+                    if (removed.nobodyRuns) {
+                      (void)RemoveWindow(gone.lock());
+                    } else if (removed.outcome) {
+                      Reload();
+                    } else {
+                      ShowProblem("removing a service", removed.outcome.Reason(), Report::kShown);
+                    }
+                  });
 }
 
 Outcome frmMain::RemoveConfirmed(int number) {

@@ -27,6 +27,12 @@ class frmMain {
     std::function<void(int number)> changed;
   };
 
+  // What became of it; `nobodyRuns`: there is no such program any more.
+  struct Removed {
+    Outcome outcome;
+    bool nobodyRuns = false;
+  };
+
   // `history` is where is kept what was on air and what was shown; null: it is not kept.
   frmMain(Environment& environment, OutputFactory makeOutput, StartUpOptions options,
           std::shared_ptr<HistoryStore> history = nullptr);
@@ -36,9 +42,13 @@ class frmMain {
 
   Display display;
   std::function<void(int number)> onChanged;  // as Display::changed; for the control room
+  // Where only settings are edited: lets the program that publishes remove a service, which keeps the items
+  // and connections of the others. Null: it is removed here.
+  std::function<void(int number, std::function<void(const Removed&)> done)> removeElsewhere;
 
   // Imports the file named on the command line, chooses the settings root, migrates the previous version's
-  // services, loads every service. Fails only when the settings cannot be used; the program then ends.
+  // services, loads every service. Where only settings are edited: the last alone. Fails only when the
+  // settings cannot be used; the program then ends.
   Outcome Load();
   void LoadServices();
   // A new service after the last; its number, or 0 when it cannot be stored (the operator has been told).
@@ -76,6 +86,7 @@ class frmMain {
   void Tell(int number) const;
   static void LetGo(frmService& window);
   Outcome RemoveWindow(const std::shared_ptr<frmService>& window);
+  void RemoveElsewhere(const std::shared_ptr<frmService>& window);
   Outcome StoreWithout(int number);
   void TakeStoredOver(int from);
   void ShrinkTo(int count);

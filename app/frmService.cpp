@@ -109,6 +109,7 @@ void frmService::Open(int number) {
   SetPanel(Panel::kNetControl, kNoController);
   state.service.SetItemCount(kMaxNextItems);
   state.service.SetServiceNumber(number);
+  if (!state.environment.publishes) return;
   OpenSource();
   state.tmrUpdateOutputs = state.environment.loop.Every(kTickInterval, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->Tick();
@@ -141,7 +142,7 @@ void frmService::Close() {
       closing.service.CancelOutputs();
       closing.environment.loop.WaitUntil(idle, kClosePatience);
     }
-    self->RememberTravelFlag();
+    if (closing.environment.publishes) self->RememberTravelFlag();
     closing.service.ClearService();
     closing.stage = State::Stage::kClosed;
   });
@@ -153,6 +154,8 @@ Outcome frmService::Reload() {
   const std::string name = state.service.settings.ServiceName;
   const Result<clsZEBService::Changes> changes = state.service.ReadAgain();
   if (!changes) return Failure{"the settings of '" + name + "' stay as they were: " + changes.Reason()};
+  state.board.Changed();
+  if (!state.environment.publishes) return {};
   OpenSource();
   for (const auto& [type, index] : changes.Value().added) {
     StartOutput(type, index);
@@ -287,7 +290,7 @@ StationBoard& frmService::Board() {
 
 void frmService::SetZEBInformation(std::string_view message) {
   State& state = *state_;
-  if (state.stage != State::Stage::kOpen) return;
+  if (state.stage != State::Stage::kOpen || !state.environment.publishes) return;
   state.byHand = true;
   state.link.MessageFromController(0, message);
   state.byHand = false;
@@ -378,7 +381,7 @@ void frmService::OutputRunEnded(const UpdateRecord& record, const UpdateRun& run
 }
 
 void frmService::ForceUpdate() {
-  state_->intake.NoteInformation(kForcing);
+  if (state_->environment.publishes) state_->intake.NoteInformation(kForcing);
 }
 
 // ---- Cues

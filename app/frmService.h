@@ -30,7 +30,8 @@ class frmService : public std::enable_shared_from_this<frmService>,
                                             std::shared_ptr<HistoryRecorder> history = nullptr);
   ~frmService() override;
 
-  // Loads service `number`, starts its outputs and opens its information source.
+  // Loads service `number`, starts its outputs and opens its information source; neither where only settings
+  // are edited (Environment::publishes).
   void Open(int number);
   // Reads the settings again and restarts the outputs whose settings changed, keeping the items. For SIGHUP.
   // When they cannot be read, everything goes on as it is, and the reason says so.

@@ -96,6 +96,7 @@ int Publish(ThreadedLineWriter& journal, const std::string& name, StartUpOptions
        .loading =
            [&](const Publisher::Engine& engine) {
              desktop.Loading(DeskOf(engine, desktop.MessageBoxes()));
+             if (!engine.environment.publishes) return;
              power = std::make_unique<DBusPower>(engine.environment.loop);
              power->StayAwake("publishes what is on air", [&engine](const std::string& reason) {
                engine.journal.Note("The computer may fall asleep: " + reason);
@@ -104,9 +105,14 @@ int Publish(ThreadedLineWriter& journal, const std::string& name, StartUpOptions
        .opening = [&](ControlRoom& room) { desktop.AddRequests(room); },
        .ready = [&](frmMain&, ControlRoom&) { desktop.Ready(); },
        .alreadyRunning =
-           [&](SettingsHive* hive, LocalSockets& sockets, const std::function<void()>& ended) {
-             desktop.AlreadyRunning({running->Loop(), sockets, hive, OpenPage}, ended);
+           [&](SettingsHive* hive, LocalSockets& sockets, const Publisher::Front::Answered& answered) {
+             desktop.AlreadyRunning({running->Loop(), sockets, hive, OpenPage}, [answered](bool edit) {
+               answered(edit ? Publisher::Front::Beside::kEdit : Publisher::Front::Beside::kEnd);
+             });
            },
+       .editing = [&](frmMain&) { desktop.Ready(); },
+       .told = [&](RunningElsewhere::Told told,
+                   const std::string& reason) { desktop.ToldElsewhere(told, reason); },
        .stopping = [&] { desktop.Stopping(); }});
   running = &publisher;
   return publisher.Run();

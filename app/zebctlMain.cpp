@@ -52,8 +52,6 @@
 namespace zeb {
 namespace {
 
-constexpr int kConflict = 409;
-
 int Fail(const std::string& reason) {
   std::cerr << "zebctl: " << reason << std::endl;
   return 1;
@@ -198,27 +196,16 @@ int StoreStations(const StationOptions& options, const std::string& folder) {
 
 // The settings are stored; a publisher that runs is to take them.
 int TellPublisher(const CommandPorts& ports) {
-  const PublisherLink::Reply reply = PublisherLink(ports.loop, ports.sockets, ports.folder)
-                                         .Ask("POST", "/api/v1/reload", "", PublisherLink::kWork);
+  const PublisherLink::Reply reply = PublisherLink(ports.loop, ports.sockets, ports.folder).Reload();
   if (!reply.Done() && !reply.notRunning)
     ports.err << "zebctl: stored, but zebd has not been told: " << reply.problem << std::endl;
   return 0;
 }
 
-// Which services go while zebd runs is zebd's to do, since each keeps its items. It refuses while it has not
-// read what another command has just changed.
 int ChangeStations(const CommandPorts& ports, const StationOptions& options) {
   if (options.action == StationOptions::Action::kRemoveService) {
-    PublisherLink link(ports.loop, ports.sockets, ports.folder);
-    const auto ask = [&] {
-      return link.Ask("DELETE", "/api/v1/services/" + std::to_string(options.service), "",
-                      PublisherLink::kWork);
-    };
-    PublisherLink::Reply reply = ask();
-    for (int again = 0; again < 10 && reply.status == kConflict; ++again) {
-      ports.loop.Wait(std::chrono::milliseconds(500));
-      reply = ask();
-    }
+    const PublisherLink::Reply reply =
+        PublisherLink(ports.loop, ports.sockets, ports.folder).RemoveService(options.service);
     if (reply.Done()) return 0;
     if (!reply.notRunning) return Fail(reply.problem);
   }

@@ -31,6 +31,9 @@ struct Environment {
   std::string dataFolder;    // what relative names start from
   std::string settingsRoot;  // "Software\Hexmoor\ZEB v3\Profiles\Profile1"; the start-up may switch it
   bool preserveTempFiles = false;
+  // False: services are loaded for their settings to be looked at and changed; another program publishes
+  // them, so here nothing is started.
+  bool publishes = true;
   EncoderAutomation* encoders = nullptr;  // null: the platform has none
   SerialPorts* serialPorts = nullptr;     // null: this program has none
   Markup* markup = nullptr;               // none: no XML is read, and HTML in text fields stays as it is

@@ -85,7 +85,7 @@ int Publisher::Run() {
   Result<std::unique_ptr<SqliteHive>> hive =
       alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
   if (hive) StartDebugLog(*hive.Value());
-  if (alreadyRunning) return ExitAsAlreadyRunning(hive ? hive.Value().get() : nullptr);
+  if (alreadyRunning) return MeetRunning(hive ? hive.Value().get() : nullptr);
   if (!hive) return Fail(hive.Reason());
   return Publish(*hive.Value());
 }
@@ -104,14 +104,47 @@ void Publisher::StartDebugLog(SettingsHive& hive) {
   if (!options.noPreviousCheck) WriteDebugLine("Check if already running");
 }
 
-int Publisher::ExitAsAlreadyRunning(SettingsHive* hive) {
-  WriteDebugLine("Exit as App already running");
+int Publisher::MeetRunning(SqliteHive* hive) {
   if (front_.alreadyRunning) {
-    front_.alreadyRunning(hive, ports_.localSockets, [this] { EndAtOnce(kAlreadyRunning); });
-    return ports_.loop.Run();
+    bool edits = false;
+    front_.alreadyRunning(hive, ports_.localSockets, [&](Front::Beside chosen) {
+      edits = chosen == Front::Beside::kEdit && hive != nullptr;
+      ports_.loop.Quit(kAlreadyRunning);
+    });
+    ports_.loop.Run();
+    if (edits) return Edit(*hive);
   }
+  WriteDebugLine("Exit as App already running");
+  if (front_.alreadyRunning) EndAtOnce(kAlreadyRunning);
   Fail("another publisher runs on the data folder '" + program_.folder + "'");
   return kAlreadyRunning;
+}
+
+// The engine without anything that runs: its windows and dialogs work on what is stored, and the publisher
+// that runs is told of each change.
+int Publisher::Edit(SqliteHive& hive) {
+  WriteDebugLine("Editing the settings of the publisher that runs");
+  UseLocale();
+  const std::string& folder = program_.folder;
+  CsvCartStore carts(ports_.files, person_, folder + "/Carts.csv");
+  Environment environment = ports_.EngineOn(hive, person_, carts, folder);
+  environment.publishes = false;
+  const OutputFactory makeOutput = MakeOutputFactory(environment);
+  const OpenHistory openHistory = [path = folder + "/history.db"] { return SqliteHistoryReader::Open(path); };
+  frmMain main(environment, makeOutput, program_.options);
+  main_ = &main;
+  RunningElsewhere running(ports_.loop, ports_.localSockets, folder, front_.told);
+  main.removeElsewhere = [&running](int number, std::function<void(const frmMain::Removed&)> done) {
+    running.RemoveService(number, std::move(done));
+  };
+  const UnixSignals unixSignals(ports_.loop, [this](int signal) { OnSignal(signal); });
+  const Engine engine{environment, main, makeOutput, person_, openHistory};
+  front_.loading(engine);
+  if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+  hive.SetPatience(kStorePatience);
+  hive.onStored = [&running] { running.Stored(); };
+  front_.editing(main);
+  EndAtOnce(ports_.loop.Run());
 }
 
 void Publisher::UseLocale() {

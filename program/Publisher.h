@@ -12,6 +12,7 @@
 
 #include "app/ConsoleOperator.h"
 #include "app/ControlRoom.h"
+#include "app/RunningElsewhere.h"
 #include "app/StartUpOptions.h"
 #include "app/frmMain.h"
 #include "dashboard/JournalTail.h"
@@ -52,9 +53,15 @@ class Publisher {
     std::function<void(const Engine&)> loading;  // before the services are loaded: the time to set a display
     std::function<void(ControlRoom&)> opening;   // before its ways in are opened: the time to add requests
     std::function<void(frmMain&, ControlRoom&)> ready;
-    // Another publisher has the data folder; null: its settings cannot be read. `ended` ends the process.
+    // Another publisher has the data folder; null: its settings cannot be read. `answered` ends the process,
+    // or lets its settings be edited: then `loading` is called, and `editing` in the place of `ready`.
     // Without this a line in the journal tells.
-    std::function<void(SettingsHive*, LocalSockets&, const std::function<void()>& ended)> alreadyRunning;
+    enum class Beside { kEnd, kEdit };
+    using Answered = std::function<void(Beside)>;
+    std::function<void(SettingsHive*, LocalSockets&, const Answered&)> alreadyRunning;
+    std::function<void(frmMain&)> editing{};
+    // What became of a change that was made so.
+    std::function<void(RunningElsewhere::Told, const std::string& reason)> told{};
     std::function<void()> stopping;  // asked to end; what is on air is ended
   };
 
@@ -74,9 +81,10 @@ class Publisher {
   int Fail(const std::string& reason);
   [[noreturn]] void EndAtOnce(int status);
   void StartDebugLog(SettingsHive& hive);
-  int ExitAsAlreadyRunning(SettingsHive* hive);
+  int MeetRunning(SqliteHive* hive);
   void UseLocale();
   int Publish(SqliteHive& hive);
+  int Edit(SqliteHive& hive);
   std::shared_ptr<Secrets> MakeSecrets();
   void TrustCaFile(const Environment& environment);
   void OnSignal(int signal);

@@ -13,6 +13,7 @@ namespace {
 
 // A problem of what the public sees names an address and two texts.
 constexpr std::size_t kMostProblemCharacters = 500;
+constexpr const char* kElsewhere = "runs elsewhere";
 
 // Up to the last slot that holds something.
 std::vector<clsZEBItemInfo> Filled(const clsZEBService& service,
@@ -109,6 +110,7 @@ void StationBoard::AirChanged(const clsZEBTemplate* output) {
 
 std::vector<Trouble> StationBoard::Troubles() {
   std::vector<Trouble> troubles;
+  if (!service_.environment().publishes) return troubles;
   for (const OutputTypeInfo& info : kOutputTypes)
     for (int i = 1; const OutputPtr output = service_.Output(info.type, i); ++i) {
       const Known& known = Look(output);
@@ -182,10 +184,24 @@ StationState StationBoard::State() const {
   state.showReference = service_.ShowReference;
   state.showTitle = service_.ShowTitle;
   state.updating = service_.UpdateInProgress();
+  state.elsewhere = !service_.environment().publishes;
   for (std::int32_t code = 1; code <= kNumberOutputTypes; ++code)
     for (int i = 1; i <= service_.OutputCount(code); ++i)
       state.outputs.push_back(StateOf(static_cast<OutputType>(code), i));
+  if (state.elsewhere) LeaveOut(state);
   return state;
+}
+
+// What an output that was never started says of itself is not how it is doing.
+void StationBoard::LeaveOut(StationState& state) {
+  state.netControl.clear();
+  state.source = SourceState();
+  state.source.text = kElsewhere;
+  for (OutputState& output : state.outputs) {
+    output.status = kElsewhere;
+    output.severity = Severity::kOff;
+    output.problem.clear();
+  }
 }
 
 OutputState StationBoard::StateOf(OutputType type, int index) const {

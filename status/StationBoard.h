@@ -63,6 +63,7 @@ class StationBoard {
   Known& Look(const OutputPtr& output);
   void ForgetGone();
   bool IsStale(clsZEBTemplate& output, const Known& known) const;
+  static void LeaveOut(StationState& state);
   OutputState StateOf(OutputType type, int index) const;
   void AddKnown(OutputState& state, const Known& known) const;
   void TellSoon();

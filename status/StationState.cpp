@@ -19,7 +19,7 @@ std::string_view WordOf(Severity severity) {
 }
 
 Severity StationState::Worst() const {
-  Severity worst = source.healthy ? Severity::kOk : Severity::kFailing;
+  Severity worst = elsewhere ? Severity::kOff : source.healthy ? Severity::kOk : Severity::kFailing;
   for (const OutputState& output : outputs) worst = std::max(worst, output.severity);
   return worst;
 }

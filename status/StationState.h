@@ -73,6 +73,7 @@ struct StationState {
   std::string presenterReference, presenterName, showReference, showTitle;
   std::vector<OutputState> outputs;  // by type as updates run, then by number
   bool updating = false;
+  bool elsewhere = false;  // another program publishes it: nothing of what it does is known here
 
   // The worst of its outputs and its source.
   Severity Worst() const;

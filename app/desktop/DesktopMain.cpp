@@ -11,6 +11,7 @@
 #include "app/desktop/frame/Screenshots.h"
 #include "app/desktop/text/ChooseLanguage.h"
 #include "app/frmMain.h"
+#include "text/Composed.h"
 
 namespace zeb {
 DesktopMain::DesktopMain(Start start, Ways ways) : start_(std::move(start)), ways_(std::move(ways)) {
@@ -84,10 +85,15 @@ void DesktopMain::Stopping() {
 // In front of a window that can be seen: of a minimised one nobody would see the question.
 void DesktopMain::Quit() {
   if (!start_.silent) window_->Raise();
-  desk_->main.RequestQuit([this] {
+  const auto closed = [this] {
     window_->Save();
     ways_.ended();
-  });
+  };
+  // Where only settings are edited nothing on air ends with the window.
+  if (desk_->environment.publishes)
+    desk_->main.RequestQuit(closed);
+  else
+    desk_->main.Quit(closed);
 }
 
 void DesktopMain::OpenManual() {
@@ -97,9 +103,24 @@ void DesktopMain::OpenManual() {
                 "The manual cannot be opened; its pages are installed in share/doc/zeb/manual");
 }
 
-void DesktopMain::AlreadyRunning(OtherPublisher::Ports ports, const std::function<void()>& ended) {
+void DesktopMain::AlreadyRunning(OtherPublisher::Ports ports,
+                                 const std::function<void(bool edit)>& answered) {
   other_ = std::make_unique<OtherPublisher>(std::move(ports), boxes_);
-  other_->Meet(start_.folder, start_.silent, ended);
+  other_->Meet(start_.folder, start_.silent, answered);
+}
+
+// A box for what needs somebody to know; the same one is not opened twice.
+void DesktopMain::ToldElsewhere(RunningElsewhere::Told told, const std::string& reason) {
+  using Told = RunningElsewhere::Told;
+  if (told == Told::kTaken)
+    return window_->Say(std::string(Translatable("The publisher that runs has taken the change")));
+  boxes_.Show(
+      window_.get(), MessageIcon::kExclamation,
+      told == Told::kNobodyRuns
+          ? std::string(
+                Translatable("The change is stored, but no publisher runs on the data folder any more. "
+                             "It comes into use when one is started."))
+          : Composed("The change is stored, but the publisher that runs has not taken it: %1", {reason}));
 }
 
 }  // namespace zeb

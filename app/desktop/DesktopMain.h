@@ -10,6 +10,7 @@
 #include <string>
 
 #include "app/ControlRoom.h"
+#include "app/RunningElsewhere.h"
 #include "app/StartUpOptions.h"
 #include "app/desktop/Boxes.h"
 #include "app/desktop/Desk.h"
@@ -46,8 +47,10 @@ class DesktopMain {
   void Ready();
   void Stopping();  // asked to end by the system: remembers where everything stands
 
-  // Another publisher has the data folder. Then `ended`.
-  void AlreadyRunning(OtherPublisher::Ports ports, const std::function<void()>& ended);
+  // Another publisher has the data folder. Then `answered`: whether its settings are to be edited.
+  void AlreadyRunning(OtherPublisher::Ports ports, const std::function<void(bool edit)>& answered);
+  // What became of a change to its settings.
+  void ToldElsewhere(RunningElsewhere::Told told, const std::string& reason);
 
  private:
   void Quit();

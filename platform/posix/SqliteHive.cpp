@@ -197,7 +197,7 @@ void SqliteHive::DeleteValue(const std::string& key, const std::string& name) {
 }
 
 void SqliteHive::Transaction(const std::function<void()>& changes) {
-  RunTransaction(Statement::kBegin, changes);
+  if (RunTransaction(Statement::kBegin, changes) && onStored) onStored();
 }
 
 void SqliteHive::ReadTransaction(const std::function<void()>& reads) {
@@ -222,9 +222,12 @@ void SqliteHive::SetPatience(std::chrono::milliseconds patience) {
   store_->SetPatience(patience);
 }
 
-void SqliteHive::RunTransaction(Statement begin, const std::function<void()>& work) {
+bool SqliteHive::RunTransaction(Statement begin, const std::function<void()>& work) {
   CheckTransaction();
-  if (inTransaction_) return work();
+  if (inTransaction_) {
+    work();
+    return false;
+  }
   Run(begin);
   inTransaction_ = true;
   try {
@@ -232,6 +235,7 @@ void SqliteHive::RunTransaction(Statement begin, const std::function<void()>& wo
     CheckTransaction();
     Run(Statement::kCommit);
     inTransaction_ = false;
+    return true;
   } catch (...) {
     inTransaction_ = false;
     if (store_->TransactionOpen()) sqlite3_step(store_->Prepared(Statement::kRollback));

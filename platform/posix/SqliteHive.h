@@ -7,6 +7,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,6 +54,8 @@ class SqliteHive : public SettingsHive {
   void DeleteValue(const std::string& key, const std::string& name) override;
   void Transaction(const std::function<void()>& changes) override;
   void ReadTransaction(const std::function<void()>& reads) override;
+  // Called each time after this object has stored something, when all of it is on the disk.
+  std::function<void()> onStored;
   // From now on a locked file is waited for this long.
   void SetPatience(std::chrono::milliseconds patience);
 
@@ -63,7 +66,7 @@ class SqliteHive : public SettingsHive {
   void CheckTransaction() const;
   std::optional<SettingsData> Read(const std::string& key, const std::string& name);
   void Write(const std::string& key, const std::string& name, const SettingsData& data);
-  void RunTransaction(Statement begin, const std::function<void()>& work);
+  bool RunTransaction(Statement begin, const std::function<void()>& work);  // false: as part of another
   // Makes the key and those above it.
   void EnsureKey(const std::string& key);
   void Run(Statement statement);

@@ -40,7 +40,7 @@ class DesktopMainTest : public DesktopTest {
   void StartAgain(bool silent = false) {
     other = std::make_unique<OtherPublisher>(
         OtherPublisher::Ports{loop, network, &hive, [this](const std::string& url) { page = url; }}, boxes);
-    other->Meet("/data", silent, [this] { ++otherEnded; });
+    other->Meet("/data", silent, [this](bool edit) { ++(edit ? otherEdits : otherEnded); });
     Pass(1s);
   }
 
@@ -48,7 +48,7 @@ class DesktopMainTest : public DesktopTest {
   std::unique_ptr<ControlRoom> room;
   std::unique_ptr<OtherPublisher> other;
   std::string page;
-  int ended = 0, stopped = 0, otherEnded = 0;
+  int ended = 0, stopped = 0, otherEnded = 0, otherEdits = 0;
 };
 
 TEST_F(DesktopMainTest, TheSplashSaysWhatIsBeingDoneUntilTheWindowIsThere) {
@@ -149,14 +149,63 @@ TEST_F(DesktopMainTest, BesideAPublisherWithoutWindowsItsPageIsOffered) {
   }
 }
 
-TEST_F(DesktopMainTest, WithoutAPageOrAnAnswerThereIsOnlyOK) {
+TEST_F(DesktopMainTest, BesideAPublisherWithoutWindowsItsSettingsAreOfferedWithOrWithoutAPage) {
   Load();
-  hive.WriteNumber(environment.settingsRoot, "DashboardPort", 0);
-  StartAgain();  // nobody listens on the local socket either
+  for (const int port : {6980, 0}) {
+    hive.WriteNumber(environment.settingsRoot, "DashboardPort", port);
+    otherEdits = 0;
+    StartAgain();  // nobody listens on the local socket either
+    Press("Edit its settings");
+    EXPECT_EQ(otherEdits, 1) << port;
+    EXPECT_EQ(otherEnded, 0) << port;
+    EXPECT_EQ(page, "") << port;
+  }
+  StartAgain();
   EXPECT_EQ(BoxText(),
             "Another publisher already runs on the data folder '/data', and only one can publish at a time.");
+  Press("Cancel");
+  EXPECT_EQ(otherEnded, 1);
+}
+
+TEST_F(DesktopMainTest, WhoseSettingsCannotBeReadThereIsOnlyOK) {
+  other = std::make_unique<OtherPublisher>(OtherPublisher::Ports{loop, network, nullptr, {}}, boxes);
+  other->Meet("/data", false, [this](bool edit) { ++(edit ? otherEdits : otherEnded); });
+  Pass(1s);
   Press("OK");
   EXPECT_EQ(otherEnded, 1);
+  EXPECT_EQ(otherEdits, 0);
+}
+
+TEST_F(DesktopMainTest, WhereOnlySettingsAreEditedTheWindowSaysSoAndEndsWithoutAQuestion) {
+  Station("Demo FM", {{"TolvanTCPControlPort", "1"}});
+  Output(1, OutputType::kHTTP, {{"Output1.Server", "192.0.2.1"}});
+  environment.publishes = false;
+  Make();
+  Load();
+  program->Ready();
+  Settle();
+  MainWindow* const window = Open<MainWindow>();
+  ASSERT_NE(window, nullptr);
+  EXPECT_TRUE(window->windowTitle().startsWith("ZEB - settings of the publisher on /data"));
+  EXPECT_FALSE(window->findChild<QAction*>("SetManually")->isEnabled());
+  EXPECT_FALSE(window->findChild<QAction*>("ForceUpdate")->isEnabled());
+  EXPECT_TRUE(window->findChild<QAction*>("ServiceSettings")->isEnabled());
+  EXPECT_EQ(window->findChild<QLabel*>("Failing")->text(), "1 service");
+  // What became of a change: a moment in the status bar, or a box that names what is wrong.
+  program->ToldElsewhere(RunningElsewhere::Told::kTaken, "");
+  EXPECT_EQ(Box(), nullptr);
+  program->ToldElsewhere(RunningElsewhere::Told::kFailed, "the publisher does not answer");
+  EXPECT_EQ(
+      BoxText(),
+      "The change is stored, but the publisher that runs has not taken it: the publisher does not answer");
+  Press("OK");
+  program->ToldElsewhere(RunningElsewhere::Told::kNobodyRuns, "");
+  EXPECT_NE(BoxText().find("no publisher runs on the data folder any more"), std::string::npos);
+  Press("OK");
+  window->close();
+  Pass(5s);
+  EXPECT_EQ(Box(), nullptr);
+  EXPECT_EQ(ended, 1);
 }
 
 TEST_F(DesktopMainTest, NobodyWatchingIsShownNothing) {

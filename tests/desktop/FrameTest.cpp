@@ -116,6 +116,7 @@ TEST_F(FrameTest, TheFieldLeavesServicesWhoseNamesHoldItsText) {
 TEST_F(FrameTest, WithoutServicesAPageSaysWhatToDo) {
   Start();
   ASSERT_TRUE(Named("FirstRun")->isVisible());
+  EXPECT_EQ(window->findChild<QWidget*>("FirstDemo"), nullptr) << "it did not come with the program";
   EXPECT_FALSE(Action("ServiceSettings")->isEnabled());
   Press("Read the Manual", window.get());
   EXPECT_EQ(manualOpened, 1);
@@ -125,6 +126,33 @@ TEST_F(FrameTest, WithoutServicesAPageSaysWhatToDo) {
   EXPECT_EQ(ActiveName(), "Unknown Service");
   EXPECT_FALSE(window->findChild<QWidget*>("FirstRun")->isVisible());
   EXPECT_TRUE(Action("ServiceSettings")->isEnabled());
+}
+
+TEST_F(FrameTest, TheDemoStationIsSetUpByOneButton) {
+  environment.programFolder = "/usr/bin";
+  files.Put("/usr/bin/../share/zeb/examples/demo.reg",
+            "Windows Registry Editor Version 5.00\n\n"
+            "[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1]\n"
+            "\"NumberServices\"=dword:1\n"
+            "[HKEY_LOCAL_MACHINE\\Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1\\Service1]\n"
+            "\"ServiceName\"=\"Demo FM\"\n");
+  files.Put("/usr/bin/../share/zeb/examples/templates/a.html", "new");
+  files.Put("/usr/bin/../share/zeb/examples/templates/b.html", "new");
+  files.Put("/data/templates/a.html", "the station's own");
+  Start();
+  hive.failure = "disk full";
+  Press("Set up the demo station", window.get());
+  Pass(1s);
+  EXPECT_EQ(BoxText(), "The demo station could not be set up.\ndisk full");
+  Press("OK");
+  hive.failure.clear();
+  Press("Set up the demo station", window.get());
+  Pass(1s);
+  ASSERT_EQ(main.NumberServices(), 1);
+  EXPECT_EQ(main.Window(1)->service().settings.ServiceName, "Demo FM");
+  EXPECT_EQ(files.Contents("/data/templates/a.html"), "the station's own");
+  EXPECT_EQ(files.Contents("/data/templates/b.html"), "new");
+  EXPECT_FALSE(window->findChild<QWidget*>("FirstRun")->isVisible());
 }
 
 TEST_F(FrameTest, AServiceThatCannotBeStoredIsNotShown) {

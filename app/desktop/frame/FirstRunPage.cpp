@@ -9,7 +9,7 @@
 
 namespace zeb {
 
-FirstRunPage::FirstRunPage(QWidget* parent) : QWidget(parent) {
+FirstRunPage::FirstRunPage(QWidget* parent, bool demo) : QWidget(parent) {
   setObjectName("FirstRun");
   auto* column = new QVBoxLayout(this);
   column->setAlignment(Qt::AlignCenter);
@@ -39,6 +39,7 @@ FirstRunPage::FirstRunPage(QWidget* parent) : QWidget(parent) {
     return made;
   };
   button("FirstAdd", T("Add &Service..."), onAdd)->setDefault(true);
+  if (demo) button("FirstDemo", T("Set up the &demo station"), onDemo);
   button("FirstImport", T("&Import settings..."), onImport);
   button("FirstManual", T("Read the &Manual"), onManual);
 }

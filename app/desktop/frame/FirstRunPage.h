@@ -8,9 +8,10 @@ namespace zeb {
 
 class FirstRunPage : public QWidget {
  public:
-  explicit FirstRunPage(QWidget* parent);
+  // `demo`: the demo station is at hand.
+  FirstRunPage(QWidget* parent, bool demo);
 
-  std::function<void()> onAdd, onImport, onManual;
+  std::function<void()> onAdd, onDemo, onImport, onManual;
 };
 
 }  // namespace zeb

@@ -286,6 +286,9 @@ void FrameMenus::ShowWhatCanBeDone() {
   FillWindowMenu();  // what is not to be seen in it has no key either
   const bool service = frame_.service() != nullptr;
   for (QAction* action : ofService_) action->setEnabled(service);
+  // What is on air is another program's where only settings are edited.
+  for (const char* name : {"SetManually", "ForceUpdate"})
+    Find(name)->setEnabled(service && desk_.environment.publishes);
   for (QAction* action : ofOutput_) action->setEnabled(area_.Active() != nullptr);
 }
 

@@ -10,11 +10,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/DemoStation.h"
+#include "app/desktop/Boxes.h"
 #include "app/desktop/dialogs/Files.h"
 #include "app/desktop/frame/AppIcon.h"
 #include "app/desktop/frame/FirstRunPage.h"
 #include "app/desktop/text/Translate.h"
 #include "app/frmMain.h"
+#include "text/Composed.h"
 #include "text/OneLine.h"
 
 namespace zeb {
@@ -51,9 +54,10 @@ MainWindow::MainWindow(Desk& desk, Ways ways)
       failing_(new QLabel(this)),
       clock_(new QLabel(this)) {
   setObjectName("Frame");
-  setWindowTitle("ZEB");
   setWindowIcon(AppIcon());
-  auto* first = new FirstRunPage(pages_);
+  const std::string demo = DemoStationFolder(desk_.environment);
+  auto* first = new FirstRunPage(pages_, !demo.empty());
+  first->onDemo = [this, demo] { SetUpDemoStation(demo); };
   first->onAdd = [this] { AddService(); };
   first->onImport = [this] { OpenImportSettings(desk_); };
   first->onManual = [this] { ways_.openManual(); };
@@ -134,8 +138,11 @@ void MainWindow::AddStatusBar() {
 
 // What is drawn once and stays; what is opened later asks for its language then.
 void MainWindow::ShowTexts() {
-  folder_->setText(T("Ready") + " · " +
-                   T("data folder %1").arg(QString::fromStdString(desk_.environment.dataFolder)));
+  const QString folder = QString::fromStdString(desk_.environment.dataFolder);
+  const bool publishes = desk_.environment.publishes;
+  setWindowTitle(publishes ? QStringLiteral("ZEB") : T("ZEB - settings of the publisher on %1").arg(folder));
+  folder_->setText((publishes ? T("Ready") : T("Only settings: another program publishes")) + " · " +
+                   T("data folder %1").arg(folder));
   menus_.ShowTexts();
   overview_.ShowTexts();
   ShowTroubles();
@@ -168,6 +175,18 @@ void MainWindow::AddService() {
   const ServicePtr service = desk_.main.Window(number);
   area_.Show(service);
   OpenServiceSettings(desk_, service);
+}
+
+// Its settings are read as after an import.
+void MainWindow::SetUpDemoStation(const std::string& folder) {
+  desk_.environment.loop.Start("set up the demo station", [&desk = desk_, folder] {
+    const Outcome stored = StoreDemoStation(desk.environment, folder);
+    desk.environment.loop.Post([&desk, stored] {
+      if (stored) return desk.main.Reload();
+      desk.boxes.Show(desk.frame, MessageIcon::kExclamation,
+                      Composed("The demo station could not be set up.\n%1", {stored.Reason()}));
+    });
+  });
 }
 
 // ---- What can be seen
@@ -233,11 +252,12 @@ void MainWindow::LookAtTroubles() {
 void MainWindow::ShowTroubles() {
   const int services = desk_.main.NumberServices();
   const std::size_t failing = troubles_.Count();
+  const bool known = services > 0 && desk_.environment.publishes;
   const QString count = services == 1 ? T("1 service") : T("%1 services").arg(services);
-  const QString state = failing > 0                             ? T("%1 failing").arg(failing)
-                        : services > 0 && troubles_.AllIsWell() ? T("all is well")
-                                                                : QString();
-  const Severity worst = failing > 0 ? Severity::kFailing : services > 0 ? Severity::kOk : Severity::kOff;
+  const QString state = failing > 0                      ? T("%1 failing").arg(failing)
+                        : known && troubles_.AllIsWell() ? T("all is well")
+                                                         : QString();
+  const Severity worst = failing > 0 ? Severity::kFailing : known ? Severity::kOk : Severity::kOff;
   mark_->setPixmap(MarkIcon(worst, QApplication::palette()).pixmap(16, 16));
   failing_->setText(state.isEmpty() ? count : state + " · " + count);
   tray_.SetState(failing, services);
@@ -250,6 +270,10 @@ void MainWindow::ChooseTheme(ThemeChoice choice) {
 }
 
 // ---- The window itself
+
+void MainWindow::Say(const std::string& text) {
+  statusBar()->showMessage(T(text), kStatusMilliseconds);
+}
 
 void MainWindow::Raise() {
   if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);

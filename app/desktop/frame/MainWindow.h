@@ -46,9 +46,10 @@ class MainWindow : public QMainWindow {
 
   // Once the services are there: takes its place and opens the windows that were open. Does not show itself.
   void Arrange();
-  void Changed(int number);  // frmMain::Display::changed
-  void Raise();              // out of the taskbar, before the other windows
-  void Save();               // where everything stands
+  void Changed(int number);           // frmMain::Display::changed
+  void Say(const std::string& text);  // for a moment in the status bar
+  void Raise();                       // out of the taskbar, before the other windows
+  void Save();                        // where everything stands
 
   void AddService();
   ServiceArea& Area() { return area_; }
@@ -69,6 +70,7 @@ class MainWindow : public QMainWindow {
   bool Seen() const;
   void WatchWhatIsSeen();
   void DrawChanges();
+  void SetUpDemoStation(const std::string& folder);
   void TakeListOver();
   void LookAtTroubles();
   void ShowTroubles();

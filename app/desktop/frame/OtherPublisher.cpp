@@ -12,12 +12,12 @@ namespace zeb {
 
 OtherPublisher::OtherPublisher(Ports ports, Boxes& boxes) : ports_(std::move(ports)), boxes_(boxes) {}
 
-void OtherPublisher::Meet(const std::string& folder, bool silent, const std::function<void()>& ended) {
-  ports_.loop.Start("raise the first window", [this, folder, silent, ended] {
+void OtherPublisher::Meet(const std::string& folder, bool silent, const Answered& answered) {
+  ports_.loop.Start("raise the first window", [this, folder, silent, answered] {
     const PublisherLink::Reply raised =
         PublisherLink(ports_.loop, ports_.sockets, folder).Ask("POST", kRaiseWindows);
-    if (raised.Done() || silent) return ended();
-    ports_.loop.Post([this, folder, ended] { Offer(folder, ended); });
+    if (raised.Done() || silent) return answered(false);
+    ports_.loop.Post([this, folder, answered] { Offer(folder, answered); });
   });
 }
 
@@ -36,16 +36,23 @@ std::string OtherPublisher::PageUrl() const {
   }
 }
 
-void OtherPublisher::Offer(const std::string& folder, const std::function<void()>& ended) {
-  const std::string said = "Another publisher already runs on the data folder '" + folder +
-                           "', and only one can publish at a time.";
+void OtherPublisher::Offer(const std::string& folder, const Answered& answered) {
+  std::string said = "Another publisher already runs on the data folder '" + folder +
+                     "', and only one can publish at a time.";
+  const auto end = [answered] { answered(false); };
+  if (ports_.hive == nullptr) return boxes_.Show(nullptr, MessageIcon::kInformation, said, end);
   const std::string url = PageUrl();
-  if (url.empty()) return boxes_.Show(nullptr, MessageIcon::kInformation, said, ended);
-  boxes_.Choose(nullptr, said + "\n\nIts web page shows what is on air: " + url, {"Open the web page"},
-                [this, url, ended](int chosen) {
-                  if (chosen == 0) ports_.openPage(url);
-                  ended();
-                });
+  std::vector<std::string> choices;
+  if (!url.empty()) {
+    said += "\n\nIts web page shows what is on air: " + url;
+    choices.emplace_back("Open the web page");
+  }
+  choices.emplace_back("Edit its settings");
+  boxes_.Choose(nullptr, said, choices, [this, url, answered](int chosen) {
+    const bool edit = chosen == (url.empty() ? 0 : 1);
+    if (chosen == 0 && !edit) ports_.openPage(url);
+    answered(edit);
+  });
 }
 
 }  // namespace zeb

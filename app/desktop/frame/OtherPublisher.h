@@ -1,7 +1,8 @@
 // OtherPublisher: what a second start does. Of a program with windows on the same data folder it brings the
-// windows to the front; beside one without (zebd) it says so, and offers that one's web page.
+// windows to the front; beside one without (zebd) it says so, and offers that one's web page and its
+// settings.
 //
-// Owned by the start-up; at least until `ended`.
+// Owned by the start-up; at least until `answered`.
 #pragma once
 
 #include <functional>
@@ -28,12 +29,13 @@ class OtherPublisher {
   };
   OtherPublisher(Ports ports, Boxes& boxes);
 
-  // `ended` is called when all is said; at once after the windows have come, or when nobody is watching.
-  void Meet(const std::string& folder, bool silent, const std::function<void()>& ended);
+  // `answered` is called when all is said; at once after the windows have come, or when nobody is watching.
+  using Answered = std::function<void(bool edit)>;  // whether the settings are to be edited
+  void Meet(const std::string& folder, bool silent, const Answered& answered);
 
  private:
   std::string PageUrl() const;  // "" when it has none
-  void Offer(const std::string& folder, const std::function<void()>& ended);
+  void Offer(const std::string& folder, const Answered& answered);
 
   const Ports ports_;
   Boxes& boxes_;

@@ -71,7 +71,9 @@ ServiceHead::ServiceHead(QWidget* parent)
 
 void ServiceHead::Take(const StationState& state) {
   const QString title = TitleAndArtists(state.current);
-  onAir_->Take(title.isEmpty() ? T("Nothing on air yet") : T("On air: %1").arg(title));
+  onAir_->Take(state.elsewhere   ? T("Only settings: another program publishes")
+               : title.isEmpty() ? T("Nothing on air yet")
+                                 : T("On air: %1").arg(title));
   details_->Take(Details(state.current));
   next_->Take(state.next.empty() ? QString() : Named(T("Next: %1"), TitleAndArtists(state.next.front())));
   coming_->Take(Named(T("Coming soon: %1"), TitleAndArtists(state.comingSoon)));

@@ -74,6 +74,7 @@ QWidget* ServiceWindow::MakeOutputs() {
   AddOutputActions();
   auto* force = new QPushButton(T("For&ce Update"));
   force->setObjectName(QStringLiteral("forceUpdate"));
+  force->setEnabled(desk_.environment.publishes);
   connect(force, &QPushButton::clicked, [this] { window_->ForceUpdate(); });
   auto* add = new QPushButton(T("Add &Output..."));
   add->setObjectName(QStringLiteral("addOutput"));
