@@ -183,6 +183,23 @@ void DeclareExpand(CLI::App& program) {
   AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
 }
 
+void DeclareLint(CLI::App& program) {
+  CLI::App& lint = AddCommand(program, "lint", "what would surprise in templates, with line and column");
+  AddWords(lint, "TEMPLATE-FILE", "the templates").Required();
+  AddValue(lint, "--escape", "WORD", "what EscapeValues of the page is set to: html, xml, json or auto")
+      .Check(CheckEscape);
+  AddValue(lint, "--as", "NAME", "what the page is called, when its ending is another: now.json");
+  AddFlag(lint, "--json", "as JSON");
+  SetFooter(lint, "Exit status: 0 nothing found, 1 something found, 2 wrong usage.");
+}
+
+LintOptions LintOf(const CLI::App& command) {
+  return {.templates = WordsOf(command, "TEMPLATE-FILE"),
+          .escape = ValueOf(command, "--escape"),
+          .as = ValueOf(command, "--as"),
+          .json = IsGiven(command, "--json")};
+}
+
 void DeclareSpan(CLI::App& command) {
   AddValue(command, "--from", "MOMENT", "from then on: \"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339")
       .Check(CheckWrittenMoment);
@@ -362,6 +379,7 @@ Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
     return {};
   }
   if (NameOf(command) == "expand") return Take(options, Result<ExpandOptions>(ExpandOf(command)));
+  if (NameOf(command) == "lint") return Take(options, Result<LintOptions>(LintOf(command)));
   if (NameOf(command) != "send") return Take(options, Result<HistoryOptions>(HistoryOf(command)));
   SendOptions send = ConnectionOf(command, "--name");
   send.messages = WordsOf(command, "MESSAGE");
@@ -388,6 +406,7 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   DeclareSend(program);
   DeclareSet(program);
   DeclareExpand(program);
+  DeclareLint(program);
   DeclarePublisherCommands(program);
   DeclareHistory(program);
   SetFooter(program, std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);

@@ -7,6 +7,7 @@
 
 #include "app/ExpandCommand.h"
 #include "app/HistoryCommands.h"
+#include "app/LintCommand.h"
 #include "app/PublisherCommands.h"
 #include "app/SendCommand.h"
 #include "app/SettingsCommands.h"
@@ -17,7 +18,8 @@ namespace zeb {
 struct ZebctlOptions {
   std::string home;        // --home; "" when it is not given
   std::string textToShow;  // not empty: --help or --version, no command
-  std::variant<SettingsOptions, SendOptions, ExpandOptions, PublisherOptions, HistoryOptions> command;
+  std::variant<SettingsOptions, SendOptions, ExpandOptions, PublisherOptions, HistoryOptions, LintOptions>
+      command;
 };
 
 // Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's

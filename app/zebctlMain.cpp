@@ -312,6 +312,10 @@ int Run(int argc, char** argv) {
     return std::cout ? 0 : Fail("cannot write to standard output");
   }
   if (const auto* send = std::get_if<SendOptions>(&options.command)) return Send(*send, argc, argv);
+  if (const auto* lint = std::get_if<LintOptions>(&options.command)) {
+    PosixFiles files;
+    return RunLintCommand(files, *lint, std::cout, std::cerr);
+  }
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.home));
   if (!folder) return Fail(folder.Reason());
   if (const auto* publisher = std::get_if<PublisherOptions>(&options.command))

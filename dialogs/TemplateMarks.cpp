@@ -29,10 +29,14 @@ ServiceSnapshot WithAllSlots() {
 // A template's marks in the making.
 class Marker {
  public:
-  explicit Marker(std::string_view text) : text_(text), station_(WithAllSlots()) {}
+  struct Bounds {
+    std::size_t marks, remarks;
+  };
+  Marker(std::string_view text, Bounds bounds) : text_(text), bounds_(bounds), station_(WithAllSlots()) {}
 
-  TemplateMarks Mark() && {
-    MarkFault();
+  enum class BuilderCheck { kNo, kYes };
+  TemplateMarks Mark(BuilderCheck check) && {
+    if (check == BuilderCheck::kYes) MarkFault();
     MarkSections();
     MarkTags();
     return std::move(result_);
@@ -40,13 +44,13 @@ class Marker {
 
  private:
   void Add(MarkKind kind, std::size_t start, std::size_t length) {
-    if (result_.marks.size() < kMostMarks) result_.marks.push_back({kind, start, length});
+    if (result_.marks.size() < bounds_.marks) result_.marks.push_back({kind, start, length});
   }
 
   void Remark(std::size_t at, std::string_view remark, std::string_view what, bool fault = false) {
-    if (result_.remarks.size() == kMostRemarks) return;
+    if (result_.remarks.size() == bounds_.remarks) return;
     const auto lineEnds = std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(at), '\n');
-    result_.remarks.push_back({remark, std::string(what), static_cast<int>(lineEnds) + 1, fault});
+    result_.remarks.push_back({remark, std::string(what), static_cast<int>(lineEnds) + 1, at, fault});
   }
 
   void MarkFault() {
@@ -180,6 +184,7 @@ class Marker {
   }
 
   const std::string_view text_;
+  const Bounds bounds_;
   const ServiceSnapshot station_;
   std::vector<std::pair<std::size_t, std::size_t>> conditionEnds_;
   TemplateMarks result_;
@@ -188,10 +193,15 @@ class Marker {
 }  // namespace
 
 TemplateMarks MarkTemplate(std::string_view text) {
-  if (text.size() <= kMostMarkedBytes) return Marker(text).Mark();
+  if (text.size() <= kMostMarkedBytes)
+    return Marker(text, {kMostMarks, kMostRemarks}).Mark(Marker::BuilderCheck::kYes);
   TemplateMarks none;
   none.tooLong = true;
   return none;
+}
+
+std::vector<TemplateRemark> RemarksOf(std::string_view text, std::size_t most) {
+  return Marker(text, {0, most}).Mark(Marker::BuilderCheck::kNo).remarks;
 }
 
 }  // namespace zeb

@@ -2,7 +2,7 @@
 // wrong with it, and what is allowed but does something else than most people expect.
 //
 // Found by the same scanning and the same tables that publish, so that no list of tags is kept twice. Draws
-// nothing, refuses nothing. For the desktop program.
+// nothing, refuses nothing. For the desktop program and TemplateLint.
 #pragma once
 
 #include <cstddef>
@@ -25,6 +25,7 @@ struct TemplateRemark {
   std::string_view text;
   std::string what;
   int line = 1;
+  std::size_t at = 0;  // in bytes
   bool fault = false;  // else a warning
 };
 
@@ -40,5 +41,8 @@ inline constexpr std::size_t kMostMarks = 2000;
 inline constexpr std::size_t kMostRemarks = 8;
 
 TemplateMarks MarkTemplate(std::string_view text);
+// The remarks alone, at most so many, of a text of any length, without the template builder's check of its
+// brackets (which is stricter than what publishes).
+std::vector<TemplateRemark> RemarksOf(std::string_view text, std::size_t most);
 
 }  // namespace zeb
