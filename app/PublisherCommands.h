@@ -12,6 +12,7 @@
 #include "app/SendCommand.h"
 #include "app/SetCommand.h"
 #include "app/StationCommands.h"
+#include "app/StationSetup.h"
 #include "app/TestCommand.h"
 #include "platform/EventLoop.h"
 #include "platform/LocalSockets.h"
@@ -45,7 +46,7 @@ struct SupportOptions {
 };
 
 using PublisherOptions = std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions,
-                                      StationOptions, TestOptions, SupportOptions>;
+                                      StationOptions, TestOptions, SupportOptions, SetupOptions>;
 
 // What the commands work with. All outlives them.
 struct CommandPorts {

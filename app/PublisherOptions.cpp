@@ -116,9 +116,31 @@ StationOptions StationOf(const CLI::App& command, const std::string& group) {
   return options;
 }
 
+void DeclareSetup(CLI::App& program) {
+  CLI::App& setup =
+      AddCommand(program, "setup", "set a station up: asks, tries each answer, stores all at once");
+  for (const SetupOption& option : SetupOptionList())
+    AddValue(setup, std::string("--") + option.name, option.value, option.help);
+  AddFlag(setup, "--yes", "store without asking whether to");
+  AddFlag(setup, "--keep", "also outputs that cannot be reached now");
+  SetFooter(setup,
+            "What is given is not asked. Exit status: 0 stored, 1 nothing stored, 2 an answer is missing "
+            "or wrong and there is no terminal to ask at.");
+}
+
+SetupOptions SetupOf(const CLI::App& command) {
+  SetupOptions options{.given = {}, .yes = IsGiven(command, "--yes"), .keep = IsGiven(command, "--keep")};
+  for (const SetupOption& option : SetupOptionList()) {
+    const std::string name = std::string("--") + option.name;
+    if (IsGiven(command, name)) options.given[option.name] = ValueOf(command, name);
+  }
+  return options;
+}
+
 }  // namespace
 
 void DeclarePublisherCommands(CLI::App& program) {
+  DeclareSetup(program);
   CLI::App& status = AddCommand(program, "status", "what the publisher of this machine is doing");
   AddFlag(status, "--json", "as JSON");
   AddFlag(status, "--watch", "again each second, until it is interrupted");
@@ -154,6 +176,7 @@ std::optional<PublisherOptions> PublisherCommandOf(const CLI::App& command) {
   if (name == "support")
     return PublisherOptions(SupportOptions{ValueOf(command, "FILE.zip"), ValueOf(command, "--reason"),
                                            ValueOf(command, "--reference"), IsGiven(command, "--templates")});
+  if (name == "setup") return PublisherOptions(SetupOf(command));
   if (name == "test")
     return PublisherOptions(TestOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0),
                                         ParseOutputName(ValueOf(command, "OUTPUT")).Value()});

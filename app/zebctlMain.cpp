@@ -1,6 +1,7 @@
 // zebctl: the command-line companion: settings, stations, status, messages to a service, previews of
 // templates, history.
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -255,6 +256,64 @@ int Support(const CommandPorts& ports, const SupportOptions& options) {
   return RunSupportCommand(ports, environment, options);
 }
 
+// Standard input and output. Passwords are asked for without showing them.
+class TerminalTalk final : public SetupTalk {
+ public:
+  bool CanAsk() const override { return CanAskForPassword(); }
+  void Say(const std::string& line) override { std::cout << line << std::endl; }
+  void Complain(const std::string& line) override { Fail(line); }
+  std::optional<std::string> Ask(const std::string& question, bool secret) override {
+    if (secret) {
+      Result<std::string> answer = AskForPassword(question);
+      return answer ? std::optional(std::move(answer.Value())) : std::nullopt;
+    }
+    std::cout << question << std::flush;
+    std::string line;
+    if (!std::getline(std::cin, line)) return std::nullopt;
+    return DecodeLenient(line);
+  }
+};
+
+// Where the examples are: beside the program where it was built, else where they are installed.
+std::string ExamplesFolder(FileSystem& files) {
+  const std::string program = QCoreApplication::applicationDirPath().toStdString();
+  for (const char* place : {"/examples", "/../share/zeb/examples"})
+    if (files.Stat(program + place + "/now-playing-page/now.html")) return program + place;
+  return "";
+}
+
+// In a task. What is tried works on a hive in memory.
+int SetUp(const CommandPorts& ports, QtLoop& loop, QtNetwork& network, const SetupOptions& options) {
+  PosixFiles files;
+  // What root stores there its user could not read.
+  struct stat folder = {};
+  if (geteuid() == 0 && ::stat(ports.folder.c_str(), &folder) == 0 && folder.st_uid != 0)
+    return Fail("the data folder '" + ports.folder + "' is another user's: run this as that user, " +
+                "for instance sudo -u zeb zebctl setup");
+  const auto hive = OpenHive(files, ports.folder, true);
+  if (!hive) return Fail(hive.Reason());
+  DirectLineWriter journal(WriteToStandardError);
+  ConsoleOperator person(journal);
+  CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
+  CurlFtpSessions ftp;
+  QtSerialPorts serialPorts(loop, network);
+  MemoryHive memory;
+  Environment stored{loop, *hive.Value(), files, network, person, carts, ports.folder, ""};
+  stored.settingsRoot = ChooseSettingsRoot(*hive.Value()).profile;
+  Environment draft{loop, memory, files, network, person, carts, ports.folder, stored.settingsRoot};
+  draft.ftp = &ftp;
+  draft.serialPorts = &serialPorts;
+  TerminalTalk talk;
+  const auto tell = [&]() -> std::string {
+    const PublisherLink::Reply reply = PublisherLink(ports.loop, ports.sockets, ports.folder).Reload();
+    if (reply.Done()) return "The zebd that runs has taken it.";
+    if (reply.notRunning)
+      return "No zebd runs on '" + ports.folder + "': start it, and the station is there.";
+    return "The zebd that runs has not been told: " + reply.problem;
+  };
+  return RunSetup({stored, draft, ExamplesFolder(files), tell}, options, talk);
+}
+
 // In a task.
 void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
                          const PublisherOptions& options) {
@@ -267,6 +326,7 @@ void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& net
     if (const auto* what = std::get_if<StationOptions>(&options)) status = ChangeStations(ports, *what);
     if (const auto* what = std::get_if<SupportOptions>(&options)) status = Support(ports, *what);
     if (std::holds_alternative<PasswordOptions>(options)) status = SetPassword(ports);
+    if (const auto* what = std::get_if<SetupOptions>(&options)) status = SetUp(ports, loop, network, *what);
     if (const auto* what = std::get_if<TestOptions>(&options)) {
       const auto asked = AskForTest(ports, *what);
       if (!asked) TestAlone(ports, loop, network, *what);

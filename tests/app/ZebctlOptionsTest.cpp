@@ -170,7 +170,8 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, lint, status, update, dashboard, test, support, "
+        "a command is missing: settings, send, set, expand, lint, setup, status, update, dashboard, test, "
+        "support, "
         "service, "
         "output, "
         "history, why or replay (zebctl --help)"},
