@@ -39,10 +39,10 @@ std::string SetupAnswers::Get(const Question& question) {
   }
 }
 
-bool SetupAnswers::Confirm(const std::string& text) {
+bool SetupAnswers::Confirm(const std::string& text, const char* usual) {
   return LowerCase(Get({.option = "",
                         .text = text + " (y/n)",
-                        .usual = "y",
+                        .usual = usual,
                         .check = [](const std::string& answer) -> Outcome {
                           const std::string word = LowerCase(answer);
                           if (word == "y" || word == "yes" || word == "n" || word == "no") return {};

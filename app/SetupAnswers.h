@@ -31,7 +31,7 @@ class SetupAnswers {
   };
   // Throw SetupEnded and SetupWrong.
   std::string Get(const Question& question);
-  bool Confirm(const std::string& text);  // yes unless told otherwise
+  bool Confirm(const std::string& text, const char* usual);  // "y" or "n"
   // One of the words; each with what it means.
   using Choices = std::vector<std::pair<std::string, std::string>>;
   std::string Choose(const Question& question, const Choices& choices);

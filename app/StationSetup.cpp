@@ -52,7 +52,7 @@ class StationSetup {
     AskForOutputs();
     if (outputs_.empty()) throw SetupWrong{"nothing would show the titles, so nothing is stored"};
     ShowSample();
-    if (!options_.yes && answers_.CanAsk() && !answers_.Confirm("\nStore this")) throw SetupEnded();
+    if (!options_.yes && answers_.CanAsk() && !answers_.Confirm("\nStore this", "y")) throw SetupEnded();
     Store();
     TellWhatIsNext();
     return 0;
@@ -136,7 +136,7 @@ class StationSetup {
       const auto kind = std::find_if(SetupKinds().begin(), SetupKinds().end(),
                                      [&](const SetupKind& one) { return one.word == word; });
       AskFor(*kind);
-    } while (answers_.Confirm("Anything else that shall show them"));
+    } while (answers_.Confirm("Anything else that shall show them", "n"));
   }
 
   // Asked and tried, until it works, is kept all the same or is left out.
