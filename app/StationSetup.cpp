@@ -224,10 +224,11 @@ class StationSetup {
     const std::unique_ptr<OutputTest> test = made ? MakeOutputTest(draft, output.type, *made) : nullptr;
     if (!test) return Failure{"it cannot be tried"};
     Outcome works;
-    for (const TestStep& step : StepsOf(draft.loop, *test)) {
-      answers_.Say((step.ok ? "  ✓ " : "  ✗ ") + OneLine(step.Text(), 1000));
-      if (!step.ok) works = Failure{OneLine(step.Text(), 1000)};
-    }
+    (void)StepsOf(draft.loop, *test, [&](const TestStep& step) {
+      const std::string text = OneLine(step.Text(), 1000);
+      answers_.Say((step.ok ? "  ✓ " : "  ✗ ") + text);
+      if (!step.ok) works = Failure{text};
+    });
     return works;
   }
 

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/EventLoop.h"
@@ -30,7 +32,10 @@ struct TestStep {
 // The steps as they are done.
 class TestSteps {
  public:
-  explicit TestSteps(EventLoop& loop) : loop_(loop), begun_(loop.Monotonic()) {}
+  // `told` hears of each as soon as it is done. In the task.
+  using Told = std::function<void(const TestStep&)>;
+  explicit TestSteps(EventLoop& loop, Told told = nullptr)
+      : loop_(loop), begun_(loop.Monotonic()), told_(std::move(told)) {}
 
   // Whether it went well. `words` are for a step that did.
   bool Add(std::string what, const Outcome& outcome, std::string words = "");
@@ -39,8 +44,11 @@ class TestSteps {
   std::vector<TestStep> Take() { return std::move(steps_); }
 
  private:
+  void Keep(TestStep step);
+
   EventLoop& loop_;
   const MonotonicTime begun_;
+  const Told told_;
   bool overtime_ = false;
   std::vector<TestStep> steps_;
 };
@@ -53,6 +61,6 @@ class OutputTest {
 };
 
 // All steps of a test; what it throws is one that failed. In a task.
-std::vector<TestStep> StepsOf(EventLoop& loop, OutputTest& test);
+std::vector<TestStep> StepsOf(EventLoop& loop, OutputTest& test, TestSteps::Told told = nullptr);
 
 }  // namespace zeb

@@ -12,6 +12,7 @@
 
 #include "app/desktop/frame/MainWindow.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/WholeTree.h"
 
 namespace zeb {
 namespace {
@@ -111,6 +112,19 @@ TEST_F(FrameTest, TheFieldLeavesServicesWhoseNamesHoldItsText) {
   QTest::keyClick(Named("FindService"), Qt::Key_Return);
   Settle();
   EXPECT_EQ(ActiveName(), "Rock 1");
+}
+
+TEST_F(FrameTest, TheFirstPageTheFrameAndItsAboutBoxAreWhole) {
+  Start();
+  EXPECT_EQ(WholeTreeProblems(*window), std::vector<std::string>{});
+  Trigger("AddService");
+  Pass(1s);
+  Press("Cancel", Named("ServiceSettings"));
+  EXPECT_EQ(WholeTreeProblems(*window), std::vector<std::string>{});
+  ExpectWholeTree([this] {
+    Trigger("About");
+    return Named("About");
+  });
 }
 
 TEST_F(FrameTest, WithoutServicesAPageSaysWhatToDo) {

@@ -7,6 +7,7 @@
 #include "history/HistoryRecord.h"
 #include "tests/desktop/DesktopTest.h"
 #include "tests/desktop/FileChoice.h"
+#include "tests/desktop/WholeTree.h"
 
 namespace zeb {
 namespace {
@@ -38,6 +39,19 @@ TEST_F(PrintingTest, TheConfigurationSheetHasAllSettingsAndNoSecrets) {
     EXPECT_NE(text.find(there), std::string::npos) << there << "\n" << text;
   EXPECT_EQ(text.find("geheim"), std::string::npos) << text;
   EXPECT_EQ(text.find("streng"), std::string::npos) << text;
+}
+
+TEST_F(PrintingTest, ItsWindowsAreWholeAtAllScales) {
+  ExpectWholeTree([this] {
+    OpenPrintPreview(desk, main.Window(1), ReportKind::kConfiguration);
+    Settle();
+    return Named("PrintPreview");
+  });
+  ExpectWholeTree([this] {
+    OpenPrintPreview(desk, main.Window(1), ReportKind::kPlayHistory);
+    Settle();
+    return Named("PlayHistoryDay");
+  });
 }
 
 TEST_F(PrintingTest, APdfIsMadeAndSaved) {

@@ -7,6 +7,7 @@
 #include "platform/ZipFiles.h"
 #include "tests/desktop/DesktopTest.h"
 #include "tests/desktop/FileChoice.h"
+#include "tests/desktop/WholeTree.h"
 
 namespace zeb {
 namespace {
@@ -57,6 +58,17 @@ class SupportDialogTest : public DesktopTest {
 
   RecordingZips zips;
 };
+
+TEST_F(SupportDialogTest, BothOfItsPagesAreWholeAtAllScales) {
+  Named("SupportFile")->close();
+  for (const bool lookedThrough : {false, true})
+    ExpectWholeTree([&] {
+      OpenSupportFile(desk);
+      Settle();
+      if (lookedThrough) LookThrough();
+      return Named("SupportFile");
+    });
+}
 
 TEST_F(SupportDialogTest, AReasonIsNeeded) {
   Press("Look through it", Named("SupportFile"));

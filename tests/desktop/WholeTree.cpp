@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -16,6 +17,8 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+
+#include "app/desktop/service/ElidedLabel.h"
 
 namespace zeb {
 namespace {
@@ -58,12 +61,15 @@ class Check {
     const QWidget* parent = widget.parentWidget();
     if (dynamic_cast<const QComboBox*>(parent) != nullptr) return false;     // its own line
     if (dynamic_cast<const QHeaderView*>(&widget) != nullptr) return false;  // of a table
+    if (dynamic_cast<const QAbstractSpinBox*>(&widget) != nullptr) return true;
+    if (dynamic_cast<const QAbstractSpinBox*>(widget.parent()) != nullptr) return false;  // it speaks for it
     return dynamic_cast<const QLineEdit*>(&widget) || dynamic_cast<const QPlainTextEdit*>(&widget) ||
            dynamic_cast<const QComboBox*>(&widget) || dynamic_cast<const QAbstractItemView*>(&widget);
   }
 
   void CheckSize(const QWidget& widget) {
     const auto* label = dynamic_cast<const QLabel*>(&widget);
+    if (dynamic_cast<const ElidedLabel*>(&widget) != nullptr) return;  // what is cut is in its tool tip
     if (label != nullptr && label->wordWrap()) {
       if (label->heightForWidth(label->width()) > label->height()) Add(widget, "is cut off");
     } else if (label != nullptr || dynamic_cast<const QAbstractButton*>(&widget) != nullptr ||

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -53,12 +54,14 @@ StepsView MakeDialog(QWidget* parent, const std::string& name) {
   return shown;
 }
 
-void Fill(const StepsView& shown, const std::vector<TestStep>& steps) {
-  bool ok = !steps.empty();
-  for (const TestStep& step : steps) {
-    shown.steps->addItem((step.ok ? "✓ " : "✗ ") + QString::fromStdString(OneLine(step.Text(), kMostShown)));
-    ok = ok && step.ok;
-  }
+void Add(const StepsView& shown, const TestStep& step) {
+  shown.steps->addItem((step.ok ? "✓ " : "✗ ") + QString::fromStdString(OneLine(step.Text(), kMostShown)));
+  shown.steps->scrollToBottom();
+}
+
+void Finish(const StepsView& shown, const std::vector<TestStep>& steps) {
+  const bool ok =
+      !steps.empty() && std::all_of(steps.begin(), steps.end(), [](const TestStep& step) { return step.ok; });
   shown.state->setText(T(ok ? "All is well." : "Something is wrong:"));
 }
 
@@ -70,13 +73,17 @@ void OpenTestOf(Desk& desk, QWidget* parent, OutputType type, const clsZEBTempla
   if (!test) return desk.boxes.Show(parent, MessageIcon::kExclamation, "This output cannot be tested");
   const StepsView shown = MakeDialog(parent, name);
   shown.dialog->open();
-  // It may be closed before the test ends, which then goes on by itself; what it found is drawn in an event
-  // of its own, not in the task.
+  // It may be closed before the test ends, which then goes on by itself; what it finds is drawn in events of
+  // their own, not in the task.
   EventLoop& loop = desk.environment.loop;
   loop.Start("testing an output", [&loop, test, shown] {
-    auto steps = StepsOf(loop, *test);
+    auto steps = StepsOf(loop, *test, [&loop, shown](const TestStep& step) {
+      loop.Post([shown, step] {
+        if (shown.dialog) Add(shown, step);
+      });
+    });
     loop.Post([shown, steps = std::move(steps)] {
-      if (shown.dialog) Fill(shown, steps);
+      if (shown.dialog) Finish(shown, steps);
     });
   });
 }
