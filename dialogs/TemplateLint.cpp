@@ -119,10 +119,10 @@ class Linter {
       Add(section.open + 1 + inner,
           "'[' inside another section: sections cannot be nested, and the first ']' ends the outer one");
     if (!ParseSectionCondition(content) && !open)
-      Add(section.open,
-          Composed("brackets without a condition are left out: '[%1]' becomes '%1'; in scripts "
-                   "and style sheets that changes what they do, so keep those in files of their own",
-                   {Shown(content)}));
+      Add(section.open, "brackets without a condition are left out: '[" + Shown(content) + "]' becomes '" +
+                            Shown(content) +
+                            "'; in scripts and style sheets that changes what they do, so keep those in "
+                            "files of their own");
   }
 
   // ---- Values
@@ -139,10 +139,9 @@ class Linter {
     if (!tag) return;
     const std::string name(NameOf(kind_));
     Add(*tag, escape_ == ValueEscape::kNone
-                  ? Composed("values are put in as they are: a title such as 'A & \"B\" <C>' breaks the %1; "
-                             "set EscapeValues of the page to auto, and lint it with --escape auto",
-                             {name})
-                  : Composed("values are escaped for %1, but this is %2", {NameOf(escape_), name}));
+                  ? "values are put in as they are: a title such as 'A & \"B\" <C>' breaks the " + name +
+                        "; set EscapeValues of the page to auto, and lint it with --escape auto"
+                  : "values are escaped for " + std::string(NameOf(escape_)) + ", but this is " + name);
   }
 
   static std::string_view NameOf(ValueEscape escape) {

@@ -33,6 +33,7 @@ class StationBoard {
 
   StationBoard(clsZEBService& service, Window window);
 
+  bool Hears() const { return window_.source().healthy; }  // whether its source is open
   StationState State() const;
   // The outputs that are in trouble at this moment.
   std::vector<Trouble> Troubles();

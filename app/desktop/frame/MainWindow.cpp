@@ -249,15 +249,27 @@ void MainWindow::LookAtTroubles() {
   QAccessible::updateAccessibility(&told);
 }
 
+// Services that hear nothing, which the overview shows as failing.
+int MainWindow::CountDeaf() const {
+  int count = 0;
+  for (int number = 1; number <= desk_.main.NumberServices(); ++number)
+    count += desk_.main.Window(number)->Board().Hears() ? 0 : 1;
+  return count;
+}
+
 void MainWindow::ShowTroubles() {
   const int services = desk_.main.NumberServices();
   const std::size_t failing = troubles_.Count();
   const bool known = services > 0 && desk_.environment.publishes;
+  const int deaf = known ? CountDeaf() : 0;
   const QString count = services == 1 ? T("1 service") : T("%1 services").arg(services);
   const QString state = failing > 0                      ? T("%1 failing").arg(failing)
+                        : deaf > 0                       ? T("%1 without a source").arg(deaf)
                         : known && troubles_.AllIsWell() ? T("all is well")
                                                          : QString();
-  const Severity worst = failing > 0 ? Severity::kFailing : known ? Severity::kOk : Severity::kOff;
+  const Severity worst = failing > 0 || deaf > 0 ? Severity::kFailing
+                         : known                 ? Severity::kOk
+                                                 : Severity::kOff;
   mark_->setPixmap(MarkIcon(worst, QApplication::palette()).pixmap(16, 16));
   failing_->setText(state.isEmpty() ? count : state + " · " + count);
   tray_.SetState(failing, services);

@@ -73,6 +73,7 @@ class MainWindow : public QMainWindow {
   void SetUpDemoStation(const std::string& folder);
   void TakeListOver();
   void LookAtTroubles();
+  int CountDeaf() const;
   void ShowTroubles();
   void ShowPage();
   void Activated();
