@@ -9,6 +9,8 @@
 # make format, make tidy   clang-format, clang-tidy
 # make check               what must pass before a change goes in: format, includes, tests, sanitizers
 # make install             builds a release and installs it below PREFIX (/usr/local)
+# make deb                 the Debian packages zeb, zeb-desktop and zeb-doc, in build/deb
+# make try-package         installs them in a clean root under systemd, and tries what can go wrong there (root only)
 # make help                this list
 
 MAKEFLAGS += --no-print-directory
@@ -16,7 +18,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run desktop test asan fuzz bench format tidy check install
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install deb try-package
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -73,3 +75,9 @@ install:
 	@ninja -C build/release -j$(JOBS) zebd zebctl zeb-labelserver \
 	  $$(ninja -C build/release -t targets all | sed -n 's/^\(zeb\): .*/\1/p')
 	@cmake --install build/release --prefix $(PREFIX)
+
+deb:
+	@scripts/deb
+
+try-package:
+	@scripts/try-package
