@@ -9,8 +9,10 @@
 # make format, make tidy   clang-format, clang-tidy
 # make check               what must pass before a change goes in: format, includes, tests, sanitizers
 # make install             builds a release and installs it below PREFIX (/usr/local)
+# make manual              the manual as a web site (build/manual/site) and as man pages (build/manual/man)
 # make deb                 the Debian packages zeb, zeb-desktop and zeb-doc, in build/deb
 # make try-package         installs them in a clean root under systemd, and tries what can go wrong there (root only)
+# make first-hour          the steps of the manual's start page, from the package to a title on a page (root only)
 # make help                this list
 
 MAKEFLAGS += --no-print-directory
@@ -18,7 +20,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run desktop test asan fuzz bench format tidy check install deb try-package
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -76,8 +78,16 @@ install:
 	  $$(ninja -C build/release -t targets all | sed -n 's/^\(zeb\): .*/\1/p')
 	@cmake --install build/release --prefix $(PREFIX)
 
+manual:
+	@scripts/setup manual
+	@$(MAKE) programs
+	@scripts/manual
+
 deb:
 	@scripts/deb
+
+first-hour:
+	@scripts/first-hour
 
 try-package:
 	@scripts/try-package
