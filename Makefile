@@ -7,7 +7,7 @@
 # make fuzz                each fuzz target for 30 seconds (SECONDS_EACH=n)
 # make bench               the benchmarks, on a release build; ARGS=--write: also docs/performance.md; ARGS=--quick: do they work
 # make format, make tidy   clang-format, clang-tidy
-# make check               what must pass before a change goes in: format, includes, tests, sanitizers
+# make check               what must pass before a change goes in: format, includes, tests, sanitizers, benchmarks build, manual
 # make install             builds a release and installs it below PREFIX (/usr/local)
 # make manual              the manual as a web site (build/manual/site) and as man pages (build/manual/man)
 # make deb                 the Debian packages zeb, zeb-desktop and zeb-doc, in build/deb

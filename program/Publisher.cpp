@@ -141,6 +141,7 @@ int Publisher::Edit(SqliteHive& hive) {
   const Engine engine{environment, main, makeOutput, person_, openHistory};
   front_.loading(engine);
   if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
+  TrustCaFile(environment);
   hive.SetPatience(kStorePatience);
   hive.onStored = [&running] { running.Stored(); };
   front_.editing(main);
