@@ -13,6 +13,7 @@
 # make deb                 the Debian packages zeb, zeb-desktop and zeb-doc, in build/deb
 # make try-package         installs them in a clean root under systemd, and tries what can go wrong there (root only)
 # make first-hour          the steps of the manual's start page, from the package to a title on a page (root only)
+# make release             what a version is given out as: archive, packages, components, checksums
 # make help                this list
 
 MAKEFLAGS += --no-print-directory
@@ -20,7 +21,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour release
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -85,6 +86,9 @@ manual:
 
 deb:
 	@scripts/deb
+
+release:
+	@scripts/release
 
 first-hour:
 	@scripts/first-hour
