@@ -8,7 +8,8 @@ install(DIRECTORY docs/manual examples DESTINATION share/doc/zeb
         PATTERN .gitattributes EXCLUDE PATTERN Languages EXCLUDE)
 # The demo station, which the desktop program offers to set up, and the templates of zebctl setup.
 install(FILES examples/demo.reg DESTINATION share/zeb/examples)
-install(DIRECTORY examples/templates examples/now-playing-page DESTINATION share/zeb/examples)
+install(DIRECTORY examples/templates examples/now-playing-page DESTINATION share/zeb/examples
+        PATTERN .gitattributes EXCLUDE)
 if(TARGET zeb)
   install(TARGETS zeb RUNTIME DESTINATION bin)
   install(DIRECTORY examples/Languages DESTINATION share/zeb)
