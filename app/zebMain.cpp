@@ -16,6 +16,7 @@
 #include "platform/dbus/DBusPower.h"
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/StandardError.h"
+#include "platform/posix/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
 
@@ -137,6 +138,7 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
   PrepareProcess(journal, Windows::kSome);
   int count = 1;  // the options are ours, not Qt's
   const QApplication application(count, argv);
+  UseEnglishSystemMessages();
   DesktopMain::Start start{given.silent, given.minimised, folder.Value(), ManualFolder(), screenshots};
   return Publish(journal, std::string(FileNamePart(argv[0])), std::move(options.Value()), std::move(start));
 }

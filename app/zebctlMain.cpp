@@ -99,6 +99,7 @@ bool ReadInput(std::string& bytes) {
 int Send(const SendOptions& options, int argc, char** argv) {
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
+  UseEnglishSystemMessages();
   QtLoop loop;
   QtNetwork network(loop);
   RunSendCommand(loop, network, options, ReadInput, std::cerr, EndAtOnce);
@@ -130,6 +131,7 @@ int Expand(const ExpandOptions& options, const std::string& folder, int argc, ch
 
   InstallLocale(ReadSystemLocale().formats);
   const QCoreApplication application(argc, argv);
+  UseEnglishSystemMessages();
   // Time stands still, at the moment asked for, and nothing is sent anywhere.
   SimulatedLoop loop;
   loop.SetWallClock(options.now ? *options.now : QtLoop().Now());
@@ -341,6 +343,7 @@ void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& net
 int Publisher(const PublisherOptions& options, const std::string& folder, int argc, char** argv) {
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
+  UseEnglishSystemMessages();
   QtLoop loop;
   QtNetwork network(loop);
   QtLocalSockets sockets(loop);

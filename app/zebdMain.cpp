@@ -10,6 +10,7 @@
 #include "platform/posix/DataFolder.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/StandardError.h"
+#include "platform/posix/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
 
@@ -62,6 +63,7 @@ int Run(ThreadedLineWriter& journal, int argc, char** argv) {
 
   PrepareProcess(journal);
   const QCoreApplication application(argc, argv);
+  UseEnglishSystemMessages();
   Timer watchdog;
   Publisher publisher(
       journal, {"zebd", std::string(FileNamePart(argv[0])), std::move(options.Value()), folder.Value()},

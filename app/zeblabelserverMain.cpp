@@ -16,6 +16,7 @@
 #include "platform/posix/PosixFiles.h"
 #include "platform/posix/ServiceManager.h"
 #include "platform/posix/StandardError.h"
+#include "platform/posix/SystemLocale.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
@@ -69,6 +70,7 @@ int Run(LineWriter& journal, int argc, char** argv) {
   SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);
+  UseEnglishSystemMessages();
   return Serve(journal, options.Value());
 }
 

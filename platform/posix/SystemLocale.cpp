@@ -241,6 +241,10 @@ LocaleFormats ReadLocale(const std::string& name) {
   return locale.Given() ? FormatsOf(locale.Get()) : LocaleFormats();
 }
 
+void UseEnglishSystemMessages() {
+  setlocale(LC_MESSAGES, "C");
+}
+
 SystemLocale ReadSystemLocale() {
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
     const char* name = std::getenv(variable);
