@@ -85,7 +85,7 @@ _zeb_take_value() {
       [[ $COMP_TYPE == 63 ]] || rows=("${rows[@]%%  *}")
       _zeb_take "${rows[@]}"
       ;;
-    =*)
+    '='*)
       local IFS=' '
       _zeb_take ${kind#=}
       ;;
@@ -127,7 +127,7 @@ _zeb_take_value() {
       rows=("${(@)rows/  /:}")
       _describe $kind rows
       ;;
-    =*) compadd -- ${=kind#=} ;;
+    '='*) compadd -- ${=kind#=} ;;
     *) _message 'a value' ;;
   esac
 }
