@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/StartUpOptions.h"
 #include "app/CommandLine.h"
 #include "app/CompletionScript.h"
 #include "app/HelpTopics.h"
@@ -427,7 +428,7 @@ std::shared_ptr<CLI::App> MakeZebctl() {
   auto owned = MakeProgram("zebctl", "settings, messages, template previews and history for ZEB");
   CLI::App& program = *owned;
   RequireCommand(program);
-  AddValue(program, "--home", "DIR", "the data folder, else $ZEB_HOME, /var/lib/zeb or ~/.local/share/zeb")
+  AddValue(program, "--home", "DIR", "the data folder, else " ZEB_USUAL_DATA_FOLDERS)
       .Check(CheckNotEmpty)
       .Takes("folder");
   DeclareSettings(program);

@@ -3,8 +3,12 @@
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+// After windows.h.
+#include <shellapi.h>
 
 #include <cstdio>
+
+#include "platform/windows/WideText.h"
 
 namespace zeb {
 namespace {
@@ -15,6 +19,16 @@ bool IsConsole(DWORD which) {
 }
 
 }  // namespace
+
+// The system's own line: that of the C library has lost what the code page does not know.
+std::vector<std::string> ProgramArguments(int, char**) {
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(Narrow(words[i]));
+  LocalFree(words);
+  return arguments;
+}
 
 // A disk or share that does not answer is an error that we report, not a box of the system's that waits for
 // somebody to press a button.

@@ -5,10 +5,13 @@
 #include "platform/windows/WideText.h"
 #include "platform/windows/WinHandle.h"
 
+#include "platform/windows/JournalFile.h"
+
 namespace zeb {
 
 bool WriteToStandardError(const LogLine& line) {
   const std::string bytes = line.time + line.text + "\r\n";
+  if (JournalFile* const file = JournalFile::Chosen()) return file->Append(bytes);
   const HANDLE out = GetStdHandle(STD_ERROR_HANDLE);
   // A program that was started with a window has none: nobody reads, and that is no failure.
   if (out == nullptr || out == INVALID_HANDLE_VALUE) return true;

@@ -18,24 +18,16 @@ std::mutex mutex;
 EventLoop* loop = nullptr;
 std::weak_ptr<std::function<void(ProgramSignal)>> receiver;
 
-void Tell(ProgramSignal signal) {
-  const std::lock_guard lock(mutex);
-  if (!loop) return;
-  loop->PostFromAnyThread([signal, to = receiver] {
-    if (const auto callback = to.lock()) (*callback)(signal);
-  });
-}
-
 BOOL WINAPI OnConsole(DWORD event) {
   switch (event) {
     case CTRL_C_EVENT:
     case CTRL_BREAK_EVENT:
-      Tell(ProgramSignal::kInterrupt);
+      TellProgram(ProgramSignal::kInterrupt);
       return TRUE;
     case CTRL_CLOSE_EVENT:
     case CTRL_LOGOFF_EVENT:
     case CTRL_SHUTDOWN_EVENT:
-      Tell(ProgramSignal::kStop);
+      TellProgram(ProgramSignal::kStop);
       Sleep(kGraceMilliseconds);
       return TRUE;
     default:
@@ -44,6 +36,15 @@ BOOL WINAPI OnConsole(DWORD event) {
 }
 
 }  // namespace
+
+bool TellProgram(ProgramSignal signal) {
+  const std::lock_guard lock(mutex);
+  if (!loop) return false;
+  loop->PostFromAnyThread([signal, to = receiver] {
+    if (const auto callback = to.lock()) (*callback)(signal);
+  });
+  return true;
+}
 
 struct ProgramSignals::State {
   std::shared_ptr<std::function<void(ProgramSignal)>> onSignal;
