@@ -75,7 +75,6 @@ void ConfigureLine(DCB& line, const SerialLineSettings& settings, std::int32_t h
   line.fTXContinueOnXoff = TRUE;
   line.XonChar = kXOn;
   line.XoffChar = kXOff;
-  line.XonLim = line.XoffLim = static_cast<WORD>(kQueueBytes / 4);
   // An error is told of, and reading goes on.
   line.fAbortOnError = line.fErrorChar = line.fNull = FALSE;
 }
@@ -154,15 +153,16 @@ std::size_t SerialLine::BlockBytes() const {
 
 void SerialLine::Write(std::string block) {
   block_ = std::move(block);
+  queue_ += block_.size();
   const bool begun = write_.Start([this](OVERLAPPED* call) {
     return WriteFile(port_.Get(), block_.data(), static_cast<DWORD>(block_.size()), nullptr, call);
   });
   if (!begun) Gone();
 }
 
+// Not every driver counts what it has not sent.
 std::size_t SerialLine::Unsent() const {
-  if (!write_.UnderWay()) return queue_;
-  return queue_ > 0 ? std::min(queue_, block_.size()) : block_.size();
+  return write_.UnderWay() && queue_ == 0 ? block_.size() : queue_;
 }
 
 // What is there, else the next byte: not every driver ends a longer read before it is full.

@@ -77,6 +77,11 @@ bool LoopbackSocket::ReceiveUntil(std::string& to, std::string_view text, int li
   return true;
 }
 
+bool LoopbackSocket::Ended() const {
+  char next;
+  return !Valid() || (Readable(0) && recv(socket_, &next, 1, MSG_PEEK) <= 0);
+}
+
 void LoopbackSocket::Close() {
   if (Valid()) closesocket(std::exchange(socket_, INVALID_SOCKET));
 }

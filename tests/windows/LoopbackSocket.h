@@ -31,6 +31,7 @@ class LoopbackSocket {
   // Adds what comes; false at the limit, or when the peer has closed.
   bool Receive(std::string& to, int limit) const;
   bool ReceiveUntil(std::string& to, std::string_view text, int limit) const;
+  bool Ended() const;  // the peer has closed, or the connection is broken
   void Close();
 
  private:
