@@ -2,20 +2,26 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QUrl>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "app/StartUpOptions.h"
 #include "app/desktop/DesktopMain.h"
 #include "platform/ThreadedLineWriter.h"
+#ifdef _WIN32
+#include "platform/windows/WinPower.h"
+#else
 #include "platform/dbus/DBusPower.h"
+#endif
 #include "platform/system/DataFolder.h"
 #include "platform/system/StandardError.h"
+#include "platform/system/Process.h"
 #include "platform/system/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
@@ -61,6 +67,16 @@ std::string TakeScreenshotFolder(std::vector<std::string>& arguments) {
   return "";
 }
 
+#ifdef _WIN32
+bool HasScreen() {
+  return true;
+}
+constexpr char kManualFolder[] = "/manual";
+
+std::unique_ptr<PowerRequest> MakePowerRequest(EventLoop&) {
+  return std::make_unique<WinPower>();
+}
+#else
 // Qt would end the process with a signal.
 bool HasScreen() {
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
@@ -68,12 +84,17 @@ bool HasScreen() {
   return false;
 }
 
-// Beside the program as it is installed.
+constexpr char kManualFolder[] = "/../share/doc/zeb/manual";
+
+std::unique_ptr<PowerRequest> MakePowerRequest(EventLoop& loop) {
+  return std::make_unique<DBusPower>(loop);
+}
+#endif
+
+// Beside the program as it is installed; "" where it is not.
 std::string ManualFolder() {
-  std::error_code failed;
-  const auto folder =
-      std::filesystem::path(QApplication::applicationDirPath().toStdString()) / "../share/doc/zeb/manual";
-  return std::filesystem::is_directory(folder, failed) ? folder.lexically_normal().string() : "";
+  const QDir folder(QApplication::applicationDirPath() + kManualFolder);
+  return folder.exists() ? QDir::cleanPath(folder.path()).toStdString() : "";
 }
 
 Desk DeskOf(const Publisher::Engine& engine, Boxes& boxes) {
@@ -89,7 +110,7 @@ int Publish(ThreadedLineWriter& journal, const std::string& name, StartUpOptions
   Publisher* running = nullptr;
   DesktopMain desktop(std::move(start), {.ended = [&] { running->End(); },
                                          .stop = [&](const std::string& why) { running->Stop(why); }});
-  std::unique_ptr<DBusPower> power;
+  std::unique_ptr<PowerRequest> power;
   const std::string folder = desktop.Folder();
   Publisher publisher(
       journal, {"zeb", name, std::move(options), folder},
@@ -98,7 +119,7 @@ int Publish(ThreadedLineWriter& journal, const std::string& name, StartUpOptions
            [&](const Publisher::Engine& engine) {
              desktop.Loading(DeskOf(engine, desktop.MessageBoxes()));
              if (!engine.environment.publishes) return;
-             power = std::make_unique<DBusPower>(engine.environment.loop);
+             power = MakePowerRequest(engine.environment.loop);
              power->StayAwake("publishes what is on air", [&engine](const std::string& reason) {
                engine.journal.Note("The computer may fall asleep: " + reason);
              });

@@ -4,7 +4,7 @@
 #ifdef _WIN32
 #include "platform/qt/windows/PipeSockets.h"
 #include "platform/windows/WinFiles.h"
-#include "platform/windows/WinInetFtp.h"
+#include "platform/windows/WinFtpSessions.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinSerialPortControl.h"
 #include "platform/windows/WinCodePages.h"
@@ -32,7 +32,7 @@ class SystemFtpSessions : public FtpSessions {
 
  private:
   CurlFtpSessions secure_;
-  WinInetFtpSessions plain_{secure_};
+  WinFtpSessions plain_{secure_};
 };
 #else
 using SystemFiles = PosixFiles;

@@ -132,7 +132,7 @@ void CurlFtpSession::Close() {
     }
     curl_socket_t socket = CURL_SOCKET_BAD;
     curl_easy_getinfo(static_cast<CURL*>(handle_), CURLINFO_ACTIVESOCKET, &socket);
-    if (socket != CURL_SOCKET_BAD) ::shutdown(socket, SHUT_RDWR);
+    if (socket != CURL_SOCKET_BAD) EndConnection(static_cast<SocketNumber>(socket));
     curl_easy_cleanup(handle_);
   }
   curl_url_cleanup(static_cast<CURLU*>(url_));

@@ -28,4 +28,8 @@ SocketNumber OpenSocketWithinLimit(int family, int type, int protocol, bool& non
   return kNoSocket;
 }
 
+void EndConnection(SocketNumber number) {
+  shutdown(static_cast<int>(number), SHUT_RDWR);
+}
+
 }  // namespace zeb

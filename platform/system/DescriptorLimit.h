@@ -15,4 +15,7 @@ inline constexpr SocketNumber kNoSocket = -1;
 // of descriptors.
 SocketNumber OpenSocketWithinLimit(int family, int type, int protocol, bool& noneLeft);
 
+// Both ends of its connection hear that it is over; whoever waits for it goes on.
+void EndConnection(SocketNumber number);
+
 }  // namespace zeb

@@ -11,4 +11,8 @@ SocketNumber OpenSocketWithinLimit(int family, int type, int protocol, bool& non
   return made == INVALID_SOCKET ? kNoSocket : static_cast<SocketNumber>(made);
 }
 
+void EndConnection(SocketNumber number) {
+  shutdown(static_cast<SOCKET>(number), SD_BOTH);
+}
+
 }  // namespace zeb
