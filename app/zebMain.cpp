@@ -14,9 +14,9 @@
 #include "app/desktop/DesktopMain.h"
 #include "platform/ThreadedLineWriter.h"
 #include "platform/dbus/DBusPower.h"
-#include "platform/posix/DataFolder.h"
-#include "platform/posix/StandardError.h"
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/DataFolder.h"
+#include "platform/system/StandardError.h"
+#include "platform/system/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
 

@@ -1,7 +1,6 @@
 // zebctl: the command-line companion: settings, stations, status, messages to a service, previews of
 // templates, history.
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -29,24 +28,22 @@
 #include "core/SettingsPaths.h"
 #include "dashboard/DashboardSettings.h"
 #include "platform/DirectLineWriter.h"
-#include "platform/posix/CurlFtpSession.h"
-#include "platform/posix/DataFolder.h"
-#include "platform/posix/LibzipFiles.h"
-#include "platform/posix/LocalZone.h"
-#include "platform/posix/PosixFiles.h"
-#include "platform/posix/SodiumSecrets.h"
-#include "platform/posix/SqliteHistoryReader.h"
-#include "platform/posix/SqliteHive.h"
-#include "platform/posix/StandardError.h"
-#include "platform/posix/SystemLocale.h"
-#include "platform/posix/TerminalPassword.h"
-#include "platform/qt/QtLocalSockets.h"
+#include "platform/system/DataFolder.h"
+#include "platform/common/LibzipFiles.h"
+#include "platform/system/LocalZone.h"
+#include "platform/system/Process.h"
+#include "platform/common/SodiumSecrets.h"
+#include "platform/common/SqliteHistoryReader.h"
+#include "platform/system/SettingsStore.h"
+#include "platform/system/StandardError.h"
+#include "platform/system/SystemLocale.h"
+#include "platform/system/TerminalPassword.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
-#include "platform/qt/QtSerialPortControl.h"
 #include "platform/simulated/MemoryHive.h"
 #include "platform/simulated/SimulatedLoop.h"
 #include "platform/simulated/SimulatedNetwork.h"
+#include "program/SystemPorts.h"
 #include "text/Paths.h"
 #include "text/SharedTime.h"
 
@@ -65,16 +62,15 @@ int WrongUsage(const std::string& reason) {
 
 // Only what changes settings makes a settings file where there is none.
 Result<std::unique_ptr<SettingsHive>> OpenHive(FileSystem& files, const std::string& folder, bool toChange) {
-  const std::string path = folder + "/settings.db";
-  if (!toChange && !files.Stat(path)) return std::unique_ptr<SettingsHive>(std::make_unique<MemoryHive>());
+  if (!toChange && !HasSettings(folder)) return std::unique_ptr<SettingsHive>(std::make_unique<MemoryHive>());
   if (const Outcome made = files.CreateFolders(folder); !made) return made.AsFailure();
-  Result<std::unique_ptr<SqliteHive>> hive = SqliteHive::Open(path);
+  Result<std::unique_ptr<StoredHive>> hive = OpenSettings(folder);
   if (!hive) return hive.AsFailure();
   return std::unique_ptr<SettingsHive>(std::move(hive.Value()));
 }
 
 int Settings(const SettingsOptions& options, const std::string& folder) {
-  PosixFiles files;
+  SystemFiles files;
   const auto hive = OpenHive(files, folder, options.MakesSettings());
   if (!hive) return Fail(hive.Reason());
   return RunSettingsCommand(*hive.Value(), files, options, std::cout, std::cerr);
@@ -117,7 +113,7 @@ Result<std::string> ReadTemplate(FileSystem& files, const std::string& name) {
 }
 
 int Expand(const ExpandOptions& options, const std::string& folder, int argc, char** argv) {
-  PosixFiles files;
+  SystemFiles files;
   std::string messages;
   if (!options.messagesFile.empty()) {
     Result<std::string> bytes = files.Read(options.messagesFile, kMaxFileBytes);
@@ -173,7 +169,7 @@ Outcome StorePassword(const std::string& folder) {
   if (!secrets) return secrets;
   const Result<std::string> hash = secrets.Value()->HashPassword(password.Value());
   if (!hash) return hash;
-  PosixFiles files;
+  SystemFiles files;
   const auto hive = OpenHive(files, folder, true);
   if (!hive) return hive;
   hive.Value()->WriteText(ChooseSettingsRoot(*hive.Value()).inUse, kDashboardPassword, hash.Value());
@@ -181,7 +177,7 @@ Outcome StorePassword(const std::string& folder) {
 }
 
 int StoreStations(const StationOptions& options, const std::string& folder) {
-  PosixFiles files;
+  SystemFiles files;
   const auto hive = OpenHive(files, folder, options.Changes());
   if (!hive) return Fail(hive.Reason());
   SimulatedLoop loop;
@@ -225,14 +221,14 @@ int SetPassword(const CommandPorts& ports) {
 // must not be waited for.
 [[noreturn]] void TestAlone(const CommandPorts& ports, QtLoop& loop, QtNetwork& network,
                             const TestOptions& options) {
-  PosixFiles files;
+  SystemFiles files;
   const auto hive = OpenHive(files, ports.folder, false);
   if (!hive) EndAtOnce(Fail(hive.Reason()));
   DirectLineWriter journal(WriteToStandardError);
   ConsoleOperator person(journal);
   CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
-  CurlFtpSessions ftp;
-  QtSerialPorts serialPorts(loop, network);
+  SystemFtpSessions ftp;
+  SystemSerialPorts serialPorts(loop, network);
   Environment environment{loop, *hive.Value(), files, network, person, carts, ports.folder, ""};
   environment.settingsRoot = ChooseSettingsRoot(*hive.Value()).inUse;
   environment.ftp = &ftp;
@@ -245,7 +241,7 @@ int SetPassword(const CommandPorts& ports) {
 }
 
 int Support(const CommandPorts& ports, const SupportOptions& options) {
-  PosixFiles files;
+  SystemFiles files;
   const auto hive = OpenHive(files, ports.folder, false);
   if (!hive) return Fail(hive.Reason());
   DirectLineWriter journal(WriteToStandardError);
@@ -286,10 +282,9 @@ std::string ExamplesFolder(FileSystem& files) {
 
 // In a task. What is tried works on a hive in memory.
 int SetUp(const CommandPorts& ports, QtLoop& loop, QtNetwork& network, const SetupOptions& options) {
-  PosixFiles files;
+  SystemFiles files;
   // What root stores there its user could not read.
-  struct stat folder = {};
-  if (geteuid() == 0 && ::stat(ports.folder.c_str(), &folder) == 0 && folder.st_uid != 0)
+  if (WouldLockOwnerOut(ports.folder))
     return Fail("the data folder '" + ports.folder + "' is another user's: run this as that user, " +
                 "for instance sudo -u zeb zebctl setup");
   const auto hive = OpenHive(files, ports.folder, true);
@@ -297,8 +292,8 @@ int SetUp(const CommandPorts& ports, QtLoop& loop, QtNetwork& network, const Set
   DirectLineWriter journal(WriteToStandardError);
   ConsoleOperator person(journal);
   CsvCartStore carts(files, person, ports.folder + "/Carts.csv");
-  CurlFtpSessions ftp;
-  QtSerialPorts serialPorts(loop, network);
+  SystemFtpSessions ftp;
+  SystemSerialPorts serialPorts(loop, network);
   MemoryHive memory;
   Environment stored{loop, *hive.Value(), files, network, person, carts, ports.folder, ""};
   stored.settingsRoot = ChooseSettingsRoot(*hive.Value()).profile;
@@ -346,14 +341,14 @@ int Publisher(const PublisherOptions& options, const std::string& folder, int ar
   UseEnglishSystemMessages();
   QtLoop loop;
   QtNetwork network(loop);
-  QtLocalSockets sockets(loop);
-  const CommandPorts ports{loop, sockets, network, folder, isatty(STDOUT_FILENO) != 0, std::cout, std::cerr};
+  SystemLocalSockets sockets(loop);
+  const CommandPorts ports{loop, sockets, network, folder, StandardOutputIsTerminal(), std::cout, std::cerr};
   loop.Start("command", [&] { RunPublisherCommand(ports, loop, network, options); });
   return loop.Run();
 }
 
 int History(const HistoryOptions& options, const std::string& folder) {
-  PosixFiles files;
+  SystemFiles files;
   std::string templateBytes;
   if (options.action == HistoryOptions::Action::kReplay) {
     Result<std::string> bytes = ReadTemplate(files, options.templateFile);
@@ -367,6 +362,7 @@ int History(const HistoryOptions& options, const std::string& folder) {
 }
 
 int Run(int argc, char** argv) {
+  UsePlainStreams();
   const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
   if (!read) return WrongUsage(read.Reason());
   const ZebctlOptions& options = read.Value();
@@ -376,7 +372,7 @@ int Run(int argc, char** argv) {
   }
   if (const auto* send = std::get_if<SendOptions>(&options.command)) return Send(*send, argc, argv);
   if (const auto* lint = std::get_if<LintOptions>(&options.command)) {
-    PosixFiles files;
+    SystemFiles files;
     return RunLintCommand(files, *lint, std::cout, std::cerr);
   }
   const Result<std::string> folder = ChooseDataFolder(FindDataFolderPlaces(options.home));

@@ -7,10 +7,10 @@
 
 #include "app/StartUpOptions.h"
 #include "platform/ThreadedLineWriter.h"
-#include "platform/posix/DataFolder.h"
-#include "platform/posix/ServiceManager.h"
-#include "platform/posix/StandardError.h"
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/DataFolder.h"
+#include "platform/system/ServiceManager.h"
+#include "platform/system/StandardError.h"
+#include "platform/system/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
 

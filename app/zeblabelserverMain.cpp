@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <csignal>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -14,13 +13,14 @@
 #include "outputs/labels/LabelServer.h"
 #include "platform/ThreadedLineWriter.h"
 #include "platform/posix/PosixFiles.h"
-#include "platform/posix/ServiceManager.h"
-#include "platform/posix/StandardError.h"
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/Process.h"
+#include "platform/system/ServiceManager.h"
+#include "platform/system/StandardError.h"
+#include "platform/system/SystemLocale.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtMessages.h"
 #include "platform/qt/QtNetwork.h"
-#include "platform/qt/QtSignals.h"
+#include "platform/qt/ProgramSignals.h"
 
 namespace zeb {
 namespace {
@@ -47,8 +47,8 @@ int Serve(LineWriter& journal, const LabelServerOptions& options) {
   LabelServer server(loop, network, files, person, std::move(services.Value()));
   if (const Outcome listening = server.Listen(options.address, options.port); !listening)
     return Fail(journal, listening.Reason());
-  const UnixSignals unixSignals(loop, [&](int signal) {
-    if (signal == SIGHUP) return;
+  const ProgramSignals programSignals(loop, [&](ProgramSignal signal) {
+    if (signal == ProgramSignal::kReload) return;
     person.Note("Stopping");
     server.Close();
     loop.Quit(0);
@@ -66,7 +66,7 @@ int Run(LineWriter& journal, int argc, char** argv) {
     std::cout << options.Value().textToShow;
     return 0;
   }
-  std::signal(SIGPIPE, SIG_IGN);
+  PrepareSystem();
   SendQtMessagesTo(journal);
   QtLoop::ChoosePlainDispatcher();
   const QCoreApplication application(argc, argv);

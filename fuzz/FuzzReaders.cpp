@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/posix/LibxmlMarkup.h"
+#include "platform/common/LibxmlMarkup.h"
 #include "sources/ZEB_FN.h"
 #include "text/Utf8.h"
 

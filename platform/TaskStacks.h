@@ -4,6 +4,7 @@
 // Private to TaskScheduler.
 #pragma once
 
+#include <boost/assert.hpp>
 #include <boost/context/protected_fixedsize_stack.hpp>
 #include <boost/context/stack_context.hpp>
 #include <cstddef>

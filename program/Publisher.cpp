@@ -1,22 +1,19 @@
 #include "program/Publisher.h"
 
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdlib>
 #include <utility>
 
 #include "core/CsvCartStore.h"
 #include "outputs/OutputTable.h"
-#include "platform/posix/DescriptorLimit.h"
-#include "platform/posix/LocalZone.h"
-#include "platform/posix/SingleInstance.h"
-#include "platform/posix/SodiumSecrets.h"
-#include "platform/posix/SqliteHistory.h"
-#include "platform/posix/SqliteHistoryReader.h"
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/LocalZone.h"
+#include "platform/system/Process.h"
+#include "platform/system/SettingsStore.h"
+#include "platform/system/SingleInstance.h"
+#include "platform/common/SodiumSecrets.h"
+#include "platform/common/SqliteHistory.h"
+#include "platform/common/SqliteHistoryReader.h"
+#include "platform/system/SystemLocale.h"
 #include "platform/qt/QtMessages.h"
-#include "platform/qt/QtSignals.h"
 #include "text/LetterCase.h"
 #include "text/Paths.h"
 #include "text/SharedTime.h"
@@ -34,8 +31,7 @@ constexpr std::size_t kMostDebugBytes = 4 * ThreadedLineWriter::kMostWaiting;
 }  // namespace
 
 void PrepareProcess(LineWriter& journal, Windows windows) {
-  std::signal(SIGPIPE, SIG_IGN);  // a journal or server that went away is no reason to end
-  RaiseDescriptorLimit();
+  PrepareSystem();
   SendQtMessagesTo(journal);
   if (windows == Windows::kSome)
     QtLoop::ChooseWindowDispatcher();
@@ -48,7 +44,7 @@ Publisher::Publisher(ThreadedLineWriter& journal, Program program, Front front)
       program_(std::move(program)),
       front_(std::move(front)),
       ports_(program_.folder),
-      console_(journal_, isatty(STDERR_FILENO) != 0 ? &ports_.loop : nullptr),
+      console_(journal_, StandardErrorIsTerminal() ? &ports_.loop : nullptr),
       shown_(front_.person ? front_.person(console_, ports_.loop) : nullptr),
       person_(shown_ ? *shown_ : console_, ports_.loop,
               shown_ ? JournalTail::kMostForReading : JournalTail::kMost) {}
@@ -81,9 +77,8 @@ int Publisher::Run() {
   if (!instance) return Fail(instance.Reason());
   const bool alreadyRunning = instance.Value() == nullptr && !program_.options.noPreviousCheck;
   // A second instance reads the settings for its debug level only, and moves no damaged file of the first.
-  const std::string path = folder + "/settings.db";
-  Result<std::unique_ptr<SqliteHive>> hive =
-      alreadyRunning ? SqliteHive::Open(path) : SqliteHive::OpenOrSetAside(path);
+  const Result<std::unique_ptr<StoredHive>> hive =
+      alreadyRunning ? OpenSettings(folder) : OpenSettingsToPublish(folder);
   if (hive) StartDebugLog(*hive.Value());
   if (alreadyRunning) return MeetRunning(hive ? hive.Value().get() : nullptr);
   if (!hive) return Fail(hive.Reason());
@@ -104,7 +99,7 @@ void Publisher::StartDebugLog(SettingsHive& hive) {
   if (!options.noPreviousCheck) WriteDebugLine("Check if already running");
 }
 
-int Publisher::MeetRunning(SqliteHive* hive) {
+int Publisher::MeetRunning(StoredHive* hive) {
   if (front_.alreadyRunning) {
     bool edits = false;
     front_.alreadyRunning(hive, ports_.localSockets, [&](Front::Beside chosen) {
@@ -122,7 +117,7 @@ int Publisher::MeetRunning(SqliteHive* hive) {
 
 // The engine without anything that runs: its windows and dialogs work on what is stored, and the publisher
 // that runs is told of each change.
-int Publisher::Edit(SqliteHive& hive) {
+int Publisher::Edit(StoredHive& hive) {
   WriteDebugLine("Editing the settings of the publisher that runs");
   UseLocale();
   const std::string& folder = program_.folder;
@@ -137,7 +132,7 @@ int Publisher::Edit(SqliteHive& hive) {
   main.removeElsewhere = [&running](int number, std::function<void(const frmMain::Removed&)> done) {
     running.RemoveService(number, std::move(done));
   };
-  const UnixSignals unixSignals(ports_.loop, [this](int signal) { OnSignal(signal); });
+  const ProgramSignals programSignals(ports_.loop, [this](ProgramSignal signal) { OnSignal(signal); });
   const Engine engine{environment, main, makeOutput, person_, openHistory};
   front_.loading(engine);
   if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
@@ -154,7 +149,7 @@ void Publisher::UseLocale() {
   if (!locale.problem.empty()) person_.Note(locale.problem);
 }
 
-int Publisher::Publish(SqliteHive& hive) {
+int Publisher::Publish(StoredHive& hive) {
   WriteDebugLine("Read StartupOptions");
   UseLocale();
   WriteDebugLine("Initialising Tool");
@@ -168,7 +163,7 @@ int Publisher::Publish(SqliteHive& hive) {
   const OpenHistory openHistory = [path = historyPath] { return SqliteHistoryReader::Open(path); };
   frmMain main(environment, makeOutput, program_.options, std::make_shared<SqliteHistory>(historyPath));
   main_ = &main;
-  const UnixSignals unixSignals(ports_.loop, [this](int signal) { OnSignal(signal); });
+  const ProgramSignals programSignals(ports_.loop, [this](ProgramSignal signal) { OnSignal(signal); });
   const Engine engine{environment, main, makeOutput, person_, openHistory};
   if (front_.loading) front_.loading(engine);
   if (const Outcome loaded = main.Load(); !loaded) EndAtOnce(Fail(loaded.Reason()));
@@ -200,9 +195,9 @@ void Publisher::TrustCaFile(const Environment& environment) {
     person_.Note(added.Reason());
 }
 
-void Publisher::OnSignal(int signal) {
-  if (signal == SIGHUP) return room_ != nullptr ? room_->Reload() : main_->Reload();
-  Stop(signal == SIGINT ? "Stopping (interrupted)" : "Stopping");
+void Publisher::OnSignal(ProgramSignal signal) {
+  if (signal == ProgramSignal::kReload) return room_ != nullptr ? room_->Reload() : main_->Reload();
+  Stop(signal == ProgramSignal::kInterrupt ? "Stopping (interrupted)" : "Stopping");
 }
 
 void Publisher::Stop(const std::string& why) {

@@ -18,7 +18,8 @@
 #include "dashboard/JournalTail.h"
 #include "diagnostics/hxGeneral.h"
 #include "platform/ThreadedLineWriter.h"
-#include "platform/posix/SqliteHive.h"
+#include "platform/StoredHive.h"
+#include "platform/qt/ProgramSignals.h"
 #include "program/RealPorts.h"
 
 namespace zeb {
@@ -81,13 +82,13 @@ class Publisher {
   int Fail(const std::string& reason);
   [[noreturn]] void EndAtOnce(int status);
   void StartDebugLog(SettingsHive& hive);
-  int MeetRunning(SqliteHive* hive);
+  int MeetRunning(StoredHive* hive);
   void UseLocale();
-  int Publish(SqliteHive& hive);
-  int Edit(SqliteHive& hive);
+  int Publish(StoredHive& hive);
+  int Edit(StoredHive& hive);
   std::shared_ptr<Secrets> MakeSecrets();
   void TrustCaFile(const Environment& environment);
-  void OnSignal(int signal);
+  void OnSignal(ProgramSignal signal);
 
   ThreadedLineWriter& journal_;
   const Program program_;

@@ -6,16 +6,11 @@
 #include <string>
 
 #include "platform/Environment.h"
-#include "platform/posix/CurlFtpSession.h"
-#include "platform/posix/IconvCodePages.h"
-#include "platform/posix/LibxmlMarkup.h"
-#include "platform/posix/LibzipFiles.h"
-#include "platform/posix/PosixFiles.h"
-#include "platform/posix/PosixProcesses.h"
-#include "platform/qt/QtLocalSockets.h"
+#include "platform/common/LibxmlMarkup.h"
+#include "platform/common/LibzipFiles.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetwork.h"
-#include "platform/qt/QtSerialPortControl.h"
+#include "program/SystemPorts.h"
 
 namespace zeb {
 
@@ -39,14 +34,14 @@ struct RealPorts {
 
   QtLoop loop;
   QtNetwork network{loop};
-  QtSerialPorts serialPorts{loop, network};
-  PosixFiles files;
+  SystemSerialPorts serialPorts{loop, network};
+  SystemFiles files;
   LibxmlMarkup markup;
-  CurlFtpSessions ftp;
-  PosixProcesses processes;
-  IconvCodePages codePages;
+  SystemFtpSessions ftp;
+  SystemProcesses processes;
+  SystemCodePages codePages;
   LibzipFiles zips;
-  QtLocalSockets localSockets{loop};
+  SystemLocalSockets localSockets{loop};
 };
 
 }  // namespace zeb

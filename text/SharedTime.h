@@ -2,7 +2,7 @@
 //
 // Dates without a time are day numbers, counted from 30 December 1899 (day 0, which also means "never set").
 // Times of day are seconds after midnight. Forms that depend on the country come from LocaleFormats, which
-// the program reads from the system once at start (platform/posix/SystemLocale.h) and installs here; tests
+// the program reads from the system once at start (platform/system/SystemLocale.h) and installs here; tests
 // use the built-in ones.
 #pragma once
 

@@ -47,7 +47,7 @@ class cWinINET {
 
   Outcome DownloadFile(FtpSession& session, const std::string& serverPath, const std::string& local);
 
-  // Whether the computer answers an echo request; `ping` is the platform's (platform/posix/Ping.h).
+  // Whether the computer answers an echo request; `ping` is the platform's (platform/system/Ping.h).
   using Ping = std::function<bool(const std::string& host)>;
   static bool PingComputer(const std::string& host, const Ping& ping) { return ping && ping(host); }
 

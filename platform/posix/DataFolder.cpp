@@ -1,4 +1,4 @@
-#include "platform/posix/DataFolder.h"
+#include "platform/system/DataFolder.h"
 
 #include <pwd.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/LocalZone.h"
+#include "platform/system/LocalZone.h"
 
 #include <ctime>
 

@@ -1,4 +1,4 @@
-#include "platform/posix/Ping.h"
+#include "platform/system/Ping.h"
 
 #include <netdb.h>
 #include <netinet/in.h>

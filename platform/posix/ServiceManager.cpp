@@ -1,4 +1,4 @@
-#include "platform/posix/ServiceManager.h"
+#include "platform/system/ServiceManager.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

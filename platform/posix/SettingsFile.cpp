@@ -58,6 +58,16 @@ bool FileExists(const std::string& path) {
   return ::lstat(path.c_str(), &info) == 0;
 }
 
+std::optional<FoundFile> FindFile(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  return FoundFile{info.st_dev, info.st_ino, info.st_size, S_ISREG(info.st_mode)};
+}
+
+bool RemoveFile(const std::string& path) {
+  return ::unlink(path.c_str()) == 0 || errno == ENOENT;
+}
+
 Outcome CheckSettingsFile(const std::string& path) {
   const std::string folder = Folder(path);
   struct stat info {};

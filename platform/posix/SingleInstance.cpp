@@ -1,4 +1,4 @@
-#include "platform/posix/SingleInstance.h"
+#include "platform/system/SingleInstance.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -15,14 +15,14 @@
 #include <unordered_map>
 
 #include "platform/Result.h"
-#include "platform/SettingsHive.h"
+#include "platform/StoredHive.h"
 
 namespace zeb {
 
 class SqliteStore;
 enum class Statement;
 
-class SqliteHive : public SettingsHive {
+class SqliteHive : public StoredHive {
  public:
   // How long a locked file is waited for.
   static constexpr std::chrono::milliseconds kPatience{5000};
@@ -54,10 +54,7 @@ class SqliteHive : public SettingsHive {
   void DeleteValue(const std::string& key, const std::string& name) override;
   void Transaction(const std::function<void()>& changes) override;
   void ReadTransaction(const std::function<void()>& reads) override;
-  // Called each time after this object has stored something, when all of it is on the disk.
-  std::function<void()> onStored;
-  // From now on a locked file is waited for this long.
-  void SetPatience(std::chrono::milliseconds patience);
+  void SetPatience(std::chrono::milliseconds patience) override;
 
  private:
   explicit SqliteHive(std::unique_ptr<SqliteStore> store);

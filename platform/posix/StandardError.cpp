@@ -1,4 +1,4 @@
-#include "platform/posix/StandardError.h"
+#include "platform/system/StandardError.h"
 
 #include <fcntl.h>
 #include <limits.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/SystemLocale.h"
 
 #include <iconv.h>
 #include <langinfo.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/TerminalPassword.h"
+#include "platform/system/TerminalPassword.h"
 
 #include <termios.h>
 #include <unistd.h>

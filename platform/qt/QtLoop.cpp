@@ -1,7 +1,5 @@
 #include "platform/qt/QtLoop.h"
 
-#include <time.h>
-
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTimer>
@@ -13,7 +11,7 @@
 #include <vector>
 
 #include "platform/TimerQueue.h"
-#include "platform/qt/EpollDispatcher.h"
+#include "platform/qt/LoopSystem.h"
 #include "platform/qt/QtMailbox.h"
 #include "platform/qt/WorkerPool.h"
 
@@ -62,7 +60,7 @@ QtLoop::~QtLoop() {
 }
 
 void QtLoop::ChoosePlainDispatcher() {
-  QCoreApplication::setEventDispatcher(new EpollDispatcher());
+  SetPlainDispatcher();
 }
 
 void QtLoop::ChooseWindowDispatcher() {
@@ -83,10 +81,7 @@ WallTime QtLoop::Now() const {
 }
 
 std::chrono::seconds QtLoop::UtcOffset() const {
-  const time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  tm local{};
-  localtime_r(&seconds, &local);
-  return std::chrono::seconds(local.tm_gmtoff);
+  return PresentUtcOffset();
 }
 
 MonotonicTime QtLoop::Monotonic() const {

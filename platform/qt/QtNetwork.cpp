@@ -8,7 +8,7 @@
 
 #include "platform/qt/QtNetworkState.h"
 #include "platform/qt/QtStream.h"
-#include "platform/qt/SocketListener.h"
+#include "platform/qt/Listeners.h"
 
 namespace zeb {
 
@@ -124,7 +124,7 @@ Outcome QtNetwork::AddCaFile(const std::string& path) {
 }
 
 std::unique_ptr<TcpListener> QtNetwork::MakeListener() {
-  return std::make_unique<SocketListener>(state_);
+  return MakeSocketListener(state_);
 }
 
 std::shared_ptr<TcpClientControl> QtNetwork::MakeClient() {

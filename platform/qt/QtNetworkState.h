@@ -9,7 +9,6 @@
 
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtStream.h"
-#include "platform/qt/SocketConnection.h"
 
 namespace zeb {
 
@@ -18,8 +17,7 @@ struct QtNetworkState : QtStreams {
 
   // With the system's own, once there are others: Qt then no longer looks the system's up by itself.
   QList<QSslCertificate> authorities;
-  std::set<std::shared_ptr<SocketConnection::Stream>>
-      leavingConnections;  // closed by their users, still sending
+  std::set<std::shared_ptr<void>> leavingConnections;  // closed by their users, still sending
   std::string piece;       // the buffer of whoever reads
 };
 

@@ -4,14 +4,37 @@
 // mutex.
 #pragma once
 
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <semaphore.h>
 #include <time.h>
 
 #include <cerrno>
+#endif
 #include <chrono>
 
 namespace zeb {
 
+#ifdef _WIN32
+class ThreadWake {
+ public:
+  ThreadWake() : semaphore_(CreateSemaphoreW(nullptr, 0, 1 << 20, nullptr)) {}
+  ~ThreadWake() { CloseHandle(semaphore_); }
+  ThreadWake(const ThreadWake&) = delete;
+  ThreadWake& operator=(const ThreadWake&) = delete;
+
+  void Call() { ReleaseSemaphore(semaphore_, 1, nullptr); }
+
+  bool Await(std::chrono::seconds limit) {
+    const auto milliseconds = std::chrono::milliseconds(limit).count();
+    return WaitForSingleObject(semaphore_, static_cast<DWORD>(milliseconds)) == WAIT_OBJECT_0;
+  }
+
+ private:
+  HANDLE semaphore_;
+};
+#else
 class ThreadWake {
  public:
   ThreadWake() { sem_init(&semaphore_, 0, 0); }
@@ -35,5 +58,6 @@ class ThreadWake {
  private:
   sem_t semaphore_;
 };
+#endif
 
 }  // namespace zeb

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/DataFolder.h"
+#include "platform/system/DataFolder.h"
 
 namespace zeb {
 namespace {

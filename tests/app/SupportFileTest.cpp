@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/SupportFile.h"
-#include "platform/posix/LibzipFiles.h"
+#include "platform/common/LibzipFiles.h"
 #include "platform/simulated/TestEnvironment.h"
 
 namespace zeb {

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "platform/posix/CurlFtpSession.h"
+#include "platform/common/CurlFtpSession.h"
 #include "tests/net/FtpRelay.h"
 #include "tests/net/FtpServers.h"
 #include "tests/platform/FtpContract.h"

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <csignal>
 
-#include "platform/posix/SqliteHistoryReader.h"
+#include "platform/common/SqliteHistoryReader.h"
 #include "tests/net/Station.h"
 
 namespace zeb {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/LibxmlMarkup.h"
+#include "platform/common/LibxmlMarkup.h"
 
 namespace zeb {
 namespace {

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/posix/LibzipFiles.h"
+#include "platform/common/LibzipFiles.h"
 
 namespace zeb {
 namespace {

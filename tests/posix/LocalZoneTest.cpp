@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/posix/LocalZone.h"
+#include "platform/system/LocalZone.h"
 #include "text/MomentText.h"
 
 namespace zeb {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/Ping.h"
+#include "platform/system/Ping.h"
 
 namespace zeb {
 namespace {

@@ -17,8 +17,8 @@
 #include <fstream>
 #include <random>
 
-#include "platform/posix/SqliteHistory.h"
-#include "platform/posix/SqliteHistoryReader.h"
+#include "platform/common/SqliteHistory.h"
+#include "platform/common/SqliteHistoryReader.h"
 
 namespace zeb {
 namespace {

@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/posix/SingleInstance.h"
+#include "platform/system/SingleInstance.h"
 #include "platform/posix/SqliteHive.h"
 
 namespace zeb {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "platform/posix/SystemLocale.h"
+#include "platform/system/SystemLocale.h"
 
 namespace zeb {
 namespace {

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/qt/QtLocalSockets.h"
+#include "platform/qt/posix/QtLocalSockets.h"
 #include "tests/platform/LocalSocketsContract.h"
 #include "tests/qt/QtFixture.h"
 

@@ -11,7 +11,7 @@
 
 #include "platform/WorkLane.h"
 #include "platform/qt/QtLoop.h"
-#include "platform/qt/QtSignals.h"
+#include "platform/qt/ProgramSignals.h"
 #include "platform/qt/WorkerPool.h"
 #include "tests/qt/QtFixture.h"
 
@@ -246,9 +246,9 @@ TEST(QtLoopEndTest, PostsToALoopThatHasEndedAreDropped) {
 }
 
 TEST_F(QtLoopTest, SignalsBecomeEvents) {
-  std::vector<int> taken;
+  std::vector<ProgramSignal> taken;
   {
-    const UnixSignals listener(loop, [&](int number) { taken.push_back(number); });
+    const ProgramSignals listener(loop, [&](ProgramSignal signal) { taken.push_back(signal); });
     std::raise(SIGTERM);
     EXPECT_TRUE(taken.empty()) << "not from inside the handler";
     ASSERT_TRUE(Until([&] { return taken.size() == 1; }));
@@ -256,7 +256,7 @@ TEST_F(QtLoopTest, SignalsBecomeEvents) {
     std::raise(SIGINT);
     ASSERT_TRUE(Until([&] { return taken.size() == 3; }));
   }
-  EXPECT_EQ(taken, (std::vector<int>{SIGTERM, SIGHUP, SIGINT}));
+  EXPECT_EQ(taken, (std::vector<ProgramSignal>{ProgramSignal::kStop, ProgramSignal::kReload, ProgramSignal::kInterrupt}));
   struct sigaction now {};
   sigaction(SIGTERM, nullptr, &now);
   EXPECT_EQ(now.sa_handler, SIG_DFL) << "the former action is back";

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/LibxmlMarkup.h"
+#include "platform/common/LibxmlMarkup.h"
 #include "sources/InfoFileSource.h"
 #include "tests/sources/IntakeFixture.h"
 

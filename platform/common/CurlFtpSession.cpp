@@ -1,15 +1,13 @@
-#include "platform/posix/CurlFtpSession.h"
+#include "platform/common/CurlFtpSession.h"
 
 #include <curl/curl.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <utility>
 
-#include "platform/posix/DescriptorLimit.h"
+#include "platform/system/DescriptorLimit.h"
 #include "text/Encodings.h"
 #include "text/Numbers.h"
 #include "text/Paths.h"
@@ -76,12 +74,10 @@ bool StaysConnected(CURLcode code) {
 struct CurlCallbacks {
   // A connection stays open between updates, so it must leave descriptors to the others.
   static curl_socket_t OnOpen(void* session, curlsocktype, curl_sockaddr* address) {
-    const int descriptor = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    bool& none = static_cast<CurlFtpSession*>(session)->noDescriptor_;
-    none = descriptor < 0 ? errno == EMFILE : !LeavesDescriptors(descriptor);
-    if (!none || descriptor < 0) return descriptor;
-    close(descriptor);
-    return CURL_SOCKET_BAD;
+    const SocketNumber made =
+        OpenSocketWithinLimit(address->family, address->socktype, address->protocol,
+                              static_cast<CurlFtpSession*>(session)->noDescriptor_);
+    return made == kNoSocket ? CURL_SOCKET_BAD : static_cast<curl_socket_t>(made);
   }
 
   // An upload that is ended early is given an early end of file: an abort would end the connection too.

@@ -1,14 +1,12 @@
-#include "platform/posix/SqliteHistory.h"
-
-#include <unistd.h>
+#include "platform/common/SqliteHistory.h"
 
 #include <algorithm>
 #include <limits>
 #include <optional>
 #include <utility>
 
-#include "platform/posix/HistoryFile.h"
-#include "platform/posix/SettingsFile.h"
+#include "platform/common/HistoryFile.h"
+#include "platform/system/SettingsFile.h"
 #include "text/Sha256.h"
 
 namespace zeb {
@@ -97,8 +95,8 @@ Result<std::string> SqliteHistory::SetAside() {
   Close();
   for (std::string old = FindSettingsFileSetAside(path_); !old.empty();
        old = FindSettingsFileSetAside(path_)) {
-    for (const char* ending : {"-wal", "-shm", "-journal"}) ::unlink((old + ending).c_str());
-    if (::unlink(old.c_str()) != 0) break;
+    for (const char* ending : {"-wal", "-shm", "-journal"}) RemoveFile(old + ending);
+    if (!RemoveFile(old)) break;
   }
   return SetSettingsFileAside(path_, "history file");
 }

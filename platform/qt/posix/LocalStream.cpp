@@ -1,4 +1,4 @@
-#include "platform/qt/LocalStream.h"
+#include "platform/qt/posix/LocalStream.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/LibxmlMarkup.h"
+#include "platform/common/LibxmlMarkup.h"
 
 #include <libxml/HTMLparser.h>
 #include <libxml/parser.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/LibzipFiles.h"
+#include "platform/common/LibzipFiles.h"
 
 #include <zip.h>
 

@@ -1,4 +1,4 @@
-#include "platform/qt/SocketListener.h"
+#include "platform/qt/posix/SocketListener.h"
 
 #include <arpa/inet.h>
 #include <netdb.h>
@@ -14,9 +14,10 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/posix/DescriptorWatch.h"
+#include "platform/qt/Listeners.h"
 #include "platform/qt/QtNetworkState.h"
-#include "platform/qt/SocketConnection.h"
+#include "platform/qt/posix/SocketConnection.h"
 
 namespace zeb {
 
@@ -225,6 +226,10 @@ void SocketListener::Pause(int error) {
 
 void SocketListener::TellTrouble(const std::string& what) {
   if (const auto callback = onTrouble) callback(what);
+}
+
+std::unique_ptr<TcpListener> MakeSocketListener(std::shared_ptr<QtNetworkState> network) {
+  return std::make_unique<SocketListener>(std::move(network));
 }
 
 }  // namespace zeb

@@ -1,14 +1,10 @@
-#include "platform/posix/HistoryFile.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "platform/common/HistoryFile.h"
 
 #include <array>
 #include <cerrno>
 #include <utility>
 
-#include "platform/posix/SettingsFile.h"
+#include "platform/system/SettingsFile.h"
 
 namespace zeb {
 namespace {
@@ -56,14 +52,13 @@ HistoryFile::~HistoryFile() {
 std::unique_ptr<HistoryFile> HistoryFile::OpenToWrite(const std::string& path, HistoryOutcome& outcome) {
   if (!FileExists(path)) {
     // The log of a file that somebody took away must not be played back into the new one.
-    for (const char* ending : {"-wal", "-shm", "-journal"}) ::unlink((path + ending).c_str());
+    for (const char* ending : {"-wal", "-shm", "-journal"}) RemoveFile(path + ending);
     if (Outcome created = CreateSettingsFile(path, "history file"); !created && !FileExists(path)) {
       outcome = MayPass(created.Reason());
       return nullptr;
     }
   }
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+  if (const auto found = FindFile(path); !found || !found->isRegular) {
     outcome = MayPass("history file '" + path + "' is not a regular file");
     return nullptr;
   }
@@ -91,11 +86,7 @@ bool HistoryFile::Connect(int flags) {
   if (sqlite3_open_v2(path_.c_str(), &database_, flags, nullptr) != SQLITE_OK) return false;
   sqlite3_extended_result_codes(database_, 1);
   sqlite3_busy_timeout(database_, kPatienceMilliseconds);
-  struct stat info {};
-  if (::stat(path_.c_str(), &info) == 0) {
-    device_ = info.st_dev;
-    inode_ = info.st_ino;
-  }
+  opened_ = FindFile(path_).value_or(FoundFile());
   return Execute("PRAGMA trusted_schema = OFF");
 }
 
@@ -159,14 +150,13 @@ HistoryOutcome HistoryFile::Problem() const {
 }
 
 bool HistoryFile::StillThere() const {
-  struct stat info {};
-  return ::stat(path_.c_str(), &info) == 0 && info.st_dev == device_ && info.st_ino == inode_ &&
-         info.st_size > 0;
+  const auto found = FindFile(path_);
+  return found && found->IsSameAs(opened_) && found->bytes > 0;
 }
 
 std::int64_t HistoryFile::LogBytes() const {
-  struct stat info {};
-  return ::stat((path_ + "-wal").c_str(), &info) == 0 ? info.st_size : 0;
+  const auto found = FindFile(path_ + "-wal");
+  return found ? found->bytes : 0;
 }
 
 // ---- Statements

@@ -1,4 +1,4 @@
-#include "platform/qt/QtSerialPortControl.h"
+#include "platform/qt/posix/QtSerialPortControl.h"
 
 #include <QSerialPort>
 #include <QSerialPortInfo>

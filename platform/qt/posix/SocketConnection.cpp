@@ -1,4 +1,4 @@
-#include "platform/qt/SocketConnection.h"
+#include "platform/qt/posix/SocketConnection.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/posix/DescriptorWatch.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetworkState.h"
 #include "platform/qt/SocketOptions.h"

@@ -1,4 +1,4 @@
-#include "platform/posix/SodiumSecrets.h"
+#include "platform/common/SodiumSecrets.h"
 
 #include <sodium.h>
 

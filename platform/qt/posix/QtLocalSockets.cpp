@@ -1,4 +1,4 @@
-#include "platform/qt/QtLocalSockets.h"
+#include "platform/qt/posix/QtLocalSockets.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/qt/LocalStream.h"
+#include "platform/qt/posix/LocalStream.h"
 
 namespace zeb {
 

@@ -1,4 +1,4 @@
-#include "platform/qt/EpollDispatcher.h"
+#include "platform/qt/posix/EpollDispatcher.h"
 
 #include <sys/epoll.h>
 #include <sys/eventfd.h>

@@ -1,9 +1,9 @@
-#include "platform/posix/SqliteHistoryReader.h"
+#include "platform/common/SqliteHistoryReader.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "platform/posix/HistoryFile.h"
+#include "platform/common/HistoryFile.h"
 
 namespace zeb {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/posix/DescriptorWatch.h"
 
 #include <QSocketNotifier>
 #include <utility>

@@ -7,7 +7,6 @@
 #pragma once
 
 #include <sqlite3.h>
-#include <sys/types.h>
 
 #include <cstdint>
 #include <memory>
@@ -16,6 +15,7 @@
 
 #include "platform/HistoryStore.h"
 #include "platform/Result.h"
+#include "platform/system/SettingsFile.h"
 
 namespace zeb {
 
@@ -48,8 +48,7 @@ class HistoryFile {
 
   std::string path_;
   sqlite3* database_ = nullptr;
-  dev_t device_ = 0;
-  ino_t inode_ = 0;
+  FoundFile opened_;
 };
 
 // A failure of the database in the middle of an operation.
