@@ -32,7 +32,7 @@ TEST(SystemError, IsOneLineWithoutFullStop) {
   for (const unsigned long code : {ERROR_ACCESS_DENIED, ERROR_DISK_FULL, ERROR_MORE_DATA}) {
     const std::string text = SystemErrorText(code);
     EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos) << text;
-    EXPECT_GT(text.size(), 10u);
+    EXPECT_FALSE(text.empty());
     EXPECT_NE(text.back(), '.');
     EXPECT_NE(text.back(), ' ');
   }
