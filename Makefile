@@ -13,6 +13,8 @@
 # make deb                 the Debian packages zeb, zeb-desktop and zeb-doc, in build/deb
 # make try-package         installs them in a clean root under systemd, and tries what can go wrong there (root only)
 # make first-hour          the steps of the manual's start page, from the package to a title on a page (root only)
+# make container           the container image zeb, with podman or docker
+# make try-container       builds it on a clean root, and tries what can go wrong there (root only)
 # make release             what a version is given out as: archive, packages, components, checksums
 # make help                this list
 
@@ -21,7 +23,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour release
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour release container try-container
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -95,3 +97,9 @@ first-hour:
 
 try-package:
 	@scripts/try-package
+
+container:
+	@scripts/container
+
+try-container:
+	@scripts/try-container

@@ -277,6 +277,35 @@ DeclaredOption DeclaredOption::Excludes(DeclaredOption other) const {
   return DeclaredOption(option_->excludes(other.option_));
 }
 
+DeclaredOption DeclaredOption::Takes(const std::string& value) const {
+  return DeclaredOption(option_->type_name(value));
+}
+
+CommandTable TableOf(const CLI::App& command) {
+  CommandTable table{.name = command.get_name(), .help = command.get_description()};
+  for (const CLI::Option* option : command.get_options()) {
+    const std::string kind = option->get_type_name().empty() ? "text" : option->get_type_name();
+    if (option->get_positional()) {
+      table.words.push_back(kind);
+      table.manyWords = option->get_items_expected_max() > 1;
+      continue;
+    }
+    OptionRow row{.value = TakesValue(*option) ? kind : "", .help = option->get_description()};
+    for (const std::string& name : option->get_lnames()) row.names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) row.names.push_back("-" + name);
+    table.options.push_back(std::move(row));
+  }
+  for (const CLI::App* one : CommandsOf(command)) table.commands.push_back(TableOf(*one));
+  return table;
+}
+
+std::string HelpOf(const CLI::App& program, const std::vector<std::string>& path) {
+  const CLI::App* command = &program;
+  for (const std::string& name : path)
+    if (command = FindCommand(*command, name); command == nullptr) return "";
+  return command->help();
+}
+
 std::shared_ptr<CLI::App> MakeProgram(const std::string& name, const std::string& help) {
   auto program = std::make_shared<CLI::App>(help, name);
   program->formatter(std::make_shared<HelpFormatter>());

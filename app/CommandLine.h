@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/CommandTable.h"
 #include "platform/Result.h"
 #include "text/Numbers.h"
 
@@ -29,6 +30,8 @@ class DeclaredOption {
   DeclaredOption Required() const;
   DeclaredOption Check(CheckFunction check) const;
   DeclaredOption Excludes(DeclaredOption other) const;
+  // What its value is, in the words of CommandTable.h; "text" unless told otherwise.
+  DeclaredOption Takes(const std::string& value) const;
 
  private:
   CLI::Option* option_;
@@ -54,6 +57,11 @@ DeclaredOption AddWords(CLI::App& command, const std::string& name, const std::s
 
 // From here on the words of the command that are no options of it are what they seem, also "-x".
 void TakeUnknownOptionsAsWords(CLI::App& command);
+
+// What has been declared.
+CommandTable TableOf(const CLI::App& command);
+// The help of the command that `path` leads to; "" where it leads to none.
+std::string HelpOf(const CLI::App& program, const std::vector<std::string>& path);
 
 // For DeclaredOption::Check.
 std::string CheckNotEmpty(const std::string& text);

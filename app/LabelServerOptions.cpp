@@ -6,17 +6,30 @@
 
 namespace zeb {
 
-Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words) {
-  const auto owned =
-      MakeProgram("zeb-labelserver", "takes DAB labels and writes them to files for a PAD encoder");
+namespace {
+
+std::shared_ptr<CLI::App> MakeLabelServer() {
+  auto owned = MakeProgram("zeb-labelserver", "takes DAB labels and writes them to files for a PAD encoder");
   CLI::App& program = *owned;
   AddValue(program, "--config", "FILE.ini", "one section a service: [name], Password=..., FileName=...")
       .Required()
-      .Check(CheckNotEmpty);
+      .Check(CheckNotEmpty)
+      .Takes("file");
   AddValue(program, "--port", "N", "the TCP port (4000); 0 takes a free one").Check(CheckPortOrNone);
   AddValue(program, "--address", "A", "the address to listen on (127.0.0.1)");
   SetFooter(program, "Exit status: 0 ended by SIGTERM or SIGINT, 1 cannot start, 2 wrong usage.");
+  return owned;
+}
 
+}  // namespace
+
+CommandTable LabelServerTable() {
+  return TableOf(*MakeLabelServer());
+}
+
+Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words) {
+  const auto owned = MakeLabelServer();
+  CLI::App& program = *owned;
   Result<std::string> read = ReadCommandLine(program, words);
   if (!read) return read.AsFailure();
   LabelServerOptions options;

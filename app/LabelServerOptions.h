@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CommandTable.h"
 #include "platform/Result.h"
 
 namespace zeb {
@@ -19,5 +20,6 @@ struct LabelServerOptions {
 // Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's
 // name.
 Result<LabelServerOptions> ReadLabelServerOptions(const std::vector<std::string>& words);
+CommandTable LabelServerTable();
 
 }  // namespace zeb

@@ -20,10 +20,10 @@ std::string CheckNumber(const std::string& text) {
   return WholeNumber<int>(text).value_or(0) > 0 ? "" : "takes the number of a service, not '" + text + "'";
 }
 
-std::string TypeNames() {
+std::string TypeNames(std::string_view between = ", ") {
   std::string names;
   for (const OutputType type : kOutputTypesOffered)
-    names.append(names.empty() ? "" : ", ").append(NameOf(type));
+    names.append(names.empty() ? "" : between).append(NameOf(type));
   return names;
 }
 
@@ -64,26 +64,26 @@ void DeclareServices(CLI::App& program) {
   AddWords(add, "SETTING=VALUE", "settings, TolvanTCPControlPort=1 for instance").Check(CheckPair);
   CLI::App& remove =
       AddCommand(service, "remove", "a service and its outputs; later ones move down a number");
-  AddWord(remove, "N", "its number").Required().Check(CheckNumber);
+  AddWord(remove, "N", "its number").Required().Check(CheckNumber).Takes("service");
   CLI::App& rename = AddCommand(service, "rename", "give a service another name");
-  AddWord(rename, "N", "its number").Required().Check(CheckNumber);
+  AddWord(rename, "N", "its number").Required().Check(CheckNumber).Takes("service");
   AddWord(rename, "NAME", "its new name").Required().Check(CheckNotEmpty);
 }
 
 void DeclareOutputs(CLI::App& program) {
   CLI::App& output = AddGroup(program, "output", "the outputs of a service");
   CLI::App& list = AddCommand(output, "list", "the outputs of a service");
-  AddWord(list, "N", "the service's number").Required().Check(CheckNumber);
+  AddWord(list, "N", "the service's number").Required().Check(CheckNumber).Takes("service");
   AddFlag(list, "--json", "as JSON");
   CLI::App& add = AddCommand(output, "add", "a new output; prints its name");
-  AddWord(add, "N", "the service's number").Required().Check(CheckNumber);
-  AddWord(add, "TYPE", TypeNames()).Required().Check(CheckType);
+  AddWord(add, "N", "the service's number").Required().Check(CheckNumber).Takes("service");
+  AddWord(add, "TYPE", TypeNames()).Required().Check(CheckType).Takes("=" + TypeNames(" "));
   AddWords(add, "SETTING=VALUE",
            "settings without the output's number, DestinationFileName1=/srv/now.html for instance")
       .Check(CheckPair);
   CLI::App& remove = AddCommand(output, "remove", "an output; later ones of its type move down a number");
-  AddWord(remove, "N", "the service's number").Required().Check(CheckNumber);
-  AddWord(remove, "OUTPUT", "File1 for instance").Required().Check(CheckOutput);
+  AddWord(remove, "N", "the service's number").Required().Check(CheckNumber).Takes("service");
+  AddWord(remove, "OUTPUT", "File1 for instance").Required().Check(CheckOutput).Takes("output");
 }
 
 StationOptions StationOf(const CLI::App& command, const std::string& group) {
@@ -120,7 +120,7 @@ void DeclareSetup(CLI::App& program) {
   CLI::App& setup =
       AddCommand(program, "setup", "set a station up: asks, tries each answer, stores all at once");
   for (const SetupOption& option : SetupOptionList())
-    AddValue(setup, std::string("--") + option.name, option.value, option.help);
+    AddValue(setup, std::string("--") + option.name, option.value, option.help).Takes(option.takes);
   AddFlag(setup, "--yes", "store without asking whether to");
   AddFlag(setup, "--keep", "also outputs that cannot be reached now");
   SetFooter(setup,
@@ -147,18 +147,20 @@ void DeclarePublisherCommands(CLI::App& program) {
   SetFooter(status, "Exit status: 0 all is well, 1 something fails, 3 zebd does not run.");
   AddWord(AddCommand(program, "update", "the outputs show what is on air once more"), "SERVICE",
           "the service's number; all services without one")
-      .Check(CheckNumber);
+      .Check(CheckNumber)
+      .Takes("service");
   CLI::App& dashboard = AddCommand(program, "dashboard", "the web page of the publisher");
   RequireCommand(dashboard);
   AddCommand(dashboard, "password", "set the password: asked for twice, or a line of standard input");
   CLI::App& test = AddCommand(program, "test", "one attempt of an output at its server or files");
-  AddWord(test, "SERVICE", "the service's number").Required().Check(CheckNumber);
-  AddWord(test, "OUTPUT", "File1 for instance").Required().Check(CheckOutput);
+  AddWord(test, "SERVICE", "the service's number").Required().Check(CheckNumber).Takes("service");
+  AddWord(test, "OUTPUT", "File1 for instance").Required().Check(CheckOutput).Takes("output");
   SetFooter(test, "Nothing is published. Exit status: 0 all is well, 1 a step failed.");
   CLI::App& support = AddCommand(program, "support", "a zip file with what somebody needs to see who helps");
   AddWord(support, "FILE.zip", "the file to be written, or the folder for it")
       .Required()
-      .Check(CheckNotEmpty);
+      .Check(CheckNotEmpty)
+      .Takes("file");
   AddValue(support, "--reason", "TEXT", "what help is needed with");
   AddValue(support, "--reference", "TEXT", "what the helper calls it");
   AddFlag(support, "--templates", "with the template files");

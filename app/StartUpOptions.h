@@ -9,6 +9,13 @@
 
 namespace zeb {
 
+// Where the data folder is looked for when nobody names it, for helps.
+#ifdef _WIN32
+#define ZEB_USUAL_DATA_FOLDERS "%ZEB_HOME%, %ProgramData%\\ZEB, %LOCALAPPDATA%\\ZEB"
+#else
+#define ZEB_USUAL_DATA_FOLDERS "$ZEB_HOME, /var/lib/zeb, ~/.local/share/zeb"
+#endif
+
 struct StartUpOptions {
   bool preserveTempFiles = false;
   bool minimised = false;

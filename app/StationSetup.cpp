@@ -333,9 +333,10 @@ class StationSetup {
 const std::vector<SetupOption>& SetupOptionList() {
   static const std::vector<SetupOption> list = {
       {"name", "NAME", "the station's name"},
-      {"playout", "WORD", "where its titles come from: link, dallet50, dallet51 or text"},
-      {"file", "FILE", "the file that the playout system writes"},
-      {"web-folder", "DIR", "pages into the folder of a web server on this machine"},
+      {"playout", "WORD", "where its titles come from: link, dallet50, dallet51 or text",
+       "=link dallet50 dallet51 text"},
+      {"file", "FILE", "the file that the playout system writes", "file"},
+      {"web-folder", "DIR", "pages into the folder of a web server on this machine", "folder"},
       {"ftp", "SERVER", "pages to a web server elsewhere"},
       {"ftp-user", "NAME", "its user name"},
       {"ftp-password", "WORD", "its password"},
@@ -345,7 +346,7 @@ const std::vector<SetupOption>& SetupOptionList() {
       {"icecast-password", "WORD", "its source password"},
       {"shoutcast", "SERVER", "titles of a SHOUTcast stream"},
       {"shoutcast-password", "WORD", "its password"},
-      {"rds", "DEVICE", "an RDS encoder: /dev/ttyS0, tcp:NAME:PORT"},
+      {"rds", "DEVICE", "an RDS encoder: /dev/ttyS0, tcp:NAME:PORT", "file"},
       {"dab", "SERVER", "DAB labels by a label server"},
       {"dab-service", "NAME", "the service's name there"},
       {"dab-password", "WORD", "its password"},

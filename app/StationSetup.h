@@ -23,9 +23,10 @@ struct SetupOptions {
   bool keep = false;                         // also outputs whose test failed
 };
 
-// An answer's option, its value in help texts, and what it is.
+// An answer's option, its value in help texts, and what it is; what it takes (CommandTable.h).
 struct SetupOption {
   const char *name, *value, *help;
+  const char* takes = "text";
 };
 extern const std::vector<SetupOption>& SetupOptionList();
 

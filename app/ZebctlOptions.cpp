@@ -8,7 +8,11 @@
 #include <string_view>
 #include <utility>
 
+#include "app/StartUpOptions.h"
 #include "app/CommandLine.h"
+#include "app/CompletionScript.h"
+#include "app/HelpTopics.h"
+#include "app/LabelServerOptions.h"
 #include "app/PublisherOptions.h"
 #include "app/SetCommand.h"
 #include "text/MomentText.h"
@@ -73,6 +77,16 @@ std::string CheckEscape(const std::string& text) {
   return EscapeChoiceByName(text) && !text.empty() ? "" : "takes html, xml, json or auto, not '" + text + "'";
 }
 
+std::string EscapeWords() {
+  std::string words = "=";
+  for (const std::string_view word : kEscapeWords) words.append(words == "=" ? "" : " ").append(word);
+  return words;
+}
+
+std::string CheckShell(const std::string& text) {
+  return text == "bash" || text == "zsh" ? "" : "takes bash or zsh, not '" + text + "'";
+}
+
 std::string CheckService(const std::string& text) {
   return WholeNumber<int>(text).value_or(0) > 0 ? "" : "takes the number of a service, not '" + text + "'";
 }
@@ -110,7 +124,8 @@ void DeclareSettings(CLI::App& program) {
   AddWord(remove, "NAME", "the value's name");
   AddWord(AddCommand(settings, "import", "take over a file, all of it or nothing"), "FILE.reg",
           "a registry file")
-      .Required();
+      .Required()
+      .Takes("file");
   AddWord(AddCommand(settings, "export", "a registry file on standard output"), "KEY", kKey);
 }
 
@@ -131,7 +146,9 @@ void DeclareSend(CLI::App& program) {
 }
 
 void DeclareWay(CLI::App& command) {
-  AddValue(command, "--service", "N", "service N of the zebd on this machine (1)").Check(CheckService);
+  AddValue(command, "--service", "N", "service N of the zebd on this machine (1)")
+      .Check(CheckService)
+      .Takes("service");
   DeclareConnection(command, "--controller");
 }
 
@@ -139,7 +156,8 @@ void DeclareItem(CLI::App& command) {
   AddValue(command, "--title", "T", "its title");
   AddValue(command, "--artist", "A", "its artist");
   AddValue(command, "--type", "TYPE", "song (unless told otherwise), link, spot, other or a number")
-      .Check(CheckType);
+      .Check(CheckType)
+      .Takes("=song link spot other");
   AddValue(command, "--cart", "N", "a cart: what is not given here comes from there").Check(CheckCart);
   AddValue(command, "--notes", "T", "notes");
   DeclareWay(command);
@@ -152,7 +170,10 @@ void DeclareSet(CLI::App& program) {
   DeclareItem(AddCommand(set, "previous", "the item before the one on air"));
   DeclareItem(AddCommand(set, "coming", "the item that is announced"));
   CLI::App& promote = AddCommand(set, "promote", "make the next or coming item the current one");
-  AddWord(promote, "next|coming", "which item; the options change it").Required().Check(CheckPromotion);
+  AddWord(promote, "next|coming", "which item; the options change it")
+      .Required()
+      .Check(CheckPromotion)
+      .Takes("=next coming");
   DeclareItem(promote);
   CLI::App& presenter = AddCommand(set, "presenter", "who presents");
   AddValue(presenter, "--name", "N", "the presenter's full name");
@@ -170,24 +191,27 @@ void DeclareExpansion(CLI::App& command) {
   AddValue(command, "--simple-text", "T", "the template behind <ZEB_SIMPLETEXT>");
   AddFlag(command, "--url-encode", "values URL-encoded, as in HTTP requests").Excludes(page);
   AddValue(command, "--escape", "WORD", "values as html, xml, json or (by the template) auto takes them")
-      .Check(CheckEscape);
+      .Check(CheckEscape)
+      .Takes(EscapeWords());
 }
 
 void DeclareExpand(CLI::App& program) {
   CLI::App& expand = AddCommand(program, "expand", "what a template gives, without any output");
-  AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one");
-  AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded");
+  AddWord(expand, "TEMPLATE-FILE", "the template; standard input without one").Takes("file");
+  AddValue(expand, "--messages", "FILE", "lines as for send, taken in before the template is expanded")
+      .Takes("file");
   DeclareExpansion(expand);
   AddFlag(expand, "--list-files", "the files that the text refers to, on standard error");
   AddValue(expand, "--now", "MOMENT", "the moment that tags see: \"YYYY-MM-DD hh:mm:ss\"").Check(CheckMoment);
-  AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService);
+  AddValue(expand, "--service", "N", "with the settings of service N").Check(CheckService).Takes("service");
 }
 
 void DeclareLint(CLI::App& program) {
   CLI::App& lint = AddCommand(program, "lint", "what would surprise in templates, with line and column");
-  AddWords(lint, "TEMPLATE-FILE", "the templates").Required();
+  AddWords(lint, "TEMPLATE-FILE", "the templates").Required().Takes("file");
   AddValue(lint, "--escape", "WORD", "what EscapeValues of the page is set to: html, xml, json or auto")
-      .Check(CheckEscape);
+      .Check(CheckEscape)
+      .Takes(EscapeWords());
   AddValue(lint, "--as", "NAME", "what the page is called, when its ending is another: now.json");
   AddFlag(lint, "--json", "as JSON");
   SetFooter(lint, "Exit status: 0 nothing found, 1 something found, 2 wrong usage.");
@@ -208,26 +232,40 @@ void DeclareSpan(CLI::App& command) {
 
 void DeclareHistory(CLI::App& program) {
   CLI::App& history = AddCommand(program, "history", "what was on air, and what each output showed");
-  AddValue(history, "--service", "N", "of service N only").Check(CheckService);
+  AddValue(history, "--service", "N", "of service N only").Check(CheckService).Takes("service");
   const DeclaredOption output =
       AddValue(history, "--output", "OUTPUT", "what one output showed, File2 for instance")
-          .Check(CheckOutput);
+          .Check(CheckOutput)
+          .Takes("output");
   DeclareSpan(history);
   AddFlag(history, "--songs", "the songs that were played, for music reporting").Excludes(output);
   const DeclaredOption csv = AddFlag(history, "--csv", "as comma-separated values");
   AddFlag(history, "--json", "as a JSON list of objects").Excludes(csv);
 
   CLI::App& why = AddCommand(program, "why", "what an output showed at a moment, and why");
-  AddWord(why, "SERVICE", "the service's number").Required().Check(CheckService);
-  AddWord(why, "OUTPUT", "the output, File2 for instance").Required().Check(CheckOutput);
+  AddWord(why, "SERVICE", "the service's number").Required().Check(CheckService).Takes("service");
+  AddWord(why, "OUTPUT", "the output, File2 for instance").Required().Check(CheckOutput).Takes("output");
   AddWord(why, "MOMENT", "\"YYYY-MM-DD hh:mm[:ss]\" or RFC 3339").Required().Check(CheckWrittenMoment);
   AddFlag(why, "--full", "long templates in full");
 
   CLI::App& replay = AddCommand(program, "replay", "what a template would have shown");
-  AddValue(replay, "--service", "N", "the service's number").Required().Check(CheckService);
-  AddValue(replay, "--template", "FILE", "the template; - for standard input").Required();
+  AddValue(replay, "--service", "N", "the service's number").Required().Check(CheckService).Takes("service");
+  AddValue(replay, "--template", "FILE", "the template; - for standard input").Required().Takes("file");
   DeclareSpan(replay);
   DeclareExpansion(replay);
+}
+
+void DeclareHelp(CLI::App& program) {
+  CLI::App& completion =
+      AddCommand(program, "completion", "what a shell needs to complete commands and options");
+  AddWord(completion, "SHELL", "bash or zsh")
+      .Required()
+      .Check(CheckShell)
+      .Takes(std::string("=") + kCompletionShells);
+  SetFooter(completion, "For this shell alone: source <(zebctl completion bash)");
+  AddWords(AddCommand(program, "help", "this text, or that of a command; `tags`: what templates can name"),
+           "TOPIC", "a command such as `set current`, or tags")
+      .Takes(HelpTopicWords(TableOf(program)));
 }
 
 Result<SettingsOptions> SettingsOf(const CLI::App& command) {
@@ -386,22 +424,13 @@ Outcome TakeCommand(ZebctlOptions& options, const CLI::App& command) {
   return Take(options, Result<SendOptions>(std::move(send)));
 }
 
-// `zebctl help set` is `zebctl set --help`.
-std::vector<std::string> WithHelpBehind(std::vector<std::string> words) {
-  if (words.empty() || words.front() != "help") return words;
-  words.erase(words.begin());
-  words.push_back("--help");
-  return words;
-}
-
-}  // namespace
-
-Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
-  const auto owned = MakeProgram("zebctl", "settings, messages, template previews and history for ZEB");
+std::shared_ptr<CLI::App> MakeZebctl() {
+  auto owned = MakeProgram("zebctl", "settings, messages, template previews and history for ZEB");
   CLI::App& program = *owned;
   RequireCommand(program);
-  AddValue(program, "--home", "DIR", "the data folder, else $ZEB_HOME, /var/lib/zeb or ~/.local/share/zeb")
-      .Check(CheckNotEmpty);
+  AddValue(program, "--home", "DIR", "the data folder, else " ZEB_USUAL_DATA_FOLDERS)
+      .Check(CheckNotEmpty)
+      .Takes("folder");
   DeclareSettings(program);
   DeclareSend(program);
   DeclareSet(program);
@@ -409,17 +438,39 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   DeclareLint(program);
   DeclarePublisherCommands(program);
   DeclareHistory(program);
+  DeclareHelp(program);
   SetFooter(program, std::string("`zebctl COMMAND --help` tells more of each command.\n") + kExitStatus);
+  return owned;
+}
 
-  Result<std::string> read = ReadCommandLine(program, WithHelpBehind(words));
+}  // namespace
+
+Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
+  const auto owned = MakeZebctl();
+  CLI::App& program = *owned;
+  Result<std::string> read = ReadCommandLine(program, words);
   if (!read) return Failure{read.Reason()};
   ZebctlOptions options;
   options.textToShow = std::move(read.Value());
   if (!options.textToShow.empty()) return options;
+  const CLI::App& command = GivenCommand(program);
+  if (NameOf(command) == "completion") {
+    options.textToShow = CompletionScript(ValueOf(command, "SHELL"), {TableOf(program), LabelServerTable()});
+    return options;
+  }
+  if (NameOf(command) == "help") {
+    Result<std::string> help = HelpOn(*MakeZebctl(), WordsOf(command, "TOPIC"));
+    if (!help) return help.AsFailure();
+    options.textToShow = std::move(help.Value());
+    return options;
+  }
   options.home = ValueOf(program, "--home");
-  if (const Outcome taken = TakeCommand(options, GivenCommand(program)); !taken)
-    return Failure{taken.Reason()};
+  if (const Outcome taken = TakeCommand(options, command); !taken) return Failure{taken.Reason()};
   return options;
+}
+
+CommandTable ZebctlTable() {
+  return TableOf(*MakeZebctl());
 }
 
 }  // namespace zeb

@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "app/CommandTable.h"
 #include "app/ExpandCommand.h"
 #include "app/HistoryCommands.h"
 #include "app/LintCommand.h"
@@ -17,7 +18,7 @@ namespace zeb {
 
 struct ZebctlOptions {
   std::string home;        // --home; "" when it is not given
-  std::string textToShow;  // not empty: --help or --version, no command
+  std::string textToShow;  // not empty: --help, --version and the like, nothing else
   std::variant<SettingsOptions, SendOptions, ExpandOptions, PublisherOptions, HistoryOptions, LintOptions>
       command;
 };
@@ -25,5 +26,6 @@ struct ZebctlOptions {
 // Fails on wrong usage with one line that names the word at fault. `words` are those behind the program's
 // name.
 Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words);
+CommandTable ZebctlTable();
 
 }  // namespace zeb

@@ -30,7 +30,7 @@ constexpr char kHelp[] =
     "\n"
     "  zeb [--home DIR] [options]\n"
     "\n"
-    "  --home DIR            the data folder (else $ZEB_HOME, /var/lib/zeb, ~/.local/share/zeb)\n"
+    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS ")\n"
     "  --version, --help\n"
     "  /MINIMISED            starts minimised\n"
     "  /SILENT               no splash and no message boxes: they are lines in the journal\n"
@@ -120,7 +120,7 @@ int Publish(ThreadedLineWriter& journal, const std::string& name, StartUpOptions
 }
 
 int Run(ThreadedLineWriter& journal, int argc, char** argv) {
-  std::vector<std::string> arguments(argv + 1, argv + argc);
+  std::vector<std::string> arguments = ProgramArguments(argc, argv);
   std::string screenshots = TakeScreenshotFolder(arguments);
   Result<StartUpOptions> options = ReadStartUpOptions(arguments);
   if (!options) return Fail(journal, options.Reason() + " (zeb --help)");

@@ -363,7 +363,7 @@ int History(const HistoryOptions& options, const std::string& folder) {
 
 int Run(int argc, char** argv) {
   UsePlainStreams();
-  const Result<ZebctlOptions> read = ReadZebctlOptions({argv + 1, argv + argc});
+  const Result<ZebctlOptions> read = ReadZebctlOptions(ProgramArguments(argc, argv));
   if (!read) return WrongUsage(read.Reason());
   const ZebctlOptions& options = read.Value();
   if (!options.textToShow.empty()) {

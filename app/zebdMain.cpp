@@ -4,10 +4,12 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "app/StartUpOptions.h"
 #include "platform/ThreadedLineWriter.h"
 #include "platform/system/DataFolder.h"
+#include "platform/system/Process.h"
 #include "platform/system/ServiceManager.h"
 #include "platform/system/StandardError.h"
 #include "platform/system/SystemLocale.h"
@@ -25,7 +27,7 @@ constexpr char kHelp[] =
     "\n"
     "  zebd [--home DIR] [options]\n"
     "\n"
-    "  --home DIR            the data folder (else $ZEB_HOME, /var/lib/zeb, ~/.local/share/zeb)\n"
+    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS ")\n"
     "  --version, --help\n"
     "  /IMPORT=FILE          import a .reg file before the services are loaded\n"
     "  /DEBUG[=WORD]         debug log, also on standard error: NORMAL, MEDIUM, MAX, FULL, NONE, OFF\n"
@@ -33,9 +35,18 @@ constexpr char kHelp[] =
     "  /NOPREVCHECK          do not check whether another zebd runs on the data folder\n"
     "  /SILENT, /SCHEDULE, /MINIMISED   for the desktop program; taken and without effect here\n"
     "\n"
+#ifdef _WIN32
+    "  --install-service     has Windows start zebd with the machine, with the options that follow; asks an\n"
+    "                        administrator's rights\n"
+    "  --remove-service      takes that back\n"
+    "\n"
+    "Ctrl+C ends zebd within five seconds, a second one at once. Exit status: 0 ended on request,\n"
+    "1 cannot start, 3 another zebd runs on the data folder.\n";
+#else
     "SIGHUP reads the settings again; SIGTERM and SIGINT end zebd within five seconds, a "
     "second\n"
     "one at once. Exit status: 0 ended on request, 1 cannot start, 3 another zebd runs on the data folder.\n";
+#endif
 
 int Fail(LineWriter& journal, const std::string& reason) {
   journal.Write({"", "", "zebd: " + reason});
@@ -51,7 +62,11 @@ Timer TellServiceManager(EventLoop& loop) {
 }
 
 int Run(ThreadedLineWriter& journal, int argc, char** argv) {
-  Result<StartUpOptions> options = ReadStartUpOptions({argv + 1, argv + argc});
+  UsePlainStreams();
+  std::vector<std::string> arguments = ProgramArguments(argc, argv);
+  const auto stop = [] { return TellProgram(ProgramSignal::kStop); };
+  if (const auto status = DoServiceCommand("zebd", arguments, stop, std::cout, std::cerr)) return *status;
+  Result<StartUpOptions> options = ReadStartUpOptions(arguments);
   if (!options) return Fail(journal, options.Reason() + " (zebd --help)");
   if (options.Value().showHelp)
     std::cout << kHelp;

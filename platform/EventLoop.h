@@ -22,6 +22,8 @@
 
 #include "platform/Time.h"
 
+#undef Yield  // windows.h makes a macro of it
+
 namespace zeb {
 
 class TaskScheduler;

@@ -1,7 +1,11 @@
 #include "platform/TaskScheduler.h"
 
 #include <cxxabi.h>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
+#include <cstdint>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
@@ -26,6 +30,29 @@ std::string DescribeCurrentException() {
     return "unknown exception";
   }
 }
+
+#ifdef _WIN32
+// The thread's list of exception handlers, whose last entry lies on the loop's stack. While a task runs, the
+// list is empty: an entry off the present stack is taken for a broken list, and the first exception would end
+// the program.
+class EmptyExceptionList {
+ public:
+  EmptyExceptionList() { List() = reinterpret_cast<decltype(NT_TIB::ExceptionList)>(~std::uintptr_t{0}); }
+  ~EmptyExceptionList() { List() = kept_; }
+  EmptyExceptionList(const EmptyExceptionList&) = delete;
+  EmptyExceptionList& operator=(const EmptyExceptionList&) = delete;
+
+ private:
+  static decltype(NT_TIB::ExceptionList)& List() {
+    return reinterpret_cast<NT_TIB*>(NtCurrentTeb())->ExceptionList;
+  }
+  decltype(NT_TIB::ExceptionList) kept_ = List();
+};
+#else
+struct EmptyExceptionList {
+  EmptyExceptionList() {}  // not trivial, so that nobody calls it unused
+};
+#endif
 
 }  // namespace
 
@@ -123,6 +150,7 @@ void TaskScheduler::Resume(Task& task) {
 
 void TaskScheduler::Enter(Task& task) {
   if (!task.begun && !MakeFiber(task)) return;
+  const EmptyExceptionList exceptionList;
   auto& exceptions = *reinterpret_cast<ExceptionState*>(abi::__cxa_get_globals());
   const ExceptionState ours = std::exchange(exceptions, task.exceptions);
   running_ = &task;

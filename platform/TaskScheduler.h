@@ -17,6 +17,8 @@
 #include "platform/EventLoop.h"
 #include "platform/TaskStacks.h"
 
+#undef Yield  // windows.h, which Boost includes, makes a macro of it
+
 namespace zeb {
 
 class TaskScheduler {

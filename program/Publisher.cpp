@@ -8,6 +8,7 @@
 #include "platform/system/LocalZone.h"
 #include "platform/system/Process.h"
 #include "platform/system/SettingsStore.h"
+#include "platform/system/ServiceManager.h"
 #include "platform/system/SingleInstance.h"
 #include "platform/common/SodiumSecrets.h"
 #include "platform/common/SqliteHistory.h"
@@ -63,6 +64,7 @@ void Publisher::EndAtOnce(int status) {
   if (room_ != nullptr) room_->Close();
   log_.reset();
   journal_.Flush(ThreadedLineWriter::kGrace);
+  NotifyServiceManager("EXIT_STATUS=" + std::to_string(status));
   std::_Exit(status);
 }
 

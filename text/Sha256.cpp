@@ -1,13 +1,24 @@
 #include "text/Sha256.h"
 
+// Where OpenSSL is not at hand, the library that hashes passwords does it, more slowly.
+#ifdef _WIN32
+#include <sodium.h>
+#else
 #include <openssl/sha.h>
+#endif
 
 namespace zeb {
 
 std::string Sha256(std::string_view bytes) {
-  std::string digest(SHA256_DIGEST_LENGTH, '\0');
-  SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
-         reinterpret_cast<unsigned char*>(digest.data()));
+  constexpr std::size_t kDigestBytes = 32;
+  std::string digest(kDigestBytes, '\0');
+  const auto* const from = reinterpret_cast<const unsigned char*>(bytes.data());
+  auto* const to = reinterpret_cast<unsigned char*>(digest.data());
+#ifdef _WIN32
+  crypto_hash_sha256(to, from, bytes.size());
+#else
+  SHA256(from, bytes.size(), to);
+#endif
   return digest;
 }
 

@@ -19,6 +19,10 @@ void RaiseDescriptorLimit() {
 
 }  // namespace
 
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+  return {argv + 1, argv + argc};
+}
+
 void PrepareSystem() {
   std::signal(SIGPIPE, SIG_IGN);
   RaiseDescriptorLimit();

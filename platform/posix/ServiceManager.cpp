@@ -46,4 +46,9 @@ std::chrono::microseconds WatchdogInterval() {
   return std::chrono::microseconds(interval > 0 ? interval : 0);
 }
 
+std::optional<int> DoServiceCommand(const std::string&, std::vector<std::string>&, bool (*)(), std::ostream&,
+                                    std::ostream&) {
+  return std::nullopt;
+}
+
 }  // namespace zeb

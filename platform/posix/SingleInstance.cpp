@@ -32,7 +32,7 @@ Result<std::unique_ptr<SingleInstance>> SingleInstance::Claim(const std::string&
 }
 
 SingleInstance::~SingleInstance() {
-  ::close(descriptor_);
+  ::close(static_cast<int>(file_));
 }
 
 }  // namespace zeb

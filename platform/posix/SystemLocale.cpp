@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/posix/StrftimePatterns.h"
 #include "text/Encodings.h"
 #include "text/LetterCase.h"
 

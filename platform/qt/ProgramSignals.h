@@ -13,6 +13,9 @@ namespace zeb {
 
 enum class ProgramSignal : unsigned char { kStop, kInterrupt, kReload };
 
+// As if the system had asked it, from any thread. False when nobody listens (yet).
+bool TellProgram(ProgramSignal signal);
+
 class ProgramSignals {
  public:
   // `onSignal` is called on the loop's thread. Throws std::runtime_error when the system refuses.

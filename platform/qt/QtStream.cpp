@@ -92,6 +92,14 @@ void QtStream::Connect(const std::string& host, std::uint16_t port, Security sec
   TryNextAddress();
 }
 
+void QtStream::TakeAccepted() {
+  target_ = socket_->peerAddress().toString().toStdString() + ":" + std::to_string(socket_->peerPort());
+  connected_ = true;
+  TuneSocket(static_cast<int>(socket_->socketDescriptor()));
+  if (socket_->state() != QAbstractSocket::ConnectedState) return End("");
+  PostPump();
+}
+
 bool QtStream::TakePlace() {
   hasPlace_ = shared_->budget.AllowsClient();
   if (hasPlace_) shared_->budget.Take(1);

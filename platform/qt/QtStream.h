@@ -49,6 +49,9 @@ class QtStream : public std::enable_shared_from_this<QtStream> {
   enum class Security { kNone, kTls };
   void Connect(const std::string& host, std::uint16_t port, Security security);
 
+  // Of a socket that somebody has connected to: bytes come from the next turn of the loop on.
+  void TakeAccepted();
+
   bool Resolving() const { return resolving_; }
   void Send(std::string_view bytes);
   std::size_t Unsent() const;

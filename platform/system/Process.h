@@ -3,8 +3,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zeb {
+
+// What the program was started with, without its own name, as UTF-8.
+std::vector<std::string> ProgramArguments(int argc, char** argv);
 
 // A peer that went away (a journal, a server) is no reason to end; and as many connections and files may be
 // open as the system lets this process have.

@@ -4,6 +4,7 @@
 // process, however that ends, so a file left behind by a killed process is no obstacle.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -20,8 +21,8 @@ class SingleInstance {
   SingleInstance& operator=(const SingleInstance&) = delete;
 
  private:
-  explicit SingleInstance(int descriptor) : descriptor_(descriptor) {}
-  int descriptor_;
+  explicit SingleInstance(std::intptr_t file) : file_(file) {}
+  std::intptr_t file_;  // as the system names an open one
 };
 
 }  // namespace zeb

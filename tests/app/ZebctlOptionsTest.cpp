@@ -174,7 +174,7 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
         "support, "
         "service, "
         "output, "
-        "history, why or replay (zebctl --help)"},
+        "history, why, replay, completion or help (zebctl --help)"},
        {{"--home"}, "--home needs a value (zebctl --help)"},
        {{"--loud", "send"}, "there is no option '--loud' (zebctl send --help)"},
        {{"publish", "--now"}, "there is no option '--now' (zebctl --help)"},
@@ -226,6 +226,10 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
        {{"set", "current", "--type", "tune"}, "--type " + type + "'tune' (zebctl set current --help)"},
        {{"set", "current", "--cart", "-1"}, "--cart takes a number, not '-1' (zebctl set current --help)"},
        {{"set", "show", "--title", "x"}, "set show needs --reference (zebctl set show --help)"},
+       {{"help", "set", "nope"},
+        "there is no help on 'set nope', but on settings, send, set, expand, lint, setup, status, update, "
+        "dashboard, test, support, service, output, history, why, replay, completion, help, tags"},
+       {{"completion", "fish"}, "SHELL takes bash or zsh, not 'fish' (zebctl completion --help)"},
        {{"expand", "a", "b"}, "expand has no use for 'b' (zebctl expand --help)"},
        {{"expand", "--page=no"}, "--page takes no value (zebctl expand --help)"},
        {{"expand", "--page", "--url-encode"}, "--page does not go with --url-encode (zebctl expand --help)"},
@@ -235,6 +239,27 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
         "--now takes a moment \"YYYY-MM-DD hh:mm:ss\", not '2026-02-30 00:00:00' (zebctl expand --help)"},
        {{"expand", "--service", "0"},
         "--service takes the number of a service, not '0' (zebctl expand --help)"}});
+}
+
+void ExpectHelp(const CommandTable& command, const Words& path) {
+  for (const CommandTable& one : command.commands) {
+    Words asked = path, withOption(path.begin() + 1, path.end());
+    for (Words* words : {&asked, &withOption}) words->push_back(one.name);
+    withOption.push_back("--help");
+    const auto help = ReadZebctlOptions(asked);
+    ASSERT_TRUE(help) << help.Reason();
+    EXPECT_EQ(help.Value().textToShow, ReadZebctlOptions(withOption).Value().textToShow);
+    for (const OptionRow& option : one.options)
+      EXPECT_NE(help.Value().textToShow.find(option.names.front()), std::string::npos) << one.name;
+    ExpectHelp(one, asked);
+  }
+}
+
+TEST(ZebctlOptions, HelpOfEachCommandIsThatOfItsOwnOption) {
+  ExpectHelp(ZebctlTable(), {"help"});
+  EXPECT_EQ(ReadZebctlOptions({"help"}).Value().textToShow, ReadZebctlOptions({"--help"}).Value().textToShow);
+  EXPECT_NE(ReadZebctlOptions({"help", "tags"}).Value().textToShow.find("  <ZEB_NOW_ItemName>\n"),
+            std::string::npos);
 }
 
 TEST(ZebctlOptions, HelpNamesEverythingInLinesOfEightyColumns) {

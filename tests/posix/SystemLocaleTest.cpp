@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "platform/posix/StrftimePatterns.h"
 #include "platform/system/SystemLocale.h"
 
 namespace zeb {

@@ -32,6 +32,11 @@ extern "C" void PassOn(int number) {
 
 }  // namespace
 
+bool TellProgram(ProgramSignal signal) {
+  const auto byte = static_cast<unsigned char>(signal);
+  return writeEnd >= 0 && write(writeEnd, &byte, 1) == 1;
+}
+
 struct ProgramSignals::State {
   std::array<int, 2> pipe{-1, -1};
   std::array<struct sigaction, kSignals.size()> former{};
