@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "platform/windows/WideText.h"
+#include "text/OneLine.h"
 
 namespace zeb {
 namespace {
@@ -34,8 +34,7 @@ constexpr Known kKnown[] = {
 };
 
 std::string OneLineOf(std::wstring_view words) {
-  std::string text = Narrow(words);
-  std::replace_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+  std::string text = OneLine(Narrow(words));
   text.erase(text.find_last_not_of(". ") + 1);
   return text;
 }
