@@ -62,7 +62,8 @@ class SerialPortControl : public Control {
   };
   virtual void SetLine(Line line) = 0;
 
-  // Closes first what is open. A device on the network may still be Opening when this returns a success.
+  // Closes first what is open. A device on the network, or one whose driver takes its time, may still be
+  // Opening when this returns a success.
   virtual Outcome Open() = 0;
   virtual void Close() = 0;  // drops what has not gone out
   virtual bool PortOpen() const = 0;

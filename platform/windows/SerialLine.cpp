@@ -187,7 +187,8 @@ bool SerialLine::Wait(HANDLE wake, bool receive) {
   for (const OverlappedCall* call : {&read_, &write_, &watch_})
     if (call->UnderWay()) handles[count++] = call->Done();
   const bool drains = !write_.UnderWay() && queue_ > 0;
-  WaitForMultipleObjects(count, handles, FALSE, drains ? kDrainInterval : static_cast<DWORD>(kLookInterval));
+  const DWORD longest = drains ? kDrainInterval : static_cast<DWORD>(kLookInterval);
+  if (WaitForMultipleObjects(count, handles, FALSE, longest) == WAIT_FAILED) return Gone();
   if (!EndCalls()) return false;
   const bool due = !looked_ || GetTickCount64() - *looked_ >= kLookInterval;
   if (!due) return !drains || Look();
@@ -225,18 +226,28 @@ bool SerialLine::Look() {
   return true;
 }
 
+// Where changes are told of, short ones too, the level tells nothing more.
+void SerialLine::LookAtSignals() {
+  DWORD signals = 0;
+  if (!GetCommModemStatus(port_.Get(), &signals)) return;
+  state_.cts = (signals & MS_CTS_ON) != 0;
+  state_.dsr = (signals & MS_DSR_ON) != 0;
+  state_.carrier = (signals & MS_RLSD_ON) != 0;
+  state_.ringing = (signals & MS_RING_ON) != 0;
+  if (!watchable_) return;
+  told_.cts = state_.cts;
+  told_.dsr = state_.dsr;
+  told_.carrier = state_.carrier;
+  told_.ringing = state_.ringing;
+}
+
 // What happened since the last count becomes events; it is told twice a second, however noisy the line.
 void SerialLine::Count() {
   const bool first = !looked_;
   looked_ = GetTickCount64();
   readPauses_ = false;
   CountLineEvents(state_, changes_, errors_);
-  if (DWORD signals = 0; !watchable_ && GetCommModemStatus(port_.Get(), &signals)) {
-    state_.cts = (signals & MS_CTS_ON) != 0;
-    state_.dsr = (signals & MS_DSR_ON) != 0;
-    state_.carrier = (signals & MS_RLSD_ON) != 0;
-    state_.ringing = (signals & MS_RING_ON) != 0;
-  }
+  LookAtSignals();
   looksHeld_ = held_ && Unsent() > 0 ? looksHeld_ + 1 : 0;
   if (!first) {
     events_ = CommEventsBetween(told_, state_);

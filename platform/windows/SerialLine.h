@@ -82,6 +82,7 @@ class SerialLine {
   bool Read();
   bool EndCalls();
   bool Look();
+  void LookAtSignals();
   void Count();
   bool Gone();
 

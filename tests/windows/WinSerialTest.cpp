@@ -101,13 +101,12 @@ TEST_F(WinSerialTest, WhatCannotBeOpenedIsSaidInOneLine) {
 TEST_F(WinSerialTest, ClosingWhileItOpensTellsNothing) {
   port->SetLine({1, "COM231"});
   ASSERT_TRUE(port->Open());
-  EXPECT_TRUE(port->Opening());
-  EXPECT_EQ(port->LastError(), "no answer from 'COM231'");
   port->Close();
   EXPECT_FALSE(port->Opening());
+  EXPECT_EQ(port->LastError(), "");
   ASSERT_TRUE(port->Open());
   port.reset();
-  loop.RunPosted();
+  EXPECT_FALSE(loop.RunUntilTrue([this] { return !events.empty() || lost > 0; }, 100ms));
 }
 
 TEST_F(WinSerialTest, ADeviceOnTheNetworkIsHandedThrough) {
