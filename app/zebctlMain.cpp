@@ -79,7 +79,7 @@ int Settings(const SettingsOptions& options, const std::string& folder) {
 bool ReadInput(std::string& bytes) {
   bytes.resize(64 * 1024);
   ssize_t count = 0;
-  do count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+  do count = ::read(STDIN_FILENO, bytes.data(), static_cast<unsigned>(bytes.size()));
   while (count < 0 && errno == EINTR);
   bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
   return count > 0;
