@@ -16,6 +16,8 @@
 # make container           the container image zeb, with podman or docker
 # make try-container       builds it on a clean root, and tries what can go wrong there (root only)
 # make release             what a version is given out as: archive, packages, components, checksums
+# make windows             zebd.exe and zebctl.exe, cross-built, in build/windows; the first time also their libraries (an hour)
+# make test-windows        their tests under Wine
 # make help                this list
 
 MAKEFLAGS += --no-print-directory
@@ -23,7 +25,7 @@ JOBS ?= $(shell nproc)
 SECONDS_EACH ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour release container try-container
+.PHONY: help programs run desktop test asan fuzz bench format tidy check install manual deb try-package first-hour release windows test-windows container try-container
 
 help:
 	@sed -n 's/^# \(make .*\)/\1/p' Makefile
@@ -103,3 +105,10 @@ container:
 
 try-container:
 	@scripts/try-container
+
+windows:
+	@scripts/windows/setup
+	@scripts/windows/build zebd zebctl
+
+test-windows:
+	@scripts/windows/test

@@ -8,13 +8,13 @@
 #include <string_view>
 #include <utility>
 
-#include "app/StartUpOptions.h"
 #include "app/CommandLine.h"
 #include "app/CompletionScript.h"
 #include "app/HelpTopics.h"
 #include "app/LabelServerOptions.h"
 #include "app/PublisherOptions.h"
 #include "app/SetCommand.h"
+#include "app/StartUpOptions.h"
 #include "text/MomentText.h"
 #include "text/ValueEscapes.h"
 

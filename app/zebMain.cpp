@@ -20,8 +20,8 @@
 #include "platform/dbus/DBusPower.h"
 #endif
 #include "platform/system/DataFolder.h"
-#include "platform/system/StandardError.h"
 #include "platform/system/Process.h"
+#include "platform/system/StandardError.h"
 #include "platform/system/SystemLocale.h"
 #include "program/Publisher.h"
 #include "text/Paths.h"
@@ -36,7 +36,8 @@ constexpr char kHelp[] =
     "\n"
     "  zeb [--home DIR] [options]\n"
     "\n"
-    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS ")\n"
+    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS
+    ")\n"
     "  --version, --help\n"
     "  /MINIMISED            starts minimised\n"
     "  /SILENT               no splash and no message boxes: they are lines in the journal\n"

@@ -27,7 +27,8 @@ constexpr char kHelp[] =
     "\n"
     "  zebd [--home DIR] [options]\n"
     "\n"
-    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS ")\n"
+    "  --home DIR            the data folder (else " ZEB_USUAL_DATA_FOLDERS
+    ")\n"
     "  --version, --help\n"
     "  /IMPORT=FILE          import a .reg file before the services are loaded\n"
     "  /DEBUG[=WORD]         debug log, also on standard error: NORMAL, MEDIUM, MAX, FULL, NONE, OFF\n"

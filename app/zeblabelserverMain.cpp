@@ -13,14 +13,14 @@
 #include "outputs/labels/LabelServer.h"
 #include "platform/ThreadedLineWriter.h"
 #include "platform/posix/PosixFiles.h"
+#include "platform/qt/ProgramSignals.h"
+#include "platform/qt/QtLoop.h"
+#include "platform/qt/QtMessages.h"
+#include "platform/qt/QtNetwork.h"
 #include "platform/system/Process.h"
 #include "platform/system/ServiceManager.h"
 #include "platform/system/StandardError.h"
 #include "platform/system/SystemLocale.h"
-#include "platform/qt/QtLoop.h"
-#include "platform/qt/QtMessages.h"
-#include "platform/qt/QtNetwork.h"
-#include "platform/qt/ProgramSignals.h"
 
 namespace zeb {
 namespace {

@@ -17,8 +17,8 @@
 #include "app/frmMain.h"
 #include "dashboard/JournalTail.h"
 #include "diagnostics/hxGeneral.h"
-#include "platform/ThreadedLineWriter.h"
 #include "platform/StoredHive.h"
+#include "platform/ThreadedLineWriter.h"
 #include "platform/qt/ProgramSignals.h"
 #include "program/RealPorts.h"
 

@@ -3,11 +3,11 @@
 
 #ifdef _WIN32
 #include "platform/qt/windows/PipeSockets.h"
+#include "platform/windows/WinCodePages.h"
 #include "platform/windows/WinFiles.h"
 #include "platform/windows/WinFtpSessions.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinSerialPortControl.h"
-#include "platform/windows/WinCodePages.h"
 #else
 #include "platform/posix/IconvCodePages.h"
 #include "platform/posix/PosixFiles.h"

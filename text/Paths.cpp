@@ -7,11 +7,7 @@
 namespace zeb {
 namespace {
 
-#ifdef _WIN32
-constexpr std::string_view kNameSeparators = "\\";
-#else
-constexpr std::string_view kNameSeparators = "\\/";
-#endif
+constexpr std::string_view kSeparators = "\\/";
 
 bool IsAsciiLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
@@ -45,12 +41,12 @@ bool IsLetterOrDigit(char32_t c) {
 }  // namespace
 
 std::string_view FileNamePart(std::string_view path) {
-  const std::size_t last = path.find_last_of(kNameSeparators);
+  const std::size_t last = path.find_last_of(kSeparators);
   return last == std::string_view::npos ? path : path.substr(last + 1);
 }
 
 std::string_view FolderPart(std::string_view path) {
-  const std::size_t last = path.find_last_of("\\/");
+  const std::size_t last = path.find_last_of(kSeparators);
   return last == std::string_view::npos ? std::string_view() : path.substr(0, last + 1);
 }
 

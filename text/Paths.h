@@ -1,5 +1,5 @@
-// Names and folders in paths. A name ends at the last "\", on POSIX also at the last "/"; FolderPart takes
-// both everywhere, since server paths and local ones share it.
+// Names and folders in paths. Both "\" and "/" separate, on every system: settings move between machines, and
+// what is refused by its name must not slip through behind the other one.
 #pragma once
 
 #include <string>

@@ -74,9 +74,8 @@ bool StaysConnected(CURLcode code) {
 struct CurlCallbacks {
   // A connection stays open between updates, so it must leave descriptors to the others.
   static curl_socket_t OnOpen(void* session, curlsocktype, curl_sockaddr* address) {
-    const SocketNumber made =
-        OpenSocketWithinLimit(address->family, address->socktype, address->protocol,
-                              static_cast<CurlFtpSession*>(session)->noDescriptor_);
+    const SocketNumber made = OpenSocketWithinLimit(address->family, address->socktype, address->protocol,
+                                                    static_cast<CurlFtpSession*>(session)->noDescriptor_);
     return made == kNoSocket ? CURL_SOCKET_BAD : static_cast<curl_socket_t>(made);
   }
 

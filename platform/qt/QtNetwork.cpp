@@ -6,9 +6,9 @@
 #include <QTcpSocket>
 #include <utility>
 
+#include "platform/qt/Listeners.h"
 #include "platform/qt/QtNetworkState.h"
 #include "platform/qt/QtStream.h"
-#include "platform/qt/Listeners.h"
 
 namespace zeb {
 

@@ -18,7 +18,7 @@ struct QtNetworkState : QtStreams {
   // With the system's own, once there are others: Qt then no longer looks the system's up by itself.
   QList<QSslCertificate> authorities;
   std::set<std::shared_ptr<void>> leavingConnections;  // closed by their users, still sending
-  std::string piece;       // the buffer of whoever reads
+  std::string piece;                                   // the buffer of whoever reads
 };
 
 }  // namespace zeb

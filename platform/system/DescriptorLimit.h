@@ -1,5 +1,5 @@
-// How many descriptors (connections, files) this process may have open at a time, and what is left for others.
-// posix/ and windows/ each have an implementation.
+// How many descriptors (connections, files) this process may have open at a time, and what is left for
+// others. posix/ and windows/ each have an implementation.
 #pragma once
 
 #include <cstdint>

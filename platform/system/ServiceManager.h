@@ -1,5 +1,6 @@
-// ServiceManager: tells the system's service manager that the program is ready, alive or ending, when that has
-// started it: systemd, where it asked to be told (Type=notify), and Windows' own. Otherwise nothing is done.
+// ServiceManager: tells the system's service manager that the program is ready, alive or ending, when that
+// has started it: systemd, where it asked to be told (Type=notify), and Windows' own. Otherwise nothing is
+// done.
 #pragma once
 
 #include <chrono>

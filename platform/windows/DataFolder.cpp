@@ -70,7 +70,8 @@ Result<std::string> ChooseDataFolder(const DataFolderPlaces& places) {
 
   const std::wstring given = Wide(folder);
   std::wstring whole(32768, L'\0');
-  const DWORD length = GetFullPathNameW(given.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr);
+  const DWORD length =
+      GetFullPathNameW(given.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr);
   if (length == 0 || length >= whole.size())
     return Failure{"cannot use the data folder '" + folder + "': " + SystemErrorText(GetLastError())};
   std::string absolute = Narrow(std::wstring_view(whole).substr(0, length));

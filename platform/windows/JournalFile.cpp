@@ -49,7 +49,9 @@ bool JournalFile::Append(std::string_view line) {
 bool JournalFile::Open() {
   file_ = OpenFileSharing(path_, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS);
   LARGE_INTEGER size{};
-  bytes_ = file_.IsOpen() && GetFileSizeEx(file_.Get(), &size) != 0 ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+  bytes_ = file_.IsOpen() && GetFileSizeEx(file_.Get(), &size) != 0
+               ? static_cast<std::uint64_t>(size.QuadPart)
+               : 0;
   return file_.IsOpen();
 }
 

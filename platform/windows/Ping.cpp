@@ -38,8 +38,9 @@ bool PingHost(const std::string& host, std::chrono::milliseconds limit) {
   if (echo == INVALID_HANDLE_VALUE) return false;
   std::array<char, 32> data{};
   std::array<char, sizeof(ICMP_ECHO_REPLY) + 32 + 64> reply{};
-  const DWORD count = IcmpSendEcho(echo, address, data.data(), static_cast<WORD>(data.size()), nullptr, reply.data(),
-                                   static_cast<DWORD>(reply.size()), static_cast<DWORD>(limit.count()));
+  const DWORD count =
+      IcmpSendEcho(echo, address, data.data(), static_cast<WORD>(data.size()), nullptr, reply.data(),
+                   static_cast<DWORD>(reply.size()), static_cast<DWORD>(limit.count()));
   const bool came = count > 0 && reinterpret_cast<const ICMP_ECHO_REPLY*>(reply.data())->Status == IP_SUCCESS;
   IcmpCloseHandle(echo);
   return came;

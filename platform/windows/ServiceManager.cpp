@@ -136,7 +136,8 @@ std::wstring CommandFor(const std::vector<std::string>& arguments) {
 }
 
 // Not running it by the whole system's rights: files and settings are what the installer opens to it.
-int Install(const std::string& name, const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int Install(const std::string& name, const std::vector<std::string>& arguments, std::ostream& out,
+            std::ostream& err) {
   const ScHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE));
   if (!manager.handle) return Fail(err, name, "the service manager cannot be reached");
   const ScHandle service(CreateServiceW(manager.handle, kService, L"ZEB now playing", SERVICE_ALL_ACCESS,
@@ -186,19 +187,19 @@ void NotifyServiceManager(std::string_view state) {
   if (state == "READY=1") TheTold().Now(SERVICE_RUNNING, 0);
   if (state == "STOPPING=1") TheTold().Now(SERVICE_STOP_PENDING, kStopMilliseconds);
   constexpr std::string_view kExit = "EXIT_STATUS=";
-  if (state.starts_with(kExit))
-    TheTold().Now(SERVICE_STOPPED, 0, state == "EXIT_STATUS=0" ? NO_ERROR : 1);
+  if (state.starts_with(kExit)) TheTold().Now(SERVICE_STOPPED, 0, state == "EXIT_STATUS=0" ? NO_ERROR : 1);
 }
 
 std::chrono::microseconds WatchdogInterval() {
   return {};
 }
 
-std::optional<int> DoServiceCommand(const std::string& name, std::vector<std::string>& arguments, bool (*stop)(),
-                                    std::ostream& out, std::ostream& err) {
+std::optional<int> DoServiceCommand(const std::string& name, std::vector<std::string>& arguments,
+                                    bool (*stop)(), std::ostream& out, std::ostream& err) {
   if (arguments.empty()) return std::nullopt;
   const std::string command = arguments.front();
-  if (command != "--service" && command != "--install-service" && command != "--remove-service") return std::nullopt;
+  if (command != "--service" && command != "--install-service" && command != "--remove-service")
+    return std::nullopt;
   arguments.erase(arguments.begin());
   if (command == "--install-service") return Install(name, arguments, out, err);
   if (command == "--remove-service") return Remove(name, out, err);

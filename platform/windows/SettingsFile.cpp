@@ -24,8 +24,8 @@ std::string AsideName(const std::string& path) {
   SYSTEMTIME now{};
   GetLocalTime(&now);
   std::array<char, 32> stamp{};
-  std::snprintf(stamp.data(), stamp.size(), "%04d%02d%02d-%02d%02d%02d", now.wYear, now.wMonth, now.wDay, now.wHour,
-                now.wMinute, now.wSecond);
+  std::snprintf(stamp.data(), stamp.size(), "%04d%02d%02d-%02d%02d%02d", now.wYear, now.wMonth, now.wDay,
+                now.wHour, now.wMinute, now.wSecond);
   const std::string name = path + kAsideMark + stamp.data();
   std::string unused = name;
   for (int i = 2; FileExists(unused); ++i) unused = name + "-" + std::to_string(i);
@@ -77,7 +77,8 @@ Result<std::string> SetSettingsFileAside(const std::string& path, const std::str
   for (const char* ending : kCompanions)
     if (!move(path + ending, aside + ending) && GetLastError() != ERROR_FILE_NOT_FOUND)
       return Failure{"cannot set aside the journal of damaged " + what + " '" + path + "': " + LastError()};
-  if (!move(path, aside)) return Failure{"cannot set aside damaged " + what + " '" + path + "': " + LastError()};
+  if (!move(path, aside))
+    return Failure{"cannot set aside damaged " + what + " '" + path + "': " + LastError()};
   return aside;
 }
 

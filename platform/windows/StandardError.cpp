@@ -2,10 +2,9 @@
 
 #include <string>
 
+#include "platform/windows/JournalFile.h"
 #include "platform/windows/WideText.h"
 #include "platform/windows/WinHandle.h"
-
-#include "platform/windows/JournalFile.h"
 
 namespace zeb {
 

@@ -18,7 +18,8 @@ std::string Ask(LCTYPE what) {
   std::wstring text(256, L'\0');
   const int length =
       GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, what, text.data(), static_cast<int>(text.size()));
-  return length <= 1 ? std::string() : Narrow(std::wstring_view(text).substr(0, static_cast<std::size_t>(length - 1)));
+  return length <= 1 ? std::string()
+                     : Narrow(std::wstring_view(text).substr(0, static_cast<std::size_t>(length - 1)));
 }
 
 void Install(std::string& into, std::string given) {

@@ -34,7 +34,8 @@ class Silence {
 void Say(const std::string& text) {
   const std::wstring wide = Wide(text);
   DWORD written = 0;
-  WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
+  WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), wide.data(), static_cast<DWORD>(wide.size()), &written,
+                nullptr);
 }
 
 }  // namespace

@@ -50,8 +50,8 @@ bool TriedAgain(const Call& call) {
   for (int left = kTries;; --left) {
     if (call()) return true;
     const DWORD error = GetLastError();
-    const bool passes = error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
-                        error == ERROR_USER_MAPPED_FILE;
+    const bool passes =
+        error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_USER_MAPPED_FILE;
     if (!passes || left == 0) return false;
     Sleep(kPauseMilliseconds);
   }

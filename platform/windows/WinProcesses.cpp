@@ -16,14 +16,15 @@ namespace {
 std::wstring VariablesFor(const ProcessOrder& order) {
   std::vector<std::wstring> all;
   wchar_t* const ours = GetEnvironmentStringsW();
-  for (const wchar_t* one = ours; *one != L'\0'; one += std::wstring_view(one).size() + 1) all.emplace_back(one);
+  for (const wchar_t* one = ours; *one != L'\0'; one += std::wstring_view(one).size() + 1)
+    all.emplace_back(one);
   FreeEnvironmentStringsW(ours);
   for (const auto& [name, value] : order.variables) {
     const std::wstring start = Wide(name) + L"=";
     std::erase_if(all, [&](const std::wstring& other) {
-      return other.size() >= start.size() && CompareStringOrdinal(other.data(), static_cast<int>(start.size()),
-                                                                  start.data(), static_cast<int>(start.size()),
-                                                                  TRUE) == CSTR_EQUAL;
+      return other.size() >= start.size() &&
+             CompareStringOrdinal(other.data(), static_cast<int>(start.size()), start.data(),
+                                  static_cast<int>(start.size()), TRUE) == CSTR_EQUAL;
     });
     all.push_back(start + Wide(value));
   }
@@ -55,8 +56,8 @@ Outcome WinProcesses::Run(const ProcessOrder& order) {
   start.cb = sizeof start;
   PROCESS_INFORMATION made{};
   if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE,
-                     CREATE_SUSPENDED | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT, variables.data(), nullptr,
-                     &start, &made) == 0)
+                     CREATE_SUSPENDED | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT, variables.data(),
+                     nullptr, &start, &made) == 0)
     return fails("cannot be run: " + SystemErrorText(GetLastError()));
   const WinHandle process(made.hProcess), thread(made.hThread);
   const WinHandle job = MakeJob();

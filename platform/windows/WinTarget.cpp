@@ -74,7 +74,8 @@ class WinTarget : public FileTarget {
 
   Outcome ReplacePrivately(std::string_view bytes) override {
     NewRights rights(kPrivateRights);
-    return Put("write", [&](const WinHandle& file) { return Written(file, bytes); }, &rights);
+    return Put(
+        "write", [&](const WinHandle& file) { return Written(file, bytes); }, &rights);
   }
 
   Outcome ReplaceByCopy(FileReader& source, std::int64_t modified) override {
@@ -176,7 +177,8 @@ bool IsDeviceName(std::string_view name) {
   for (const std::string_view device : kDevices)
     if (EqualIgnoringAsciiCase(stem, device)) return true;
   return stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9' &&
-         (EqualIgnoringAsciiCase(stem.substr(0, 3), "COM") || EqualIgnoringAsciiCase(stem.substr(0, 3), "LPT"));
+         (EqualIgnoringAsciiCase(stem.substr(0, 3), "COM") ||
+          EqualIgnoringAsciiCase(stem.substr(0, 3), "LPT"));
 }
 
 bool IsLink(const std::string& path) {
@@ -242,9 +244,9 @@ Result<std::unique_ptr<FileTarget>> FindWinTarget(const std::string& path, const
     if (rules.follow) return FollowLink(path, rules, startedAt);
   } else if (const auto info = InfoOfPath(path)) {
     if (!info->isRegular)
-      return Cannot("write", path,
-                    (info->isFolder ? std::string("it is a folder") : std::string("it is a device")) +
-                        kChooseFile);
+      return Cannot(
+          "write", path,
+          (info->isFolder ? std::string("it is a folder") : std::string("it is a device")) + kChooseFile);
     isThere = true;
   }
   return std::unique_ptr<FileTarget>(std::make_unique<WinTarget>(path, isThere, startedAt));

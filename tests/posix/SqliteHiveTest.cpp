@@ -15,8 +15,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/system/SingleInstance.h"
 #include "platform/posix/SqliteHive.h"
+#include "platform/system/SingleInstance.h"
 
 namespace zeb {
 namespace {

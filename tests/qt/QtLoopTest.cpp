@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "platform/WorkLane.h"
-#include "platform/qt/QtLoop.h"
 #include "platform/qt/ProgramSignals.h"
+#include "platform/qt/QtLoop.h"
 #include "platform/qt/WorkerPool.h"
 #include "tests/qt/QtFixture.h"
 
@@ -256,7 +256,8 @@ TEST_F(QtLoopTest, SignalsBecomeEvents) {
     std::raise(SIGINT);
     ASSERT_TRUE(Until([&] { return taken.size() == 3; }));
   }
-  EXPECT_EQ(taken, (std::vector<ProgramSignal>{ProgramSignal::kStop, ProgramSignal::kReload, ProgramSignal::kInterrupt}));
+  EXPECT_EQ(taken, (std::vector<ProgramSignal>{ProgramSignal::kStop, ProgramSignal::kReload,
+                                               ProgramSignal::kInterrupt}));
   struct sigaction now {};
   sigaction(SIGTERM, nullptr, &now);
   EXPECT_EQ(now.sa_handler, SIG_DFL) << "the former action is back";

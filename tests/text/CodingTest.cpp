@@ -67,7 +67,7 @@ TEST(Paths, Parts) {
 }
 
 TEST(Paths, Joins) {
-  EXPECT_EQ(JoinPath("/data", "a/b"), "/data/a/b");
+  EXPECT_EQ(JoinPath("/data", "a/b"), std::string("/data") + kPathSeparator + "a/b");
   EXPECT_EQ(JoinPath("/data/", "a"), "/data/a");
   EXPECT_EQ(JoinPath("/data", "/etc/x"), "/etc/x");
   EXPECT_EQ(JoinPath("/data", "C:\\x"), "C:\\x");

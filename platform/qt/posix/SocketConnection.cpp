@@ -9,10 +9,10 @@
 #include <cstddef>
 #include <utility>
 
-#include "platform/qt/posix/DescriptorWatch.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/QtNetworkState.h"
 #include "platform/qt/SocketOptions.h"
+#include "platform/qt/posix/DescriptorWatch.h"
 
 namespace zeb {
 

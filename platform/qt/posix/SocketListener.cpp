@@ -14,9 +14,9 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/qt/posix/DescriptorWatch.h"
 #include "platform/qt/Listeners.h"
 #include "platform/qt/QtNetworkState.h"
+#include "platform/qt/posix/DescriptorWatch.h"
 #include "platform/qt/posix/SocketConnection.h"
 
 namespace zeb {

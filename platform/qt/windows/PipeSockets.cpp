@@ -46,10 +46,15 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
     QObject::connect(socket_.get(), &QLocalSocket::bytesWritten, socket_.get(), post);
     PostPump();
   }
+  // What is written in the turn in which the pipe was opened may get lost (seen under Wine), so it waits.
   void Send(std::string_view bytes) {
-    if (user_ && IsOpen()) socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
+    if (!user_ || !IsOpen()) return;
+    early_ += bytes;
+    if (begun_) WriteEarly();
   }
-  std::size_t Unsent() const { return static_cast<std::size_t>(std::max<qint64>(socket_->bytesToWrite(), 0)); }
+  std::size_t Unsent() const {
+    return early_.size() + static_cast<std::size_t>(std::max<qint64>(socket_->bytesToWrite(), 0));
+  }
 
   void Finish() {
     user_ = nullptr;
@@ -77,6 +82,7 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
   // Tells the user one thing; more is told by a further post.
   void Pump() {
     pumpPosted_ = false;
+    if (!std::exchange(begun_, true)) WriteEarly();
     if (!user_) {
       if (!IsOpen() || Unsent() == 0) Leave();
       return;
@@ -84,12 +90,18 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
     if (socket_->bytesAvailable() > 0) {
       const QByteArray piece = socket_->read(kPieceBytes);
       PostPump();
-      if (const auto callback = user_->onData) callback({piece.data(), static_cast<std::size_t>(piece.size())});
+      if (const auto callback = user_->onData)
+        callback({piece.data(), static_cast<std::size_t>(piece.size())});
       return;
     }
     if (IsOpen()) return;
     TcpConnection* const user = std::exchange(user_, nullptr);
     if (const auto callback = user->onClosed) callback();
+  }
+
+  void WriteEarly() {
+    const std::string bytes = std::exchange(early_, {});
+    if (IsOpen() && !bytes.empty()) socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
   }
 
   void Leave() {
@@ -102,6 +114,8 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
   std::shared_ptr<PipeStreams> shared_;
   std::unique_ptr<QLocalSocket> socket_;
   TcpConnection* user_;
+  std::string early_;
+  bool begun_ = false;
   bool pumpPosted_ = false;
   Timer leaveLimit_;
 };
@@ -148,7 +162,8 @@ class PipeListener : public LocalListener {
   }
 
   Outcome AdmitGroup(const std::string& group) override {
-    return Failure{"cannot admit the group '" + group + "' to '" + path_ + "': Windows' pipes are their user's alone"};
+    return Failure{"cannot admit the group '" + group + "' to '" + path_ +
+                   "': Windows' pipes are their user's alone"};
   }
 
   void Close() override {
@@ -195,7 +210,8 @@ LocalLink PipeSockets::ConnectLocal(const std::string& path) {
   if (socket->waitForConnected(kConnectMilliseconds))
     return {std::make_unique<PipeConnection>(streams_, std::move(socket)), false, ""};
   const auto error = socket->error();
-  return {nullptr, error == QLocalSocket::ServerNotFoundError || error == QLocalSocket::ConnectionRefusedError,
+  return {nullptr,
+          error == QLocalSocket::ServerNotFoundError || error == QLocalSocket::ConnectionRefusedError,
           "cannot connect to '" + path + "': " + socket->errorString().simplified().toStdString()};
 }
 
