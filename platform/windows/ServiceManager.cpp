@@ -8,6 +8,7 @@
 
 #include "platform/system/DataFolder.h"
 #include "platform/windows/JournalFile.h"
+#include "platform/windows/Rights.h"
 #include "platform/windows/SystemError.h"
 #include "platform/windows/WideText.h"
 #include "text/Paths.h"
@@ -35,25 +36,29 @@ void AskToStop() {
 // What the service manager has been told; used from its threads and ours.
 class Told {
  public:
+  // The program may be ready before the service manager calls.
   void Begin(SERVICE_STATUS_HANDLE handle) {
     const std::lock_guard lock(mutex_);
     handle_ = handle;
+    const DWORD reached = state_;
     Tell(SERVICE_START_PENDING, kStartMilliseconds);
+    if (reached != SERVICE_START_PENDING) Tell(reached, 0);
   }
   void Now(DWORD state, DWORD within, DWORD exitCode = NO_ERROR) {
     const std::lock_guard lock(mutex_);
-    if (handle_ != nullptr && state_ != SERVICE_STOPPED) Tell(state, within, exitCode);
+    if (state_ != SERVICE_STOPPED) Tell(state, within, exitCode);
   }
   // Asked how it is: the same again, further on.
   void Again() {
     const std::lock_guard lock(mutex_);
-    if (handle_ != nullptr) Tell(state_, within_);
+    Tell(state_, within_);
   }
 
  private:
   void Tell(DWORD state, DWORD within, DWORD exitCode = NO_ERROR) {
     state_ = state;
     within_ = within;
+    if (handle_ == nullptr) return;
     SERVICE_STATUS status{};
     status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
     status.dwCurrentState = state;
@@ -135,6 +140,23 @@ std::wstring CommandFor(const std::vector<std::string>& arguments) {
   return command;
 }
 
+// The one that the arguments name, else the usual one; "" when there is none.
+std::string DataFolderOf(const std::vector<std::string>& arguments) {
+  std::string home;
+  for (std::size_t i = 0; i + 1 < arguments.size(); ++i)
+    if (arguments[i] == "--home") home = arguments[i + 1];
+  const auto folder = ChooseDataFolder(FindDataFolderPlaces(home));
+  return folder ? folder.Value() : "";
+}
+
+// Where its own lines go, which nobody would see.
+void KeepJournal(const std::vector<std::string>& arguments) {
+  const std::string folder = DataFolderOf(arguments);
+  if (folder.empty()) return;
+  CreateDirectoryW(Wide(folder).c_str(), nullptr);
+  JournalFile::Choose(JoinPath(folder, "journal.txt"));
+}
+
 // Not running it by the whole system's rights: files and settings are what the installer opens to it.
 int Install(const std::string& name, const std::vector<std::string>& arguments, std::ostream& out,
             std::ostream& err) {
@@ -154,6 +176,8 @@ int Install(const std::string& name, const std::vector<std::string>& arguments, 
   failures.cActions = 1;
   failures.lpsaActions = &again;
   ChangeServiceConfig2W(service.handle, SERVICE_CONFIG_FAILURE_ACTIONS, &failures);
+  if (const Outcome opened = OpenToLocalService(DataFolderOf(arguments)); !opened)
+    err << name << ": " << opened.Reason() << std::endl;
   out << "The service 'ZEB' starts with the machine from now on; 'net start ZEB' starts it now." << std::endl;
   return 0;
 }
@@ -168,17 +192,6 @@ int Remove(const std::string& name, std::ostream& out, std::ostream& err) {
   if (DeleteService(service.handle) == 0) return Fail(err, name, "the service 'ZEB' cannot be removed");
   out << "The service 'ZEB' is removed; settings and pages stay." << std::endl;
   return 0;
-}
-
-// Where its own lines go, which nobody would see.
-void KeepJournal(const std::vector<std::string>& arguments) {
-  std::string home;
-  for (std::size_t i = 0; i + 1 < arguments.size(); ++i)
-    if (arguments[i] == "--home") home = arguments[i + 1];
-  const auto folder = ChooseDataFolder(FindDataFolderPlaces(home));
-  if (!folder) return;
-  CreateDirectoryW(Wide(folder.Value()).c_str(), nullptr);
-  JournalFile::Choose(JoinPath(folder.Value(), "journal.txt"));
 }
 
 }  // namespace
