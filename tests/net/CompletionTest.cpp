@@ -17,7 +17,7 @@ class CompletionTest : public Station {
         "COMP_WORDS=(" +
         words + ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_zeb " +
         "\"${COMP_WORDS[0]}\"\nprintf '%s ' \"${COMPREPLY[@]}\"";
-    const Finished done = RunProgram({"bash", "--norc", "-c", test});
+    const Finished done = RunProgram({"/bin/bash", "--norc", "-c", test});
     EXPECT_EQ(done.status, 0) << done.error;
     EXPECT_EQ(done.error, "") << words;
     return done.output;
@@ -63,9 +63,9 @@ TEST_F(CompletionTest, BashAsksForNamesAndLeavesAProgramThatHangs) {
 }
 
 TEST_F(CompletionTest, ZshTakesTheScriptAndCompletes) {
-  if (!std::filesystem::exists("/bin/zsh")) GTEST_SKIP() << "zsh is not installed";
+  ASSERT_TRUE(std::filesystem::exists("/bin/zsh")) << "zsh is not installed: scripts/setup test";
   WriteFile(Path("_zebctl"), Zebctl({"completion", "zsh"}).output);
-  EXPECT_EQ(RunProgram({"zsh", "-n", Path("_zebctl")}).error, "");
+  EXPECT_EQ(RunProgram({"/bin/zsh", "-n", Path("_zebctl")}).error, "");
   // A shell of its own, in which Tab is pressed.
   WriteFile(Path("press"),
             "zmodload zsh/zpty\nzpty one zsh -f -i\n"
@@ -75,7 +75,7 @@ TEST_F(CompletionTest, ZshTakesTheScriptAndCompletes) {
                 "echo rea\"\"dy'\nzpty -r -m one line '*ready*'\n"
                 "zpty -w -n one $'zebctl lint --esc\\t ht\\t; echo do\"\"ne\\n'\n"
                 "zpty -r -m one line '*done*'\nprint -r -- $line\nzpty -d one\n");
-  const Finished done = RunProgram({"timeout", "20", "zsh", "-f", Path("press")});
+  const Finished done = RunProgram({"/usr/bin/timeout", "20", "/bin/zsh", "-f", Path("press")});
   EXPECT_NE(done.output.find("--escape"), std::string::npos) << done.output << done.error;
   EXPECT_NE(done.output.find("html"), std::string::npos) << done.output << done.error;
 }
