@@ -3,6 +3,7 @@
 
 #ifdef _WIN32
 #include "platform/qt/windows/PipeSockets.h"
+#include "platform/windows/WinEncoderAutomation.h"
 #include "platform/windows/WinFiles.h"
 #include "platform/windows/WinInetFtp.h"
 #include "platform/windows/WinProcesses.h"
