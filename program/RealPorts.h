@@ -28,6 +28,9 @@ struct RealPorts {
     environment.processes = &processes;
     environment.codePages = &codePages;
     environment.zips = &zips;
+#ifdef _WIN32
+    environment.encoders = &encoders;
+#endif
     environment.programFolder = QCoreApplication::applicationDirPath().toStdString();
     return environment;
   }
@@ -42,6 +45,9 @@ struct RealPorts {
   SystemCodePages codePages;
   LibzipFiles zips;
   SystemLocalSockets localSockets{loop};
+#ifdef _WIN32
+  WinEncoderAutomation encoders;  // no other system has any
+#endif
 };
 
 }  // namespace zeb

@@ -4,6 +4,7 @@
 #ifdef _WIN32
 #include "platform/qt/windows/PipeSockets.h"
 #include "platform/windows/WinCodePages.h"
+#include "platform/windows/WinEncoderAutomation.h"
 #include "platform/windows/WinFiles.h"
 #include "platform/windows/WinFtpSessions.h"
 #include "platform/windows/WinProcesses.h"

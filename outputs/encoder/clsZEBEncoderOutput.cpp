@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 #include "core/SettingFields.h"
@@ -19,8 +20,7 @@ namespace zeb {
 namespace {
 
 constexpr const char* kSettingsKey = "\\Encoder";
-constexpr std::size_t kLongestCommandType = 50;  // characters, with the ":"
-constexpr std::int32_t kMetadataEvent = 2;
+constexpr auto kLookInterval = std::chrono::seconds(2);
 constexpr std::size_t kMaxProblemCharacters = 200;
 
 // The blanks inside "en -gb" and "gzip , deflate" belong there: servers have been sent them for decades.
@@ -70,108 +70,87 @@ std::string MessageOf(const ExchangeResult& result) {
   return result.StatusLine();
 }
 
-using S = EncoderSettings;
-constexpr SettingRow<S> kRows[] = {
-    {.name = "EncoderType",
-     .member = &S::EncoderType,
-     .storedAs = StoredAs::kNumber,
-     .entry = {.words = "1|2|4|7"}},
-    {"SimpleTextFormat", &S::SimpleTextFormat},
-    {"SendEmptyStrings", &S::SendEmptyStrings},
-    {"ASDFileLocation", &S::ASDFileLocation},
-    {"WME7ComputerName", &S::WME7ComputerName},
-    {"WME7StreamIDName", &S::WME7StreamIDName},
-    {"SHOUTCastServerName", &S::SHOUTCastServerName},
-    {.name = "SHOUTCastServerPort",
-     .member = &S::SHOUTCastServerPort,
-     .storedAs = StoredAs::kNumber,
-     .entry = kPortEntry},
-    {"SHOUTCastServerPassword", &S::SHOUTCastServerPassword, StoredAs::kText, true},
-    {.name = "SHOUTCastEncoding", .member = &S::SHOUTCastEncoding, .entry = {.words = "full"}},
-    {"CharacterSet", &S::characterSet},
-    {"IcecastMount", &S::IcecastMount},
-    {"IcecastUsername", &S::IcecastUsername},
-    {.name = "IcecastCheckSeconds",
-     .member = &S::IcecastCheckSeconds,
-     .storedAs = StoredAs::kNumber,
-     .least = 0,
-     .most = 3600},
-    {.name = "EscapeValues", .member = &S::EscapeValues, .entry = kEscapeEntry},
-    {"VerifyStreamURL", &S::VerifyStreamURL},
-};
-constexpr SettingTable<S> kTable = kRows;
-
 const Failure kNotAvailable{"encoders of this kind are not available on this platform"};
 
 }  // namespace
-
-SettingTable<EncoderSettings> EncoderSettingTable() {
-  return kTable;
-}
-
-EncoderCommand SplitCommand(std::string_view piece) {
-  constexpr std::string_view kSeparator = "####";
-  if (piece.substr(0, kSeparator.size()) == kSeparator) piece.remove_prefix(kSeparator.size());
-  EncoderCommand command{"", std::string(piece)};
-  const std::size_t colon = piece.find(':');
-  if (colon != std::string_view::npos && CountCharacters(piece.substr(0, colon)) < kLongestCommandType)
-    command = {std::string(piece.substr(0, colon)), std::string(piece.substr(colon + 1))};
-  if (command.type.empty()) command.type = "TEXT";
-  return command;
-}
 
 // ---- The contract
 
 bool clsZEBEncoderOutput::StartOutput(std::shared_ptr<Control> control) {
   const Trace trace("Encoder.StartOutput");
   control_ = std::move(control);
+  started_ = true;
   run_.Next();
+  const Epoch::Mark mine = run_.Now();
   const Outcome started = StartEncoder();
+  if (!mine.Holds()) return false;
   problem_ = started.Reason();
-  mayPass_ = started.Ok();
+  if (IsAutomated() && environment_.encoders) BeginLooking();
   return started.Ok();
 }
 
+// Waits. What fails on a platform with automation may pass: the computer or the encoder comes up later.
 Outcome clsZEBEncoderOutput::StartEncoder() {
-  EncoderAutomation* automation = environment_.encoders;
-  switch (settings.EncoderType) {
-    case kShoutcast:
-      SetStatus(kStatusOK);
-      return {};
-    case kRealProducer: {
-      if (!automation) return kNotAvailable;
-      auto made = automation->CreateRealProducer();
-      if (!made) return made.AsFailure();
-      realProducer_ = std::move(made.Value());
-      return {};
-    }
-    case kAsfEncoder: {
-      if (!automation) return kNotAvailable;
-      auto made = automation->CreateAsfEncoder();
-      if (!made) return made.AsFailure();
-      asfEncoder_ = std::move(made.Value());
-      return asfEncoder_->LoadASD(settings.ASDFileLocation);
-    }
-    case kWindowsMediaEncoder7:
-      return automation ? FindMediaEncoder(*automation) : Outcome(kNotAvailable);
-    default:
-      return Failure{"choose the encoder's type (EncoderType 1, 2, 4 or 7)"};
-  }
-}
-
-Outcome clsZEBEncoderOutput::FindMediaEncoder(EncoderAutomation& automation) {
-  auto agent = automation.CreateEncoderAgent(settings.WME7ComputerName);
-  if (!agent) return agent.AsFailure();
-  const std::string wanted = LowerCase(settings.WME7StreamIDName);
-  for (const std::string& name : agent.Value()->EncoderNames()) {
-    if (LowerCase(name) != wanted) continue;
-    auto encoder = agent.Value()->Encoder(name);
-    if (!encoder) return encoder.AsFailure();
-    mediaEncoder_ = std::move(encoder.Value());
+  mayPass_ = false;
+  if (settings.EncoderType == kShoutcast) {
+    mayPass_ = true;
+    SetStatus(kStatusOK);
     return {};
   }
-  return Failure{"the encoder agent on '" + settings.WME7ComputerName + "' has no encoder '" +
-                 settings.WME7StreamIDName + "'"};
+  if (!IsAutomated()) return Failure{"choose the encoder's type (EncoderType 1, 2, 4 or 7)"};
+  if (!environment_.encoders) return kNotAvailable;
+  mayPass_ = true;
+  const Epoch::Mark mine = run_.Now();
+  const std::shared_ptr<AutomatedEncoder> encoder = encoder_;
+  if (const Outcome made = encoder->Start(*environment_.encoders, settings); !made) return made;
+  const Result<std::int32_t> state = encoder->Look();
+  if (mine.Holds()) SetStatus(state ? state.Value() : std::int32_t{kStatusError});
+  return state;
+}
+
+bool clsZEBEncoderOutput::IsAutomated() const {
+  return settings.EncoderType == kRealProducer || settings.EncoderType == kAsfEncoder ||
+         settings.EncoderType == kWindowsMediaEncoder7;
+}
+
+// Waits. Makes the encoder if there is none, or none any more that answers.
+bool clsZEBEncoderOutput::EncoderRuns() {
+  if (!IsAutomated() || !started_ || !environment_.encoders) return false;
+  const Epoch::Mark mine = run_.Now();
+  const std::shared_ptr<AutomatedEncoder> encoder = encoder_;
+  Outcome ready;
+  if (encoder->Attached()) {
+    const Result<std::int32_t> state = encoder->Look();
+    if (!mine.Holds()) return false;
+    ready = state;
+    SetStatus(state ? state.Value() : std::int32_t{kStatusError});
+  }
+  if (!encoder->Attached() || (!ready && !encoder->Hangs())) ready = StartEncoder();
+  if (!mine.Holds()) return false;
+  problem_ = ready.Reason();
+  mayPass_ = true;
+  return ready.Ok() && Status() == kStatusOK;
+}
+
+// Nobody tells when an encoder is started, paused or gone.
+void clsZEBEncoderOutput::BeginLooking() {
+  look_ = environment_.loop.Every(kLookInterval, [this] {
+    if (!encoder_->Attached() || encoder_->Busy()) return;
+    environment_.loop.Start("looking at an encoder", [this, encoder = encoder_, mine = run_.Now()] {
+      const Result<std::int32_t> state = encoder->Look();
+      if (mine.Holds() && encoder->Attached()) TakeLook(state);
+    });
+  });
+}
+
+// An encoder that begins to run, or is another one from now on, does not show what it should.
+void clsZEBEncoderOutput::TakeLook(const Result<std::int32_t>& state) {
+  const std::int32_t before = Status();
+  SetStatus(state ? state.Value() : std::int32_t{kStatusError});
+  if (Status() == before) return;
+  if (!state || before == kStatusError) problem_ = state ? "" : state.Reason();
+  if (!state || Status() == kStatusOK)
+    if (const auto tell = onShownLost) tell();
 }
 
 bool clsZEBEncoderOutput::StopOutput() {
@@ -181,40 +160,17 @@ bool clsZEBEncoderOutput::StopOutput() {
   if (auto* client = dynamic_cast<TcpClientControl*>(control_.get())) client->Close();
   control_.reset();
   problem_.clear();
-  realProducer_.reset();
-  asfEncoder_.reset();
-  mediaEncoder_.reset();
+  look_.Stop();
+  encoder_->Drop();
+  started_ = false;
   SetStatus(kStatusOff);
   return true;
 }
 
 std::int32_t clsZEBEncoderOutput::Status() {
-  switch (settings.EncoderType) {
-    case kRealProducer:
-      return realProducer_ && realProducer_->IsEncoding() ? kStatusOK : kStatusOff;
-    case kShoutcast:
-      return control_ ? clsZEBTemplate::Status() : kStatusOff;
-    case kAsfEncoder:
-      return asfEncoder_ && asfEncoder_->Started() ? kStatusOK : kStatusOff;
-    case kWindowsMediaEncoder7:
-      if (!mediaEncoder_) return kStatusOff;
-      switch (mediaEncoder_->RunState()) {
-        case 1:
-          return kStatusStarting;
-        case 2:
-          return kStatusOK;
-        case 3:
-          return kStatusPaused;
-        case 4:
-          return kStatusStopping;
-        case 5:
-          return kStatusStopped;
-        default:
-          return kStatusError;
-      }
-    default:
-      return kStatusError;
-  }
+  if (settings.EncoderType == kShoutcast) return control_ ? clsZEBTemplate::Status() : kStatusOff;
+  if (!IsAutomated()) return kStatusError;
+  return encoder_->Attached() ? clsZEBTemplate::Status() : kStatusOff;
 }
 
 std::string clsZEBEncoderOutput::GetStatusString(std::uint32_t& colour) {
@@ -248,13 +204,13 @@ std::string clsZEBEncoderOutput::GetInformationString() const {
 void clsZEBEncoderOutput::StoreOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("Encoder.StoreOutputInformation");
   WriteSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
-                std::to_string(outputIndex), kTable, settings);
+                std::to_string(outputIndex), EncoderSettingTable(), settings);
 }
 
 void clsZEBEncoderOutput::GetOutputInformation(int serviceNumber, int outputIndex) {
   const Trace trace("Encoder.GetOutputInformation");
   ReadSettings(environment_.hive, environment_.ServiceKey(serviceNumber) + kSettingsKey,
-               std::to_string(outputIndex), kTable, settings);
+               std::to_string(outputIndex), EncoderSettingTable(), settings);
   CheckEscapeWord("Encoder output " + std::to_string(outputIndex), settings.EscapeValues);
   CheckEncodingWord(outputIndex);
   std::string& mount = settings.IcecastMount;
@@ -269,14 +225,14 @@ void clsZEBEncoderOutput::CheckEncodingWord(int outputIndex) const {
 }
 
 std::string clsZEBEncoderOutput::SettingsText() const {
-  return zeb::SettingsText(kTable, settings);
+  return zeb::SettingsText(EncoderSettingTable(), settings);
 }
 
 // ---- Commands
 
 bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   const Trace trace("Encoder.UpdateOutput");
-  if (settings.EncoderType != kShoutcast && Status() != kStatusOK) {
+  if (settings.EncoderType != kShoutcast && !EncoderRuns()) {
     trace.ExitAs("the encoder is not running");
     return false;
   }
@@ -334,16 +290,11 @@ void clsZEBEncoderOutput::SendScriptCommand(const std::string& commandType, cons
 
 Verdict clsZEBEncoderOutput::Send(const EncoderCommand& command) {
   if (settings.EncoderType == kShoutcast) return SendToServer(command.value);
-  Outcome sent;
-  if (realProducer_)
-    sent = realProducer_->SendRealMediaEvent(kMetadataEvent, command.value);
-  else if (asfEncoder_)
-    sent = asfEncoder_->SendScript(command.type, command.value);
-  else if (mediaEncoder_)
-    sent = mediaEncoder_->SendScript(0, command.type, command.value);
-  else
-    return {problem_, false};  // it never started, and says why
-  SetStatus(kStatusOK);
+  const std::shared_ptr<AutomatedEncoder> encoder = encoder_;  // the output may go while we wait
+  if (!encoder->Attached()) return {problem_, mayPass_};       // it never started, and says why
+  const Epoch::Mark mine = run_.Now();
+  const Outcome sent = encoder->Send(command);
+  if (mine.Holds()) SetStatus(encoder->Hangs() ? kStatusError : kStatusOK);
   return {sent.Reason()};
 }
 

@@ -7,57 +7,22 @@
 #include <string>
 #include <string_view>
 
-#include "core/SettingFields.h"
 #include "core/clsZEBTemplate.h"
+#include "outputs/encoder/AutomatedEncoder.h"
+#include "outputs/encoder/EncoderSettings.h"
 #include "outputs/encoder/IcecastWatch.h"
 #include "outputs/http/RequestExchange.h"
 #include "outputs/http/RequestSeries.h"
-#include "platform/EncoderAutomation.h"
 #include "platform/Epoch.h"
-#include "text/Encodings.h"
 
 namespace zeb {
 
-// The codes in the settings; any other number is no encoder.
-enum EncoderKind : std::int32_t {
-  kRealProducer = 1,
-  kShoutcast = 2,
-  kAsfEncoder = 4,
-  kWindowsMediaEncoder7 = 7
-};
-
-struct EncoderSettings {
-  std::int32_t EncoderType = 0;
-  std::string SimpleTextFormat = "####TEXT:" + std::string(kDefaultSimpleTextFormat);
-  bool SendEmptyStrings = false;
-  std::string ASDFileLocation;
-  std::string WME7ComputerName, WME7StreamIDName;
-  std::string SHOUTCastServerName = "127.0.0.1";
-  std::int32_t SHOUTCastServerPort = 8000;
-  std::string SHOUTCastServerPassword;
-  std::string SHOUTCastEncoding;  // "full": the title is percent-encoded; "": only its blanks are
-  CharacterSet characterSet = CharacterSet::kUtf8;
-  // When set, the title is sent the way that present Icecast servers take it, to this mount point.
-  std::string IcecastMount;
-  std::string IcecastUsername = "source";
-  // How often that server is asked whether the stream began anew and so lost its title, in seconds; 0: never.
-  std::int32_t IcecastCheckSeconds = 10;
-  std::string EscapeValues;     // a word of text/ValueEscapes.h
-  std::string VerifyStreamURL;  // the stream as listeners get it; "": its titles are not looked at
-};
-
-SettingTable<EncoderSettings> EncoderSettingTable();
-
-struct EncoderCommand {
-  std::string type;
-  std::string value;
-};
-// "TYPE:value", with the ":" among the first 50 characters; anything else is a TEXT command as a whole.
-EncoderCommand SplitCommand(std::string_view piece);
-
 class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
  public:
-  explicit clsZEBEncoderOutput(Environment& environment) : clsZEBTemplate(environment), watch_(environment) {}
+  explicit clsZEBEncoderOutput(Environment& environment)
+      : clsZEBTemplate(environment),
+        encoder_(std::make_shared<AutomatedEncoder>(environment.loop)),
+        watch_(environment) {}
 
   bool StartOutput(std::shared_ptr<Control> control) override;
   bool StopOutput() override;
@@ -65,6 +30,7 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
   void SendScriptCommand(const std::string& commandType, const std::string& text) override;
   void StoreOutputInformation(int serviceNumber, int outputIndex) override;
   void GetOutputInformation(int serviceNumber, int outputIndex) override;
+  // Of an encoder that is driven by automation: as it was when it was last asked, some seconds ago.
   std::int32_t Status() override;
   std::string GetShortTypeDescription() const override { return "Encoder"; }
   std::string GetStatusString(std::uint32_t& colour) override;
@@ -86,18 +52,21 @@ class clsZEBEncoderOutput : public clsZEBTemplate, public ScriptCommandOutput {
 
  private:
   void CheckEncodingWord(int outputIndex) const;
+  bool IsAutomated() const;
   Outcome StartEncoder();
-  Outcome FindMediaEncoder(EncoderAutomation& automation);
+  bool EncoderRuns();
+  void BeginLooking();
+  void TakeLook(const Result<std::int32_t>& state);
   Verdict Send(const EncoderCommand& command);
   Verdict SendToServer(const std::string& text);
   void WatchStream();
 
-  std::unique_ptr<RealProducerEncoder> realProducer_;
-  std::unique_ptr<AsfEncoder> asfEncoder_;
-  std::unique_ptr<WindowsMediaEncoder> mediaEncoder_;
+  std::shared_ptr<AutomatedEncoder> encoder_;  // also held by tasks that call it
+  Timer look_;
   RequestSeries commands_;
   IcecastWatch watch_;
-  Epoch run_;  // from a start to the stop
+  Epoch run_;             // from a start to the stop
+  bool started_ = false;  // from StartOutput to StopOutput
   bool mayPass_ = true;
   std::string shownTitle_;
 };

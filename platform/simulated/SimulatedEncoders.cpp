@@ -5,10 +5,23 @@ namespace {
 
 using State = SimulatedEncoders::State;
 
+void HangIfTold(const State& state) {
+  if (state.hangs) state.loop.WaitUntil([&state] { return !state.hangs; }, std::chrono::hours(1));
+}
+
 Outcome Record(State& state, std::string call) {
+  HangIfTold(state);
   if (!state.failure.empty()) return Failure{state.failure};
   state.calls.push_back(std::move(call));
   return {};
+}
+
+template <class T>
+Result<T> Asked(const State& state, const T& value) {
+  HangIfTold(state);
+  const std::string& failure = state.failure.empty() ? state.stateFailure : state.failure;
+  if (!failure.empty()) return Failure{failure};
+  return value;
 }
 
 class Part {
@@ -22,7 +35,7 @@ class Part {
 class Producer : public RealProducerEncoder, private Part {
  public:
   using Part::Part;
-  bool IsEncoding() override { return state_->running; }
+  Result<bool> IsEncoding() override { return Asked(*state_, state_->running); }
   Outcome SendRealMediaEvent(std::int32_t kind, const std::string& text) override {
     return Record(*state_, "SendRealMediaEvent " + std::to_string(kind) + " " + text);
   }
@@ -31,7 +44,7 @@ class Producer : public RealProducerEncoder, private Part {
 class Asf : public AsfEncoder, private Part {
  public:
   using Part::Part;
-  bool Started() override { return state_->running; }
+  Result<bool> Started() override { return Asked(*state_, state_->running); }
   Outcome LoadASD(const std::string& fileName) override { return Record(*state_, "LoadASD " + fileName); }
   Outcome SendScript(const std::string& commandType, const std::string& text) override {
     return Record(*state_, "SendScript " + commandType + " " + text);
@@ -41,7 +54,7 @@ class Asf : public AsfEncoder, private Part {
 class MediaEncoder : public WindowsMediaEncoder, private Part {
  public:
   using Part::Part;
-  std::int32_t RunState() override { return state_->runState; }
+  Result<std::int32_t> RunState() override { return Asked(*state_, state_->runState); }
   Outcome SendScript(std::int32_t index, const std::string& commandType, const std::string& text) override {
     return Record(*state_, "SendScript " + std::to_string(index) + " " + commandType + " " + text);
   }
@@ -50,7 +63,7 @@ class MediaEncoder : public WindowsMediaEncoder, private Part {
 class Agent : public EncoderAgent, private Part {
  public:
   using Part::Part;
-  std::vector<std::string> EncoderNames() override { return state_->names; }
+  Result<std::vector<std::string>> EncoderNames() override { return Asked(*state_, state_->names); }
   Result<std::unique_ptr<WindowsMediaEncoder>> Encoder(const std::string& name) override {
     const Outcome recorded = Record(*state_, "Encoder " + name);
     if (!recorded) return recorded.AsFailure();
@@ -61,18 +74,23 @@ class Agent : public EncoderAgent, private Part {
 }  // namespace
 
 Result<std::unique_ptr<RealProducerEncoder>> SimulatedEncoders::CreateRealProducer() {
+  HangIfTold(*state_);
   if (!state_->failure.empty()) return Failure{state_->failure};
+  ++state_->made;
   return std::unique_ptr<RealProducerEncoder>(std::make_unique<Producer>(state_));
 }
 
 Result<std::unique_ptr<AsfEncoder>> SimulatedEncoders::CreateAsfEncoder() {
+  HangIfTold(*state_);
   if (!state_->failure.empty()) return Failure{state_->failure};
+  ++state_->made;
   return std::unique_ptr<AsfEncoder>(std::make_unique<Asf>(state_));
 }
 
 Result<std::unique_ptr<EncoderAgent>> SimulatedEncoders::CreateEncoderAgent(const std::string& computer) {
   const Outcome recorded = Record(*state_, "Agent on " + computer);
   if (!recorded) return recorded.AsFailure();
+  ++state_->made;
   return std::unique_ptr<EncoderAgent>(std::make_unique<Agent>(state_));
 }
 

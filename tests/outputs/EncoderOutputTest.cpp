@@ -15,14 +15,17 @@ class EncoderOutputTest : public NetworkOutputTest {
   }
   bool Start(std::int32_t type) {
     output.settings.EncoderType = type;
-    return output.StartOutput(t.network.MakeClient());
+    bool started = false;
+    EXPECT_TRUE(t.loop.RunTask([&] { started = output.StartOutput(t.network.MakeClient()); }));
+    return started;
   }
+  void RunSeconds(int seconds) { t.loop.RunFor(std::chrono::seconds(seconds)); }
   double Update(const std::string& format) {
     output.settings.SimpleTextFormat = format;
     return NetworkOutputTest::Update(output);
   }
 
-  SimulatedEncoders encoders;
+  SimulatedEncoders encoders{t.loop};
   clsZEBEncoderOutput output{t.environment};
 };
 
@@ -131,6 +134,7 @@ TEST_F(EncoderOutputTest, RunStatesHaveTheirTexts) {
   const char* const texts[] = {"Error", "Starting", "OK", "Paused", "Stopping", "Stopped", "Error"};
   for (int state = 0; state < 7; ++state) {
     encoders.state().runState = state;
+    RunSeconds(3);
     EXPECT_EQ(StatusText(output), texts[state]);
   }
 }
@@ -152,6 +156,129 @@ TEST_F(EncoderOutputTest, WhatCannotStartSaysWhy) {
     EXPECT_EQ(StatusText(output), "Off");
     EXPECT_NE(output.ProblemText().find("not available on this platform"), std::string::npos);
   }
+}
+
+// The first call that hangs is given up, no other is made meanwhile, and what comes back mends itself.
+TEST_F(EncoderOutputTest, AnEncoderThatHangsHoldsUpNothingAndMendsItself) {
+  ASSERT_TRUE(Start(kRealProducer));
+  encoders.state().hangs = true;
+  EXPECT_DOUBLE_EQ(Update("T"), 5.0);
+  EXPECT_EQ(output.ProblemText(), "the RealProducer encoder did not answer within 5 seconds");
+  EXPECT_TRUE(output.MayPass());
+  EXPECT_EQ(StatusText(output), "Error");
+  EXPECT_DOUBLE_EQ(Update("T"), 0.0);
+  EXPECT_EQ(output.ProblemText(), "the RealProducer encoder has still not answered a call of before");
+  EXPECT_FALSE(Start(kRealProducer));
+  RunSeconds(600);
+  EXPECT_EQ(encoders.state().made, 1);
+  encoders.state().hangs = false;
+  RunSeconds(3);
+  EXPECT_TRUE(encoders.state().calls.empty());
+  Update("T");
+  EXPECT_EQ(encoders.state().calls, std::vector<std::string>{"SendRealMediaEvent 2 T"});
+  EXPECT_EQ(output.ProblemText(), "");
+  EXPECT_EQ(StatusText(output), "OK");
+}
+
+TEST_F(EncoderOutputTest, ACommandThatHangsIsToldAndTriedAgain) {
+  ASSERT_TRUE(Start(kAsfEncoder));
+  encoders.state().calls.clear();
+  t.loop.SetBlockingTime(std::chrono::seconds(3));  // so that the state is known when the hanging begins
+  const auto hang = t.loop.After(std::chrono::seconds(4), [this] { encoders.state().hangs = true; });
+  EXPECT_DOUBLE_EQ(Update("T"), 8.0);
+  EXPECT_EQ(output.ProblemText(), "the ASF encoder did not answer within 5 seconds");
+  EXPECT_FALSE(sent);
+  int lost = 0;
+  output.onShownLost = [&] { ++lost; };
+  encoders.state().hangs = false;
+  t.loop.SetBlockingTime({});
+  RunSeconds(10);
+  EXPECT_EQ(output.ProblemText(), "");
+  EXPECT_EQ(lost, 1);
+  Update("T");
+  EXPECT_TRUE(sent);
+  EXPECT_EQ(output.ProblemText(), "");
+}
+
+TEST_F(EncoderOutputTest, AnAgentThatHangsFromTheStartIsNamed) {
+  output.settings.WME7ComputerName = "pc";
+  encoders.state().hangs = true;
+  const MonotonicTime begin = t.loop.Monotonic();
+  EXPECT_FALSE(Start(kWindowsMediaEncoder7));
+  EXPECT_EQ(t.loop.Monotonic() - begin, Duration(std::chrono::seconds(30)));
+  EXPECT_EQ(output.ProblemText(), "the encoder agent on 'pc' did not answer within 30 seconds");
+  EXPECT_EQ(StatusText(output), "Off");
+}
+
+// One that was off when the station was started, and one that went and came back as another.
+TEST_F(EncoderOutputTest, AnEncoderThatComesLateOrComesBackIsMadeAnew) {
+  encoders.state().failure = "the computer is off";
+  EXPECT_FALSE(Start(kRealProducer));
+  Update("T");
+  EXPECT_EQ(output.ProblemText(), "the computer is off");
+  EXPECT_TRUE(output.MayPass());
+  encoders.state().failure.clear();
+  Update("T");
+  EXPECT_EQ(output.ProblemText(), "");
+  EXPECT_EQ(encoders.state().made, 1);
+  int lost = 0;
+  output.onShownLost = [&] { ++lost; };
+  encoders.state().stateFailure = "it is gone";
+  RunSeconds(7);
+  EXPECT_EQ(lost, 1);  // told once
+  EXPECT_EQ(StatusText(output), "Error");
+  EXPECT_EQ(output.ProblemText(), "it is gone");
+  Update("T");
+  EXPECT_EQ(encoders.state().made, 2);
+  EXPECT_EQ(output.ProblemText(), "it is gone");
+  encoders.state().stateFailure.clear();
+  encoders.state().calls.clear();
+  Update("T");
+  EXPECT_EQ(encoders.state().calls, std::vector<std::string>{"SendRealMediaEvent 2 T"});
+  EXPECT_EQ(StatusText(output), "OK");
+}
+
+TEST_F(EncoderOutputTest, AnEncoderThatBeginsToRunIsGivenTheTitle) {
+  int lost = 0;
+  output.onShownLost = [&] { ++lost; };
+  encoders.state().running = false;
+  ASSERT_TRUE(Start(kAsfEncoder));
+  EXPECT_EQ(StatusText(output), "Off");
+  encoders.state().running = true;
+  RunSeconds(3);
+  EXPECT_EQ(StatusText(output), "OK");
+  EXPECT_EQ(lost, 1);
+  output.StopOutput();
+  encoders.state().stateFailure = "it is gone";
+  RunSeconds(10);
+  EXPECT_EQ(lost, 1);
+}
+
+TEST_F(EncoderOutputTest, AnOutputMayGoWhileItsEncoderIsCalled) {
+  auto gone = std::make_unique<clsZEBEncoderOutput>(t.environment);
+  gone->settings.EncoderType = kRealProducer;
+  t.loop.Start("start", [&] { gone->StartOutput(nullptr); });
+  RunSeconds(1);
+  EXPECT_EQ(StatusText(*gone), "OK");
+  encoders.state().hangs = true;
+  RunSeconds(3);  // the look hangs
+  gone.reset();
+  encoders.state().hangs = false;
+  RunSeconds(10);
+  EXPECT_EQ(t.loop.TaskCount(), 0u);
+}
+
+// Stopped while it is being made: what comes then is let go.
+TEST_F(EncoderOutputTest, AnEncoderThatComesAfterTheStopIsLetGo) {
+  output.settings.EncoderType = kRealProducer;
+  t.loop.SetBlockingTime(std::chrono::seconds(4));
+  t.loop.Start("start", [&] { output.StartOutput(nullptr); });
+  RunSeconds(2);
+  output.StopOutput();
+  RunSeconds(20);
+  EXPECT_EQ(encoders.state().made, 1);
+  EXPECT_EQ(StatusText(output), "Off");
+  EXPECT_EQ(output.ProblemText(), "");
 }
 
 TEST_F(EncoderOutputTest, ADeadServerShowsUnknownAndIsTriedAgain) {
