@@ -57,7 +57,8 @@ TEST_F(SetupTest, FromNothingToATitleOnAPageWhileZebdRuns) {
   ASSERT_EQ(Zebctl({"set", "current", "--title", "Paper & Moons", "--artist", "Ada"}).status, 0);
   EXPECT_NE(AwaitPage("www/now.html", "Paper &amp; Moons").find("<h2 id=\"title\">Paper &amp; Moons</h2>"),
             std::string::npos);
-  EXPECT_NE(ReadFile(Path("www/now.json")).find("\"title\": \"Paper & Moons\""), std::string::npos);
+  EXPECT_NE(AwaitPage("www/now.json", "Paper & Moons").find("\"title\": \"Paper & Moons\""),
+            std::string::npos);
 }
 
 TEST_F(SetupTest, AtATerminalPasswordsAreNotShownAndCtrlDStoresNothing) {
