@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "core/ProgramSettings.h"
 #include "text/Numbers.h"
 
 namespace zeb {
@@ -139,15 +140,16 @@ SetupOutput AskRds(SetupAnswers& answers, const SetupFindings& found) {
                     : "  Serial ports of this machine:");
     for (const std::string& port : found.serialPorts) answers.Say("    " + port);
   }
-  const std::string device = answers.Get(
-      {.option = "rds",
-       .text = "The encoder's port",
-       .usual = found.serialPorts.size() == 1 ? found.serialPorts.front() : std::string(),
-       .check = [](const std::string& text) -> Outcome {
-         if (text.starts_with("/dev/") || (text.starts_with("tcp:") && ReadServer(text.substr(4), "")))
-           return {};
-         return Failure{"a device such as /dev/ttyS0, or tcp:NAME:PORT"};
-       }});
+  const std::string device =
+      answers.Get({.option = "rds",
+                   .text = "The encoder's port",
+                   .usual = found.serialPorts.size() == 1 ? found.serialPorts.front() : std::string(),
+                   .check = [](const std::string& text) -> Outcome {
+                     const std::string usual = UsualCommPortDevice(1);
+                     const bool isDevice = text.starts_with("/dev/") || text.starts_with(usual.substr(0, usual.size() - 1));
+                     if (isDevice || (text.starts_with("tcp:") && ReadServer(text.substr(4), ""))) return {};
+                     return Failure{"a device such as " + usual + ", or tcp:NAME:PORT"};
+                   }});
   const std::string number = std::to_string(found.freeSerialNumber);
   return {.type = OutputType::kSerial,
           .settings = {{"CommPort", number},

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "app/SetupOutputs.h"
+#include "core/ProgramSettings.h"
 #include "core/SettingsPaths.h"
 #include "core/clsZEBService.h"
 #include "dialogs/TemplatePreview.h"
@@ -13,6 +14,7 @@
 #include "outputs/http/RequestExchange.h"
 #include "outputs/wire/WireCharacters.h"
 #include "platform/FileSystem.h"
+#include "platform/SerialPortControl.h"
 #include "platform/SettingsHive.h"
 #include "platform/WorkLane.h"
 #include "text/LetterCase.h"
@@ -178,6 +180,8 @@ class StationSetup {
             name == "ttyS0")
           found_.serialPorts.push_back(std::string(folder) + "/" + name);
     }
+    if (SerialPorts* const system = ports_.draft.serialPorts; system && found_.serialPorts.empty())
+      for (const SerialPorts::Found& port : system->Available()) found_.serialPorts.push_back(port.device);
     for (int number = 1; number <= kSerialPorts; ++number) {
       found_.freeSerialNumber = number;
       const std::string name = "CommPortDevice" + std::to_string(number);
@@ -331,6 +335,7 @@ class StationSetup {
 }  // namespace
 
 const std::vector<SetupOption>& SetupOptionList() {
+  static const std::string rds = "an RDS encoder: " + UsualCommPortDevice(1) + ", tcp:NAME:PORT";
   static const std::vector<SetupOption> list = {
       {"name", "NAME", "the station's name"},
       {"playout", "WORD", "where its titles come from: link, dallet50, dallet51 or text",
@@ -346,7 +351,7 @@ const std::vector<SetupOption>& SetupOptionList() {
       {"icecast-password", "WORD", "its source password"},
       {"shoutcast", "SERVER", "titles of a SHOUTcast stream"},
       {"shoutcast-password", "WORD", "its password"},
-      {"rds", "DEVICE", "an RDS encoder: /dev/ttyS0, tcp:NAME:PORT", "file"},
+      {"rds", "DEVICE", rds.c_str(), "file"},
       {"dab", "SERVER", "DAB labels by a label server"},
       {"dab-service", "NAME", "the service's name there"},
       {"dab-password", "WORD", "its password"},

@@ -40,6 +40,9 @@ constexpr char kHelp[] =
     "  --install-service     has Windows start zebd with the machine, with the options that follow; asks an\n"
     "                        administrator's rights\n"
     "  --remove-service      takes that back\n"
+    "  --open-to-users       lets every user of this computer change settings and data folder, as zeb needs "
+    "it;\n"
+    "                        asks an administrator's rights\n"
     "\n"
     "Ctrl+C ends zebd within five seconds, a second one at once. Exit status: 0 ended on request,\n"
     "1 cannot start, 3 another zebd runs on the data folder.\n";

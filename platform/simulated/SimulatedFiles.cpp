@@ -11,8 +11,11 @@ namespace {
 
 constexpr const char* kMissing = "No such file or directory";
 
-// One separator at a time, none at the end, and no ".".
-std::string Normal(const std::string& path) {
+// One separator at a time, none at the end, and no ".". Windows' separator counts there, as in its own files.
+std::string Normal(std::string path) {
+#ifdef _WIN32
+  std::replace(path.begin(), path.end(), '\\', '/');
+#endif
   std::string normal;
   for (std::size_t start = 0; start <= path.size();) {
     std::size_t end = std::min(path.find('/', start), path.size());

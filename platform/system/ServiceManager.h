@@ -17,10 +17,11 @@ void NotifyServiceManager(std::string_view state);
 // How often "WATCHDOG=1" is expected; zero when it is not.
 std::chrono::microseconds WatchdogInterval();
 
-// Where Windows' service manager is asked for something (--install-service, --remove-service) does it and
-// gives the exit status. Where it has started this program (--service), begins to answer it, takes that word
-// out of the arguments, and gives nothing: the program goes on as usual. Elsewhere gives nothing.
-// `stop` is called, on another thread, when the program is to end, until it gives true.
+// Where something is asked for that Windows' administrators do (--install-service, --remove-service,
+// --open-to-users) does it and gives the exit status. Where Windows' service manager has started this program
+// (--service), begins to answer it, takes that word out of the arguments, and gives nothing: the program goes
+// on as usual. Elsewhere gives nothing. `stop` is called, on another thread, when the program is to end,
+// until it gives true.
 std::optional<int> DoServiceCommand(const std::string& name, std::vector<std::string>& arguments,
                                     bool (*stop)(), std::ostream& out, std::ostream& err);
 

@@ -7,9 +7,13 @@
 
 namespace zeb {
 
-// Lets Windows' account for small services change the settings (the key Software\Hexmoor of 32-bit programs,
-// which is made where it is missing) and the data folder. Needs an administrator's rights; the reason names
-// what failed.
-Outcome OpenToLocalService(const std::string& dataFolder);
+enum class Account {
+  kLocalService,  // Windows' account for small services
+  kUsers          // everybody who may log on to this computer
+};
+
+// Lets the account change the settings (the key Software\Hexmoor of 32-bit programs, which is made where it
+// is missing) and the data folder. Needs an administrator's rights; the reason names what failed.
+Outcome OpenTo(Account account, const std::string& dataFolder);
 
 }  // namespace zeb

@@ -176,7 +176,7 @@ int Install(const std::string& name, const std::vector<std::string>& arguments, 
   failures.cActions = 1;
   failures.lpsaActions = &again;
   ChangeServiceConfig2W(service.handle, SERVICE_CONFIG_FAILURE_ACTIONS, &failures);
-  if (const Outcome opened = OpenToLocalService(DataFolderOf(arguments)); !opened)
+  if (const Outcome opened = OpenTo(Account::kLocalService, DataFolderOf(arguments)); !opened)
     err << name << ": " << opened.Reason() << std::endl;
   out << "The service 'ZEB' starts with the machine from now on; 'net start ZEB' starts it now." << std::endl;
   return 0;
@@ -191,6 +191,18 @@ int Remove(const std::string& name, std::ostream& out, std::ostream& err) {
   ControlService(service.handle, SERVICE_CONTROL_STOP, &status);
   if (DeleteService(service.handle) == 0) return Fail(err, name, "the service 'ZEB' cannot be removed");
   out << "The service 'ZEB' is removed; settings and pages stay." << std::endl;
+  return 0;
+}
+
+int OpenToUsers(const std::string& name, const std::vector<std::string>& arguments, std::ostream& out,
+                std::ostream& err) {
+  const std::string folder = DataFolderOf(arguments);
+  if (const Outcome opened = OpenTo(Account::kUsers, folder); !opened) {
+    err << name << ": " << opened.Reason() << " (start it as administrator)" << std::endl;
+    return 1;
+  }
+  out << "Every user of this computer may change the settings and '" << folder << "' from now on."
+      << std::endl;
   return 0;
 }
 
@@ -211,11 +223,13 @@ std::optional<int> DoServiceCommand(const std::string& name, std::vector<std::st
                                     bool (*stop)(), std::ostream& out, std::ostream& err) {
   if (arguments.empty()) return std::nullopt;
   const std::string command = arguments.front();
-  if (command != "--service" && command != "--install-service" && command != "--remove-service")
+  if (command != "--service" && command != "--install-service" && command != "--remove-service" &&
+      command != "--open-to-users")
     return std::nullopt;
   arguments.erase(arguments.begin());
   if (command == "--install-service") return Install(name, arguments, out, err);
   if (command == "--remove-service") return Remove(name, out, err);
+  if (command == "--open-to-users") return OpenToUsers(name, arguments, out, err);
   KeepJournal(arguments);
   stopOrder = stop;
   AnswerServiceManager();

@@ -236,8 +236,10 @@ Result<std::vector<std::string>> WinFiles::List(const std::string& folder) {
   const HANDLE search = FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &found, FindExSearchNameMatch,
                                          nullptr, FIND_FIRST_EX_LARGE_FETCH);
   if (search == INVALID_HANDLE_VALUE) {
-    if (GetLastError() == ERROR_FILE_NOT_FOUND) return std::vector<std::string>();
-    return Cannot("list", folder, LastError());
+    const DWORD error = GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND) return std::vector<std::string>();
+    const auto info = InfoOfPath(folder);
+    return Cannot("list", folder, info && !info->isFolder ? "it is not a folder" : SystemErrorText(error));
   }
   const std::unique_ptr<void, decltype(&FindClose)> open(search, FindClose);
   std::vector<std::string> names;

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/windows/PutInPlace.h"
 #include "platform/windows/SystemError.h"
 #include "platform/windows/WideText.h"
 #include "platform/windows/WinFileInfo.h"
@@ -144,11 +145,7 @@ class WinTarget : public FileTarget {
                        DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, descriptor);
   }
 
-  // In one step: who reads finds the old file or the new one. (ReplaceFile has a moment with neither.)
-  bool Publish(const std::string& work) const {
-    const std::wstring from = SystemPath(work), to = SystemPath(path_);
-    return TriedAgain([&] { return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0; });
-  }
+  bool Publish(const std::string& work) const { return PutInPlace(SystemPath(work), SystemPath(path_)); }
 
   // A growing file is not followed for ever.
   static std::string CopyContents(FileReader& source, const WinHandle& file) {

@@ -9,6 +9,7 @@
 #include "app/desktop/text/ChooseLanguage.h"
 #include "app/desktop/text/Translate.h"
 #include "tests/desktop/DesktopTest.h"
+#include "text/Paths.h"
 
 namespace zeb {
 namespace {
@@ -43,10 +44,10 @@ TEST_F(LanguageTest, TheChosenOneIsInUseAtOnce) {
   EXPECT_EQ(Text("OK"), "Gut");
   EXPECT_EQ(Text("Studio has Control"), "Studio steuert");
   EXPECT_EQ(Text("Cancel"), "Cancel");
-  EXPECT_EQ(
-      console.notes.back(),
-      "Language file '/data/Languages/lang-German.txt': line 3: has no '=' between the English text and the "
-      "translated one");
+  EXPECT_EQ(console.notes.back(), "Language file '" +
+                                      JoinPath(JoinPath("/data", "Languages"), "lang-German.txt") +
+                                      "': line 3: has no '=' between the English text and the "
+                                      "translated one");
   person.Show(MessageIcon::kInformation, "Studio has Control");
   Settle();
   EXPECT_EQ(BoxText(), "Studio steuert");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/ServiceEditor.h"
+#include "core/ProgramSettings.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
 #include "tests/desktop/DialogTest.h"
 #include "tests/desktop/WholeTree.h"
@@ -341,7 +342,8 @@ TEST_F(OutputDialogTest, ATestTellsItsStepsOfWhatStandsInTheDialog) {
   steps = dynamic_cast<QListWidget*>(Named("TestSteps"));
   ASSERT_NE(steps, nullptr);
   ASSERT_GE(steps->count(), 2);
-  EXPECT_TRUE(steps->item(1)->text().contains("port 4, '/dev/ttyS3'")) << "the device of the port entered";
+  EXPECT_TRUE(steps->item(1)->text().contains(("port 4, '" + UsualCommPortDevice(4) + "'").c_str()))
+      << "the device of the port entered";
 }
 
 TEST_F(OutputDialogTest, ATestWhoseDialogIsClosedGoesOnByItself) {

@@ -44,7 +44,7 @@ class PairDialogTest : public DesktopTest {
 };
 
 TEST_F(PairDialogTest, WhatIsNotTouchedComesBackAsItWas) {
-  clsPair odd = Pair("/t/ä 𝄞.htm", "/w/now.htm");
+  clsPair odd = Pair("t-ä 𝄞.htm", "w-now.htm");
   odd.UseUpdateRules = true;
   odd.UpdateRulesFlags = 8 | 64;  // and a bit of some other program
   odd.UpdateRulesUsingItem = 7;
@@ -54,7 +54,7 @@ TEST_F(PairDialogTest, WhatIsNotTouchedComesBackAsItWas) {
   odd.SimpleTextFormat = "one\r\ntwo\xC2\xA0";
   odd.EscapeValues = "JSON";
   odd.VerifyURL = "http://radio.example/now.htm ";
-  for (const clsPair& pair : {Pair("/t/a", "/w/a"), odd}) {
+  for (const clsPair& pair : {Pair("t-a", "w-a"), odd}) {
     OpenWith(pair);
     Press("OK", Dialog());
     ASSERT_TRUE(taken) << BoxText();
@@ -66,8 +66,8 @@ TEST_F(PairDialogTest, TakesWhatIsEntered) {
   OpenWith({});
   EXPECT_EQ(Dialog()->windowTitle(), "File Parameters:");
   EXPECT_TRUE(Tick("AddNoCache").isChecked());
-  Type("SourceFileName", "/t/page.htm");
-  Type("DestinationFileName", "/w/page.htm");
+  Type("SourceFileName", "t-page.htm");
+  Type("DestinationFileName", "w-page.htm");
   Tick("UseUpdateRules").click();
   Tick("UpdateIfSong").click();
   Tick("UpdateIfUnknown").click();
@@ -79,7 +79,7 @@ TEST_F(PairDialogTest, TakesWhatIsEntered) {
   dynamic_cast<QComboBox*>(Named("EscapeValues"))->setCurrentIndex(1);
   Press("OK", Dialog());
   ASSERT_TRUE(taken) << BoxText();
-  clsPair expected = Pair("/t/page.htm", "/w/page.htm");
+  clsPair expected = Pair("t-page.htm", "w-page.htm");
   expected.UseUpdateRules = true;
   expected.UpdateRulesFlags = 8 | 32;
   expected.UpdateRulesUsingItem = 3;
@@ -111,17 +111,17 @@ TEST_F(PairDialogTest, OkChecksInOrderAndShowsTheFieldAtFault) {
   };
   const Case cases[] = {
       {kWeb, "", "a\\b", "3601", seconds.c_str(), "RefreshTagSeconds"},
-      {kFile, "/t/a", "/w/a", "", seconds.c_str(), "RefreshTagSeconds"},
+      {kFile, "t-a", "w-a", "", seconds.c_str(), "RefreshTagSeconds"},
       {kWeb, "", "a\\b", nullptr,
        "You cannot use the \"\\\" character in the destination file name.\nWeb/WAP servers use a \"/\" "
        "instead",
        "DestinationFileName"},
       {kFile, "", "", nullptr, "You must choose a Source File to use.", "SourceFileName"},
       {kWeb, "", "/a", nullptr, "You must choose a Source Page to use.", "SourceFileName"},
-      {kFile, "/t/a", "/t/a", nullptr,
+      {kFile, "t-a", "t-a", nullptr,
        "The Source and Destination filenames cannot be the same in the same directory.",
        "DestinationFileName"},
-      {kFile, "/t/a", "", nullptr, "You must choose an Destination File to use.", "DestinationFileName"},
+      {kFile, "t-a", "", nullptr, "You must choose an Destination File to use.", "DestinationFileName"},
       {kWeb, "/t/a", "", nullptr, "You must choose an Destination Page to use.", "DestinationFileName"},
   };
   for (const Case& c : cases) {
@@ -144,7 +144,7 @@ TEST_F(PairDialogTest, OkChecksInOrderAndShowsTheFieldAtFault) {
 }
 
 TEST_F(PairDialogTest, AWordThatIsNoEscapeIsRefused) {
-  OpenWith(Pair("/t/a", "/w/a"));
+  OpenWith(Pair("t-a", "w-a"));
   auto* escape = dynamic_cast<QComboBox*>(Named("EscapeValues"));
   escape->lineEdit()->selectAll();
   QTest::keyClicks(escape->lineEdit(), "csv");
@@ -166,8 +166,8 @@ TEST_F(PairDialogTest, BrowsingOffersTheKindsOfPages) {
   ASSERT_EQ(chooser->nameFilters().size(), 6);
   EXPECT_EQ(chooser->nameFilters()[0], "Active Server Page (*.asp) (*.ASP)");
   EXPECT_EQ(chooser->selectedNameFilter(), "HTML Document (*.htm)") << "what is seen of it";
-  emit chooser->fileSelected("/t/chosen.htm");
-  EXPECT_EQ(Line("SourceFileName").text(), "/t/chosen.htm");
+  emit chooser->fileSelected("t-chosen.htm");
+  EXPECT_EQ(Line("SourceFileName").text(), "t-chosen.htm");
 }
 
 class PairGridTest : public PairDialogTest {
@@ -190,13 +190,13 @@ class PairGridTest : public PairDialogTest {
 };
 
 TEST_F(PairGridTest, ShowsWhenEachPairIsUpdated) {
-  clsPair never = Pair("/t/b", "/w/b"), some = Pair("/t/c", "/w/c");
+  clsPair never = Pair("t-b", "w-b"), some = Pair("t-c", "w-c");
   never.UseUpdateRules = some.UseUpdateRules = true;
   some.UpdateRulesFlags = 63;
-  Grid({Pair("/t/a", "/w/a"), never, some});
-  EXPECT_EQ(Row(0), "/t/a|/w/a|Always|");
-  EXPECT_EQ(Row(1), "/t/b|/w/b|No item|");
-  EXPECT_EQ(Row(2), "/t/c|/w/c|ACJSVU|");
+  Grid({Pair("t-a", "w-a"), never, some});
+  EXPECT_EQ(Row(0), "t-a|w-a|Always|");
+  EXPECT_EQ(Row(1), "t-b|w-b|No item|");
+  EXPECT_EQ(Row(2), "t-c|w-c|ACJSVU|");
   EXPECT_EQ(Table().horizontalHeaderItem(2)->text(), "Update?");
 }
 
@@ -205,17 +205,17 @@ TEST_F(PairGridTest, PairsAreAddedEditedMovedAndRemoved) {
   EXPECT_FALSE(Named("EditPair")->isEnabled());
   for (const char* name : {"a", "b"}) {
     Press("Add...", &grid);
-    Type("SourceFileName", std::string("/t/") + name);
-    Type("DestinationFileName", std::string("/w/") + name);
+    Type("SourceFileName", std::string("t-") + name);
+    Type("DestinationFileName", std::string("w-") + name);
     Press("OK", Dialog());
   }
   Press("Add...", &grid);
   Press("Cancel", Dialog());
-  EXPECT_EQ(PairsText(grid.Pairs()), PairsText({Pair("/t/a", "/w/a"), Pair("/t/b", "/w/b")}));
+  EXPECT_EQ(PairsText(grid.Pairs()), PairsText({Pair("t-a", "w-a"), Pair("t-b", "w-b")}));
   EXPECT_EQ(changes, 2);
 
   Press("Move Up", &grid);
-  EXPECT_EQ(PairsText(grid.Pairs()), PairsText({Pair("/t/b", "/w/b"), Pair("/t/a", "/w/a")}));
+  EXPECT_EQ(PairsText(grid.Pairs()), PairsText({Pair("t-b", "w-b"), Pair("t-a", "w-a")}));
   EXPECT_FALSE(Named("MovePairUp")->isEnabled());
   const auto focusTable = [&] {  // there is no window manager to do it
     grid.activateWindow();
@@ -224,14 +224,14 @@ TEST_F(PairGridTest, PairsAreAddedEditedMovedAndRemoved) {
   };
   focusTable();
   QTest::keyClick(&Table(), Qt::Key_Down, Qt::AltModifier);
-  EXPECT_EQ(Row(1), "/t/b|/w/b|Always|");
+  EXPECT_EQ(Row(1), "t-b|w-b|Always|");
   EXPECT_FALSE(Named("MovePairDown")->isEnabled());
 
   QTest::keyClick(&Table(), Qt::Key_Return);
   Settle();
-  Type("DestinationFileName", "/w/changed");
+  Type("DestinationFileName", "w-changed");
   Press("OK", Dialog());
-  EXPECT_EQ(Row(1), "/t/b|/w/changed|Always|");
+  EXPECT_EQ(Row(1), "t-b|w-changed|Always|");
   focusTable();
   QTest::keyClick(&Table(), Qt::Key_Delete);
   Press("Remove", &grid);
@@ -240,7 +240,7 @@ TEST_F(PairGridTest, PairsAreAddedEditedMovedAndRemoved) {
 }
 
 TEST_F(PairGridTest, TakesNoMoreThanAnOutputMayHave) {
-  Grid(std::vector<clsPair>(kMaxPairs, Pair("/t/a", "/w/a")));
+  Grid(std::vector<clsPair>(kMaxPairs, Pair("t-a", "w-a")));
   EXPECT_FALSE(Named("AddPair")->isEnabled());
   QTest::keyClick(&Table(), Qt::Key_Insert);
   Settle();

@@ -214,7 +214,8 @@ TEST_F(ServiceWindowTest, HostileTitlesDoNotMoveTheWindow) {
     Say("SET_CURRENT_ITEM ITitle=\"" + title + "\" AName1=\"" + title + "\"");
     PassDrawn(3s);
     EXPECT_EQ(window->size(), size);
-    EXPECT_EQ(window->minimumSizeHint(), least);
+    // Letters of another font may be lower.
+    EXPECT_EQ(window->minimumSizeHint().boundedTo(least), window->minimumSizeHint());
     EXPECT_LT(Text("onAir").size(), 3000U);
     for (const char32_t c : QString::fromStdString(Text("onAir")).toStdU32String())
       EXPECT_FALSE(c < 32 || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069)) << title;

@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "platform/posix/PosixFiles.h"
-#include "tests/platform/FileSystemContract.h"
+#include "tests/platform/FileLinksContract.h"
 
 namespace zeb {
 namespace {
@@ -15,10 +15,12 @@ struct PosixFolder : testing::Test {
   static void MakeLink(const std::string& path, const std::string& to) {
     std::filesystem::create_symlink(to, path);
   }
+  static SystemWords Words() { return {}; }
   PosixFiles files{"/srv/zeb"};
   std::string folder;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixFolder);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileLinksContract, PosixFolder);
 
 }  // namespace
 }  // namespace zeb

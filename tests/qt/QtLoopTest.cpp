@@ -2,7 +2,6 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <atomic>
-#include <csignal>
 #include <ctime>
 #include <future>
 #include <optional>
@@ -10,7 +9,6 @@
 #include <thread>
 
 #include "platform/WorkLane.h"
-#include "platform/qt/ProgramSignals.h"
 #include "platform/qt/QtLoop.h"
 #include "platform/qt/WorkerPool.h"
 #include "tests/qt/QtFixture.h"
@@ -45,7 +43,11 @@ TEST_F(QtLoopTest, QuitHandsItsCodeToRunEvenWhenItComesFirst) {
 TEST_F(QtLoopTest, TheWallClockIsLocalCivilTime) {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
+#ifdef _WIN32
+  localtime_s(&local, &now);
+#else
   localtime_r(&now, &local);
+#endif
   const auto civil =
       std::chrono::local_days{std::chrono::year(local.tm_year + 1900) / (local.tm_mon + 1) / local.tm_mday} +
       std::chrono::hours(local.tm_hour) + std::chrono::minutes(local.tm_min) +
@@ -243,24 +245,6 @@ TEST(QtLoopEndTest, PostsToALoopThatHasEndedAreDropped) {
     const Timer timer = loop.After(0ms, [held] { ADD_FAILURE(); });
   }
   EXPECT_EQ(held.use_count(), 1);
-}
-
-TEST_F(QtLoopTest, SignalsBecomeEvents) {
-  std::vector<ProgramSignal> taken;
-  {
-    const ProgramSignals listener(loop, [&](ProgramSignal signal) { taken.push_back(signal); });
-    std::raise(SIGTERM);
-    EXPECT_TRUE(taken.empty()) << "not from inside the handler";
-    ASSERT_TRUE(Until([&] { return taken.size() == 1; }));
-    std::raise(SIGHUP);
-    std::raise(SIGINT);
-    ASSERT_TRUE(Until([&] { return taken.size() == 3; }));
-  }
-  EXPECT_EQ(taken, (std::vector<ProgramSignal>{ProgramSignal::kStop, ProgramSignal::kReload,
-                                               ProgramSignal::kInterrupt}));
-  struct sigaction now {};
-  sigaction(SIGTERM, nullptr, &now);
-  EXPECT_EQ(now.sa_handler, SIG_DFL) << "the former action is back";
 }
 
 }  // namespace

@@ -38,6 +38,7 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
   PipeStream(std::shared_ptr<PipeStreams> shared, std::unique_ptr<QLocalSocket> socket, TcpConnection* user)
       : shared_(std::move(shared)), socket_(std::move(socket)), user_(user) {}
 
+  // The user hears from the next turn of the loop on, so he has to be there: what came before he was is lost.
   void Begin() {
     socket_->setReadBufferSize(kPieceBytes);
     const auto post = [this] { PostPump(); };
@@ -46,14 +47,11 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
     QObject::connect(socket_.get(), &QLocalSocket::bytesWritten, socket_.get(), post);
     PostPump();
   }
-  // What is written in the turn in which the pipe was opened may get lost (seen under Wine), so it waits.
   void Send(std::string_view bytes) {
-    if (!user_ || !IsOpen()) return;
-    early_ += bytes;
-    if (begun_) WriteEarly();
+    if (user_ && IsOpen()) socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
   }
   std::size_t Unsent() const {
-    return early_.size() + static_cast<std::size_t>(std::max<qint64>(socket_->bytesToWrite(), 0));
+    return static_cast<std::size_t>(std::max<qint64>(socket_->bytesToWrite(), 0));
   }
 
   void Finish() {
@@ -82,7 +80,6 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
   // Tells the user one thing; more is told by a further post.
   void Pump() {
     pumpPosted_ = false;
-    if (!std::exchange(begun_, true)) WriteEarly();
     if (!user_) {
       if (!IsOpen() || Unsent() == 0) Leave();
       return;
@@ -99,11 +96,6 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
     if (const auto callback = user->onClosed) callback();
   }
 
-  void WriteEarly() {
-    const std::string bytes = std::exchange(early_, {});
-    if (IsOpen() && !bytes.empty()) socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
-  }
-
   void Leave() {
     leaveLimit_.Stop();
     const auto keep = shared_from_this();
@@ -114,8 +106,6 @@ class PipeStream : public std::enable_shared_from_this<PipeStream> {
   std::shared_ptr<PipeStreams> shared_;
   std::unique_ptr<QLocalSocket> socket_;
   TcpConnection* user_;
-  std::string early_;
-  bool begun_ = false;
   bool pumpPosted_ = false;
   Timer leaveLimit_;
 };
@@ -125,10 +115,10 @@ namespace {
 class PipeConnection : public TcpConnection {
  public:
   PipeConnection(std::shared_ptr<PipeStreams> shared, std::unique_ptr<QLocalSocket> socket)
-      : stream_(std::make_shared<PipeStream>(std::move(shared), std::move(socket), this)) {
-    stream_->Begin();
-  }
+      : stream_(std::make_shared<PipeStream>(std::move(shared), std::move(socket), this)) {}
   ~PipeConnection() override { stream_->Abandon(); }
+
+  void Begin() { stream_->Begin(); }
 
   void Send(std::string_view bytes) override { stream_->Send(bytes); }
   std::size_t UnsentBytes() const override { return stream_->Unsent(); }
@@ -181,6 +171,7 @@ class PipeListener : public LocalListener {
           std::make_unique<PipeConnection>(streams_, std::unique_ptr<QLocalSocket>(socket)));
       streams_->loop.Post([this, server = std::weak_ptr(server_), connection] {
         if (server.expired() || !server_) return;
+        (*connection)->Begin();
         if (const auto callback = onConnection) callback(std::move(*connection));
       });
     }
@@ -207,8 +198,11 @@ std::unique_ptr<LocalListener> PipeSockets::MakeLocalListener() {
 LocalLink PipeSockets::ConnectLocal(const std::string& path) {
   auto socket = std::make_unique<QLocalSocket>();
   socket->connectToServer(PipeName(path));
-  if (socket->waitForConnected(kConnectMilliseconds))
-    return {std::make_unique<PipeConnection>(streams_, std::move(socket)), false, ""};
+  if (socket->waitForConnected(kConnectMilliseconds)) {
+    auto connection = std::make_unique<PipeConnection>(streams_, std::move(socket));
+    connection->Begin();
+    return {std::move(connection), false, ""};
+  }
   const auto error = socket->error();
   return {nullptr,
           error == QLocalSocket::ServerNotFoundError || error == QLocalSocket::ConnectionRefusedError,
