@@ -16,7 +16,7 @@
 # make container           the container image zeb, with podman or docker
 # make try-container       builds it on a clean root, and tries what can go wrong there (root only)
 # make release             what a version is given out as: archive, packages, components, checksums
-# make windows             zebd.exe and zebctl.exe, cross-built, in build/windows; the first time also their libraries (an hour)
+# make windows             zeb.exe, zebd.exe, zebctl.exe and the installer, cross-built, in build/windows; first their libraries (an hour, once)
 # make test-windows        their tests under Wine
 # make help                this list
 
@@ -108,7 +108,8 @@ try-container:
 
 windows:
 	@scripts/windows/setup
-	@scripts/windows/build zebd zebctl
+	@scripts/windows/build zebd zebctl zeb
+	@scripts/windows/installer
 
 test-windows:
 	@scripts/windows/test

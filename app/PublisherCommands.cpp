@@ -97,6 +97,11 @@ int RunUpdateCommand(const CommandPorts& ports, const UpdateOptions& options) {
   return reply.Done() ? 0 : Fail(ports, reply);
 }
 
+int RunReloadCommand(const CommandPorts& ports) {
+  const PublisherLink::Reply reply = PublisherLink(ports.loop, ports.sockets, ports.folder).Reload();
+  return reply.Done() ? 0 : Fail(ports, reply);
+}
+
 void RunByHandCommand(const CommandPorts& ports, const ByHandOptions& options,
                       std::function<void(int status)> finished) {
   if (options.way != ByHandOptions::Way::kLink) {

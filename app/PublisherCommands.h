@@ -37,6 +37,8 @@ struct ByHandOptions {
   SendOptions send;
 };
 
+struct ReloadOptions {};
+
 struct PasswordOptions {};  // `dashboard password`
 
 struct SupportOptions {
@@ -45,8 +47,9 @@ struct SupportOptions {
   bool templates = false;
 };
 
-using PublisherOptions = std::variant<StatusOptions, UpdateOptions, ByHandOptions, PasswordOptions,
-                                      StationOptions, TestOptions, SupportOptions, SetupOptions>;
+using PublisherOptions =
+    std::variant<StatusOptions, UpdateOptions, ReloadOptions, ByHandOptions, PasswordOptions, StationOptions,
+                 TestOptions, SupportOptions, SetupOptions>;
 
 // What the commands work with. All outlives them.
 struct CommandPorts {
@@ -67,6 +70,8 @@ PublisherLink::Reply AskServices(PublisherLink& link, boost::json::object& all);
 int RunStatusCommand(const CommandPorts& ports, const StatusOptions& options);
 // In a task: 0, 1, or 3 when nothing runs.
 int RunUpdateCommand(const CommandPorts& ports, const UpdateOptions& options);
+// In a task, as above: the publisher reads the settings again.
+int RunReloadCommand(const CommandPorts& ports);
 // Hands the exit status to `finished`, once. `input` as RunSendCommand has it.
 void RunByHandCommand(const CommandPorts& ports, const ByHandOptions& options,
                       std::function<void(int status)> finished);

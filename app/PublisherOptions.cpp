@@ -149,6 +149,8 @@ void DeclarePublisherCommands(CLI::App& program) {
           "the service's number; all services without one")
       .Check(CheckNumber)
       .Takes("service");
+  SetFooter(AddCommand(program, "reload", "the publisher reads the settings again"),
+            "Exit status: 0 it has, 1 it could not, 3 zebd does not run.");
   CLI::App& dashboard = AddCommand(program, "dashboard", "the web page of the publisher");
   RequireCommand(dashboard);
   AddCommand(dashboard, "password", "set the password: asked for twice, or a line of standard input");
@@ -182,6 +184,7 @@ std::optional<PublisherOptions> PublisherCommandOf(const CLI::App& command) {
   if (name == "test")
     return PublisherOptions(TestOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0),
                                         ParseOutputName(ValueOf(command, "OUTPUT")).Value()});
+  if (name == "reload") return PublisherOptions(ReloadOptions());
   if (name == "update")
     return PublisherOptions(UpdateOptions{WholeNumber<int>(ValueOf(command, "SERVICE")).value_or(0)});
   return std::nullopt;

@@ -146,7 +146,8 @@ SetupOutput AskRds(SetupAnswers& answers, const SetupFindings& found) {
                    .usual = found.serialPorts.size() == 1 ? found.serialPorts.front() : std::string(),
                    .check = [](const std::string& text) -> Outcome {
                      const std::string usual = UsualCommPortDevice(1);
-                     const bool isDevice = text.starts_with("/dev/") || text.starts_with(usual.substr(0, usual.size() - 1));
+                     const bool isDevice =
+                         text.starts_with("/dev/") || text.starts_with(usual.substr(0, usual.size() - 1));
                      if (isDevice || (text.starts_with("tcp:") && ReadServer(text.substr(4), ""))) return {};
                      return Failure{"a device such as " + usual + ", or tcp:NAME:PORT"};
                    }});

@@ -66,4 +66,14 @@ Result<StartUpOptions> ReadStartUpOptions(const std::vector<std::string>& argume
   return options;
 }
 
+CommandTable StartUpTable(const std::string& program) {
+  return {.name = program,
+          .help = "the publisher",
+          .options = {{{"--home"}, "folder", "the data folder"},
+                      {{"--version"}, "", "the version"},
+                      {{"--help", "-h"}, "", "all options"}},
+          .words = {"=/IMPORT= /DEBUG /PRESERVETEMPFILES /NOPREVCHECK /SILENT /SCHEDULE /MINIMISED"},
+          .manyWords = true};
+}
+
 }  // namespace zeb

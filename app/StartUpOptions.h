@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CommandTable.h"
 #include "platform/Result.h"
 
 namespace zeb {
@@ -31,5 +32,8 @@ struct StartUpOptions {
 
 // Fails on an unknown option, naming it.
 Result<StartUpOptions> ReadStartUpOptions(const std::vector<std::string>& arguments);
+
+// What `program` (zebd or zeb) takes, for shells that complete it.
+CommandTable StartUpTable(const std::string& program);
 
 }  // namespace zeb

@@ -455,7 +455,9 @@ Result<ZebctlOptions> ReadZebctlOptions(const std::vector<std::string>& words) {
   if (!options.textToShow.empty()) return options;
   const CLI::App& command = GivenCommand(program);
   if (NameOf(command) == "completion") {
-    options.textToShow = CompletionScript(ValueOf(command, "SHELL"), {TableOf(program), LabelServerTable()});
+    options.textToShow =
+        CompletionScript(ValueOf(command, "SHELL"),
+                         {TableOf(program), LabelServerTable(), StartUpTable("zebd"), StartUpTable("zeb")});
     return options;
   }
   if (NameOf(command) == "help") {

@@ -320,6 +320,7 @@ void RunPublisherCommand(const CommandPorts& ports, QtLoop& loop, QtNetwork& net
   try {
     if (const auto* what = std::get_if<StatusOptions>(&options)) status = RunStatusCommand(ports, *what);
     if (const auto* what = std::get_if<UpdateOptions>(&options)) status = RunUpdateCommand(ports, *what);
+    if (std::holds_alternative<ReloadOptions>(options)) status = RunReloadCommand(ports);
     if (const auto* what = std::get_if<StationOptions>(&options)) status = ChangeStations(ports, *what);
     if (const auto* what = std::get_if<SupportOptions>(&options)) status = Support(ports, *what);
     if (std::holds_alternative<PasswordOptions>(options)) status = SetPassword(ports);

@@ -29,10 +29,23 @@ Page instfiles
 UninstPage uninstConfirm
 UninstPage instfiles
 
-; Files that are in use cannot be replaced. The service ends within five seconds.
+; Files that are in use cannot be replaced. The service ends within five seconds, and its program a moment later.
 !macro StopService
   nsExec::ExecToLog 'net stop ZEB'
   Pop $0
+  ${If} ${FileExists} "$INSTDIR\zebd.exe"
+    StrCpy $0 0
+    ${Do}
+      ClearErrors
+      FileOpen $1 "$INSTDIR\zebd.exe" a
+      ${IfNot} ${Errors}
+        FileClose $1
+        ${ExitDo}
+      ${EndIf}
+      Sleep 200
+      IntOp $0 $0 + 1
+    ${LoopUntil} $0 > 75
+  ${EndIf}
 !macroend
 
 !macro LetIn program
@@ -48,6 +61,9 @@ Section "!ZEB"
   ClearErrors
   File /r "${FILES}/*.*"
   ${If} ${Errors}
+    ; What is on air goes on.
+    nsExec::ExecToLog 'net start ZEB'
+    Pop $0
     SetErrorLevel 2
     Abort "Some files could not be written: close ZEB, zebctl and whatever else runs in $INSTDIR, and start the installer again."
   ${EndIf}

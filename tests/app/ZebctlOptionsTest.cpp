@@ -170,7 +170,7 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, lint, setup, status, update, dashboard, test, "
+        "a command is missing: settings, send, set, expand, lint, setup, status, update, reload, dashboard, test, "
         "support, "
         "service, "
         "output, "

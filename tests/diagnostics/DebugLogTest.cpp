@@ -4,6 +4,8 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "platform/simulated/TestEnvironment.h"
+#include "tests/diagnostics/PlainLines.h"
+#include "text/Paths.h"
 
 namespace zeb {
 namespace {
@@ -20,7 +22,7 @@ class DebugLogTest : public testing::Test {
                                       alsoToOperator);
     log_->Install();
   }
-  std::string Log() { return env_.files.Contents(kFile); }
+  std::string Log() { return PlainLines(env_.files.Contents(kFile)); }
 
   TestEnvironment env_;
   std::unique_ptr<DebugLog> log_;
@@ -93,16 +95,16 @@ TEST_F(DebugLogTest, AFileADay) {
   WriteDebugLine("old");
   env_.loop.RunFor(1s);
   WriteDebugLine("new");
-  EXPECT_EQ(env_.files.Contents("/logs/zebd.20261231.log"), "23:59:59 old\n");
-  EXPECT_EQ(env_.files.Contents("/logs/zebd.20270101.log"), "00:00:00 new\n");
+  EXPECT_EQ(PlainLines(env_.files.Contents("/logs/zebd.20261231.log")), "23:59:59 old\n");
+  EXPECT_EQ(PlainLines(env_.files.Contents("/logs/zebd.20270101.log")), "00:00:00 new\n");
 }
 
 TEST_F(DebugLogTest, FolderThatCannotBeMade) {
   env_.files.Put("/logs", "a file in its place");
   Install(5, true);
   for (int i = 0; i < 3; ++i) WriteDebugLine("line");
-  EXPECT_EQ(env_.person.shown,
-            std::vector<std::string>{"The Debug Files folder could not be created in '/logs/'!"});
+  EXPECT_EQ(env_.person.shown, std::vector<std::string>{"The Debug Files folder could not be created in '" +
+                                                        JoinPath("/logs", "") + "'!"});
   EXPECT_EQ(env_.person.notes, std::vector<std::string>(3, "12:00:00 line"));  // the journal still has them
   EXPECT_FALSE(env_.files.Exists(kFile));
 }
@@ -166,8 +168,8 @@ TEST_F(HeldDebugLogTest, ShowsAFolderThatCannotBeMadeWithTheNextLineAndOnce) {
   held_->Release();
   EXPECT_TRUE(env_.person.shown.empty());
   for (int i = 0; i < 3; ++i) WriteDebugLine("no more");
-  EXPECT_EQ(env_.person.shown,
-            std::vector<std::string>{"The Debug Files folder could not be created in '/logs/'!"});
+  EXPECT_EQ(env_.person.shown, std::vector<std::string>{"The Debug Files folder could not be created in '" +
+                                                        JoinPath("/logs", "") + "'!"});
   EXPECT_TRUE(held_->lines.empty());
 }
 
@@ -178,7 +180,7 @@ TEST_F(DebugLogTest, UninstallsItselfOnly) {
   log_.reset();  // no longer the installed one
   EXPECT_TRUE(DebugLevelAllows(10));
   WriteDebugLine("x");
-  EXPECT_EQ(env_.files.Contents("/logs/other.20260302.log"), "12:00:00 x\n");
+  EXPECT_EQ(PlainLines(env_.files.Contents("/logs/other.20260302.log")), "12:00:00 x\n");
 }
 
 TEST_F(DebugLogTest, LevelAtStartUp) {
@@ -207,7 +209,7 @@ TEST_F(DebugLogTest, LevelAtStartUp) {
 }
 
 TEST_F(DebugLogTest, FolderAtStartUp) {
-  EXPECT_EQ(DebugLog::StartUpFolder(env_.hive, "/data"), "/data/DebugFiles");
+  EXPECT_EQ(DebugLog::StartUpFolder(env_.hive, "/data"), JoinPath("/data", "DebugFiles"));
   env_.hive.WriteText(kRoot, "DebugPath", "/var/log/zeb");
   EXPECT_EQ(DebugLog::StartUpFolder(env_.hive, "/data"), "/var/log/zeb");
 }

@@ -7,6 +7,7 @@
 
 #include "diagnostics/hxGeneral.h"
 #include "platform/simulated/TestEnvironment.h"
+#include "tests/diagnostics/PlainLines.h"
 #include "text/Encodings.h"
 #include "text/Utf8.h"
 
@@ -19,7 +20,7 @@ class ProblemsTest : public testing::Test {
     log_ = std::make_unique<DebugLog>(env_.loop, env_.files, env_.person, "zebd", "/logs", level);
     log_->Install();
   }
-  std::string Log() { return env_.files.Contents("/logs/zebd.20260302.log"); }
+  std::string Log() { return PlainLines(env_.files.Contents("/logs/zebd.20260302.log")); }
 
   TestEnvironment env_;
   std::unique_ptr<DebugLog> log_;

@@ -46,7 +46,10 @@ TEST_F(CompletionTest, BashOffersWhatMayComeNext) {
       {"zebctl help ta", "tags "},
       {"zebctl status ''", "--help -h --json --watch "},
       {"zeb-labelserver --config ''", "<default>  "},
-      {"/usr/bin/zeb-labelserver --p", "--port "}};
+      {"/usr/bin/zeb-labelserver --p", "--port "},
+      {"zebd --", "--home --version --help "},
+      {"zeb --home ''", "<dirnames>  "},
+      {"zebd /SILENT /S", "/SILENT /SCHEDULE "}};
   for (const auto& [words, offered] : cases) EXPECT_EQ(Offered(words), offered) << words;
 }
 

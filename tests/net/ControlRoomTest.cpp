@@ -39,6 +39,7 @@ class ControlRoomNetTest : public Station {
 
 TEST_F(ControlRoomNetTest, ZebctlSeesAndSteersThePublisherOfItsDataFolder) {
   EXPECT_EQ(Zebctl({"status"}).status, 3);
+  EXPECT_EQ(Zebctl({"reload"}).status, 3);
   AddService(1, control, kPage, "now.txt");
   Start();
   struct stat info {};
@@ -60,6 +61,9 @@ TEST_F(ControlRoomNetTest, ZebctlSeesAndSteersThePublisherOfItsDataFolder) {
   EXPECT_EQ(AwaitPage("now.txt", "By hand"), "Now: By hand\n");
   EXPECT_EQ(Zebctl({"update"}).status, 0);
   EXPECT_EQ(Zebctl({"update", "2"}).error, "zebctl: there is no such service\n");
+  EXPECT_EQ(Zebctl({"settings", "set", "Service1", "ServiceName", "New Name"}).status, 0);
+  EXPECT_EQ(Zebctl({"reload"}).status, 0);
+  EXPECT_TRUE(Has(Zebctl({"status"}).output, "1  New Name\n"));
   zebd->Signal(SIGTERM);
   EXPECT_EQ(zebd->Wait(), 0);
   EXPECT_FALSE(std::filesystem::exists(Path("zeb.socket")));
