@@ -170,7 +170,8 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
   const std::string type = "takes song, link, spot, other or a number, not ";
   Check(
       {{{},
-        "a command is missing: settings, send, set, expand, lint, setup, status, update, reload, dashboard, test, "
+        "a command is missing: settings, send, set, expand, lint, setup, status, update, reload, dashboard, "
+        "test, "
         "support, "
         "service, "
         "output, "
@@ -228,6 +229,7 @@ TEST(ZebctlOptions, NamesTheWordAtFault) {
        {{"set", "show", "--title", "x"}, "set show needs --reference (zebctl set show --help)"},
        {{"help", "set", "nope"},
         "there is no help on 'set nope', but on settings, send, set, expand, lint, setup, status, update, "
+        "reload, "
         "dashboard, test, support, service, output, history, why, replay, completion, help, tags"},
        {{"completion", "fish"}, "SHELL takes bash or zsh, not 'fish' (zebctl completion --help)"},
        {{"expand", "a", "b"}, "expand has no use for 'b' (zebctl expand --help)"},
