@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "text/LetterCase.h"
 #include "text/Paths.h"
 
 namespace zeb {
@@ -21,8 +22,11 @@ bool IsKey(std::string_view path) {
   return true;
 }
 
-// "/a/./b" and "/a//b" are one file.
+// "/a/./b" and "/a//b" are one file; so are "C:\\A" and "c:/a" on Windows.
 std::string KeyOf(std::string path) {
+#ifdef _WIN32
+  for (char& c : path) c = c == '/' ? '\\' : AsciiLower(c);
+#endif
   if (IsKey(path)) return path;
   std::string key;
   key.reserve(path.size() + 1);

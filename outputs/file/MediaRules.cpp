@@ -146,6 +146,16 @@ Result<bool> IsPicture(FileReader& file) {
 }
 
 bool LiesIn(std::string_view path, std::string_view folder) {
+#ifdef _WIN32
+  const auto plain = [](std::string_view given) {
+    std::string name(given);
+    std::replace(name.begin(), name.end(), '/', '\\');
+    return name;
+  };
+  const std::string plainPath = plain(path), plainFolder = plain(folder);
+  path = plainPath;
+  folder = plainFolder;
+#endif
   while (folder.size() > 1 && folder.back() == kPathSeparator) folder.remove_suffix(1);
   if (folder.empty() || path.size() < folder.size()) return false;
 #ifdef _WIN32

@@ -16,8 +16,9 @@ void SerialTest::Run(TestSteps& steps) {
     return;
   }
   if (!steps.Add("line settings '" + line_.settings + "'", ParseSerialLineSettings(line_.settings))) return;
-  const bool network = line_.device.starts_with("tcp:");
-  if (!network && !steps.Add(port, LookForDevice())) return;
+  // Not one on the network, nor COM1, which is no file.
+  const bool isFile = line_.device.starts_with('/');
+  if (isFile && !steps.Add(port, LookForDevice())) return;
   steps.Add("opening " + port, TryToOpen());
 }
 

@@ -13,12 +13,6 @@ namespace zeb {
 
 namespace {
 
-#ifdef _WIN32
-constexpr const char* kLineEnd = "\r\n";
-#else
-constexpr const char* kLineEnd = "\n";
-#endif
-
 std::string PathOf(const Environment& environment, const ServiceSnapshot& snapshot, std::string_view suffix) {
   const std::string folder = JoinPath(JoinPath(environment.dataFolder, snapshot.LoggingPath),
                                       "Service " + PaddedNumber(snapshot.serviceNumber, 2));
@@ -112,7 +106,7 @@ struct WireLog::State : std::enable_shared_from_this<State> {
 WireLog::WireLog(Environment& environment) : state_(std::make_shared<State>(environment)) {}
 
 void WireLog::Append(const ServiceSnapshot& snapshot, std::string_view suffix, std::string_view text) {
-  state_->Add({PathOf(state_->environment, snapshot, suffix), std::string(text) + kLineEnd});
+  state_->Add({PathOf(state_->environment, snapshot, suffix), std::string(text) + kWireLogLineEnd});
 }
 
 }  // namespace zeb

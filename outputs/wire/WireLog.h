@@ -17,6 +17,13 @@
 
 namespace zeb {
 
+// As the system's own programs end lines.
+#ifdef _WIN32
+inline constexpr char kWireLogLineEnd[] = "\r\n";
+#else
+inline constexpr char kWireLogLineEnd[] = "\n";
+#endif
+
 inline constexpr std::size_t kMaxWireLogLines = 1000;  // that wait to be written
 
 class WireLog {

@@ -47,6 +47,13 @@ class MemoryCarts : public CartStore {
   std::map<std::int32_t, Cart> carts;
 };
 
+// Where Windows joins names with its own separator, the one at the end keeps names as they are elsewhere.
+#ifdef _WIN32
+inline constexpr char kSimulatedDataFolder[] = "/data/";
+#else
+inline constexpr char kSimulatedDataFolder[] = "/data";
+#endif
+
 struct TestEnvironment {
   SimulatedLoop loop;
   MemoryHive hive;
@@ -54,8 +61,14 @@ struct TestEnvironment {
   SimulatedNetwork network{loop};
   RecordingOperator person;
   MemoryCarts carts;
-  Environment environment{loop,   hive,  files,   network,
-                          person, carts, "/data", "Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1"};
+  Environment environment{loop,
+                          hive,
+                          files,
+                          network,
+                          person,
+                          carts,
+                          kSimulatedDataFolder,
+                          "Software\\Hexmoor\\ZEB v3\\Profiles\\Profile1"};
 };
 
 }  // namespace zeb

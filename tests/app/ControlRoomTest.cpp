@@ -18,8 +18,8 @@ namespace json = boost::json;
 struct ControlRoomTest : testing::Test {
   TestEnvironment ports;
   JournalTail journal{ports.person, ports.loop};
-  Environment environment{ports.loop, ports.hive,  ports.files, ports.network,
-                          journal,    ports.carts, "/data",     ports.environment.settingsRoot};
+  Environment environment{ports.loop, ports.hive,  ports.files,          ports.network,
+                          journal,    ports.carts, kSimulatedDataFolder, ports.environment.settingsRoot};
   frmMain main{environment, MakeOutputFactory(environment), {}};
   std::shared_ptr<SimulatedSecrets> secrets = std::make_shared<SimulatedSecrets>();
   std::unique_ptr<ControlRoom> room;

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "app/PublisherLink.h"
-#include "platform/simulated/SimulatedLoop.h"
 #include "platform/simulated/SimulatedNetwork.h"
+#include "platform/simulated/TestEnvironment.h"
 
 namespace zeb {
 namespace {
@@ -32,7 +32,8 @@ TEST(PublisherLinkTest, APublisherThatHangsIsWaitedForSoLongAndNoLonger) {
     bool ended = false;
     const MonotonicTime began = loop.Monotonic();
     loop.Start("asking", [&] {
-      reply = PublisherLink(loop, network, "/data").Ask(one.method, "/api/v1/services", "", one.limit);
+      reply = PublisherLink(loop, network, kSimulatedDataFolder)
+                  .Ask(one.method, "/api/v1/services", "", one.limit);
       ended = true;
     });
     ASSERT_TRUE(loop.RunUntil([&] { return ended; }, std::chrono::minutes(1)));

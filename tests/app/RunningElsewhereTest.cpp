@@ -56,11 +56,12 @@ class RunningElsewhereTest : public testing::Test {
   std::unique_ptr<ControlRoom> room;
 
   RecordingOperator asked;
-  Environment edited{ports.loop, ports.hive,  ports.files, ports.network,
-                     asked,      ports.carts, "/data",     ports.environment.settingsRoot};
+  Environment edited{ports.loop, ports.hive,  ports.files,          ports.network,
+                     asked,      ports.carts, kSimulatedDataFolder, ports.environment.settingsRoot};
   std::vector<Told> told;
   std::string reason;
-  RunningElsewhere link{ports.loop, ports.network, "/data", [this](Told what, const std::string& why) {
+  RunningElsewhere link{ports.loop, ports.network, kSimulatedDataFolder,
+                        [this](Told what, const std::string& why) {
                           told.push_back(what);
                           reason = why;
                         }};

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "app/StationSetup.h"
+#include "core/ProgramSettings.h"
 #include "platform/simulated/TestEnvironment.h"
 
 namespace zeb {
@@ -55,8 +56,8 @@ class StationSetupTest : public testing::Test {
 
   TestEnvironment ports;
   MemoryHive memory;
-  Environment draft{ports.loop,   memory,      ports.files, ports.network,
-                    ports.person, ports.carts, "/data",     ports.environment.settingsRoot};
+  Environment draft{ports.loop,   memory,      ports.files,          ports.network,
+                    ports.person, ports.carts, kSimulatedDataFolder, ports.environment.settingsRoot};
   ScriptedTalk talk;
   std::string examples = "/examples";
   int told = 0;
@@ -93,6 +94,7 @@ TEST_F(StationSetupTest, WhoeverStopsAnsweringStoresNothing) {
 }
 
 TEST_F(StationSetupTest, AWrongAnswerIsToldAndAskedForAgain) {
+  const std::string device = "a device such as " + UsualCommPortDevice(1) + ", or tcp:NAME:PORT";
   const struct {
     Answers answers;
     const char* told;
@@ -105,7 +107,7 @@ TEST_F(StationSetupTest, AWrongAnswerIsToldAndAskedForAgain) {
       {{"X", "", "ftp", "server:99999"}, "'99999' is no port number"},
       {{"X", "", "ftp", ""}, "a server is given as name or name:port"},
       {{"X", "", "icecast", "127.0.0.1", "live"}, "a mount begins with '/': /live.mp3"},
-      {{"X", "", "rds", "COM1"}, "a device such as /dev/ttyS0, or tcp:NAME:PORT"},
+      {{"X", "", "rds", "port 1"}, device.c_str()},
       {{"X", "", "http", "ftp://x"}, "an address begins with http:// or https://"},
   };
   for (const auto& c : cases) {

@@ -33,7 +33,7 @@ class ServiceEntryTest : public testing::Test {
     return values;
   }
   TestEnvironment t;
-  ServiceEntry entry{t.hive, t.files, "/data", t.environment.settingsRoot};
+  ServiceEntry entry{t.hive, t.files, kSimulatedDataFolder, t.environment.settingsRoot};
 };
 
 TEST_F(ServiceEntryTest, AServiceIsMadeRenamedAndRemoved) {
@@ -142,7 +142,7 @@ TEST_F(ServiceEntryTest, AStoreThatFailsPartWayKeepsNothing) {
       MemoryHive::WriteText(key, name, text);
     }
   } full;
-  ServiceEntry other(full, t.files, "/data", t.environment.settingsRoot);
+  ServiceEntry other(full, t.files, kSimulatedDataFolder, t.environment.settingsRoot);
   ASSERT_TRUE(other.AddService("Demo FM", {}));
   EXPECT_THROW((void)other.AddOutput(1, OutputType::kHTTP, Entered({"UseTLS=1", "URL=/x"})), SettingsError);
   EXPECT_TRUE(full.SubKeys(t.environment.ServiceKey(1)).empty());

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
@@ -16,6 +15,7 @@
 #include "platform/common/SqliteHistoryReader.h"
 #include "platform/simulated/TestEnvironment.h"
 #include "templates/ZEB_Class_Functions.h"
+#include "tests/history/OwnFolder.h"
 #include "text/MomentText.h"
 #include "text/Sha256.h"
 
@@ -40,9 +40,7 @@ zeb::Shown::Page PageOf(const std::string& bytes) {
 class HistoryQueriesTest : public testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "zeb-history-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder = pattern;
+    folder = MakeOwnFolder();
     path = folder + "/history.db";
     recorder = std::make_unique<HistoryRecorder>(test.environment, std::make_shared<SqliteHistory>(path),
                                                  HistoryLimits());

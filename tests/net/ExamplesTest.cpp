@@ -67,6 +67,9 @@ class ExamplesTest : public Station {
     Play(Song(kTitle, "Ada"));
     if (!more.empty()) Play(more);
     AwaitPage(file, "live");
+    // The other pages of the update are written after it.
+    for (const fs::directory_entry& page : fs::directory_iterator(folder / "www"))
+      if (page.path().extension() != ".png") AwaitPage("www/" + page.path().filename().string(), "live");
   }
 };
 

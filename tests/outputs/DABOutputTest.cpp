@@ -2,6 +2,7 @@
 #include "outputs/OutputTable.h"
 #include "outputs/dab/clsZEBDABOutput.h"
 #include "outputs/labels/LabelClient.h"
+#include "outputs/wire/WireLog.h"
 #include "tests/outputs/WireFixture.h"
 
 namespace zeb {
@@ -157,7 +158,8 @@ TEST_F(DABOutputTest, TheLabelIsOneLineCutAndLogged) {
     return client->calls.empty() ? "" : client->calls[0];
   };
   EXPECT_EQ(label("Now:\r\n<ZEB_NOW_ITEMNAME>"), "label Now:Rain on Slate");
-  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-DAB-(Demo_FM).log"), "Now:Rain on Slate\n");
+  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-DAB-(Demo_FM).log"),
+            std::string("Now:Rain on Slate") + kWireLogLineEnd);
   output->settings.append = "{21}{0D}<ZEB_NOW_ITEMNAME>";
   EXPECT_EQ(label("é"), "label é!Rain on Slate");
   output->settings.MaxNumberChars = "10";

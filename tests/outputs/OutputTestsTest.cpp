@@ -224,11 +224,12 @@ TEST_F(OutputTestsTest, AnFtpServerIsTriedUpToTheRights) {
 }
 
 TEST_F(OutputTestsTest, ASerialPortIsOpenedUnlessTheOutputHasIt) {
-  const std::string port = "port 1, '/dev/ttyS0'";
+  const std::string port = "port 1, '/dev/rds'";
+  t.hive.WriteText(t.environment.settingsRoot, "CommPortDevice1", "/dev/rds");
   const auto output = Make<clsZEBSerialOutput>(OutputType::kSerial);
   const Lines missing = {"ok line settings '9600,n,8,1'", "no " + port + ": there is no such device"};
   EXPECT_EQ(Test(OutputType::kSerial, *output), missing);
-  t.files.PutSpecial("/dev/ttyS0");
+  t.files.PutSpecial("/dev/rds");
   const Lines good = {"ok line settings '9600,n,8,1'", "ok " + port, "ok opening " + port};
   EXPECT_EQ(Test(OutputType::kSerial, *output), good);
   EXPECT_FALSE(ports.made.back()->PortOpen());

@@ -1,9 +1,12 @@
 // The serial output on simulated ports and time.
+#include "core/ProgramSettings.h"
 #include "outputs/OutputTable.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
+#include "outputs/wire/WireLog.h"
 #include "platform/NetworkSerialPort.h"
 #include "platform/SerialLineSettings.h"
 #include "tests/outputs/WireFixture.h"
+#include "text/Paths.h"
 
 namespace zeb {
 namespace {
@@ -35,7 +38,7 @@ TEST_F(SerialOutputTest, OpensItsPortAndLogsEachStep) {
   EXPECT_TRUE(output->StartOutput(port));
   EXPECT_EQ(Log(),
             (Lines{"Started Serial.StartOutput", "Serial: Port Opened OK", "Finished Serial.StartOutput"}));
-  EXPECT_EQ(port->line.device, "/dev/ttyS2");
+  EXPECT_EQ(port->line.device, UsualCommPortDevice(3));
   EXPECT_EQ(output->GetInformationString(), "Port: 3");
   output->StopOutput();
   EXPECT_EQ(Log(), (Lines{"Started Serial.StopOutput", "Finished Serial.StopOutput"}));
@@ -65,7 +68,8 @@ TEST_F(SerialOutputTest, SendsOneLineAndLogsIt) {
   Play("Café");
   Update(*output);
   EXPECT_EQ(port->all, "Caf\xE9\r\n");
-  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-Serial-03.log"), "Café\r\n\n");
+  EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-Serial-03.log"),
+            std::string("Café\r\n") + kWireLogLineEnd);
   const Lines lines = Log();
   const auto first = std::find(lines.begin(), lines.end(), "Started Serial.SendString");
   ASSERT_NE(first, lines.end());
@@ -110,7 +114,7 @@ TEST_F(SerialOutputTest, CutsInCharactersOfItsSetAndKeepsTheAppendedOnes) {
 // The logging path on a share that hangs, then on one that is full: what is sent does not wait for it.
 TEST_F(SerialOutputTest, AWireLogThatCannotBeWrittenIsToldOnceAndDelaysNothing) {
   service.settings.LoggingPath = "/logs";
-  const std::string path = "/logs/Service 07/2026-03-02-Serial-03.log";
+  const std::string path = JoinPath(JoinPath("/logs", "Service 07"), "2026-03-02-Serial-03.log");
   bool hangs = true;
   t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
     if (file != path) return {};
@@ -130,7 +134,8 @@ TEST_F(SerialOutputTest, AWireLogThatCannotBeWrittenIsToldOnceAndDelaysNothing) 
   EXPECT_EQ(journal, (Lines{"'" + path + "' does not answer; what is sent is not logged"}));
   hangs = false;
   t.loop.RunFor(1s);
-  EXPECT_EQ(t.files.Contents(path), "one\ntwo\nthree\n");
+  const std::string end = kWireLogLineEnd;
+  EXPECT_EQ(t.files.Contents(path), "one" + end + "two" + end + "three" + end);
 
   journal.clear();
   t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
@@ -144,7 +149,7 @@ TEST_F(SerialOutputTest, AWireLogThatCannotBeWrittenIsToldOnceAndDelaysNothing) 
 
 TEST_F(SerialOutputTest, AWireLogThatHangsForLongKeepsABoundAndCountsTheRest) {
   service.settings.LoggingPath = "/logs";
-  const std::string path = "/logs/Service 07/2026-03-02-X.log";
+  const std::string path = JoinPath(JoinPath("/logs", "Service 07"), "2026-03-02-X.log");
   bool hangs = true;
   t.files.fail = [&](const std::string&, const std::string& file) -> std::string {
     if (file == path) t.loop.WaitUntil([&] { return !hangs; }, 24h);
@@ -161,7 +166,7 @@ TEST_F(SerialOutputTest, AWireLogThatHangsForLongKeepsABoundAndCountsTheRest) {
   t.loop.RunFor(1s);
   const std::string all = t.files.Contents(path);
   EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1001);  // the first one was on its way
-  EXPECT_EQ(all.substr(all.size() - 5), "1000\n");
+  EXPECT_TRUE(all.ends_with(std::string("1000") + kWireLogLineEnd));
   Log();
   EXPECT_TRUE(Has(journal, "99 lines are missing in a log of what was sent"));
 }

@@ -1,6 +1,7 @@
 // The slow send against the service: what is under way gives way to what is newer, at exact times.
 #include "core/UpdateRecord.h"
 #include "outputs/serial/clsZEBSerialOutput.h"
+#include "outputs/wire/WireLog.h"
 #include "tests/outputs/WireFixture.h"
 
 namespace zeb {
@@ -67,8 +68,9 @@ TEST_F(SlowSendTest, ANewerTextEndsTheOldOneWithItsLineAndGoesOutWhole) {
   EXPECT_EQ(output->Status(), kStatusOK);
   EXPECT_EQ(output->ProblemText(), "");
   EXPECT_TRUE(Has(Log(), "Given up after 124 characters"));
+  const std::string end = kWireLogLineEnd;
   EXPECT_EQ(t.files.Contents("/logs/Service 07/2026-03-02-Serial-01.log").substr(endless.size()),
-            "\r\n\nGiven up after 124 characters\nNew\r\n\n");
+            "\r\n" + end + "Given up after 124 characters" + end + "New\r\n" + end);
   RunUntil(1h);
   EXPECT_EQ(TimeOf(Last()), 1300);  // nothing is left of the old one
 }
@@ -192,7 +194,9 @@ TEST_F(SlowSendTest, WhatADelayedOutputIsToShowNextEndsWhatItShows) {
   At(2s, [&] { Title("Second"); });
   At(3s, [&] { station.CurrentItemNearEnd(); });
   RunUntil(20s);
-  EXPECT_EQ(port->all, std::string(200, 'x') + "\r\nSecond\r\nSAE\r\n");
+  std::string expected(200, 'x');
+  expected += "\r\nSecond\r\nSAE\r\n";
+  EXPECT_EQ(port->all, expected);
   EXPECT_EQ(TimeOf(0), 5000);
   EXPECT_EQ(TimeOf(200), 7000);
 }
