@@ -11,6 +11,7 @@
 #include "platform/WorkLane.h"
 #include "platform/simulated/TestEnvironment.h"
 #include "platform/windows/WinEncoderAutomation.h"
+#include "platform/windows/PutInPlace.h"
 #include "platform/windows/WinHandle.h"
 #include "tests/qt/QtFixture.h"
 
@@ -59,9 +60,7 @@ class WinEncoderTest : public QtFixture {
     // In one step, for the server reads it at any moment.
     const auto fresh = Server(".fresh");
     std::ofstream(fresh) << lines;
-    TriedAgain([&] {
-      return MoveFileExW(fresh.c_str(), Server(".orders").c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
-    });
+    EXPECT_TRUE(PutInPlace(fresh, Server(".orders")));
   }
   static std::vector<std::string> Calls() {
     std::ifstream file(Server(".calls"));
