@@ -10,8 +10,8 @@
 #include "outputs/encoder/clsZEBEncoderOutput.h"
 #include "platform/WorkLane.h"
 #include "platform/simulated/TestEnvironment.h"
-#include "platform/windows/WinEncoderAutomation.h"
 #include "platform/windows/PutInPlace.h"
+#include "platform/windows/WinEncoderAutomation.h"
 #include "platform/windows/WinHandle.h"
 #include "tests/qt/QtFixture.h"
 
