@@ -14,7 +14,7 @@ ServiceHistory::ServiceHistory(const clsZEBService& service, std::shared_ptr<His
 // ---- Items
 
 void ServiceHistory::LookAtItems() {
-  if (!recorder_ || std::exchange(seen_, service_.ItemsVersion()) == service_.ItemsVersion()) return;
+  if (!Keeps() || std::exchange(seen_, service_.ItemsVersion()) == service_.ItemsVersion()) return;
   LookAt(kHistoryCurrent, service_.CurrentItem(), current_);
   LookAt(kHistoryComingSoon, service_.ComingSoonItem(), comingSoon_);
   next_.resize(static_cast<std::size_t>(service_.ItemCount()));
@@ -34,11 +34,15 @@ void ServiceHistory::LookAt(int slot, const clsZEBItemInfo& item, clsZEBItemInfo
 // ---- Outputs
 
 void ServiceHistory::Updating(UpdateCause cause) {
-  if (recorder_) recorder_->Updating(service_.LastSnapshot(), cause);
+  if (Keeps()) recorder_->Updating(service_.LastSnapshot(), cause);
 }
 
 void ServiceHistory::RunEnded(const UpdateRecord& record, const UpdateRun& run) {
-  if (!recorder_) return;
+  if (!Keeps()) {
+    pausedBefore_ = true;
+    return told_.clear();
+  }
+  if (std::exchange(pausedBefore_, false)) SkipWhatIsShown(*record.snapshot);
   HistoryShown shown;
   shown.snapshot = record.snapshot;
   shown.cause = record.cause;
@@ -55,6 +59,14 @@ void ServiceHistory::RunEnded(const UpdateRecord& record, const UpdateRun& run) 
   }
 }
 
+// What was put out while nothing was kept: when, nobody knows any more.
+void ServiceHistory::SkipWhatIsShown(const ServiceSnapshot& present) {
+  for (const OutputTypeInfo& info : kOutputTypes)
+    for (int i = 1; const OutputPtr output = service_.Output(info.type, i); ++i)
+      for (const Shown::Page& page : output->LastShown().pages)
+        if (page.snapshot.get() != &present) told_[output][page.name] = page.snapshot;
+}
+
 // Of pages, those that are new: a page may show something older than this update, and one that its rules left
 // out is not published again.
 void ServiceHistory::TellPublished(HistoryShown shown, const OutputPtr& output) {
@@ -69,7 +81,6 @@ void ServiceHistory::TellPublished(HistoryShown shown, const OutputPtr& output) 
     SnapshotPtr& told = told_[output][page.name];
     if (told == page.snapshot) continue;
     told = page.snapshot;
-    if (!recorder_->Keeps()) continue;
     if (shown.latency) shown.latency = service_.environment().loop.Monotonic() - page.snapshot->arrived;
     shown.snapshot = page.snapshot;
     shown.part = page.name;

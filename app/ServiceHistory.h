@@ -30,7 +30,9 @@ class ServiceHistory {
   void RunEnded(const UpdateRecord& record, const UpdateRun& run);
 
  private:
+  bool Keeps() const { return recorder_ && recorder_->Keeps(); }
   void LookAt(int slot, const clsZEBItemInfo& item, clsZEBItemInfo& known);
+  void SkipWhatIsShown(const ServiceSnapshot& present);
   void TellPublished(HistoryShown shown, const OutputPtr& output);
 
   const clsZEBService& service_;
@@ -41,6 +43,7 @@ class ServiceHistory {
   std::uint64_t seen_ = 0;  // the service's ItemsVersion then
   // What each page showed when it was last told, by output and destination.
   std::map<std::weak_ptr<clsZEBTemplate>, std::map<std::string, SnapshotPtr>, std::owner_less<>> told_;
+  bool pausedBefore_ = false;  // nothing was kept when the last run ended
 };
 
 }  // namespace zeb

@@ -13,6 +13,7 @@ namespace {
 constexpr std::size_t kMostTextCharacters = 2000;
 constexpr std::size_t kMostFirstCharacters = 300, kMostFirstLines = 5;
 constexpr std::size_t kMostBytesOfACharacter = 4;
+static_assert(kMostFirstBytes == kMostFirstCharacters * kMostBytesOfACharacter);
 
 // The first lines that are not empty.
 std::string Lines(std::string_view text, std::size_t most) {
@@ -36,9 +37,7 @@ std::string ShownText(std::string_view text) {
 }
 
 std::string FirstLines(std::string_view text) {
-  return Lines(
-      FirstCharacters(text.substr(0, kMostFirstCharacters * kMostBytesOfACharacter), kMostFirstCharacters),
-      kMostFirstLines);
+  return Lines(FirstCharacters(text.substr(0, kMostFirstBytes), kMostFirstCharacters), kMostFirstLines);
 }
 
 }  // namespace zeb

@@ -1,5 +1,5 @@
 // Shown: what an output published last, for people to look at: texts as they were sent, pages by name, size
-// and first lines.
+// and how they begin.
 #pragma once
 
 #include <cstddef>
@@ -28,9 +28,9 @@ struct Shown {
   struct Page {
     std::string name;  // its destination
     std::uint64_t bytes = 0;
-    std::string firstLines;  // cut
-    PageDigest digest;       // of its bytes
-    SnapshotPtr snapshot{};  // what it shows
+    std::string beginning{};  // of its text, as it is: who shows it asks for its FirstLines
+    PageDigest digest{};      // of its bytes
+    SnapshotPtr snapshot{};   // what it shows
     Source source{};
   };
 
@@ -44,7 +44,8 @@ struct Shown {
 // Text as it can be shown anywhere: lines without control characters, none of them empty, cut where it is
 // very long.
 std::string ShownText(std::string_view text);
-// The same of the first few lines.
+// The same of the first few lines, which are looked for in the first so many bytes.
+inline constexpr std::size_t kMostFirstBytes = 1200;
 std::string FirstLines(std::string_view text);
 
 }  // namespace zeb

@@ -58,7 +58,7 @@ json::array Pages(const Shown& shown) {
   for (const Shown::Page& page : shown.pages)
     pages.push_back({{"name", page.name},
                      {"bytes", page.bytes},
-                     {"firstLines", page.firstLines},
+                     {"firstLines", FirstLines(page.beginning)},
                      {"sha256", page.digest.Text()}});
   return pages;
 }

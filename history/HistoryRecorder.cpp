@@ -382,7 +382,7 @@ void HistoryRecorder::Shown(const HistoryShown& shown) {
   row.output = std::string(NameOf(shown.type)) + std::to_string(shown.number);
   row.part = HistoryText(shown.part, kMostPartBytes);
   row.problem = HistoryText(OneLine(shown.problem, kMostProblemBytes), kMostProblemBytes);
-  row.text = HistoryText(shown.page ? shown.page->firstLines : shown.text, kMostTextBytes);
+  row.text = HistoryText(shown.page ? FirstLines(shown.page->beginning) : shown.text, kMostTextBytes);
   row.bytes = shown.page ? shown.page->bytes : shown.text.size();
   if (shown.page) row.digest = shown.page->digest.Text();
   if (shown.latency) row.latency = std::chrono::duration_cast<std::chrono::microseconds>(*shown.latency);

@@ -23,7 +23,7 @@ class TaskStacks {
   void GiveBack(boost::context::stack_context& stack) noexcept;
 
  private:
-  static constexpr std::size_t kMostKept = 64;
+  static constexpr std::size_t kMostKept = 256;
   boost::context::protected_fixedsize_stack maker_;
   std::vector<boost::context::stack_context> kept_;
 };

@@ -29,7 +29,8 @@ Result<std::string> BuildPage(const PageTemplate& page, const clsFileParameters&
 
 Shown::Page ShownPage(const clsFileParameters& pair, std::string_view text, std::string_view bytes,
                       PageDigest::When digest) {
-  return {pair.DestinationFileName(), bytes.size(), FirstLines(text), PageDigest(bytes, digest)};
+  return {pair.DestinationFileName(), bytes.size(), std::string(text.substr(0, kMostFirstBytes)),
+          PageDigest(bytes, digest)};
 }
 
 void NoteSource(Shown::Page& shown, const clsFileParameters& pair, std::shared_ptr<const PageTemplate> page,

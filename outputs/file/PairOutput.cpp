@@ -89,7 +89,7 @@ std::vector<PublicPlace> PairOutput::PublicPlaces() const {
   for (const auto& [pair, page] : shownPages_)
     if (pair < pairs_.size() && !pairs_[pair].VerifyURL.empty())
       places.push_back(
-          {PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest.Text(), page.firstLines});
+          {PublicPlace::Kind::kPage, pairs_[pair].VerifyURL, page.digest.Text(), FirstLines(page.beginning)});
   return places;
 }
 

@@ -3,6 +3,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -85,18 +89,19 @@ class WorkFile {
     return "somebody makes '" + WorkName(place_.path) + "' again and again";
   }
 
-  // Where two names can be exchanged that is done, and the old file removed: a rename over a file makes ext4
-  // write the new one to the disk first. Where they cannot, whatever the reason, a rename does or says why.
-  bool Publish(bool replaces) {
+  // Where two names can be exchanged and `exchanges` is set, that is done, and the old file removed: a rename
+  // over a file makes ext4 write the new one to the disk first. Where they cannot, whatever the reason, a
+  // rename does or says why.
+  bool Publish(bool exchanges) {
     const char* to = place_.name.c_str();
 #ifdef RENAME_EXCHANGE
-    if (replaces && ::renameat2(place_.Folder(), name_.c_str(), place_.Folder(), to, RENAME_EXCHANGE) == 0) {
+    if (exchanges && ::renameat2(place_.Folder(), name_.c_str(), place_.Folder(), to, RENAME_EXCHANGE) == 0) {
       made_ = false;
       ::unlinkat(place_.Folder(), name_.c_str(), 0);
       return true;
     }
 #else
-    static_cast<void>(replaces);
+    static_cast<void>(exchanges);
 #endif
     if (::renameat(place_.Folder(), name_.c_str(), place_.Folder(), to) != 0) return false;
     made_ = false;
@@ -110,6 +115,23 @@ class WorkFile {
   const std::string name_;
   bool made_ = false;
 };
+
+// Whether an open file is on a file system without a disk, where a rename over a file is as quick as any.
+// Asked once for a device, as long as a thread does not turn to another.
+bool IsInMemory([[maybe_unused]] const Descriptor& file, [[maybe_unused]] dev_t device) {
+#ifdef RENAME_EXCHANGE
+  thread_local std::optional<dev_t> asked;
+  thread_local bool inMemory = false;
+  if (asked == device) return inMemory;
+  struct statfs system = {};
+  inMemory = ::fstatfs(file.Number(), &system) == 0 &&
+             (system.f_type == TMPFS_MAGIC || system.f_type == RAMFS_MAGIC);
+  asked = device;
+  return inMemory;
+#else
+  return false;
+#endif
+}
 
 // What people set on a published file outlives its replacement. Not being allowed to is no failure; a group
 // that this user is in can be kept even when the owner cannot.
@@ -174,8 +196,8 @@ class PosixTarget : public FileTarget {
       return Cannot(verb, place_.path, why);
     if (old_ && !mode) TakeOverModeAndOwner(*old_, work.file);
     if (std::string why = fill(work.file); !why.empty()) return Cannot(verb, place_.path, why);
-    if (!work.file.Close() || !work.Publish(old_.has_value()))
-      return Cannot(verb, place_.path, ErrorText(errno));
+    const bool exchanges = old_ && !IsInMemory(work.file, old_->st_dev);
+    if (!work.file.Close() || !work.Publish(exchanges)) return Cannot(verb, place_.path, ErrorText(errno));
     return {};
   }
 

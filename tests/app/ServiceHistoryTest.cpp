@@ -127,6 +127,10 @@ TEST_F(ServiceHistoryTest, FollowsItsSettingsAtAReload) {
   world.hive.WriteNumber(kRoot, "HistoryDays", 7);
   world.hive.WriteNumber(kRoot, "HistoryMegabytes", 50);
   main->Reload();
+  // The second page, for songs only, was put out before.
+  Say("SET_CURRENT_ITEM IType=4 ITitle=Spot");
+  EXPECT_EQ(Written(), (Lines{"item 0 Demo FM Spot from manual entry", "update of 2",
+                              "File1 /w/all.txt 'Spot' 4 <ZEB_NOW_ITEMNAME>"}));
   Say("SET_CURRENT_ITEM IType=7 ITitle=Second");
   EXPECT_EQ(Written().size(), 4u);
   EXPECT_EQ(store->lastLimits, (HistoryLimits{7, 50}));

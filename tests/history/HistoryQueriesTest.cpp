@@ -147,11 +147,11 @@ TEST_F(HistoryQueriesTest, ListsWhatWasOnAirAndShown) {
       "\"port 6901, Studio 1\",,,,,,\r\n"
       "2026-03-02 12:00:01,1,,publication,Encoder1,,,,,,published,,\"Paper \"\"Moons\"\" by Ada, Quill\","
       "27,,12.3\r\n"
-      "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,published,,\"<p>\r\nPaper\",10," +
+      "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,published,,\"<p>\nPaper\",10," +
           PageOf("<p>\r\nPaper").digest.Text() +
           ",12.3\r\n"
           "2026-03-02 12:00:02,1,,publication,File2,/www/now.html,,,,,failed,cannot open "
-          "'/www/now.html': No space left on device,\"<p>\r\nPaper\",," +
+          "'/www/now.html': No space left on device,\"<p>\nPaper\",," +
           PageOf("<p>\r\nPaper").digest.Text() + ",12.3\r\n");
   HistoryFilter encoder;
   encoder.output = "Encoder1";

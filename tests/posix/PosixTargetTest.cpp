@@ -295,6 +295,29 @@ TEST_F(PosixTargetTest, AWatcherSeesEachNewPageMoveIn) {
   ::close(watch);
 }
 
+// One thread replaces pages on a disk and in memory by turns. In memory no old page is left to be removed.
+TEST_F(PosixTargetTest, PagesInMemoryAreReplacedAsThoseOnADisk) {
+  std::string pattern = "/dev/shm/zeb-target-XXXXXX";
+  ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+  const std::string inMemory = pattern + "/page";
+  const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  ASSERT_GE(::inotify_add_watch(watch, pattern.c_str(), IN_DELETE), 0);
+  for (const std::string page : {"first", "second", "third"}) {
+    EXPECT_EQ(Replace("www/page", page), "");
+    const auto target = files.FindTarget(inMemory, kFollow);
+    ASSERT_TRUE(target);
+    EXPECT_TRUE(target.Value()->Replace(page));
+    EXPECT_EQ(Contents("www/page"), page);
+    EXPECT_EQ(files.Read(inMemory, 1 << 20).Value(), page);
+  }
+  EXPECT_EQ(Names("www"), std::vector<std::string>{"page"});
+  EXPECT_EQ(files.List(pattern).Value(), std::vector<std::string>{"page"});
+  char event[512];
+  EXPECT_EQ(::read(watch, event, sizeof event), -1);
+  ::close(watch);
+  fs::remove_all(pattern);
+}
+
 // Network shares and old kernels cannot exchange names.
 TEST_F(PosixTargetTest, WhereNamesCannotBeExchangedARenameDoes) {
   Put("www/page", "old");

@@ -68,7 +68,7 @@ class BoardTest : public testing::Test, protected ServiceEvents {
   // What an output has shown last, pages by their first lines.
   static std::string TextOf(const OutputState& state) {
     std::string text = state.shown.text;
-    for (const Shown::Page& page : state.shown.pages) text += page.firstLines;
+    for (const Shown::Page& page : state.shown.pages) text += FirstLines(page.beginning);
     return text;
   }
 

@@ -209,14 +209,21 @@ struct TextCase {
 
 TEST(Shown, TextIsMadeFitToBeShown) {
   const std::string longLine(5000, 'x');
+  const auto notes = [](int count) {  // characters of the most bytes
+    std::string text;
+    while (count-- > 0) text += "\U0001F3B5";
+    return text;
+  };
   const TextCase cases[] = {
       {"RT=One\r\n", "RT=One", "RT=One"},
       {"a\n\n\r\nb\x01z", "a\nb z", "a\nb z"},
       {"1\n2\n3\n4\n5\n6\n7", "1\n2\n3\n4\n5\n6\n7", "1\n2\n3\n4\n5"},
       {longLine, longLine.substr(0, 2000), longLine.substr(0, 300)},
+      {notes(2500), notes(2000), notes(300)},
       {"", "", ""},
   };
   for (const TextCase& one : cases) {
+    EXPECT_EQ(FirstLines(one.given.substr(0, kMostFirstBytes)), one.firstLines);
     EXPECT_EQ(ShownText(one.given), one.text);
     EXPECT_EQ(FirstLines(one.given), one.firstLines);
   }

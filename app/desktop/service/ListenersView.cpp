@@ -26,7 +26,7 @@ QString PagesText(const Shown& shown) {
   QStringList pages;
   for (const Shown::Page& page : shown.pages)
     pages << T("%1 (%2 bytes)").arg(CellText(page.name), QString::number(page.bytes)) + "\n" +
-                 LinesText(page.firstLines);
+                 LinesText(FirstLines(page.beginning));
   return pages.join("\n\n");
 }
 

@@ -8,11 +8,17 @@
 
 namespace zeb {
 
+// An update asks for it several times. It changes at the beginning of a second only.
 std::chrono::seconds PresentUtcOffset() {
+  thread_local time_t known = -1;
+  thread_local std::chrono::seconds offset{};
   const time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  if (seconds == known) return offset;
   tm local{};
   localtime_r(&seconds, &local);
-  return std::chrono::seconds(local.tm_gmtoff);
+  known = seconds;
+  offset = std::chrono::seconds(local.tm_gmtoff);
+  return offset;
 }
 
 void SetPlainDispatcher() {
