@@ -147,8 +147,8 @@ void TakeOverModeAndOwner(const Status& old, const Descriptor& file) {
 
 class PosixTarget : public FileTarget {
  public:
-  PosixTarget(Place place, std::optional<Status> old, std::int64_t startedAt)
-      : place_(std::move(place)), old_(std::move(old)), startedAt_(startedAt) {}
+  PosixTarget(Place place, const std::optional<Status>& old, std::int64_t startedAt)
+      : place_(std::move(place)), old_(old), startedAt_(startedAt) {}
 
   const std::string& Path() const override { return place_.path; }
 
@@ -305,8 +305,7 @@ Result<std::unique_ptr<FileTarget>> FollowLink(const std::string& path, const St
   std::optional<Status> there = place.Look(place.name);
   if (const std::string what = WhyNotThere(place, there, rules); !what.empty())
     return Cannot("write", path, leads + ", and that is " + what + "; let it lead to another file");
-  return std::unique_ptr<FileTarget>(
-      std::make_unique<PosixTarget>(std::move(place), std::move(there), startedAt));
+  return std::unique_ptr<FileTarget>(std::make_unique<PosixTarget>(std::move(place), there, startedAt));
 }
 
 }  // namespace
@@ -324,8 +323,7 @@ Result<std::unique_ptr<FileTarget>> FindPosixTarget(const std::string& path, con
   if (there)
     if (const std::string what = WhyUnfit(*there); !what.empty())
       return Cannot("write", path, "it is " + what + kChooseFile);
-  return std::unique_ptr<FileTarget>(
-      std::make_unique<PosixTarget>(std::move(place), std::move(there), startedAt));
+  return std::unique_ptr<FileTarget>(std::make_unique<PosixTarget>(std::move(place), there, startedAt));
 }
 
 }  // namespace zeb

@@ -39,7 +39,8 @@ class StationSetupTest : public testing::Test {
   int Run(const SetupOptions& options = {}) {
     int status = -1;
     ports.loop.Start("setup", [&] {
-      status = RunSetup({ports.environment, draft, examples, [this] { return std::string(++told, 'x'); }},
+      status = RunSetup({ports.environment, draft, examples,
+                         [this] { return std::string(static_cast<std::size_t>(++told), 'x'); }},
                         options, talk);
     });
     EXPECT_TRUE(ports.loop.RunUntil([&] { return status >= 0; }, std::chrono::minutes(5)));

@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // Columns of the outputs.
-constexpr int kName = 0, kState = 1, kStatus = 2, kSettings = 3, kSent = 4, kTook = 5, kProblem = 6;
+constexpr int kName = 0, kState = 1, kStatus = 2, kSettings = 3, kSent = 4, kProblem = 6;
 
 // ---- Panels and the lines above
 

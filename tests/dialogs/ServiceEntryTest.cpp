@@ -163,7 +163,7 @@ TEST_F(ServiceEntryTest, EverySettingOfEveryTypeIsReadAndKeptByItsOutput) {
     if (!SettingsOf(type).ofPair.empty())
       plain = {{"SourceFileName1", "now.html"}, {"DestinationFileName1", "/x"}};
     ServiceEntry::Settings settings = plain;
-    settings.emplace_back(std::string(info.name) + ofPair, value);
+    settings.push_back({std::string(info.name) + ofPair, value});
     const OutputPtr before = make(type), after = make(type), kept = make(type);
     for (const auto& [output, entered] : {std::pair(before, plain), std::pair(after, settings)}) {
       const Result<OutputName> added = entry.AddOutput(1, type, entered);

@@ -32,7 +32,7 @@ std::string Unzip(const std::string& options, const std::string& bytes, const st
 
 TEST(LibzipFilesTest, UnzipGivesBackWhatWasPutIn) {
   std::string large;
-  for (int i = 0; i < 200000; ++i) large += static_cast<char>(i * 2654435761u >> 13);
+  for (unsigned i = 0; i < 200000; ++i) large += static_cast<char>(i * 2654435761u >> 13);
   const std::vector<ZipEntry> entries = {
       {"about.txt", "ZEB\n"}, {"logs/zebd.20261124.log", large}, {"empty.txt", ""}, {"Übersicht.txt", "ä"}};
   const Result<std::string> zip = LibzipFiles().Make(entries, kMoment);

@@ -159,7 +159,7 @@ TEST_F(ProofOfAirTest, WhateverAServerDoesIsToldInWords) {
     EXPECT_EQ(Output().problem, one.problem);
   }
   // In chunks, in pieces of a byte; then the address leads elsewhere.
-  page = [this] {
+  page = [] {
     return "HTTP/1.1 200 OK\r\ntransfer-encoding: chunked\r\n\r\n3\r\nOne\r\n3;x=y\r\n\n-\n\r\n0\r\n\r\n";
   };
   Publish("One");
