@@ -245,7 +245,7 @@ std::string DescribeMissing(const CLI::App& given, const std::string& error) {
 
 // CLI11 tells what happened by the class and begins its text with the name of the option.
 std::string Describe(const CLI::App& program, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
     return text.find(':') != std::string::npos ? UpTo(text, ":") + " needs a value"
                                                : "--" + UpTo(text, " ") + " takes no value";
@@ -253,7 +253,7 @@ std::string Describe(const CLI::App& program, const CLI::ParseError& error) {
     const std::string name = UpTo(text, ": ");
     return name + " " + text.substr(std::min(text.size(), name.size() + 2));
   }
-  if (const std::string leftOver = DescribeLeftOver(program); !leftOver.empty()) return leftOver;
+  if (std::string leftOver = DescribeLeftOver(program); !leftOver.empty()) return leftOver;
   if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
     return DescribeMissing(GivenCommand(program), text);
   if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {

@@ -161,6 +161,10 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
+std::string Under(const std::string& path, const std::string& word) {
+  return path + " " + word;
+}
+
 std::string Row(const std::string& name, const std::string& help) {
   return " " + Quoted(name + ":" + help);
 }
@@ -169,7 +173,7 @@ std::string HasCases(const CommandTable& command, const std::string& path) {
   std::string commands, options, below;
   for (const CommandTable& one : command.commands) {
     commands += Row(one.name, one.help);
-    below += HasCases(one, path + " " + one.name);
+    below += HasCases(one, Under(path, one.name));
   }
   for (const OptionRow& option : command.options)
     for (const std::string& name : option.names) options += Row(name, option.help);
@@ -185,14 +189,14 @@ std::string ValueCases(const CommandTable& command, const std::string& path) {
   std::string cases;
   for (const OptionRow& option : command.options)
     for (const std::string& name : option.names)
-      if (!option.value.empty()) cases += ValueCase(Quoted(path + " " + name), option.value);
+      if (!option.value.empty()) cases += ValueCase(Quoted(Under(path, name)), option.value);
   for (std::size_t i = 0; i < command.words.size(); ++i) {
     const bool many = command.manyWords && i + 1 == command.words.size();
     const std::string number =
-        many ? Quoted(path + " ") + "[0-9]*" : Quoted(path + " " + std::to_string(i + 1));
+        many ? Quoted(path + " ") + "[0-9]*" : Quoted(Under(path, std::to_string(i + 1)));
     cases += ValueCase(number, command.words[i]);
   }
-  for (const CommandTable& one : command.commands) cases += ValueCases(one, path + " " + one.name);
+  for (const CommandTable& one : command.commands) cases += ValueCases(one, Under(path, one.name));
   return cases;
 }
 

@@ -47,7 +47,7 @@ std::vector<std::string> Languages::Names() const {
 
 std::string Languages::Find(const std::string& fileName) const {
   for (const std::string& folder : folders_) {
-    const std::string path = JoinPath(folder, fileName);
+    std::string path = JoinPath(folder, fileName);
     if (const auto info = files_.Stat(path); info && info->isRegular) return path;
   }
   return "";
@@ -72,7 +72,8 @@ Result<Languages::Loaded> Languages::Load(const std::string& name) const {
   });
   Loaded loaded;
   loaded.language = std::make_shared<const Language>(std::move(file.language));
-  for (const std::string& problem : file.problems) loaded.problems.push_back("'" + path + "': " + problem);
+  const std::string where = "'" + path + "': ";
+  for (const std::string& problem : file.problems) loaded.problems.push_back(where + problem);
   return loaded;
 }
 

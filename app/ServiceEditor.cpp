@@ -45,7 +45,7 @@ Outcome ServiceEditor::Change(const std::function<Result<std::string>(StoredServ
 Outcome ServiceEditor::ApplySettings(const ServiceSettings& before, const ServiceSettings& after,
                                      const UpdateIntervals& intervals) {
   for (const auto& [type, seconds] : intervals)
-    if (const Outcome right = CheckInterval(seconds); !right) return right;
+    if (Outcome right = CheckInterval(seconds); !right) return right;
   return Change([&](const StoredServices& stored) -> Result<std::string> {
     if (const std::int32_t port = after.TolvanTCPControlPort; port != before.TolvanTCPControlPort)
       if (const Outcome isFree = stored.CheckControlPort(port, Number()); !isFree) return isFree.AsFailure();

@@ -146,7 +146,7 @@ class StationSetup {
     for (;;) {
       LookAround(kind);
       const SetupOutput output = kind.ask(answers_, found_);
-      if (output.templates.size() > 0 && ports_.examples.empty())
+      if (!output.templates.empty() && ports_.examples.empty())
         throw SetupWrong{"the examples did not come with this program, so there are no templates for " +
                          output.said};
       const Outcome works = Try(output);

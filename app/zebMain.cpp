@@ -60,7 +60,7 @@ int Fail(LineWriter& journal, const std::string& reason) {
 std::string TakeScreenshotFolder(std::vector<std::string>& arguments) {
   for (std::size_t i = 0; i + 1 < arguments.size(); ++i)
     if (arguments[i] == "--screenshots") {
-      const std::string folder = arguments[i + 1];
+      std::string folder = arguments[i + 1];
       arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i),
                       arguments.begin() + static_cast<std::ptrdiff_t>(i) + 2);
       return folder;

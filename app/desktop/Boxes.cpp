@@ -96,6 +96,7 @@ void Boxes::Choose(QWidget* parent, const std::string& question, const std::vect
                    std::function<void(int)> chosen) {
   QMessageBox* box = Make(parent, MessageIcon::kQuestion, question);
   std::vector<QAbstractButton*> buttons;
+  buttons.reserve(choices.size());
   for (const std::string& choice : choices)
     buttons.push_back(box->addButton(T(choice), QMessageBox::ActionRole));
   QPushButton* cancel = box->addButton(T("Cancel"), QMessageBox::RejectRole);

@@ -97,7 +97,7 @@ void ImportDialog::Show() {
   const std::string* path = nullptr;
   for (std::size_t i = 0; i < differences_.size() && i < kMostShown; ++i) {
     const RegDifference& one = differences_[i];
-    if (path == nullptr || *path != one.key) {
+    if (key == nullptr || *path != one.key) {
       key = new QTreeWidgetItem(list_,
                                 {QString::fromStdString(ShortKey(one.key, desk_.environment.settingsRoot))});
       key->setFirstColumnSpanned(true);
@@ -106,10 +106,11 @@ void ImportDialog::Show() {
     const QString name = !one.name           ? T("(the key itself)")
                          : one.name->empty() ? "@"
                                              : QString::fromStdString(*one.name);
-    auto* row = new QTreeWidgetItem(
-        key, {name, T(WordOf(one.What())), TextOf(one, one.before), TextOf(one, one.after)});
+    auto row = std::make_unique<QTreeWidgetItem>(
+        QStringList{name, T(WordOf(one.What())), TextOf(one, one.before), TextOf(one, one.after)});
     for (const Column column : {kNow, kAfterwards})
       row->setToolTip(column, row->text(column).left(1000).toHtmlEscaped());
+    key->addChild(row.release());
   }
   if (differences_.size() > kMostShown)
     new QTreeWidgetItem(list_, {T("… and %1 more").arg(differences_.size() - kMostShown)});
@@ -133,7 +134,7 @@ void ImportDialog::Import() {
       }
       Result<RegSummary> applied = ApplyRegChanges(hive, *changes_);
       if (!applied) throw SettingsError(applied.Reason());  // so that nothing of it stays
-      imported = std::move(applied.Value());
+      imported = applied.Value();
     });
     if (!imported) {
       Show();

@@ -76,7 +76,7 @@ void OpenOptions(Desk& desk) {
     UseStoredLanguage(desk);
     return stored;
   };
-  dialog->Open();
+  dialog->OpenToFit();
   if (desk.environment.serialPorts != nullptr)
     OfferPorts(desk.environment.loop, *desk.environment.serialPorts, dialog);
   OfferLanguages(desk, dialog);

@@ -82,7 +82,7 @@ void OpenOutputDialog(Desk& desk, const ServicePtr& window, OutputDraft given) {
     takePairs();
     OpenTestOf(desk, dialog, edited->type, ToTest(*edited), edited->name);
   });
-  dialog->Open();
+  dialog->OpenToFit();
 }
 
 void OpenOutputProperties(Desk& desk, const ServicePtr& window, const OutputPtr& output) {

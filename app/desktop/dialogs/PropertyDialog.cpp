@@ -206,7 +206,7 @@ void PropertyDialog::Press() {
   accept();
 }
 
-void PropertyDialog::Open() {
+void PropertyDialog::OpenToFit() {
   const QSize wanted =
       content_->sizeHint() + QSize(style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 40, 80);
   const QSize most = screen()->availableGeometry().size() * kMostOfScreen;

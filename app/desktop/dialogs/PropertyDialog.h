@@ -45,7 +45,7 @@ class PropertyDialog : public QDialog {
   Entries Entered() const;
   FieldWidget* Field(const std::string& name) const;  // null for a note and for a name there is not
   void SetNote(const std::string& name, const QString& text);
-  void Open();
+  void OpenToFit();  // large enough for what is in it, as far as the screen goes
 
  private:
   struct Row {

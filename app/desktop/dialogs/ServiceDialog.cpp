@@ -49,7 +49,7 @@ void OpenServiceSettings(Desk& desk, const ServicePtr& window) {
   dialog->store = [window, editing] { return Store(window, *editing); };
   dialog->onChanged = [dialog, editing](const Entries& entries) { FollowSource(*dialog, *editing, entries); };
   FollowSource(*dialog, *editing, dialog->Entered());
-  dialog->Open();
+  dialog->OpenToFit();
 }
 
 }  // namespace zeb

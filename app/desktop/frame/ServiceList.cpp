@@ -14,7 +14,7 @@ QString Text(const std::string& text) {
 }
 
 QString NowText(const StationState& state) {
-  const QString title = Text(state.current->ItemName), artists = Text(state.current->Artists);
+  QString title = Text(state.current->ItemName), artists = Text(state.current->Artists);
   if (artists.isEmpty()) return title;
   return title.isEmpty() ? artists : artists + " – " + title;
 }
