@@ -79,13 +79,13 @@ class Writer {
 
  private:
   void Latency(std::string_view name, const std::string& labels, const LatencyHistogram& latencies) {
-    const std::string start(name);
+    const std::string start(name), upTo = labels + ",le=\"";
     std::uint64_t sofar = 0;
     for (std::size_t i = 0; i < latencies.counts.size(); ++i) {
       sofar += latencies.counts[i];
       const bool last = i == LatencyHistogram::kBounds.size();
       const std::string bound = last ? "+Inf" : Figure(LatencyHistogram::kBounds[i]);
-      Line(start + "_bucket", labels + ",le=\"" + bound + '"', static_cast<double>(sofar));
+      Line(start + "_bucket", upTo + bound + '"', static_cast<double>(sofar));
     }
     Line(start + "_sum", labels, latencies.sum);
     Line(start + "_count", labels, static_cast<double>(sofar));

@@ -102,7 +102,7 @@ Outcome clsZEBEncoderOutput::StartEncoder() {
   mayPass_ = true;
   const Epoch::Mark mine = run_.Now();
   const std::shared_ptr<AutomatedEncoder> encoder = encoder_;
-  if (const Outcome made = encoder->Start(*environment_.encoders, settings); !made) return made;
+  if (Outcome made = encoder->Start(*environment_.encoders, settings); !made) return made;
   const Result<std::int32_t> state = encoder->Look();
   if (mine.Holds()) SetStatus(state ? state.Value() : std::int32_t{kStatusError});
   return state;
@@ -253,6 +253,7 @@ bool clsZEBEncoderOutput::UpdateOutput(const SnapshotPtr& snapshot) {
   problem_ = commands_.Problem();
   mayPass_ = commands_.MayPass();
   std::vector<std::string> texts;
+  texts.reserve(commands.size());
   for (const EncoderCommand& command : commands) texts.push_back(command.value);
   if (commands_.Taken() > 0) {
     NoteShown(commands_.TakenText(texts), settings.SimpleTextFormat, settings.SimpleTextFormat,

@@ -68,7 +68,7 @@ Result<std::string> HeadOf(FileReader& file) {
 // The first folder, from the root down, that others may not enter; "" when there is none.
 std::string ClosedFolderAbove(FileSystem& files, const std::string& path) {
   for (std::size_t at = 0; (at = path.find(kPathSeparator, at)) != std::string::npos; ++at) {
-    const std::string folder = path.substr(0, std::max<std::size_t>(at, 1));
+    std::string folder = path.substr(0, std::max<std::size_t>(at, 1));
     const std::optional<FileInfo> info = files.Stat(folder);
     if (!info || !info->openToAll) return folder;
   }
@@ -169,7 +169,8 @@ bool LiesIn(std::string_view path, std::string_view folder) {
 
 std::string RealPathOr(FileSystem& files, const std::string& path) {
   Result<std::string> real = files.RealPath(path);
-  return real ? std::move(real.Value()) : path;
+  if (real) return std::move(real.Value());
+  return path;
 }
 
 std::string NotPublished(const std::string& path, const std::string& why) {
