@@ -35,7 +35,7 @@ std::string RequestFor(const HttpAddress& address, const std::string& json) {
 // Where an answer sends its reader; "" for one that stays.
 std::string RedirectionOf(const HttpAnswer& answer, const HttpAddress& from) {
   if (!IsRedirection(answer.Status())) return {};
-  const std::string to = answer.Header("Location");
+  std::string to = answer.Header("Location");
   if (to.rfind('/', 0) != 0 || to.rfind("//", 0) == 0) return to;
   return (from.target.tls ? "https://" : "http://") + from.Host() + to;
 }
@@ -84,10 +84,10 @@ CallResult Call(Environment& environment, const RequestTarget& target, std::stri
 Result<HttpAnswer> Fetch(Environment& environment, const HttpOrder& order, const Epoch::Mark& mine) {
   const MonotonicTime end = environment.loop.Monotonic() + order.limit;
   std::string url = order.url;
+  const auto fails = [&url](const std::string& why) { return Failure{"'" + url + "': " + why}; };
   for (int redirections = 0;; ++redirections) {
     const Result<HttpAddress> address = ParseHttpAddress(url);
     if (!address) return address.AsFailure();
-    const auto fails = [&url](const std::string& why) { return Failure{"'" + url + "': " + why}; };
     HttpAnswer answer(order.mostBytes);
     const CallResult call = Call(environment, address.Value().target, RequestFor(address.Value(), order.json),
                                  end - environment.loop.Monotonic(), mine, [&answer](std::string_view bytes) {

@@ -11,7 +11,8 @@ void TestSteps::Keep(TestStep step) {
 }
 
 bool TestSteps::Add(std::string what, const Outcome& outcome, std::string words) {
-  Keep({std::move(what), outcome.Ok(), outcome ? std::move(words) : outcome.Reason()});
+  if (!outcome) words = outcome.Reason();
+  Keep({std::move(what), outcome.Ok(), std::move(words)});
   return outcome.Ok();
 }
 

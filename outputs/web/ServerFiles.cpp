@@ -31,7 +31,7 @@ Outcome ServerFiles::Replace(const std::string& from, const std::string& to, Mov
     if (!waits.Value()) return Failure{"'" + from + "' is no longer there"};
   }
   if (server_.MayReplace()) {
-    const Outcome replaced = server_.Rename(from, to);
+    Outcome replaced = server_.Rename(from, to);
     if (replaced || !server_.Connected()) return replaced;
     const Result<bool> inTheWay = server_.Exists(to);
     if (!inTheWay) return inTheWay.AsFailure();

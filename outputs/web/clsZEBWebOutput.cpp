@@ -131,7 +131,7 @@ std::string clsZEBWebOutput::GetStatusString(std::uint32_t& colour) {
 
 // What keeps all of it from the server is named once, and not for each page.
 std::vector<clsZEBTemplate::Problem> clsZEBWebOutput::Problems() const {
-  if (!problem_.empty()) return clsZEBTemplate::Problems();
+  if (!problem_.empty()) return {{"", problem_}};
   std::vector<Problem> problems = PairOutput::Problems();
   problems.insert(problems.end(), additionalProblems_.begin(), additionalProblems_.end());
   return problems;

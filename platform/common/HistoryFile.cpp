@@ -102,7 +102,7 @@ HistoryOutcome HistoryFile::Prepare() {
   if (tables < 0) return Problem();
   if (version == 0 && tables == 0) {
     if (Execute(kSchema)) return {};
-    const HistoryOutcome problem = Problem();
+    HistoryOutcome problem = Problem();
     Execute("ROLLBACK");
     return problem;
   }
