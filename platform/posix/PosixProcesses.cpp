@@ -31,7 +31,7 @@ std::vector<std::string> VariablesFor(const ProcessOrder& order) {
     });
     if (!replaced) variables.emplace_back(variable);
   }
-  for (const auto& [name, value] : order.variables) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : order.variables) variables.emplace_back(name).append("=").append(value);
   return variables;
 }
 
@@ -83,6 +83,7 @@ Outcome PosixProcesses::Run(const ProcessOrder& order) {
   const auto fails = [&order](const std::string& why) { return Failure{"'" + order.program + "' " + why}; };
   std::vector<std::string> variables = VariablesFor(order);
   std::vector<char*> environment;
+  environment.reserve(variables.size() + 1);
   for (std::string& variable : variables) environment.push_back(variable.data());
   environment.push_back(nullptr);
   std::string name = order.program;

@@ -23,6 +23,6 @@ std::chrono::seconds PresentUtcOffset() {
 
 void SetPlainDispatcher() {
   QCoreApplication::setEventDispatcher(new EpollDispatcher());
-}
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): Qt owns it from here on
 
 }  // namespace zeb

@@ -116,11 +116,11 @@ std::string Bind(int descriptor, const std::string& path, const SocketName& name
     if (fchmod(descriptor, 0600) != 0) return SystemReason(errno);
     if (bind(descriptor, name.Address(), sizeof(sockaddr_un)) == 0) break;
     if (errno != EADDRINUSE || again) return SystemReason(errno);
-    if (const std::string problem = RemoveLeftOver(path, name); !problem.empty()) return problem;
+    if (std::string problem = RemoveLeftOver(path, name); !problem.empty()) return problem;
   }
   // Before the lock goes: a socket that does not listen yet looks like a left-over.
   if (listen(descriptor, kBacklog) == 0) return "";
-  const std::string problem = SystemReason(errno);
+  std::string problem = SystemReason(errno);
   unlink(path.c_str());
   return problem;
 }
