@@ -48,8 +48,8 @@ std::shared_ptr<FilePoller> FilePoller::Of(EventLoop& loop, FileSystem& files) {
   static thread_local std::map<Key, std::weak_ptr<FilePoller>> pollers;
   std::erase_if(pollers, [](const auto& entry) { return entry.second.expired(); });
   std::weak_ptr<FilePoller>& known = pollers[Key(&loop, &files)];
-  if (const auto poller = known.lock()) return poller;
-  const std::shared_ptr<FilePoller> poller(new FilePoller(loop, files));
+  if (auto poller = known.lock()) return poller;
+  std::shared_ptr<FilePoller> poller(new FilePoller(loop, files));
   known = poller;
   poller->timer_ = loop.Every(kInterval, [weak = std::weak_ptr(poller)] {
     if (const auto self = weak.lock()) self->Tick();
@@ -58,7 +58,7 @@ std::shared_ptr<FilePoller> FilePoller::Of(EventLoop& loop, FileSystem& files) {
 }
 
 FilePoller::WatchPtr FilePoller::Add(const std::string& path) {
-  const WatchPtr watch(new Watch(shared_from_this(), path));
+  WatchPtr watch(new Watch(shared_from_this(), path));
   watches_.push_back(watch);
   return watch;
 }

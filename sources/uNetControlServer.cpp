@@ -198,7 +198,8 @@ struct uNetControlServer::State : std::enable_shared_from_this<State> {
     CloseConnection(newcomer);
   }
 
-  void CloseConnection(ClientPtr client) {
+  // A copy, since Drop may clear what was given.
+  void CloseConnection(ClientPtr client) {  // NOLINT(performance-unnecessary-value-param)
     if (!client) return;
     client->connection->Close();
     Drop(client);

@@ -11,11 +11,21 @@ namespace {
 
 constexpr const char* kMissing = "No such file or directory";
 
-// One separator at a time, none at the end, and no ".". Windows' separator counts there, as in its own files.
-std::string Normal(std::string path) {
+// Windows' separator counts there, as in its own files.
 #ifdef _WIN32
+std::string WithSlashes(std::string path) {
   std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
+#else
+const std::string& WithSlashes(const std::string& path) {
+  return path;
+}
 #endif
+
+// One separator at a time, none at the end, and no ".".
+std::string Normal(const std::string& given) {
+  const std::string& path = WithSlashes(given);
   std::string normal;
   for (std::size_t start = 0; start <= path.size();) {
     std::size_t end = std::min(path.find('/', start), path.size());

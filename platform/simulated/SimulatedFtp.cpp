@@ -88,7 +88,7 @@ class Session : public FtpSession {
     file.clear();
     std::array<char, kFtpBlockBytes> block;
     while (file.size() < source.size) {
-      if (const std::string reply = Ask("Block", path); !reply.empty()) return reply;
+      if (std::string reply = Ask("Block", path); !reply.empty()) return reply;
       const auto most = std::min<std::uint64_t>(block.size(), source.size - file.size());
       const std::optional<std::size_t> got = source.read(block.data(), static_cast<std::size_t>(most));
       if (!got || *got == 0) return "ended";
