@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -517,6 +518,7 @@ TEST_F(SqliteHistoryTest, IsNeverDamagedByAKill) {
     ASSERT_EQ(::pipe(told), 0);
     const pid_t child = ::fork();
     if (child == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // it would wait for ever
       SqliteHistory store(path);
       for (std::int64_t i = 0; i < kMostWritten; ++i) {
         HistoryBatch batch;
